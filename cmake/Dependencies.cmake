@@ -1,0 +1,17 @@
+# What the tests need from outside. On a cross build Debian has no GoogleTest for the target, so
+# its packaged source is built along.
+if(MOLTELIB_TESTS)
+  if(WIN32 AND EXISTS /usr/src/googletest/CMakeLists.txt)
+    set(BUILD_GMOCK OFF)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+    add_library(GTest::gtest_main ALIAS gtest_main)
+    add_library(GTest::gtest ALIAS gtest)
+  else()
+    find_package(GTest REQUIRED)
+  endif()
+  include(GoogleTest)
+endif()
+if(MOLTELIB_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,17 @@
+include(CMakePackageConfigHelpers)
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/moltelib)
+
+install(TARGETS moltelib EXPORT moltelib-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT moltelib-targets NAMESPACE moltelib:: DESTINATION ${package_folder})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/moltelib-config.cmake.in
+  ${CMAKE_BINARY_DIR}/moltelib-config.cmake INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/moltelib-config-version.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/moltelib-config.cmake
+  ${CMAKE_BINARY_DIR}/moltelib-config-version.cmake DESTINATION ${package_folder})
+configure_file(${PROJECT_SOURCE_DIR}/cmake/moltelib.pc.in ${CMAKE_BINARY_DIR}/moltelib.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/moltelib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,22 @@
+# molte_options(TARGET): what every target of ours is compiled with.
+if(MOLTELIB_SANITIZE)
+  add_compile_options(-fsanitize=${MOLTELIB_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${MOLTELIB_SANITIZE})
+endif()
+if(MINGW)
+  # The run-time travels inside the binaries, so that a DLL alone is enough.
+  add_link_options(-static -static-libgcc -static-libstdc++)
+  add_compile_definitions(_WIN32_WINNT=0x0601 WINVER=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+
+function(molte_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror)
+endfunction()
+
+# molte_library_options(TARGET): as well, for what goes into the library itself.
+function(molte_library_options target)
+  molte_options(${target})
+  target_compile_options(${target} PRIVATE
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+endfunction()

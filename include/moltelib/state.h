@@ -1,0 +1,83 @@
+/*
+ * The one global record of the library, bring-up and tear-down, the short global lock and the
+ * counters of file traffic.
+ */
+#ifndef MOLTELIB_STATE_H
+#define MOLTELIB_STATE_H
+
+#include "moltelib/array.h"
+#include "moltelib/base.h"
+#include "moltelib/parameter_registry.h"
+#include "moltelib/thread_list.h"
+
+/* What the machine is; all numbers but the first two may be 0 for "not known". 64 bytes. */
+typedef struct ORVEX_SYSINFO {
+    uint32_t nPhysicalMemInMB;
+    uint32_t nCpuCount;
+    uint32_t nCpuSpeedInMhz;
+    uint32_t nOsType;
+    uint32_t nReserved;
+    uint32_t nCpuSpeedInMhz2; /* the speed again */
+    uint32_t nCpuClass;
+    uint32_t nCpuModel;
+    uint32_t bCpuFastMulti;     /* 1 for a fast CPU with at least 2 processors */
+    uint32_t nRefCPUSpeedInMhz; /* parameter RefCPUSpeedInMhz */
+    uint32_t anReserved[6];
+} ORVEX_SYSINFO;
+
+/* The global record. All zero at load; programs of the system read it, and write what is marked. */
+typedef struct MOLTE_BASEVAR {
+    int32_t nReserved1;
+    int32_t nInitCount;         /* 0 before bring-up, 1 after: a flag, no reference count */
+    uint8_t abyReserved2[64];
+    int32_t bErrLogEnabled;     /* text error log on; 1 at bring-up; programs may write it */
+    int32_t bBackupErrLogFile;  /* parameter BackupErrLogFile */
+    MOLTE_CRIT stShortOpLock;   /* the short global lock */
+    PA stLineBufList;           /* registered line buffers, 8-byte pointers */
+    char szAppName[256];        /* full path of the running program */
+    char szAppShortName[32];    /* its file name, at most 31 characters */
+    MOLTE_PARAMADM stParamAdm;
+    char szDbIniName[32];       /* parameter DBININAME */
+    char szDefaultUserName[16]; /* parameter DefaultUserName */
+    char szOsPlatform[64];      /* parameter OsPlatform */
+    char szAppVersion[32];      /* parameter AppVersion */
+    ORVEX_SYSINFO stSysInfo;
+    MOLTE_PARAMITEM astParam[48]; /* the library's own parameters */
+    int32_t bOutputMsg;           /* printing on */
+    int32_t nDisableTxtLog;       /* parameter DisableTxtLog */
+    int32_t nStartupTimeInt;      /* parameter SystemStartupTimeInt: seconds since 1970 */
+    int32_t bFastExpandFile;      /* parameter FastExpandFile: growing a file writes no zeros */
+    int32_t bSupportException;    /* parameter SupportException */
+    int32_t bSupportStackTrace;   /* parameter SupportStackTrace: keep call traces */
+    int32_t bIsDebugVersion;      /* parameter IsDebugVersion, always 0 */
+    char szStartupTime[32];       /* parameter SystemStartupTime: text of the start */
+    uint32_t nPrintInfoMask;      /* mask of MOLTE_PrintInfo, 0 after bring-up */
+    uint32_t nPrintErrorMask;     /* mask of MOLTE_PrintError, 8200 after bring-up */
+    int64_t n64HiResoTickPerSec;  /* parameter HiResoTickPerSec */
+    MOLTE_CRIT stCounterLock;     /* guards the six counters; a leaf lock */
+    uint8_t abyReserved3[64];
+    int64_t n64ReadCount;         /* whole reads, their bytes and their high-resolution ticks */
+    int64_t n64WriteCount;
+    int64_t n64ReadByteCount;
+    int64_t n64WriteByteCount;
+    int64_t n64ReadTimeUsed;
+    int64_t n64WriteTimeUsed;
+    int32_t nServerStartupTime;   /* parameter ServerStartupTime */
+    char szHostName[16];          /* computer name, written to every error record */
+    int32_t bStopAll;             /* written by the program: every waiting function gives up */
+    int32_t bSockSafeClose;       /* parameter SockSafeClose */
+    int32_t nKernelBit;           /* parameter KernelBit, 64 */
+    int32_t nAppFileSize;         /* bytes of the program file, 0 when not known */
+    int32_t nListenBacklogCnt;    /* parameter ListenBacklogCnt; 100 until it is read */
+    MOLTE_THREADLIST stThreadList;
+    uint64_t anTextHook[32];      /* state of the text hooks */
+} MOLTE_BASEVAR;
+
+#if defined(__cplusplus)
+static_assert(sizeof(ORVEX_SYSINFO) == 64);
+static_assert(sizeof(((MOLTE_BASEVAR*)0)->anTextHook) == 256);
+#endif
+
+MOLTE_API MOLTE_BASEVAR g_stBv;
+
+#endif

@@ -1,0 +1,19 @@
+// The platform's own names for its numbers and handles.
+#pragma once
+
+#if defined(_WIN32)
+#include <winsock2.h>
+#include <windows.h>
+#else
+#include <cstdint>
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using HANDLE = void*;
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+constexpr BOOL TRUE = 1;
+constexpr BOOL FALSE = 0;
+#endif

@@ -1,0 +1,66 @@
+// Owner types: whatever a function takes for its own run is given back when it leaves, on every
+// path.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "moltelib/base.h"
+#include "moltelib/memory.h"
+#include "moltelib/thread.h"
+#include "platform/files.h"
+
+namespace molte {
+
+struct HeapFree {
+    void operator()(void* block) const { ORVEX_free(block); }
+};
+
+// A block of ORVEX_release_malloc; release() hands it to the caller.
+template <typename T>
+using Heap = std::unique_ptr<T[], HeapFree>;
+
+// Null on failure, which is then already reported. The block is not zeroed.
+template <typename T>
+[[nodiscard]] Heap<T> allocate(int64_t count) {
+    return Heap<T>(
+        static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
+}
+
+// Holds a critical section from here to the end of the block.
+class CritGuard {
+ public:
+    explicit CritGuard(MOLTE_CRIT& crit) : section_(&crit.stCrit) { MOLTE_EnterCrit(section_); }
+    ~CritGuard() { MOLTE_LeaveCrit(section_); }
+    CritGuard(const CritGuard&) = delete;
+    CritGuard& operator=(const CritGuard&) = delete;
+
+ private:
+    OXCRITSECT* section_;
+};
+
+// A file descriptor; -1 is none.
+class Descriptor {
+ public:
+    explicit Descriptor(int32_t fd = -1) : fd_(fd) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int32_t get() const { return fd_; }
+    [[nodiscard]] bool valid() const { return fd_ >= 0; }
+    [[nodiscard]] int32_t release() {
+        const int32_t fd = fd_;
+        fd_ = -1;
+        return fd;
+    }
+    void close() {
+        if (fd_ >= 0) _close(fd_);
+        fd_ = -1;
+    }
+
+ private:
+    int32_t fd_;
+};
+
+}  // namespace molte

@@ -1,0 +1,50 @@
+// How every module of the library reports: one helper that formats the data text, caps its length
+// and passes module, line and kind of system error; and one that adds a trace line.
+//
+//     constexpr molte::Module kModule("oxmnpath");
+//     return kModule.fail(35, 124, molte::SystemError::none, "main path name too long");
+//     return kModule.trace(molte::here());
+#pragma once
+
+#include <cstdint>
+#include <source_location>
+
+namespace molte {
+
+// Which number of the system goes with a report. The values are those of ORVEX_Err_Set's option.
+enum class SystemError : uint8_t {
+    none = 0,      // a fault that the library found itself
+    runtime = 1,   // errno
+    platform = 3,  // GetLastError()
+    socket = 4,    // errno; the socket's own error is taken as well
+};
+
+// The line of a report where no fixed number is required.
+[[nodiscard]] consteval int32_t here(
+    std::source_location place = std::source_location::current()) {
+    return static_cast<int32_t>(place.line());
+}
+
+class Module {
+ public:
+    explicit constexpr Module(const char* name) : name_(name) {}
+
+    // Report a failure; -1, so that it can be returned. The data is none, formatted text, or bytes
+    // as they stand. Text of more than 255 bytes is passed with the length 255.
+    int32_t fail(int32_t line, uint32_t error, SystemError system = SystemError::none) const;
+    [[gnu::format(printf, 5, 6)]] int32_t fail(int32_t line, uint32_t error, SystemError system,
+                                               const char* format, ...) const;
+    int32_t fail_text(int32_t line, uint32_t error, SystemError system, const char* text) const;
+    int32_t fail_bytes(int32_t line, uint32_t error, SystemError system, const void* data,
+                       int64_t size) const;
+
+    // Add a line to the history of a failure that is passed on; -1.
+    int32_t trace(int32_t line) const;
+
+    [[nodiscard]] constexpr const char* name() const { return name_; }
+
+ private:
+    const char* name_;
+};
+
+}  // namespace molte
