@@ -1,0 +1,197 @@
+#include "platform/code_page.h"
+
+#include <iconv.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr unsigned kFirstLead = 0x81;
+constexpr unsigned kLastLead = 0xFE;
+constexpr unsigned kFirstTrail = 0x40;
+constexpr unsigned kLastTrail = 0xFE;
+constexpr unsigned kNoTrail = 0x7F;
+
+// A character's code is its byte, or lead byte * 256 + trail byte. Entry 0 means "no character",
+// except at index 0.
+struct CodePage {
+    uint16_t wide_of[0x10000];
+    uint16_t code_of[0x10000];
+
+    void pair(unsigned code, unsigned wide) {
+        wide_of[code] = static_cast<uint16_t>(wide);
+        code_of[wide] = static_cast<uint16_t>(code);
+    }
+};
+
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+constexpr const char* kUtf16 = "UTF-16LE";
+#else
+constexpr const char* kUtf16 = "UTF-16BE";
+#endif
+
+// A code page of the C library.
+class Converter {
+ public:
+    explicit Converter(const char* name) : handle_(iconv_open(kUtf16, name)) {}
+    ~Converter() {
+        if (valid()) iconv_close(handle_);
+    }
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+
+    [[nodiscard]] bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+
+    // 0 when the library has no character of this code.
+    [[nodiscard]] unsigned decode(unsigned code) const {
+        char bytes[2] = {static_cast<char>(code >> 8), static_cast<char>(code)};
+        char* from = code > 0xFF ? bytes : bytes + 1;
+        size_t from_left = code > 0xFF ? 2 : 1;
+        uint16_t wide[2] = {};
+        char* to = reinterpret_cast<char*>(wide);
+        size_t to_left = sizeof wide;
+        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+        const size_t failed = iconv(handle_, &from, &from_left, &to, &to_left);
+        return failed == 0 && to_left == sizeof wide[1] ? wide[0] : 0;
+    }
+
+ private:
+    iconv_t handle_;
+};
+
+bool fill_plain(CodePage& page) {
+    for (unsigned byte = 0; byte <= 0xFF; ++byte) page.pair(byte, byte);
+    return true;
+}
+
+template <typename Visit>
+void for_each_double_byte(Visit visit) {
+    for (unsigned lead = kFirstLead; lead <= kLastLead; ++lead) {
+        for (unsigned trail = kFirstTrail; trail <= kLastTrail; ++trail) {
+            if (trail != kNoTrail) visit(lead, trail, lead << 8 | trail);
+        }
+    }
+}
+
+// Code page 936 is GBK, with the euro as one byte, and with a private character for each code that
+// GBK leaves out: three areas for the users' own, then all others in the order of their codes.
+bool fill_936(CodePage& page) {
+    const Converter library("GBK");
+    if (!library.valid()) return false;
+    for (unsigned byte = 0; byte < 0x80; ++byte) page.pair(byte, byte);
+    page.pair(0x80, 0x20AC);
+    unsigned next_of[] = {0xE000, 0xE234, 0xE4C6, 0xE766};
+    for_each_double_byte([&](unsigned lead, unsigned trail, unsigned code) {
+        unsigned wide = library.decode(code);
+        if (wide == 0) {
+            const bool low = trail <= 0xA0;
+            const int area = !low && lead >= 0xAA && lead <= 0xAF  ? 0
+                             : !low && lead >= 0xF8                ? 1
+                             : low && lead >= 0xA1 && lead <= 0xA7 ? 2
+                                                                   : 3;
+            wide = next_of[area]++;
+        }
+        page.pair(code, wide);
+    });
+    return true;
+}
+
+// The five bytes that stand for no character are kept as controls.
+bool fill_1252(CodePage& page) {
+    const Converter library("CP1252");
+    if (!library.valid()) return false;
+    for (unsigned byte = 0; byte <= 0xFF; ++byte) {
+        const unsigned wide = library.decode(byte);
+        page.pair(byte, wide != 0 ? wide : byte);
+    }
+    return true;
+}
+
+// The tables of a code page, made on first use; null when the C library lacks it.
+template <bool (*fill)(CodePage&)>
+const CodePage* page_of() {
+    static CodePage page;
+    static const bool made = fill(page);
+    return made ? &page : nullptr;
+}
+
+struct Locale {
+    const char* name;
+    bool double_byte;
+    const CodePage* (*page)();
+};
+
+constexpr Locale kLocales[] = {
+    {"C", false, page_of<fill_plain>},
+    {"chs", true, page_of<fill_936>},
+    {"us", false, page_of<fill_1252>},
+    {"esp", false, page_of<fill_1252>},
+};
+
+std::atomic<const Locale*> current{&kLocales[0]};
+
+int bad_character() {
+    errno = EILSEQ;
+    return -1;
+}
+
+}  // namespace
+
+int isleadbyte(int c) {
+    return platform::is_lead_byte(static_cast<unsigned char>(c)) ? 0x8000 : 0;
+}
+
+namespace platform {
+
+const char* set_locale(const char* name) {
+    if (name == nullptr) return current.load()->name;
+    for (const Locale& locale : kLocales) {
+        if (strcmp(locale.name, name) != 0) continue;
+        if (locale.page() == nullptr) return nullptr;
+        current = &locale;
+        return locale.name;
+    }
+    errno = EINVAL;
+    return nullptr;
+}
+
+bool has_code_page() {
+    return current.load() != &kLocales[0];
+}
+
+bool is_lead_byte(unsigned char byte) {
+    return byte >= kFirstLead && byte <= kLastLead && current.load()->double_byte;
+}
+
+int longest_char() {
+    return current.load()->double_byte ? 2 : 1;
+}
+
+int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {
+    if (text == nullptr || limit == 0) return 0;
+    const Locale& locale = *current.load();
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const bool two = locale.double_byte && lead >= kFirstLead && lead <= kLastLead;
+    if (two && (limit < 2 || text[1] == 0)) return bad_character();
+    const unsigned code = two ? lead * 256U + static_cast<unsigned char>(text[1]) : lead;
+    const unsigned character = locale.page()->wide_of[code];
+    if (character == 0 && code != 0) return bad_character();
+    if (wide != nullptr) *wide = static_cast<wchar_t>(character);
+    if (code == 0) return 0;
+    return two ? 2 : 1;
+}
+
+int wide_to_char(char* bytes, wchar_t wide) {
+    const auto character = static_cast<uint32_t>(wide);
+    const unsigned code = character <= 0xFFFF ? current.load()->page()->code_of[character] : 0;
+    if (code == 0 && character != 0) return bad_character();
+    const bool two = code > 0xFF;
+    if (two) *bytes++ = static_cast<char>(code >> 8);
+    *bytes = static_cast<char>(code);
+    return two ? 2 : 1;
+}
+
+}  // namespace platform
