@@ -1,0 +1,205 @@
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <random>
+#include <string>
+
+#include "platform/code_page.h"
+
+namespace {
+
+int format(char* text, size_t size, const char* pattern, ...) {
+    va_list arguments;
+    va_start(arguments, pattern);
+    const int result = _vsnprintf(text, size, pattern, arguments);
+    va_end(arguments);
+    return result;
+}
+
+int format(wchar_t* text, size_t size, const wchar_t* pattern, ...) {
+    va_list arguments;
+    va_start(arguments, pattern);
+    const int result = _vsnwprintf(text, size, pattern, arguments);
+    va_end(arguments);
+    return result;
+}
+
+int measure(const char* pattern, ...) {
+    va_list arguments;
+    va_start(arguments, pattern);
+    const int result = _vscprintf(pattern, arguments);
+    va_end(arguments);
+    return result;
+}
+
+// The text, or "-1".
+template <typename... Arguments>
+std::string made(const char* pattern, Arguments... arguments) {
+    char text[256];
+    if (format(text, sizeof text, pattern, arguments...) < 0) return "-1";
+    EXPECT_EQ(measure(pattern, arguments...), static_cast<int>(strlen(text)));
+    return text;
+}
+
+template <typename... Arguments>
+std::wstring made(const wchar_t* pattern, Arguments... arguments) {
+    wchar_t text[256];
+    return format(text, 256, pattern, arguments...) < 0 ? L"-1" : text;
+}
+
+TEST(Format, FillsAndEndsLikeTheRunTime) {
+    const struct {
+        size_t size;
+        int result;
+        const char* bytes;
+    } rows[] = {{0, -1, "######"}, {3, -1, "abc###"}, {4, 4, "abcd##"}, {5, 4, "abcd\0#"}};
+    for (const auto& row : rows) {
+        char text[6];
+        memset(text, '#', sizeof text);
+        EXPECT_EQ(format(text, row.size, "%s", "abcd"), row.result) << row.size;
+        EXPECT_EQ(memcmp(text, row.bytes, sizeof text), 0) << row.size;
+    }
+    wchar_t wide[6] = L"#####";
+    EXPECT_EQ(format(wide, 4, L"%d", 1234), 4);
+    EXPECT_STREQ(wide, L"1234#");
+    EXPECT_EQ(format(wide, 4, L"%d", 12345), -1);
+    EXPECT_EQ(_snprintf(nullptr, 0, "%d", 123), 3);
+    EXPECT_EQ(measure("%2000d", 1), 2000);
+}
+
+TEST(Format, Conversions) {
+    EXPECT_EQ(made("%+05d|%-5d|% d|%i", 3, 4, 5, -6), "+0003|4    | 5|-6");
+    EXPECT_EQ(made("%#x|%#X|%#o|%#x|%#o", 255, 255, 8, 0, 0), "0xff|0XFF|010|0|0");
+    EXPECT_EQ(made("%.3d|%.0d|%5.3d|%-6.2x|%05d", 7, 0, 8, 15, -42), "007||  008|0f    |-0042");
+    EXPECT_EQ(made("%hd|%hu", 70000, 70000), "4464|4464");
+    EXPECT_EQ(made("%I64d %I64x %I32d %Iu", int64_t{-5}, int64_t{255}, 3, size_t{4}), "-5 ff 3 4");
+    EXPECT_EQ(
+        made("%lld %llu %zu %jd %td", INT64_MIN, UINT64_MAX, size_t{5}, intmax_t{-6}, ptrdiff_t{7}),
+        "-9223372036854775808 18446744073709551615 5 -6 7");
+    EXPECT_EQ(made("%*d|%-*d|%*d|%.*s|%.*d", 5, 3, 4, 3, -4, 2, 2, "abc", -1, 5),
+              "    3|3   |2   |ab|5");
+    EXPECT_EQ(made("[%s|%5s|%-5s|%.2s|%c|%3c]", "ab", "ab", "ab", "abc", 'x', 'y'),
+              "[ab|   ab|ab   |ab|x|  y]");
+    EXPECT_EQ(made("%s|100%%", static_cast<const char*>(nullptr)), "(null)|100%");
+    EXPECT_EQ(made("%p", reinterpret_cast<void*>(0x12AB)), "00000000000012AB");
+    EXPECT_EQ(made("%g|%.2f|%8.3f|%-8.1f|%G", 1.5, 3.14159, 2.0, 0.75, 0.5),
+              "1.5|3.14|   2.000|0.8     |0.5");
+    EXPECT_EQ(made("%.150f", 0.5), "0.5" + std::string(149, '0'));
+}
+
+// Integers in every dress, beside the C library.
+TEST(Format, IntegersAgreeWithTheLibrary) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "the formatter is the system's own";
+#endif
+    std::mt19937_64 random(1);
+    const char* lengths[] = {"", "ll", "hh"};
+    for (int round = 0; round < 20000; ++round) {
+        std::string pattern = "<%";
+        for (const char flag : {'-', '+', ' ', '0', '#'}) {
+            if (random() % 4 == 0) pattern += flag;
+        }
+        if (random() % 2 == 0) pattern += std::to_string(1 + random() % 30);
+        if (random() % 3 == 0) pattern.append(".").append(std::to_string(random() % 25));
+        const size_t length = random() % 3;
+        pattern += lengths[length];
+        pattern += "duxXo"[random() % 5];
+        pattern += '>';
+        const auto value = static_cast<int64_t>(random()) >> (random() % 64);
+        char expected[128];
+        if (length != 1) {
+            snprintf(expected, sizeof expected, pattern.c_str(), static_cast<int>(value));
+            EXPECT_EQ(made(pattern.c_str(), static_cast<int>(value)), expected) << pattern;
+        } else {
+            snprintf(expected, sizeof expected, pattern.c_str(), value);
+            EXPECT_EQ(made(pattern.c_str(), value), expected) << pattern;
+        }
+    }
+}
+
+TEST(Format, WideAndNarrowMeet) {
+    EXPECT_EQ(made(L"%s|%hs|%ls|%S|%c|%C|%5.1f", L"w", "n", L"l", "N", L'c', 'C', 1.5),
+              L"w|n|l|N|c|C|  1.5");
+    EXPECT_EQ(
+        made("%S|%ls|%ws|%hs|%lc|%C|%4ls|%.1ls", L"w", L"l", L"v", "n", L'x', L'y', L"ab", L"ab"),
+        "w|l|v|n|x|y|  ab|a");
+    const wchar_t han[] = {L'a', 0x4E00, 0};
+    EXPECT_EQ(made("[%ls]", han), "-1");
+    if (platform::set_locale("chs") == nullptr) GTEST_SKIP() << "no such locale";
+    EXPECT_EQ(made("[%ls]", han), "[a\xD2\xBB]");
+    EXPECT_EQ(made("[%.1ls|%.2ls|%4ls]", han, han, han), "[a|a\xD2\xBB|  a\xD2\xBB]");
+    EXPECT_EQ(made("[%C]", 0x4E00), "[\xD2\xBB]");
+    EXPECT_EQ(made(L"[%hs]", "a\xD2\xBB"), std::wstring(L"[") + han + L"]");
+    platform::set_locale("C");
+}
+
+TEST(Number, Texts) {
+    const struct {
+        int64_t value;
+        int base;
+        const char* text;
+    } rows[] = {{0, 10, "0"},
+                {-255, 10, "-255"},
+                {INT64_MIN, 10, "-9223372036854775808"},
+                {-255, 16, "ffffffffffffff01"},
+                {35, 36, "z"},
+                {-1, 2, "1111111111111111111111111111111111111111111111111111111111111111"}};
+    char text[66];
+    for (const auto& row : rows) EXPECT_STREQ(_i64toa(row.value, text, row.base), row.text);
+    EXPECT_STREQ(_ui64toa(UINT64_MAX, text, 10), "18446744073709551615");
+}
+
+TEST(Number, Reading) {
+    const struct {
+        const char* text;
+        int64_t value;
+    } rows[] = {{"123", 123},
+                {"  -5x", -5},
+                {"\t\n\v\f\r +8", 8},
+                {"- 5", 0},
+                {"", 0},
+                {"abc", 0},
+                {"0x10", 0},
+                {"\xA0 5", 0},
+                {"9223372036854775807", INT64_MAX},
+                {"9223372036854775808", INT64_MAX},
+                {"18446744073709551616", INT64_MAX},
+                {"-9223372036854775807", INT64_MIN + 1},
+                {"-9223372036854775808", INT64_MIN},
+                {"-99999999999999999999999", INT64_MIN}};
+    for (const auto& row : rows) EXPECT_EQ(_atoi64(row.text), row.value) << row.text;
+}
+
+TEST(Bytes, ClassesAndCase) {
+    std::string spaces;
+    int printed = 0;
+    for (int c = 0; c < 256; ++c) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (platform::is_space(byte)) spaces += static_cast<char>(c);
+        printed += platform::is_print(byte) ? 1 : 0;
+        if (c < 128 && std::isalpha(c) != 0) continue;
+        EXPECT_EQ(platform::to_lower(byte), byte);
+        EXPECT_EQ(platform::to_upper(byte), byte);
+    }
+    EXPECT_EQ(spaces, "\t\n\v\f\r ");
+    EXPECT_EQ(printed, 95);
+    EXPECT_EQ(platform::to_lower('Z'), 'z');
+    EXPECT_EQ(platform::to_upper('a'), 'A');
+}
+
+TEST(Bytes, CompareWithoutCase) {
+    EXPECT_EQ(platform::compare_no_case("aBc", "AbC"), 0);
+    EXPECT_LT(platform::compare_no_case("a", "B"), 0);
+    EXPECT_GT(platform::compare_no_case("abc", "AB"), 0);
+    EXPECT_LT(platform::compare_no_case("[", "A"), 0) << "small letters are compared";
+    EXPECT_GT(platform::compare_no_case("\xE9", "z"), 0) << "bytes are unsigned";
+    EXPECT_NE(platform::compare_no_case("\xE9", "\xC9"), 0);
+    EXPECT_EQ(platform::compare_no_case("abX", "ABy", 2), 0);
+    EXPECT_EQ(platform::compare_no_case("a", "b", 0), 0);
+}
+
+}  // namespace
