@@ -1,0 +1,142 @@
+// A message box through the X11 library, which is looked for at run time: machines without a
+// display need nothing of it. A key, a click or the window's close button ends it.
+#include <dlfcn.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+
+#include "platform/last_error.h"
+#include "platform/system.h"
+
+namespace {
+
+using Display = void;
+using Window = unsigned long;
+using Atom = unsigned long;
+
+constexpr int kKeyPress = 2;
+constexpr int kButtonPress = 4;
+constexpr int kExpose = 12;
+constexpr int kClientMessage = 33;
+constexpr long kEventMask = 1L << 0 | 1L << 2 | 1L << 15;  // keys, buttons, exposure
+
+// The library gives events in 24 words, of which a client message uses these.
+union Event {
+    int type;
+    struct {
+        int type;
+        unsigned long serial;
+        int send_event;
+        Display* display;
+        Window window;
+        Atom message_type;
+        int format;
+        long data[5];
+    } client;
+    long words[24];
+};
+
+constexpr int kLineHeight = 18;
+constexpr int kCharWidth = 8;
+constexpr int kMargin = 20;
+
+// Loaded once and kept: the library registers handlers of its own.
+class X11 {
+ public:
+    X11() : library_(dlopen("libX11.so.6", RTLD_NOW | RTLD_LOCAL)) {}
+    [[nodiscard]] bool loaded() const { return library_ != nullptr; }
+
+    // Calls a function of the library by name; one that it lacks gives zero.
+    template <typename Result, typename... Arguments>
+    Result call(const char* name, Arguments... arguments) const {
+        const auto function = reinterpret_cast<Result (*)(Arguments...)>(dlsym(library_, name));
+        return function != nullptr ? function(arguments...) : Result();
+    }
+
+ private:
+    void* library_;
+};
+
+void draw(const X11& x11, Display* display, Window window, std::string_view text) {
+    void* const context = x11.call<void*>("XDefaultGC", display, 0);
+    for (int y = kMargin + kLineHeight; !text.empty(); y += kLineHeight) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        x11.call<int>("XDrawString", display, window, context, kMargin, y, line.data(),
+                      static_cast<int>(line.size()));
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+    }
+}
+
+Window make_window(const X11& x11, Display* display, std::string_view text, const char* title) {
+    size_t columns = 20;
+    for (std::string_view rest = text; !rest.empty();) {
+        const size_t length = std::min(rest.find('\n'), rest.size());
+        columns = std::max(columns, std::min<size_t>(length, 120));
+        rest.remove_prefix(std::min(rest.size(), length + 1));
+    }
+    const auto lines =
+        static_cast<unsigned>(std::min<long>(std::count(text.begin(), text.end(), '\n'), 40));
+    const auto width = static_cast<unsigned>(columns) * kCharWidth + 2 * kMargin;
+    const Window window = x11.call<Window>("XCreateSimpleWindow", display,
+                                           x11.call<Window>("XRootWindow", display, 0), 0, 0, width,
+                                           (lines + 2) * kLineHeight + 2 * kMargin, 1U,
+                                           x11.call<unsigned long>("XBlackPixel", display, 0),
+                                           x11.call<unsigned long>("XWhitePixel", display, 0));
+    x11.call<int>("XStoreName", display, window, title);
+    x11.call<int>("XSelectInput", display, window, kEventMask);
+    return window;
+}
+
+// The library ends the process when it meets a lost display, so it is asked only after the
+// connection was found alive. False: it is lost.
+bool wait_for_event(const X11& x11, Display* display) {
+    constexpr int kAlreadyQueued = 0;
+    if (x11.call<int>("XEventsQueued", display, kAlreadyQueued) > 0) return true;
+    x11.call<int>("XFlush", display);
+    pollfd connection{x11.call<int>("XConnectionNumber", display), POLLIN, 0};
+    while (poll(&connection, 1, -1) < 0) {
+        if (errno != EINTR) return false;
+    }
+    return (connection.revents & (POLLHUP | POLLERR | POLLNVAL)) == 0;
+}
+
+// False when the display went away meanwhile.
+bool show_until_closed(const X11& x11, Display* display, Window window, std::string_view text) {
+    Atom close = x11.call<Atom>("XInternAtom", display, "WM_DELETE_WINDOW", 0);
+    x11.call<int>("XSetWMProtocols", display, window, &close, 1);
+    x11.call<int>("XMapWindow", display, window);
+    while (wait_for_event(x11, display)) {
+        Event event{};
+        x11.call<int>("XNextEvent", display, &event);
+        if (event.type == kExpose) draw(x11, display, window, text);
+        if (event.type == kKeyPress || event.type == kButtonPress) return true;
+        if (event.type == kClientMessage && static_cast<Atom>(event.client.data[0]) == close) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+int MessageBoxA(HWND, const char* text, const char* title, UINT) {
+    static const X11 x11;
+    Display* const display =
+        x11.loaded() ? x11.call<Display*>("XOpenDisplay", static_cast<const char*>(nullptr))
+                     : nullptr;
+    if (display == nullptr) {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return 0;
+    }
+    const std::string_view shown = text != nullptr ? text : "";
+    const Window window = make_window(x11, display, shown, title != nullptr ? title : "");
+    if (!show_until_closed(x11, display, window, shown)) {
+        SetLastError(ERROR_BROKEN_PIPE);
+        return 0;  // the lost connection stays open: closing it would end the process
+    }
+    x11.call<int>("XDestroyWindow", display, window);
+    x11.call<int>("XCloseDisplay", display);
+    return IDOK;
+}

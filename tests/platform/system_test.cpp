@@ -1,0 +1,121 @@
+#include "platform/system.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "platform/last_error.h"
+#include "support/child_process.h"
+
+namespace {
+
+TEST(System, ComputerNameIsOneLabelThatFits) {
+    char name[64];
+    DWORD size = sizeof name;
+    ASSERT_NE(GetComputerNameA(name, &size), 0);
+    EXPECT_EQ(size, std::strlen(name));
+    EXPECT_EQ(std::strchr(name, '.'), nullptr);
+    EXPECT_GT(size, 0U);
+    EXPECT_LE(size, DWORD{MAX_COMPUTERNAME_LENGTH});
+
+    DWORD exact = size + 1;
+    EXPECT_NE(GetComputerNameA(name, &exact), 0);
+    DWORD small = size;
+    EXPECT_EQ(GetComputerNameA(name, &small), 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_BUFFER_OVERFLOW});
+    EXPECT_GE(small, size + 1);
+}
+
+TEST(System, VersionNamesThePlatform) {
+    OSVERSIONINFOEXA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    ASSERT_NE(GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&version)), 0);
+#if defined(_WIN32)
+    EXPECT_EQ(version.dwPlatformId, 2U);
+#else
+    EXPECT_EQ(version.dwPlatformId, platform::kUnixPlatformId);
+#endif
+    EXPECT_GT(version.dwMajorVersion, 0U);
+}
+
+TEST(System, TheFirstModuleIsTheProgram) {
+    HMODULE module = nullptr;
+    DWORD needed = 0;
+    ASSERT_NE(EnumProcessModules(GetCurrentProcess(), &module, sizeof module, &needed), 0);
+    EXPECT_GE(needed, sizeof module);
+    char path[1024];
+    const DWORD length = GetModuleFileNameExA(GetCurrentProcess(), module, path, sizeof path);
+    EXPECT_EQ(length, std::strlen(path));
+    EXPECT_EQ(std::filesystem::path(path).stem(), "system_test");
+
+    char small[8];
+    EXPECT_EQ(GetModuleFileNameExA(GetCurrentProcess(), module, small, 8), 8U);
+    EXPECT_EQ(std::string(small), std::string(path, 7));
+}
+
+CHILD_ROLE(tell_command_line) {
+    tell_parent(GetCommandLineA());
+    return 0;
+}
+
+TEST(System, CommandLineQuotesWhatNeedsIt) {
+    ChildProcess child("tell_command_line", {"plain", "two words", "tail"});
+    const std::string line = child.read_line();
+    const std::string end = " --child-role tell_command_line ";
+    const size_t at = line.find(end);
+    ASSERT_NE(at, std::string::npos) << line;
+    const std::string words = line.substr(at + end.size());
+#if defined(_WIN32)
+    EXPECT_EQ(words, "\"plain\" \"two words\" \"tail\"");  // as the parent wrote it
+#else
+    EXPECT_EQ(words, "plain \"two words\" tail");
+#endif
+}
+
+#if !defined(_WIN32)
+TEST(System, CommandLineQuotesAsWindowsProgramsRead) {
+    ChildProcess child("tell_command_line", {"", "a\"b", "c\\d", "e f\\", "g\\\"h", "tab\tx"});
+    const std::string line = child.read_line();
+    const std::string expected = R"( "" "a\"b" c\d "e f\\" "g\\\"h" "tab	x")";
+    EXPECT_TRUE(line.ends_with(expected)) << line;
+}
+
+TEST(System, LanguageComesFromTheEnvironment) {
+    unsetenv("LC_MESSAGES");
+    const struct {
+        const char* all;
+        const char* lang;
+        LANGID id;
+    } cases[] = {
+        {"", "zh_CN.UTF-8", 2052},
+        {"", "zh_TW", 1028},
+        {"", "zh", 2052},
+        {"", "en_US.UTF-8", 1033},
+        {"", "es_ES@euro", 3082},
+        {"", "C", 1033},
+        {"", "", 1033},
+        {"zh_CN", "de_DE", 2052},
+        {"", "zhx_CN", 1033},
+        {"", "de_AT.UTF-8", 1031},
+        {"POSIX", "zh_CN", 1033},
+    };
+    for (const auto& c : cases) {
+        setenv("LC_ALL", c.all, 1);
+        setenv("LANG", c.lang, 1);
+        EXPECT_EQ(GetUserDefaultLangID(), c.id) << c.all << '/' << c.lang;
+        EXPECT_EQ(GetUserDefaultLCID(), LCID{c.id});
+    }
+}
+
+TEST(System, WithoutADisplayAMessageBoxFailsCleanly) {
+    unsetenv("DISPLAY");
+    SetLastError(0);
+    EXPECT_EQ(MessageBoxA(nullptr, "text", nullptr, MB_OK), 0);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+}
+#endif
+
+}  // namespace
