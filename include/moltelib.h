@@ -8,6 +8,7 @@
 #include "moltelib/memory.h"
 #include "moltelib/parameter_registry.h"
 #include "moltelib/state.h"
+#include "moltelib/text.h"
 #include "moltelib/thread_list.h"
 
 #endif
