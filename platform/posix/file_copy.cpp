@@ -1,0 +1,145 @@
+// CopyFileA: the kernel copies, and where it can't, a buffer does.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "descriptor.h"
+#include "failure.h"
+#include "path.h"
+#include "platform/files.h"
+
+using platform::fail;
+using platform::KernelPath;
+using platform::OpenFile;
+
+namespace {
+
+constexpr size_t kChunk = size_t{1} << 30;
+constexpr size_t kBufferSize = size_t{256} << 10;
+
+struct Free {
+    void operator()(char* memory) const { std::free(memory); }
+};
+
+bool write_all(int fd, const char* bytes, size_t size) {
+    while (size > 0) {
+        const ssize_t count = ::write(fd, bytes, size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes += count;
+        size -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+// From the position of each file to the end of the source.
+bool copy_by_buffer(int from, int to) {
+    const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::malloc(kBufferSize)));
+    if (buffer == nullptr) return false;
+    for (;;) {
+        const ssize_t count = ::read(from, buffer.get(), kBufferSize);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return count == 0;
+        if (!write_all(to, buffer.get(), static_cast<size_t>(count))) return false;
+    }
+}
+
+// Size bytes from the position of each file, or to the end of the source.
+bool copy_by_kernel(int from, int to, off_t size) {
+    while (size > 0) {
+        const size_t chunk =
+            static_cast<uint64_t>(size) < kChunk ? static_cast<size_t>(size) : kChunk;
+        const ssize_t count = copy_file_range(from, nullptr, to, nullptr, chunk, 0);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return count == 0;
+        size -= count;
+    }
+    return true;
+}
+
+// True for what copy_file_range says where two file systems, or an old kernel, can't do it.
+bool kernel_cannot(int number) {
+    return number == EXDEV || number == EINVAL || number == ENOSYS || number == EOPNOTSUPP ||
+           number == EPERM;
+}
+
+// Data only: the holes of the source stay holes in the target.
+bool copy_with_holes(int from, int to, off_t size) {
+    for (off_t end = 0;;) {
+        const off_t start = lseek(from, end, SEEK_DATA);
+        if (start < 0) return errno == ENXIO && ftruncate(to, size) == 0;
+        end = lseek(from, start, SEEK_HOLE);
+        if (end < 0 || lseek(from, start, SEEK_SET) < 0 || lseek(to, start, SEEK_SET) < 0 ||
+            !copy_by_kernel(from, to, end - start)) {
+            return false;
+        }
+    }
+}
+
+bool copy_content(int from, int to, const struct stat& source) {
+    constexpr off_t block = 512;
+    const bool holes = source.st_blocks < source.st_size / block;
+    const bool done = holes ? copy_with_holes(from, to, source.st_size)
+                            : copy_by_kernel(from, to, source.st_size);
+    // There may be more: a file that grew, or one of the kernel's that tells no size.
+    if (done) return holes || copy_by_buffer(from, to);
+    return kernel_cannot(errno) && lseek(from, 0, SEEK_SET) >= 0 && lseek(to, 0, SEEK_SET) >= 0 &&
+           copy_by_buffer(from, to);
+}
+
+bool copy_state(int to, const struct stat& source) {
+    const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, source.st_mtim};
+    return fchmod(to, source.st_mode & 0777) == 0 && futimens(to, times) == 0;
+}
+
+bool regular(int fd, struct stat* state) {
+    if (fstat(fd, state) != 0) return false;
+    if (S_ISREG(state->st_mode)) return true;
+    errno = EACCES;
+    return false;
+}
+
+// Empties the target, which must not be the source itself.
+bool prepare_target(int fd, const struct stat& source) {
+    struct stat target;
+    if (!regular(fd, &target)) return false;
+    if (target.st_dev == source.st_dev && target.st_ino == source.st_ino) {
+        errno = EBUSY;
+        return false;
+    }
+    return ftruncate(fd, 0) == 0;
+}
+
+bool copy_path(const char* from, const char* to, bool must_be_new) {
+    // A pipe by that name would keep the open waiting.
+    const OpenFile source(platform::open_file(from, O_RDONLY | O_NONBLOCK, 0));
+    struct stat state;
+    if (!source.valid() || !regular(source.get(), &state)) return false;
+    const int flags = O_WRONLY | O_NONBLOCK | O_CREAT | (must_be_new ? O_EXCL : 0);
+    const OpenFile target(platform::open_file(to, flags, (state.st_mode & 0700) | S_IWUSR));
+    if (!target.valid() || !prepare_target(target.get(), state)) return false;
+    if (copy_content(source.get(), target.get(), state) && copy_state(target.get(), state))
+        return true;
+    const int reason = errno;
+    unlink(to);
+    errno = reason;
+    return false;
+}
+
+}  // namespace
+
+BOOL CopyFileA(const char* source, const char* target, BOOL fail_if_exists) {
+    const KernelPath from(source);
+    const KernelPath to(target);
+    if (from.valid() && to.valid() && copy_path(from.get(), to.get(), fail_if_exists != FALSE)) {
+        return TRUE;
+    }
+    fail();
+    const int reason = errno;
+    if (reason == EEXIST) SetLastError(ERROR_FILE_EXISTS);
+    if (reason == ENOENT && access(from.get(), F_OK) == 0) SetLastError(ERROR_PATH_NOT_FOUND);
+    errno = reason;
+    return FALSE;
+}
