@@ -2,6 +2,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
@@ -19,6 +21,10 @@ namespace {
 constexpr size_t kChunk = size_t{1} << 30;
 constexpr size_t kBufferSize = size_t{256} << 10;
 
+size_t to_size(off_t size) {
+    return static_cast<size_t>(size);
+}
+
 struct Free {
     void operator()(char* memory) const { std::free(memory); }
 };
@@ -34,26 +40,16 @@ bool write_all(int fd, const char* bytes, size_t size) {
     return true;
 }
 
-// From the position of each file to the end of the source.
-bool copy_by_buffer(int from, int to) {
+// Size bytes from the position of each file, or to the end of the source.
+bool copy_by_buffer(int from, int to, off_t size) {
     const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::malloc(kBufferSize)));
     if (buffer == nullptr) return false;
-    for (;;) {
-        const ssize_t count = ::read(from, buffer.get(), kBufferSize);
+    while (size > 0) {
+        const ssize_t count =
+            ::read(from, buffer.get(), std::min<size_t>(kBufferSize, to_size(size)));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return count == 0;
         if (!write_all(to, buffer.get(), static_cast<size_t>(count))) return false;
-    }
-}
-
-// Size bytes from the position of each file, or to the end of the source.
-bool copy_by_kernel(int from, int to, off_t size) {
-    while (size > 0) {
-        const size_t chunk =
-            static_cast<uint64_t>(size) < kChunk ? static_cast<size_t>(size) : kChunk;
-        const ssize_t count = copy_file_range(from, nullptr, to, nullptr, chunk, 0);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return count == 0;
         size -= count;
     }
     return true;
@@ -65,14 +61,29 @@ bool kernel_cannot(int number) {
            number == EPERM;
 }
 
+// The same, by the kernel where it can.
+bool copy_range(int from, int to, off_t size) {
+    while (size > 0) {
+        const ssize_t count =
+            copy_file_range(from, nullptr, to, nullptr, std::min(kChunk, to_size(size)), 0);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return kernel_cannot(errno) && copy_by_buffer(from, to, size);
+        if (count == 0) return true;
+        size -= count;
+    }
+    return true;
+}
+
 // Data only: the holes of the source stay holes in the target.
 bool copy_with_holes(int from, int to, off_t size) {
     for (off_t end = 0;;) {
         const off_t start = lseek(from, end, SEEK_DATA);
+        // A file system that doesn't tell its holes has none.
+        if (start < 0 && errno == EINVAL) return copy_range(from, to, size);
         if (start < 0) return errno == ENXIO && ftruncate(to, size) == 0;
         end = lseek(from, start, SEEK_HOLE);
         if (end < 0 || lseek(from, start, SEEK_SET) < 0 || lseek(to, start, SEEK_SET) < 0 ||
-            !copy_by_kernel(from, to, end - start)) {
+            !copy_range(from, to, end - start)) {
             return false;
         }
     }
@@ -80,13 +91,9 @@ bool copy_with_holes(int from, int to, off_t size) {
 
 bool copy_content(int from, int to, const struct stat& source) {
     constexpr off_t block = 512;
-    const bool holes = source.st_blocks < source.st_size / block;
-    const bool done = holes ? copy_with_holes(from, to, source.st_size)
-                            : copy_by_kernel(from, to, source.st_size);
+    if (source.st_blocks < source.st_size / block) return copy_with_holes(from, to, source.st_size);
     // There may be more: a file that grew, or one of the kernel's that tells no size.
-    if (done) return holes || copy_by_buffer(from, to);
-    return kernel_cannot(errno) && lseek(from, 0, SEEK_SET) >= 0 && lseek(to, 0, SEEK_SET) >= 0 &&
-           copy_by_buffer(from, to);
+    return copy_range(from, to, source.st_size) && copy_by_buffer(from, to, INT64_MAX);
 }
 
 bool copy_state(int to, const struct stat& source) {

@@ -51,6 +51,7 @@ int rename_in_steps(const char* from, const char* to) {
     if (link(from, to) == 0) return unlink(from);
     if (errno != EPERM && errno != EOPNOTSUPP && errno != EMLINK) return -1;
     struct stat found;
+    if (lstat(from, &found) != 0) return -1;
     if (lstat(to, &found) == 0) {
         errno = EEXIST;
         return -1;
