@@ -2,8 +2,8 @@
 #pragma once
 
 #if defined(_WIN32)
-#include <winsock2.h>
 #include <windows.h>
+#include <winsock2.h>
 #else
 #include <cstdint>
 
@@ -16,4 +16,15 @@ using HANDLE = void*;
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
 constexpr BOOL TRUE = 1;
 constexpr BOOL FALSE = 0;
+constexpr int MAX_PATH = 260;
+
+// A time in units of 100 nanoseconds since 1601, in two halves.
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+
+struct ULARGE_INTEGER {
+    std::uint64_t QuadPart;
+};
 #endif
