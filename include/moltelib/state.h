@@ -1,6 +1,16 @@
 /*
  * The one global record of the library, bring-up and tear-down, the short global lock and the
  * counters of file traffic.
+ *
+ * Loading the library does nothing. A program brings it up from its main thread before it starts
+ * others, and tears it down when they have ended:
+ *
+ *     if (ORVEX_BASE_InitVar() < 0) ORVEX_Err_Print();
+ *     ...
+ *     ORVEX_BASE_ReleaseVar();
+ *
+ * There is a flag and no reference count: of two modules that both bring the library up, the first
+ * that tears it down leaves the other without it.
  */
 #ifndef MOLTELIB_STATE_H
 #define MOLTELIB_STATE_H
@@ -79,5 +89,56 @@ static_assert(sizeof(((MOLTE_BASEVAR*)0)->anTextHook) == 256);
 #endif
 
 MOLTE_API MOLTE_BASEVAR g_stBv;
+
+/*
+ * Brings the library up: 1 when this call did it, 0 when it is up. -1 on failure, with the history
+ * in the error record; what was done so far stays. A failure before nInitCount is raised may be
+ * tried again; after a later one the next call gives 0, and only ORVEX_BASE_ReleaseVar leads on.
+ * szAppName, szAppShortName and szAppVersion are left alone if a program has set the name or the
+ * version before. Threads that come first at the same time wait for the one that does it.
+ */
+MOLTE_API int32_t ORVEX_BASE_InitVar(void);
+
+/*
+ * Tears it down; always 1. No other thread may be inside the library. The blocks of other threads
+ * are not freed: each calls MOLTE_THDATA_FreeData before it ends. Afterwards ORVEX_BASE_InitVar can
+ * run again; program name, version and parameter values keep what they held.
+ */
+MOLTE_API int32_t ORVEX_BASE_ReleaseVar(void);
+
+/* Closes the text hooks; runs by itself at process exit once the library was up. 1, or 0 when no
+ * hooks are up. */
+MOLTE_API int32_t ORVEX_BASE_AtExit(void);
+
+/*
+ * Enter and leave the short global lock, for a few instructions; recursive. The first brings the
+ * library up if it isn't. Both 1.
+ */
+MOLTE_API int32_t ORVEX_ShortOpLock(void);
+MOLTE_API int32_t ORVEX_ShortOpUnLock(void);
+
+/* Zeroes the block and makes its critical section; 1, or -1 with error 50 for null. Two names. */
+MOLTE_API int32_t MOLTE_InitCrit(MOLTE_CRIT* pCrit);
+MOLTE_API int32_t MOLTE_COUNTER_Init(MOLTE_CRIT* pCrit);
+
+/* Deletes the critical section if it was made, and zeroes the block; 1. Two names. */
+MOLTE_API int32_t MOLTE_ReleaseCrit(MOLTE_CRIT* pCrit);
+MOLTE_API int32_t MOLTE_COUNTER_Release(MOLTE_CRIT* pCrit);
+
+/* Count one read or write with its bytes and high-resolution ticks: 1, or 0 before bring-up. */
+MOLTE_API int32_t MOLTE_COUNTER_ReadInc(int64_t n64Bytes, int64_t n64Ticks);
+MOLTE_API int32_t MOLTE_COUNTER_WriteInc(int64_t n64Bytes, int64_t n64Ticks);
+
+/* The name of the running operating system; "win x64" stands for "Unix". */
+MOLTE_API const char* MOLTE_UTIL_MacroOs(void);
+
+/* Writes time and number of the build to pszDst, 40 bytes, unless it is null; 1130. */
+MOLTE_API int32_t ORVEX_BASE_BuildVerAndTime(char* pszDst);
+
+/* Always 0, whatever the processor. */
+MOLTE_API int32_t MOLTE_IsBigEndian(void);
+
+/* Does nothing. */
+MOLTE_API void ORVEX_SYS_SetRLimit(void);
 
 #endif
