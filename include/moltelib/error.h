@@ -43,7 +43,7 @@ typedef int32_t (*ORVEX_MONITORFUN)(const char* pszText);
  * Overwrites the current record with a failure: always 0.
  *   nErrNo     the library's error number
  *   nSysErrNo  the system's number, see nOption
- *   szFile     the source; what stands behind its last path delimiter is kept, at most 32 characters
+ *   szFile     the source; of its name behind the last path delimiter 32 characters are kept
  *   nLine      the source line; its low 16 bits are kept
  *   nDataLen   bytes at pData, of which 144 are kept; texts of more than 255 bytes pass 255
  *   pData      data of the failure, as a name or a message; may be null

@@ -28,9 +28,9 @@ MOLTE_API void ThreadFreeMemory(void* p);
 MOLTE_API void ORVEX_CONVBAR_FreeMem(void* p);
 
 /* Kept names of a former debugging allocator; they do nothing. */
-MOLTE_API int32_t ORVEX_debug_realloc(void);   /* always -1 */
-MOLTE_API int32_t ORVEX_dbg_malloc(void);      /* always 0 */
-MOLTE_API int32_t MOLTE_DumpMemoryLeak(void);  /* always 0 */
+MOLTE_API int32_t ORVEX_debug_realloc(void);     /* always -1 */
+MOLTE_API int32_t ORVEX_dbg_malloc(void);        /* always 0 */
+MOLTE_API int32_t MOLTE_DumpMemoryLeak(void);    /* always 0 */
 MOLTE_API int32_t ORVEX_ALLOCHOOK_Install(void); /* always 1 */
 
 #endif

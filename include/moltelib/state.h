@@ -38,14 +38,14 @@ typedef struct ORVEX_SYSINFO {
 /* The global record. All zero at load; programs of the system read it, and write what is marked. */
 typedef struct MOLTE_BASEVAR {
     int32_t nReserved1;
-    int32_t nInitCount;         /* 0 before bring-up, 1 after: a flag, no reference count */
+    int32_t nInitCount; /* 0 before bring-up, 1 after: a flag, no reference count */
     uint8_t abyReserved2[64];
-    int32_t bErrLogEnabled;     /* text error log on; 1 at bring-up; programs may write it */
-    int32_t bBackupErrLogFile;  /* parameter BackupErrLogFile */
-    MOLTE_CRIT stShortOpLock;   /* the short global lock */
-    PA stLineBufList;           /* registered line buffers, 8-byte pointers */
-    char szAppName[256];        /* full path of the running program */
-    char szAppShortName[32];    /* its file name, at most 31 characters */
+    int32_t bErrLogEnabled;    /* text error log on; 1 at bring-up; programs may write it */
+    int32_t bBackupErrLogFile; /* parameter BackupErrLogFile */
+    MOLTE_CRIT stShortOpLock;  /* the short global lock */
+    PA stLineBufList;          /* registered line buffers, 8-byte pointers */
+    char szAppName[256];       /* full path of the running program */
+    char szAppShortName[32];   /* its file name, at most 31 characters */
     MOLTE_PARAMADM stParamAdm;
     char szDbIniName[32];       /* parameter DBININAME */
     char szDefaultUserName[16]; /* parameter DefaultUserName */
@@ -66,21 +66,21 @@ typedef struct MOLTE_BASEVAR {
     int64_t n64HiResoTickPerSec;  /* parameter HiResoTickPerSec */
     MOLTE_CRIT stCounterLock;     /* guards the six counters; a leaf lock */
     uint8_t abyReserved3[64];
-    int64_t n64ReadCount;         /* whole reads, their bytes and their high-resolution ticks */
+    int64_t n64ReadCount; /* whole reads, their bytes and their high-resolution ticks */
     int64_t n64WriteCount;
     int64_t n64ReadByteCount;
     int64_t n64WriteByteCount;
     int64_t n64ReadTimeUsed;
     int64_t n64WriteTimeUsed;
-    int32_t nServerStartupTime;   /* parameter ServerStartupTime */
-    char szHostName[16];          /* computer name, written to every error record */
-    int32_t bStopAll;             /* written by the program: every waiting function gives up */
-    int32_t bSockSafeClose;       /* parameter SockSafeClose */
-    int32_t nKernelBit;           /* parameter KernelBit, 64 */
-    int32_t nAppFileSize;         /* bytes of the program file, 0 when not known */
-    int32_t nListenBacklogCnt;    /* parameter ListenBacklogCnt; 100 until it is read */
+    int32_t nServerStartupTime; /* parameter ServerStartupTime */
+    char szHostName[16];        /* computer name, written to every error record */
+    int32_t bStopAll;           /* written by the program: every waiting function gives up */
+    int32_t bSockSafeClose;     /* parameter SockSafeClose */
+    int32_t nKernelBit;         /* parameter KernelBit, 64 */
+    int32_t nAppFileSize;       /* bytes of the program file, 0 when not known */
+    int32_t nListenBacklogCnt;  /* parameter ListenBacklogCnt; 100 until it is read */
     MOLTE_THREADLIST stThreadList;
-    uint64_t anTextHook[32];      /* state of the text hooks */
+    uint64_t anTextHook[32]; /* state of the text hooks */
 } MOLTE_BASEVAR;
 
 #if defined(__cplusplus)
