@@ -1,0 +1,65 @@
+// Names of the operating system and of the computer.
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include "core/report.h"
+#include "moltelib/system_info.h"
+#include "moltelib/text.h"
+#include "platform/system.h"
+#include "system/os_type.h"
+
+namespace {
+
+constexpr molte::Module kModule("oxsysutl");
+constexpr uint32_t kBadArgument = 50;
+constexpr uint32_t kNoComputerName = 127;
+
+// By OS type; null has no name.
+constexpr const char* kOsNames[] = {nullptr,     "Win95",   "Win98",     "WinNT4",   "Win2000",
+                                    "WinNT3.51", "Win31",   "WinNT",     "Windows",  nullptr,
+                                    nullptr,     "Unix",    "WinXP",     "Win2003",  "WinVista",
+                                    "Win2003R2", "Win2008", "Win2008R2", "Windows7", "Windows8"};
+
+bool computer_name(char (&name)[48]) {
+    DWORD size = sizeof name;
+    return GetComputerNameA(name, &size) != FALSE;
+}
+
+}  // namespace
+
+int32_t ORVEX_GetOsType(void) {
+    OSVERSIONINFOEXA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    if (GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&version)) == FALSE) {
+        return molte::kOsWindows;
+    }
+    if (version.dwPlatformId == platform::kUnixPlatformId) return molte::kOsUnix;
+    return molte::windows_type(version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion,
+                               version.wProductType == VER_NT_WORKSTATION);
+}
+
+const char* MOLTE_OsType2String(int32_t nOsType) {
+    const bool known = nOsType >= 0 && nOsType < static_cast<int32_t>(std::size(kOsNames)) &&
+                       kOsNames[nOsType] != nullptr;
+    return known ? kOsNames[nOsType] : "Unkown";
+}
+
+const char* MOLTE_OsClass2String(int32_t nOsClass) {
+    return nOsClass == 0 ? "Unix" : nOsClass == 1 ? "Windows" : "Unknown";
+}
+
+int32_t ORVEX_GetComputerNameWithOpt(char* dst, int32_t nLen, int32_t bReport) {
+    if (dst == nullptr || nLen < 1) return kModule.fail(molte::here(), kBadArgument);
+    char name[48];
+    if (!computer_name(name)) {
+        dst[0] = '\0';
+        return bReport != 0 ? kModule.fail(molte::here(), kNoComputerName) : -1;
+    }
+    ORVEX_strncpy(dst, name, nLen);
+    return 1;
+}
+
+int32_t ORVEX_GetComputerName(char* dst, int32_t nLen) {
+    return ORVEX_GetComputerNameWithOpt(dst, nLen, 1);
+}
