@@ -1,0 +1,199 @@
+// The error record: storing a failure and its history.
+#include "moltelib/error.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "core/big_endian.h"
+#include "core/identity.h"
+#include "core/report.h"
+#include "core/source_name.h"
+#include "moltelib/thread_data.h"
+#include "platform/last_error.h"
+
+namespace {
+
+using molte::base_name;
+using molte::big_endian;
+using molte::put_big_endian;
+
+constexpr molte::Module kModule("orvexerr");
+constexpr uint32_t kBadArgument = 50;
+constexpr uint32_t kFirstSocketError = 71;
+constexpr uint32_t kLastSocketError = 83;
+constexpr uint8_t kPlatformText = 2;  // bit of the option: the number is the platform's
+constexpr size_t kMessageSize = 1024;
+
+// History without a failure in front of it.
+constexpr uint32_t kNoErrorNumber = 103;
+constexpr uint16_t kNoErrorLine = 142;
+
+constexpr int32_t kDataSize = ORVEX_ERRDATA_DATA1_SIZE + ORVEX_ERRDATA_DATA2_SIZE;
+
+// For all threads that have no block, for want of memory. Unguarded: better than no report.
+ORVEX_ERRDATA fallback;
+
+// The compiler would turn a constant size into a string instruction, which is several times slower.
+void clear(ORVEX_ERRDATA& record) {
+    size_t size = sizeof record;
+    asm("" : "+r"(size));
+    std::memset(&record, 0, size);
+}
+
+template <size_t size>
+void put_text(char (&field)[size], std::string_view text, size_t most) {
+    std::memcpy(field, text.data(), std::min(text.size(), most));
+}
+
+using SystemMessage = char[sizeof ORVEX_ERRDATA::szSysErr];
+
+void put_message(SystemMessage& field, const char* text) {
+    std::memset(field, 0, sizeof field);
+    std::memcpy(field, text, strnlen(text, sizeof field - 1));
+}
+
+// The system's message of a number. The last one is kept, for failures come in runs.
+class LastMessage {
+ public:
+    const SystemMessage& of(uint32_t number, bool platform) {
+        if (!known_ || number != number_ || platform != platform_) load(number, platform);
+        return message_;
+    }
+
+ private:
+    void load(uint32_t number, bool platform) {
+        char text[kMessageSize] = "";
+        const char* found = text;
+        if (platform) {
+            FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                           number, 0, text, sizeof text, nullptr);
+        } else {
+            found = std::strerror(static_cast<int>(number));
+        }
+        put_message(message_, found != nullptr ? found : "");
+        number_ = number;
+        platform_ = platform;
+        known_ = true;
+    }
+
+    bool known_;
+    bool platform_;
+    uint32_t number_;
+    SystemMessage message_;
+};
+
+thread_local constinit LastMessage last_message{};
+
+void put_data(ORVEX_ERRDATA& record, const void* data, int32_t length) {
+    const auto first = static_cast<size_t>(std::min(length, ORVEX_ERRDATA_DATA1_SIZE));
+    const auto second = static_cast<size_t>(std::min(length, kDataSize)) - first;
+    std::memmove(record.abyData1, data, first);
+    std::memmove(record.abyData2, static_cast<const uint8_t*>(data) + first, second);
+}
+
+}  // namespace
+
+ORVEX_ERRDATA* ORVEX_GetErrData(void) {
+    MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
+    return block != nullptr ? &block->stErr : &fallback;
+}
+
+int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, int32_t nLine,
+                      uint8_t nDataLen, const void* pData, uint8_t nOption) {
+    // Read before anything here can change them.
+    const auto socket_error = static_cast<uint32_t>(WSAGetLastError());
+    const uint32_t platform_error = GetLastError();
+
+    ORVEX_ERRDATA& record = *ORVEX_GetErrData();
+    clear(record);
+    put_big_endian(record.nRecSize, sizeof record);
+    put_big_endian(record.nErrNo, nErrNo);
+    put_big_endian(record.nSysErrNo, nSysErrNo);
+    put_big_endian(record.nLine, static_cast<uint16_t>(nLine));
+    put_text(record.szFile, base_name(szFile), sizeof record.szFile);
+    molte::stamp_host_name(record.szHostName);
+    molte::stamp_environment(record.szEnv);
+    record.nDataLen = std::min<uint8_t>(nDataLen, kDataSize);
+    if (nOption != 0) {
+        const bool on_socket = nErrNo >= kFirstSocketError && nErrNo <= kLastSocketError;
+        record.bHasSysErr = 1;
+        put_big_endian(record.nWinErrNo, on_socket ? socket_error : platform_error);
+        const bool platform = (nOption & kPlatformText) != 0;
+        std::memcpy(record.szSysErr, last_message.of(nSysErrNo, platform), sizeof record.szSysErr);
+    }
+    if (pData != nullptr) put_data(record, pData, record.nDataLen);
+    return 0;
+}
+
+int32_t ORVEX_Err_AddNL(int32_t nLine, const char* szFile) {
+    ORVEX_ERRDATA& record = *ORVEX_GetErrData();
+    if (big_endian(record.nErrNo) == 0) {
+        clear(record);
+        put_big_endian(record.nErrNo, kNoErrorNumber);
+        put_big_endian(record.nLine, kNoErrorLine);
+    }
+    if (record.nHistCount >= ORVEX_ERRDATA_HISTORY_MAX) return 0;
+    ORVEX_ERRHIST& entry = record.astHist[record.nHistCount++];
+    entry = {};
+    put_big_endian(entry.nLine, static_cast<uint16_t>(nLine));
+    put_text(entry.szFile, base_name(szFile), sizeof entry.szFile - 1);
+    return 0;
+}
+
+int32_t ORVEX_SetErrData(const ORVEX_ERRDATA* pSrc) {
+    if (pSrc == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    std::memmove(ORVEX_GetErrData(), pSrc, sizeof *pSrc);
+    return 1;
+}
+
+int32_t ORVEX_CopyErrData(ORVEX_ERRDATA* pDst) {
+    if (pDst == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    std::memmove(pDst, ORVEX_GetErrData(), sizeof *pDst);
+    return 1;
+}
+
+int32_t ORVEX_Err_ClearError(void) {
+    clear(*ORVEX_GetErrData());
+    return 1;
+}
+
+uint32_t GetRvexErrNo(void) {
+    return big_endian(ORVEX_GetErrData()->nErrNo);
+}
+
+int32_t GetRvexSubErrNo(void) {
+    return static_cast<int16_t>(big_endian(ORVEX_GetErrData()->nSubErrNo));
+}
+
+int32_t ORVEX_Err_SetSubErrno(int32_t nSubErrNo) {
+    put_big_endian(ORVEX_GetErrData()->nSubErrNo, static_cast<uint16_t>(nSubErrNo));
+    return 1;
+}
+
+int32_t ORVEX_Err_SetSysErrStr(uint32_t nSysErrNo, const char* szText) {
+    ORVEX_ERRDATA& record = *ORVEX_GetErrData();
+    put_big_endian(record.nSysErrNo, nSysErrNo);
+    if (szText != nullptr) put_message(record.szSysErr, szText);
+    return 1;
+}
+
+int32_t ORVEX_Err_DataBufLen(void) {
+    return kDataSize;
+}
+
+int32_t ORVEX_Err_SetErrData(ORVEX_ERRDATA* pRec, const void* pData, int32_t nLen) {
+    if (pRec == nullptr || pData == nullptr || nLen < 0) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    put_data(*pRec, pData, nLen);
+    return 1;
+}
+
+int32_t ORVEX_Err_GetErrData(ORVEX_ERRDATA* pRec, void* pBuf, int32_t) {
+    if (pRec == nullptr || pBuf == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    pRec->nDataLen = std::min<uint8_t>(pRec->nDataLen, kDataSize);
+    const size_t first = std::min<size_t>(pRec->nDataLen, ORVEX_ERRDATA_DATA1_SIZE);
+    std::memcpy(pBuf, pRec->abyData1, first);
+    std::memcpy(static_cast<uint8_t*>(pBuf) + first, pRec->abyData2, pRec->nDataLen - first);
+    return pRec->nDataLen;
+}

@@ -1,0 +1,202 @@
+// Printing an error record. The record may come from a peer: every count is bounded by its field,
+// and no text is taken to be terminated.
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "core/big_endian.h"
+#include "moltelib/error.h"
+
+namespace {
+
+using molte::big_endian;
+
+constexpr int32_t kDataSize = ORVEX_ERRDATA_DATA1_SIZE + ORVEX_ERRDATA_DATA2_SIZE;
+constexpr int32_t kBytesPerLine = 16;
+constexpr int32_t kStreamBufferSize = 2048;
+constexpr uint32_t kStreamOption = 2;
+constexpr char kNoError[] = "No error history recorded.\r\n";
+
+// The caller's buffer. Each piece is added while there is room and cut to what fits; the text is
+// terminated after each.
+class Output {
+ public:
+    Output(char* buffer, int32_t size) : next_(buffer), room_(static_cast<size_t>(size)) {
+        *next_ = '\0';
+    }
+
+    [[gnu::format(printf, 2, 3)]] void print(const char* format, ...) {
+        va_list arguments;
+        va_start(arguments, format);
+        const int length = std::vsnprintf(next_, room_, format, arguments);
+        va_end(arguments);
+        const size_t used = std::min(static_cast<size_t>(std::max(length, 0)), room_ - 1);
+        next_ += used;
+        room_ -= used;
+    }
+
+ private:
+    char* next_;
+    size_t room_;  // with the terminator
+};
+
+// The data of a record in one run.
+struct Data {
+    uint8_t bytes[kDataSize];
+    int32_t size;
+
+    explicit Data(const ORVEX_ERRDATA& record)
+        : size(std::min<int32_t>(record.nDataLen, kDataSize)) {
+        std::memcpy(bytes, record.abyData1, sizeof record.abyData1);
+        std::memcpy(bytes + sizeof record.abyData1, record.abyData2, sizeof record.abyData2);
+    }
+};
+
+bool is_printable(uint8_t byte) {
+    return byte >= 32 && byte < 127;
+}
+
+bool is_text(const Data& data) {
+    return std::all_of(data.bytes, data.bytes + data.size, [](uint8_t byte) {
+        return byte == 0 || byte >= 32 || byte == '\t' || byte == '\n' || byte == '\r';
+    });
+}
+
+// "%03x  ", two groups of eight bytes in hex, and the same bytes as characters.
+void dump_line(Output& out, const Data& data, int32_t offset) {
+    const int32_t count = std::min(kBytesPerLine, data.size - offset);
+    out.print("%03x  ", static_cast<unsigned>(offset));
+    for (int32_t i = 0; i < kBytesPerLine; ++i) {
+        if (i < count) {
+            out.print("%02X ", data.bytes[offset + i]);
+        } else {
+            out.print("   ");
+        }
+        if (i % 8 == 7) out.print(" ");
+    }
+    for (int32_t i = 0; i < count; ++i) {
+        const uint8_t byte = data.bytes[offset + i];
+        out.print("%c", is_printable(byte) ? byte : '.');
+    }
+    out.print("\r\n");
+}
+
+void print_data(Output& out, const ORVEX_ERRDATA& record) {
+    const Data data(record);
+    if (data.size == 0) return;
+    out.print("Error Data Len=%d, Data is :\r\n", data.size);
+    for (int32_t offset = 0; offset < data.size; offset += kBytesPerLine) {
+        dump_line(out, data, offset);
+    }
+    if (is_text(data)) {
+        out.print("%.*s\r\n", data.size, reinterpret_cast<const char*>(data.bytes));
+    }
+}
+
+void print_history(Output& out, const ORVEX_ERRDATA& record) {
+    const int32_t count = std::min<int32_t>(record.nHistCount, ORVEX_ERRDATA_HISTORY_MAX);
+    for (int32_t i = 0; i < count; ++i) {
+        const ORVEX_ERRHIST& entry = record.astHist[i];
+        const bool even = i % 2 == 0;
+        out.print("(%d)L=%4d F=%12.18s%s", i, big_endian(entry.nLine), entry.szFile,
+                  even ? " " : "");
+        if (!even || i + 1 == count) out.print("\r\n");
+    }
+}
+
+void print_number(Output& out, const ORVEX_ERRDATA& record) {
+    const uint32_t number = big_endian(record.nErrNo);
+    out.print("RVEX errno=%d : %s\r\n", static_cast<int32_t>(number), GetRVEXErrStrByErrno(number));
+}
+
+void print_system_error(Output& out, const ORVEX_ERRDATA& record) {
+    const auto number = static_cast<int32_t>(big_endian(record.nSysErrNo));
+    if (number != 0) out.print("Sys  errno=%d : %.60s\r\n", number, record.szSysErr);
+    if (record.bHasSysErr != 0) {
+        out.print("WinErrNo=%d\r\n", static_cast<int32_t>(big_endian(record.nWinErrNo)));
+    }
+}
+
+void print_place(Output& out, const ORVEX_ERRDATA& record) {
+    out.print("SubErrNo=%d Time=Not set HostName=%.16s\r\n",
+              static_cast<int16_t>(big_endian(record.nSubErrNo)), record.szHostName);
+    out.print("File name is : %.32s          Line Num  is : %d\r\n", record.szFile,
+              big_endian(record.nLine));
+    out.print("%.64s\r\n", record.szEnv);
+}
+
+bool has_error(const ORVEX_ERRDATA& record) {
+    return big_endian(record.nErrNo) != 0;
+}
+
+void print_record(Output& out, const ORVEX_ERRDATA& record) {
+    out.print("\r\n-------------------START ERROR DESCRIPTION----------------\r\n");
+    print_number(out, record);
+    print_system_error(out, record);
+    print_place(out, record);
+    print_data(out, record);
+    print_history(out, record);
+    out.print("-------------------END ERROR DESCRIPTION------------------\r\n");
+}
+
+// Runs one of the printers into the caller's buffer.
+int32_t print_into(char* buffer, int32_t size, const ORVEX_ERRDATA* record,
+                   void (*printer)(Output&, const ORVEX_ERRDATA&)) {
+    if (buffer == nullptr || size < 1) return 0;
+    Output out(buffer, size);
+    if (record == nullptr) return 0;
+    if (has_error(*record)) {
+        printer(out, *record);
+    } else {
+        out.print("%s", kNoError);
+    }
+    return 1;
+}
+
+}  // namespace
+
+int32_t ORVEX_Err_sPrintParamWithOptionEx(char* szBuf, int32_t nBufLen, const ORVEX_ERRDATA* pRec,
+                                          uint32_t) {
+    return print_into(szBuf, nBufLen, pRec, print_record);
+}
+
+int32_t ORVEX_Err_sPrintParamWithOption(char* szBuf, int32_t nBufLen, const ORVEX_ERRDATA* pRec,
+                                        uint32_t nOption) {
+    return ORVEX_Err_sPrintParamWithOptionEx(szBuf, nBufLen, pRec, nOption & ~2U);
+}
+
+int32_t ORVEX_Err_sPrintParam(char* szBuf, int32_t nBufLen, const ORVEX_ERRDATA* pRec) {
+    return ORVEX_Err_sPrintParamWithOptionEx(szBuf, nBufLen, pRec, 0);
+}
+
+int32_t ORVEX_Err_sPrintWithOption(char* szBuf, int32_t nBufLen, uint32_t nOption) {
+    return ORVEX_Err_sPrintParamWithOption(szBuf, nBufLen, ORVEX_GetErrData(), nOption);
+}
+
+int32_t ORVEX_Err_sPrint(char* szBuf, int32_t nBufLen) {
+    return ORVEX_Err_sPrintParam(szBuf, nBufLen, ORVEX_GetErrData());
+}
+
+int32_t ORVEX_Err_sPrintSimpleWithOption(char* szBuf, int32_t nBufLen, const ORVEX_ERRDATA* pRec) {
+    return print_into(szBuf, nBufLen, pRec, print_number);
+}
+
+int32_t ORVEX_Err_fPrintWithOption(FILE* fp, uint32_t nOption) {
+    char text[kStreamBufferSize];
+    ORVEX_Err_sPrintWithOption(text, sizeof text, nOption);
+    std::fputs(text, fp != nullptr ? fp : stdout);
+    return 1;
+}
+
+int32_t ORVEX_Err_fPrint(FILE* fp) {
+    return ORVEX_Err_fPrintWithOption(fp, kStreamOption);
+}
+
+int32_t ORVEX_Err_PrintWithOption(uint32_t nOption) {
+    return ORVEX_Err_fPrintWithOption(stdout, nOption);
+}
+
+int32_t ORVEX_Err_Print(void) {
+    return ORVEX_Err_PrintWithOption(kStreamOption);
+}

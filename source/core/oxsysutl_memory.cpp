@@ -1,0 +1,78 @@
+// The allocator.
+#include "moltelib/memory.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/report.h"
+
+namespace {
+
+constexpr molte::Module kModule("oxsysutl");
+constexpr uint32_t kBadArgument = 50;
+constexpr uint32_t kOutOfMemory = 20;
+constexpr int32_t kDefaultGrow = 16;
+
+void* out_of_memory() {
+    errno = ENOMEM;
+    return nullptr;
+}
+
+}  // namespace
+
+void* ORVEX_release_malloc(int64_t nSize) {
+    void* const block = nSize < 0 ? out_of_memory() : std::malloc(static_cast<size_t>(nSize));
+    if (block == nullptr) {
+        kModule.fail(1382, kOutOfMemory, molte::SystemError::runtime, "Size=%" PRId64, nSize);
+    }
+    return block;
+}
+
+int32_t ORVEX_release_realloc(void** ppData, int32_t nItemSize, int32_t* pnCapacity,
+                              int32_t nGrow) {
+    if (ppData == nullptr || pnCapacity == nullptr || nItemSize < 1) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    const int64_t items = std::max(*pnCapacity, 0);
+    const int64_t added = nGrow < 1 ? kDefaultGrow : nGrow;
+    const int64_t old_bytes = items * nItemSize;
+    const int64_t new_bytes = (items + added) * nItemSize;
+    void* const grown = items + added > INT32_MAX
+                            ? out_of_memory()
+                            : std::realloc(*ppData, static_cast<size_t>(new_bytes));
+    if (grown == nullptr) {
+        return kModule.fail(1324, kOutOfMemory, molte::SystemError::runtime,
+                            "Size O=%" PRId64 " S=%" PRId64, old_bytes, new_bytes - old_bytes);
+    }
+    const int64_t kept = *ppData != nullptr ? old_bytes : 0;
+    std::memset(static_cast<uint8_t*>(grown) + kept, 0, static_cast<size_t>(new_bytes - kept));
+    *ppData = grown;
+    *pnCapacity = static_cast<int32_t>(items + added);
+    return 1;
+}
+
+void ORVEX_free(void* p) {
+    std::free(p);
+}
+void ThreadFreeMemory(void* p) {
+    std::free(p);
+}
+void ORVEX_CONVBAR_FreeMem(void* p) {
+    std::free(p);
+}
+
+int32_t ORVEX_debug_realloc(void) {
+    return -1;
+}
+int32_t ORVEX_dbg_malloc(void) {
+    return 0;
+}
+int32_t MOLTE_DumpMemoryLeak(void) {
+    return 0;
+}
+int32_t ORVEX_ALLOCHOOK_Install(void) {
+    return 1;
+}

@@ -1,0 +1,18 @@
+// Source names in reports: what stands behind the last path delimiter.
+#pragma once
+
+#include <string_view>
+
+namespace molte {
+
+[[nodiscard]] inline std::string_view base_name(const char* path) {
+    if (path == nullptr) return "";
+    const char* start = path;
+    const char* end = path;
+    for (; *end != '\0'; ++end) {
+        if (*end == '\\' || *end == '/') start = end + 1;
+    }
+    return {start, static_cast<size_t>(end - start)};
+}
+
+}  // namespace molte
