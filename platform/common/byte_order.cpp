@@ -1,0 +1,48 @@
+#include "platform/byte_order.h"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace platform {
+
+void swap_bytes_plainly(uint32_t* numbers, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) numbers[i] = __builtin_bswap32(numbers[i]);
+}
+
+#if defined(__x86_64__)
+
+namespace {
+
+[[gnu::target("ssse3")]] void swap_with_ssse3(uint32_t* numbers, std::size_t count) {
+    const __m128i order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        auto* at = reinterpret_cast<__m128i*>(numbers + i);
+        const __m128i first = _mm_loadu_si128(at);
+        const __m128i second = _mm_loadu_si128(at + 1);
+        _mm_storeu_si128(at, _mm_shuffle_epi8(first, order));
+        _mm_storeu_si128(at + 1, _mm_shuffle_epi8(second, order));
+    }
+    swap_bytes_plainly(numbers + i, count - i);
+}
+
+}  // namespace
+
+void swap_bytes(uint32_t* numbers, std::size_t count) {
+    if (__builtin_cpu_supports("ssse3") != 0) {
+        swap_with_ssse3(numbers, count);
+    } else {
+        swap_bytes_plainly(numbers, count);
+    }
+}
+
+#else
+
+void swap_bytes(uint32_t* numbers, std::size_t count) {
+    swap_bytes_plainly(numbers, count);
+}
+
+#endif
+
+}  // namespace platform
