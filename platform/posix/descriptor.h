@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cstddef>
+
 namespace platform {
 
 class OpenFile {
@@ -29,5 +31,8 @@ class OpenFile {
 // open(2) with the kernel's own flags, for anything but a folder; the descriptor isn't inherited.
 // -1 with errno, and EACCES for a folder.
 int open_file(const char* path, int flags, unsigned permission);
+
+// False with errno when not all could be written.
+bool write_all(int fd, const char* bytes, size_t size);
 
 }  // namespace platform

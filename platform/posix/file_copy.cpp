@@ -29,17 +29,6 @@ struct Free {
     void operator()(char* memory) const { std::free(memory); }
 };
 
-bool write_all(int fd, const char* bytes, size_t size) {
-    while (size > 0) {
-        const ssize_t count = ::write(fd, bytes, size);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        bytes += count;
-        size -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
 // Size bytes from the position of each file, or to the end of the source.
 bool copy_by_buffer(int from, int to, off_t size) {
     const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::malloc(kBufferSize)));
@@ -49,7 +38,7 @@ bool copy_by_buffer(int from, int to, off_t size) {
             ::read(from, buffer.get(), std::min<size_t>(kBufferSize, to_size(size)));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return count == 0;
-        if (!write_all(to, buffer.get(), static_cast<size_t>(count))) return false;
+        if (!platform::write_all(to, buffer.get(), static_cast<size_t>(count))) return false;
         size -= count;
     }
     return true;

@@ -17,14 +17,6 @@ using platform::KernelPath;
 
 namespace platform {
 
-int open_file(const char* path, int flags, unsigned permission) {
-    OpenFile file(::open(path, flags | O_CLOEXEC | O_NOCTTY, permission));
-    if (!file.valid()) return fail();
-    struct stat status;
-    if (fstat(file.get(), &status) != 0) return fail();
-    return S_ISDIR(status.st_mode) ? fail(EISDIR) : file.release();
-}
-
 int handle_descriptor(HANDLE file) {
     const auto value = reinterpret_cast<intptr_t>(file);
     return value > 0 && value % 2 == 1 && value / 2 <= INT_MAX ? static_cast<int>(value / 2) : -1;

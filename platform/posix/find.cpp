@@ -15,7 +15,6 @@
 #include "open_table.h"
 #include "path.h"
 
-using platform::fail;
 using platform::KernelPath;
 using platform::OpenFile;
 

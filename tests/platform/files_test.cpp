@@ -11,6 +11,7 @@
 
 #include "platform/last_error.h"
 #include "support/temp_folder.h"
+#include "support/unprivileged.h"
 
 #if !defined(_WIN32)
 #include <fcntl.h>
@@ -285,15 +286,6 @@ TEST(CopyFile, Refusals) {
 }
 
 #if !defined(_WIN32)
-
-// For root no permission is refused; so the checks of a test run as somebody else.
-class Unprivileged {
- public:
-    Unprivileged() { EXPECT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0); }
-    ~Unprivileged() { EXPECT_EQ(seteuid(getuid()), 0); }
-    Unprivileged(const Unprivileged&) = delete;
-    Unprivileged& operator=(const Unprivileged&) = delete;
-};
 
 unsigned mode_of(const std::string& name) {
     struct _stat64 status = {};

@@ -1,0 +1,29 @@
+#include "descriptor.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "failure.h"
+
+namespace platform {
+
+int open_file(const char* path, int flags, unsigned permission) {
+    OpenFile file(::open(path, flags | O_CLOEXEC | O_NOCTTY, permission));
+    if (!file.valid()) return fail();
+    struct stat status;
+    if (fstat(file.get(), &status) != 0) return fail();
+    return S_ISDIR(status.st_mode) ? fail(EISDIR) : file.release();
+}
+
+bool write_all(int fd, const char* bytes, size_t size) {
+    while (size > 0) {
+        const ssize_t count = ::write(fd, bytes, size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes += count;
+        size -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+}  // namespace platform
