@@ -1,0 +1,54 @@
+// The stack.
+#include "core/report.h"
+#include "moltelib/stack.h"
+
+namespace {
+constexpr molte::Module kModule("oxsysutl");
+constexpr int32_t kFirstCapacity = 16;
+constexpr int32_t kInitLine = 2466;
+}  // namespace
+
+int32_t MOLTE_STACK_Init(MOLTE_STACK* pStack, int32_t nItemSize) {
+    *pStack = {};
+    if (PA_Init(&pStack->stItems, nItemSize, kFirstCapacity) < 0) return kModule.trace(kInitLine);
+    pStack->bInited = 1;
+    return 1;
+}
+
+int32_t MOLTE_STACK_IsEmpty(const MOLTE_STACK* pStack) {
+    return pStack->stItems.nCount < 1 ? 1 : 0;
+}
+
+int32_t MOLTE_STACK_Release(MOLTE_STACK* pStack) {
+    if (pStack->bInited == 0) return 0;
+    PA_Release(&pStack->stItems);
+    *pStack = {};
+    return 1;
+}
+
+int32_t MOLTE_STACK_Push(MOLTE_STACK* pStack, const void* pItem) {
+    return PA_Append(&pStack->stItems, pItem);
+}
+
+int32_t MOLTE_STACK_Pop(MOLTE_STACK* pStack, void* pOut) {
+    if (MOLTE_STACK_GetTop(pStack, pOut) < 0) return kModule.trace(molte::here());
+    return PA_DelAt(&pStack->stItems, pStack->stItems.nCount - 1);
+}
+
+int32_t MOLTE_STACK_GetTop(const MOLTE_STACK* pStack, void* pOut) {
+    if (MOLTE_STACK_IsEmpty(pStack) != 0) return -1;
+    return MOLTE_STACK_GetDeepTop(pStack, 0, pOut);
+}
+
+int32_t MOLTE_STACK_GetDeepTop(const MOLTE_STACK* pStack, int32_t nDepth, void* pOut) {
+    const int32_t count = pStack->stItems.nCount;
+    if (nDepth >= count) {
+        return kModule.fail(molte::here(), 271, molte::SystemError::none, "idx=%d max=%d", nDepth,
+                            count);
+    }
+    if (pOut == nullptr) return 1;
+    // A negative depth gives an index that the array refuses, whichever way it wraps.
+    const auto index =
+        static_cast<int32_t>(static_cast<uint32_t>(count - 1) - static_cast<uint32_t>(nDepth));
+    return PA_GetAt(&pStack->stItems, index, pOut) > 0 ? 1 : kModule.trace(molte::here());
+}

@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/error_of.h"
+
+namespace {
+
+struct Array {
+    PA pa{};
+    explicit Array(int32_t item_size, int32_t capacity = 0) { PA_Init(&pa, item_size, capacity); }
+    ~Array() { PA_Release(&pa); }
+    Array(const Array&) = delete;
+    Array& operator=(const Array&) = delete;
+    template <typename T>
+    const T& at(int32_t i) const {
+        return static_cast<const T*>(pa.pData)[i];
+    }
+};
+
+std::vector<int32_t> values(const PA& pa) {
+    const auto* first = static_cast<const int32_t*>(pa.pData);
+    return {first, first + pa.nCount};
+}
+
+using Ints = std::vector<int32_t>;
+
+TEST(Array, InitChoosesTheQuantumByItemSize) {
+    for (const auto& [size, grow] : std::vector<std::pair<int, int>>{
+             {1, 16}, {15, 16}, {16, 8}, {511, 8}, {512, 2}, {4096, 2}}) {
+        Array a(size);
+        EXPECT_EQ(a.pa.nGrowBy, grow) << size;
+        EXPECT_EQ(a.pa.pData, nullptr);
+    }
+    Array roomy(3, 5);
+    EXPECT_EQ(roomy.pa.nCapacity, 5);
+    EXPECT_EQ(std::memcmp(roomy.pa.pData, "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 15), 0);
+    PA bad;
+    EXPECT_EQ(PA_Init(&bad, 0, 4), -1);
+    EXPECT_EQ(GetRvexErrNo(), 50U);
+}
+
+TEST(Array, GrowsByWholeQuantaAndZeroFills) {
+    Array a(4);
+    const int32_t seven = 7;
+    PA_SetAt(&a.pa, 15, &seven);  // index = capacity - 1 after one quantum of 16
+    EXPECT_EQ(a.pa.nCapacity, 16);
+    EXPECT_EQ(a.pa.nCount, 16);
+    PA_SetAt(&a.pa, 15, &seven);
+    EXPECT_EQ(a.pa.nCapacity, 16);
+    PA_SetAt(&a.pa, 16, &seven);
+    EXPECT_EQ(a.pa.nCapacity, 32);
+    PA_SetAt(&a.pa, 100, &seven);  // (16 - 32 + 100) / 16 * 16 = 80 more
+    EXPECT_EQ(a.pa.nCapacity, 112);
+    EXPECT_EQ(a.pa.nCount, 101);
+    for (int32_t i = 17; i < 100; ++i) ASSERT_EQ(a.at<int32_t>(i), 0) << i;
+    for (int32_t i = 101; i < 112; ++i) ASSERT_EQ(a.at<int32_t>(i), 0) << i;
+}
+
+TEST(Array, AllocMemAndSetBuf) {
+    Array a(4);
+    EXPECT_EQ(PA_AllocMem(&a.pa, -1), 1);  // stands for the count of 0
+    EXPECT_EQ(a.pa.nCapacity, 16);
+    EXPECT_EQ(PA_AllocMem(&a.pa, 15), 1);
+    EXPECT_EQ(a.pa.nCapacity, 16);
+    EXPECT_EQ(PA_SetBuf(&a.pa, 16), 0);
+    EXPECT_EQ(PA_SetBuf(&a.pa, 17), 1);
+    EXPECT_EQ(a.pa.nCapacity, 32);
+}
+
+TEST(Array, InsertLeavesZeroGapsEvenWhereItemsWere) {
+    Array a(4);
+    for (int32_t v : {1, 2, 3}) PA_Append(&a.pa, &v);
+    const int32_t nine = 9;
+    EXPECT_EQ(PA_InsertAt(&a.pa, 1, &nine), 1);
+    EXPECT_EQ(values(a.pa), (Ints{1, 9, 2, 3}));
+    while (a.pa.nCount > 0) PA_DelAt(&a.pa, a.pa.nCount - 1);
+    EXPECT_EQ(PA_InsertAt(&a.pa, 5, &nine), 1);
+    EXPECT_EQ(values(a.pa), (Ints{0, 0, 0, 0, 0, 9}));
+    EXPECT_EQ(PA_InsertAt(&a.pa, -1, &nine), -1);
+    EXPECT_EQ(error_of_this_thread(), "414 oarray cur idx=-1");
+    EXPECT_EQ(PA_SetAt(&a.pa, -1, &nine), 1);
+    EXPECT_EQ(a.pa.nCount, 7);
+}
+
+TEST(Array, RefusesIndicesOutsideAndNamesThem) {
+    Array a(4);
+    int32_t v = 5;
+    PA_Append(&a.pa, &v);
+    for (int32_t index : {-1, 1, INT32_MAX}) {
+        EXPECT_EQ(PA_DelAt(&a.pa, index), -1);
+        EXPECT_EQ(error_of_this_thread(), "415 oarray cur=" + std::to_string(index) + " max=1");
+        EXPECT_EQ(PA_GetAt(&a.pa, index, &v), -1);
+        EXPECT_EQ(error_of_this_thread(), "417 oarray cur=" + std::to_string(index) + " max=1");
+    }
+    v = 6;
+    EXPECT_EQ(PA_Lookup(&a.pa, &v), -1);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(PA_DelItem(&a.pa, &v), -1);
+    EXPECT_EQ(GetRvexErrNo(), 103U);  // a history with no error before it
+    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
+}
+
+TEST(Array, OutOfMemoryKeepsTheArray) {
+    Array a(1 << 20, 2);
+    void* const data = a.pa.pData;
+    EXPECT_EQ(PA_SetAt(&a.pa, INT32_MAX - 1, "x"), -1);
+    EXPECT_EQ(GetRvexErrNo(), 20U);
+    EXPECT_EQ(a.pa.pData, data);
+    EXPECT_EQ(a.pa.nCapacity, 2);
+    EXPECT_EQ(a.pa.nCount, 0);
+}
+
+TEST(Array, MultiAppendDuplicateCopy) {
+    Array a(4);
+    const Ints twenty(20, 3);
+    EXPECT_EQ(PA_MultiAppend(&a.pa, twenty.data(), 20), 20);
+    EXPECT_EQ(a.pa.nCapacity, 32);
+    EXPECT_EQ(PA_MultiAppend(&a.pa, nullptr, 0), 20);
+    EXPECT_EQ(PA_MultiAppend(&a.pa, twenty.data(), -1), -1);
+    PA twin;
+    ASSERT_EQ(PA_Duplicate(&a.pa, &twin), 1);
+    EXPECT_EQ(values(twin), twenty);
+    EXPECT_EQ(twin.nCapacity, 32);
+    twin.nCount = 4;
+    EXPECT_EQ(PA_Copy(&a.pa, &twin), 1);
+    EXPECT_EQ(twin.nCount, 4);  // the caller's to set
+    PA_Release(&twin);
+    EXPECT_EQ(PA_Copy(&a.pa, &twin), -1);
+    EXPECT_EQ(error_of_this_thread(), "416 oarray");
+}
+
+TEST(Array, AgreesWithAVectorOverRandomEdits) {
+    std::mt19937 random(11);
+    Array a(4);
+    Ints model;
+    for (int step = 0; step < 20000; ++step) {
+        const auto value = static_cast<int32_t>(random() % 50);
+        const auto index = static_cast<int32_t>(random() % (model.size() + 1));
+        switch (random() % 4) {
+            case 0:
+                PA_Append(&a.pa, &value);
+                model.push_back(value);
+                break;
+            case 1:
+                PA_InsertAt(&a.pa, index, &value);
+                model.insert(model.begin() + index, value);
+                break;
+            case 2:
+                if (!model.empty() && PA_DelAt(&a.pa, index % static_cast<int>(model.size())) > 0) {
+                    model.erase(model.begin() + index % static_cast<int>(model.size()));
+                }
+                break;
+            default: {
+                const auto found = std::find(model.begin(), model.end(), value);
+                const bool there = found != model.end();
+                ASSERT_EQ(PA_Lookup(&a.pa, &value), there ? found - model.begin() : -1);
+                ASSERT_EQ(PA_DelItem(&a.pa, &value), there ? 1 : -1);
+                if (there) model.erase(found);
+            }
+        }
+        ASSERT_LE(a.pa.nCount, a.pa.nCapacity);
+        ASSERT_EQ(a.pa.nCapacity % 16, 0);
+    }
+    EXPECT_EQ(values(a.pa), model);
+}
+
+}  // namespace

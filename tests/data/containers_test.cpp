@@ -1,0 +1,221 @@
+// Bit arrays, stacks, linked lists, block edits and streams.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/error_of.h"
+
+namespace {
+
+TEST(BitArray, BitZeroIsTheHighestOfTheFirstByte) {
+    uint8_t bits[3] = {};
+    uint8_t mask = 0;
+    EXPECT_EQ(OX_BITARRAY_GetBitByteAndMask(bits, 10, &mask), bits + 1);
+    EXPECT_EQ(mask, 0x20);
+    OX_BITARRAY_SetBitFlag(bits, 0);
+    OX_BITARRAY_SetBitFlag(bits, 15);
+    OX_BITARRAY_SetClearBitFlag(bits, 16, 0);  // zero sets
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(bits), 3), "\x80\x01\x80");
+    OX_BITARRAY_SetClearBitFlag(bits, 16, 1);
+    OX_BITARRAY_ClearBitFlag(bits, 0);
+    EXPECT_EQ(OX_BITARRAY_IsBitFlagSet(bits, 15), 1);
+    EXPECT_EQ(OX_BITARRAY_IsBitFlagSet(bits, 0), 0);
+}
+
+TEST(BitArray, RangesAgreeWithSingleBits) {
+    for (int32_t start = 0; start < 20; ++start) {
+        for (int32_t n = -1; n < 30; ++n) {
+            uint8_t set[7] = {};
+            uint8_t cleared[7];
+            std::memset(cleared, 0xFF, sizeof cleared);
+            OX_BITARRAY_SetBitArray(set, start, n);
+            OX_BITARRAY_ClearBitArray(cleared, start, n);
+            for (int32_t i = 0; i < 56; ++i) {
+                const int32_t inside = i >= start && i < start + n ? 1 : 0;
+                ASSERT_EQ(OX_BITARRAY_IsBitFlagSet(set, i), inside) << start << ' ' << n;
+                ASSERT_EQ(OX_BITARRAY_IsBitFlagSet(cleared, i), 1 - inside) << start << ' ' << n;
+            }
+        }
+    }
+}
+
+TEST(BitArray, SizesAndBuffers) {
+    for (const auto& [bits, bytes] : std::vector<std::pair<int32_t, int32_t>>{
+             {0, 0}, {1, 1}, {8, 1}, {9, 2}, {INT32_MAX, 0x10000000}}) {
+        EXPECT_EQ(OX_BITARRAY_GetByteCount(bits), bytes);
+    }
+    uint8_t* bits = OX_BITARRAY_Alloc(17);
+    EXPECT_EQ(std::memcmp(bits, "\0\0\0", 3), 0);
+    ORVEX_free(bits);
+    EXPECT_EQ(OX_BITARRAY_Alloc(-1), nullptr);
+    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv");
+}
+
+TEST(Stack, LastInFirstOut) {
+    MOLTE_STACK stack{};
+    EXPECT_EQ(MOLTE_STACK_Release(&stack), 0);
+    ASSERT_EQ(MOLTE_STACK_Init(&stack, 4), 1);
+    int32_t v = 0;
+    EXPECT_EQ(MOLTE_STACK_IsEmpty(&stack), 1);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(MOLTE_STACK_GetTop(&stack, &v), -1);
+    EXPECT_EQ(MOLTE_STACK_Pop(&stack, &v), -1);
+    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
+    for (int32_t i = 1; i <= 40; ++i) MOLTE_STACK_Push(&stack, &i);
+    EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 39, &v), 1);
+    EXPECT_EQ(v, 1);
+    EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 40, &v), -1);
+    EXPECT_EQ(error_of_this_thread(), "271 oxsysutl idx=40 max=40");
+    for (int32_t depth : {-1, -40, INT32_MIN}) {
+        EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, depth, &v), -1);
+        EXPECT_EQ(GetRvexErrNo(), 417U);
+        EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
+        EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, depth, nullptr), 1);
+    }
+    EXPECT_EQ(MOLTE_STACK_Pop(&stack, nullptr), 1);
+    EXPECT_EQ(MOLTE_STACK_Pop(&stack, &v), 1);
+    EXPECT_EQ(v, 39);
+    EXPECT_EQ(MOLTE_STACK_GetTop(&stack, &v), 1);
+    EXPECT_EQ(v, 38);
+    EXPECT_EQ(MOLTE_STACK_Release(&stack), 1);
+    EXPECT_EQ(stack.bInited, 0);
+}
+
+struct Record {
+    ODBLINK_NODE link;
+    int32_t value;
+};
+
+std::string order(ODBLINK_LIST& list) {
+    std::string text;
+    const ODBLINK_NODE* previous = nullptr;
+    for (ODBLINK_NODE* node = list.pHead; node != nullptr; node = node->pNext) {
+        EXPECT_EQ(node->pPrev, previous);
+        previous = node;
+        text += static_cast<char>('0' + reinterpret_cast<Record*>(node)->value);
+    }
+    EXPECT_EQ(list.pTail, previous);
+    return text;
+}
+
+int32_t visit_until_two(ODBLINK_LIST* list, ODBLINK_NODE* node, int32_t* go_on) {
+    const int32_t value = reinterpret_cast<Record*>(node)->value;
+    *go_on = value == 2 ? 0 : 1;
+    if (value == 1) ODBLINK_RemoveNode(list, node);
+    return value * 10;
+}
+
+TEST(LinkedList, LinksUnlinksAndWalks) {
+    ODBLINK_LIST list;
+    EXPECT_EQ(ODBLINK_Init(&list), 0);
+    EXPECT_EQ(ODBLINK_Traverse(&list, visit_until_two), 0);
+    Record r[4] = {{{}, 0}, {{}, 1}, {{}, 2}, {{}, 3}};
+    for (auto& record : r) ODBLINK_AddNode(&list, &record.link);
+    EXPECT_EQ(order(list), "0123");
+    ODBLINK_MoveToTail(&list, &r[0].link);
+    EXPECT_EQ(order(list), "1230");
+    ODBLINK_MoveToTail(&list, &r[0].link);
+    EXPECT_EQ(order(list), "1230");
+    ODBLINK_RemoveNode(&list, &r[2].link);
+    EXPECT_EQ(order(list), "130");
+    EXPECT_EQ(r[2].link.pNext, &r[3].link);  // its own links stay
+    EXPECT_EQ(ODBLINK_IsNodeExist(&list, &r[2].link), 0);
+    EXPECT_EQ(ODBLINK_IsNodeExist(&list, &r[0].link), 1);
+    ODBLINK_AddNode(&list, &r[2].link);
+    EXPECT_EQ(ODBLINK_Traverse(&list, visit_until_two), 20);
+    EXPECT_EQ(order(list), "302");
+}
+
+int32_t freed_count = 0;
+
+TEST(LinkedList, ReleaseFreesEveryRecord) {
+    ODBLINK_LIST list{};
+    for (int32_t i = 0; i < 5; ++i) {
+        auto* record = static_cast<Record*>(ORVEX_release_malloc(sizeof(Record)));
+        record->value = i;
+        ODBLINK_AddNode(&list, &record->link);
+    }
+    freed_count = 0;
+    EXPECT_EQ(ODBLINK_Release(&list,
+                              [](ODBLINK_NODE* node) {
+                                  ++freed_count;
+                                  ORVEX_free(node);
+                              }),
+              1);
+    EXPECT_EQ(freed_count, 5);
+    EXPECT_EQ(list.pHead, nullptr);
+    EXPECT_EQ(list.pTail, nullptr);
+}
+
+TEST(MemoryEdit, RemovesAndCutsAtTheEnd) {
+    struct Case {
+        int32_t pos, n, result;
+        const char* bytes;
+    };
+    for (const auto& c : std::vector<Case>{{1, 2, 4, "adef\0\0"},
+                                           {0, 6, 0, "\0\0\0\0\0\0"},
+                                           {4, 6, 4, "abcd\0\0"},
+                                           {2, 0, 6, "abcdef"},
+                                           {6, 1, -1, "abcdef"},
+                                           {-1, 1, -1, "abcdef"},
+                                           {4, 7, -1, "abcdef"},
+                                           {0, -1, -1, "abcdef"}}) {
+        char buffer[] = "abcdef";
+        EXPECT_EQ(MOLTE_MemDelAndMove(buffer, 6, c.pos, c.n), c.result);
+        EXPECT_EQ(std::memcmp(buffer, c.bytes, 6), 0) << c.pos << ' ' << c.n;
+    }
+    EXPECT_EQ(error_of_this_thread(), "434 oxsysutl");
+    EXPECT_EQ(MOLTE_MemDelAndMove(nullptr, 6, 0, 1), -1);
+    uint16_t entries[] = {1, 2, 3, 4};
+    EXPECT_EQ(MOLTE_EntryDelAndMove(entries, 4, 1, 2, 2), 2);
+    EXPECT_EQ(entries[1], 4);
+    EXPECT_EQ(entries[2], 0);
+}
+
+TEST(MemoryEdit, InsertsAndRefusesWhatCantBe) {
+    char buffer[10] = "abc";
+    EXPECT_EQ(MOLTE_MemInsert(buffer, 3, "XY", 1, 2), 5);
+    EXPECT_STREQ(buffer, "aXYbc");
+    EXPECT_EQ(MOLTE_MemInsert(buffer, 5, "Z", 5, 1), 6);
+    EXPECT_STREQ(buffer, "aXYbcZ");
+    for (const auto& [size, pos, n] : std::vector<std::array<int32_t, 3>>{
+             {-1, 0, 1}, {6, -1, 1}, {6, 7, 1}, {6, 0, 0}, {INT32_MAX, 0, 1}}) {
+        EXPECT_EQ(MOLTE_MemInsert(buffer, size, "Z", pos, n), -1) << size << pos << n;
+        EXPECT_EQ(error_of_this_thread(), "435 oxsysutl");
+    }
+    EXPECT_EQ(MOLTE_MemInsert(buffer, 6, nullptr, 0, 1), -1);
+    uint32_t entries[4] = {1, 2};
+    const uint32_t more[] = {8, 9};
+    EXPECT_EQ(MOLTE_EntryInsert(entries, 2, more, 1, 2, 4), 4);
+    EXPECT_EQ(entries[3], 2U);
+    EXPECT_EQ(entries[2], 9U);
+}
+
+TEST(Stream, WritesInStepsOf1024AndReadsBack) {
+    uint8_t* buffer = nullptr;
+    int32_t capacity = 0;
+    int32_t pos = 0;
+    const std::string block(1000, 'b');
+    EXPECT_EQ(MOLTE_MEMOP_AddToStream(&buffer, &capacity, &pos, block.data(), 1000), 1000);
+    EXPECT_EQ(capacity, 1024);
+    EXPECT_EQ(MOLTE_MEMOP_AddToStream(&buffer, &capacity, &pos, block.data(), 25), 1025);
+    EXPECT_EQ(capacity, 2048);
+    EXPECT_EQ(MOLTE_MEMOP_AddToStream(&buffer, &capacity, &pos, block.data(), -1), -1);
+    EXPECT_EQ(pos, 1025);
+    int32_t at = 1000;
+    char out[30];
+    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 25), 1025);
+    EXPECT_EQ(std::string(out, 25), std::string(25, 'b'));
+    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 1), -1);
+    EXPECT_EQ(error_of_this_thread(), "272 oxsysutl buflen=1025 curpos=1025 read=1");
+    EXPECT_EQ(at, 1025);
+    at = 5;
+    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, INT32_MAX), -1);
+    ORVEX_free(buffer);
+}
+
+}  // namespace
