@@ -9,9 +9,9 @@
 #include "moltelib/base.h"
 
 typedef struct ORVEXDATE {
-    uint8_t nDay;       /* 1 to 31 */
-    uint8_t nMonth;     /* 0 to 11: January is 0 */
-    uint8_t anYear[2];  /* low byte first */
+    uint8_t nDay;      /* 1 to 31 */
+    uint8_t nMonth;    /* 0 to 11: January is 0 */
+    uint8_t anYear[2]; /* low byte first */
 } ORVEXDATE;
 
 typedef struct ORVEXTIME {
@@ -25,7 +25,20 @@ typedef struct ORVEXDATETIME {
     ORVEXDATE stDate;
 } ORVEXDATETIME;
 
+/* From belongs to a range, to does not. */
+typedef struct MOLTE_DTRANGE {
+    ORVEXDATETIME stFrom;
+    ORVEXDATETIME stTo;
+} MOLTE_DTRANGE;
+
+/* The same in seconds since 1970, big-endian. */
+typedef struct MOLTE_DTINTRANGE {
+    uint8_t nFrom[4];
+    uint8_t nTo[4];
+} MOLTE_DTINTRANGE;
+
 #if defined(__cplusplus)
+static_assert(sizeof(MOLTE_DTRANGE) == 16 && sizeof(MOLTE_DTINTRANGE) == 8);
 static_assert(sizeof(ORVEXDATE) == 4 && sizeof(ORVEXTIME) == 4 && sizeof(ORVEXDATETIME) == 8);
 static_assert(offsetof(ORVEXDATETIME, stDate) == 4);
 #endif

@@ -1,0 +1,147 @@
+// Date and time records as text: for people, and as digits.
+#include <cstdio>
+#include <cstring>
+
+#include "core/report.h"
+#include "data/date_fields.h"
+#include "moltelib/date_time.h"
+
+namespace {
+
+constexpr molte::Module kModule("oxdatcnv");
+constexpr uint32_t kBadArgument = 50;
+constexpr size_t kTextSize = 32;  // what a caller's buffer holds at least
+constexpr size_t kDateDigits = 8;
+constexpr size_t kTimeDigits = 6;
+constexpr size_t kDateTimeDigits = kDateDigits + kTimeDigits;
+
+struct Fields {
+    int32_t year, month, day, hour, minute, second;
+};
+
+Fields fields_of(const ORVEXDATETIME& moment) {
+    Fields f{};
+    ORVEX_GetDateTime(&moment, &f.year, &f.month, &f.day, &f.hour, &f.minute, &f.second);
+    return f;
+}
+
+bool has_length(const char* text, size_t length) {
+    return text != nullptr && strnlen(text, length) == length;
+}
+
+// Plain arithmetic: what is no digit gives what it gives.
+int32_t number(const char* digits, int count) {
+    int32_t value = 0;
+    for (int i = 0; i < count; ++i) value = value * 10 + (digits[i] - '0');
+    return value;
+}
+
+Fields parse(const char* text) {
+    return {number(text, 4),     number(text + 4, 2),  number(text + 6, 2),
+            number(text + 8, 2), number(text + 10, 2), number(text + 12, 2)};
+}
+
+int32_t bad_format() {
+    return kModule.fail(molte::here(), kBadArgument, molte::SystemError::none, "bad format");
+}
+
+}  // namespace
+
+const char* UTIL_GetTimeStrFormat(void) {
+    return "%02d:%02d:%02d";
+}
+
+const char* UTIL_GetDateStrFormat(void) {
+    return "%4d/%2d/%2d ";
+}
+
+int32_t ORVEX_TimeToStr(const ORVEXTIME* pTime, char* pszDst) {
+    int32_t hour = 0;
+    int32_t minute = 0;
+    int32_t second = 0;
+    ORVEX_GetTime(pTime, &hour, &minute, &second);
+    return snprintf(pszDst, kTextSize, UTIL_GetTimeStrFormat(), hour, minute, second);
+}
+
+int32_t ORVEX_DateToStr(const ORVEXDATE* pDate, char* pszDst) {
+    int32_t year = 0;
+    int32_t month = 0;
+    int32_t day = 0;
+    ORVEX_GetDate(pDate, &year, &month, &day);
+    return snprintf(pszDst, kTextSize, UTIL_GetDateStrFormat(), year, month, day);
+}
+
+int32_t ORVEX_DateTimeToStr(const ORVEXDATETIME* pDateTime, char* pszDst) {
+    if (ORVEX_IsEmptyDateTime(pDateTime) != 0) {
+        std::memcpy(pszDst, "Not set", sizeof "Not set");
+        return sizeof "Not set" - 1;
+    }
+    const int32_t date_length = ORVEX_DateToStr(&pDateTime->stDate, pszDst);
+    return date_length + ORVEX_TimeToStr(&pDateTime->stTime, pszDst + date_length);
+}
+
+int32_t ORVEX_TimeIntToStr(int64_t nSeconds, char* pszDst) {
+    ORVEXDATETIME moment;
+    FormatDateTime(nSeconds, &moment);
+    return ORVEX_DateTimeToStr(&moment, pszDst);
+}
+
+int32_t ORVEX_Date_DBFmt2DispFmt(const ORVEXDATE* pDate, char* pszDst) {
+    const Fields f = fields_of({{}, *pDate});
+    return snprintf(pszDst, kTextSize, "%04d%02d%02d", f.year, f.month, f.day);
+}
+
+int32_t ORVEX_Time_DBFmt2DispFmt(const ORVEXTIME* pTime, char* pszDst) {
+    const Fields f = fields_of({*pTime, {}});
+    return snprintf(pszDst, kTextSize, "%02d%02d%02d", f.hour, f.minute, f.second);
+}
+
+int32_t ORVEX_DateTime_DBFmt2DispFmt(const ORVEXDATETIME* pDateTime, char* pszDst) {
+    const Fields f = fields_of(*pDateTime);
+    return ORVEX_DigitToStrTime(f.year, f.month, f.day, f.hour, f.minute, f.second, pszDst);
+}
+
+int32_t ORVEX_Date_DispFmt2DBFmt(const char* pszText, ORVEXDATE* pDate) {
+    if (!has_length(pszText, kDateDigits)) {
+        return kModule.fail_text(molte::here(), kBadArgument, molte::SystemError::none, pszText);
+    }
+    return ORVEX_SetDate(pDate, number(pszText, 4), number(pszText + 4, 2), number(pszText + 6, 2));
+}
+
+int32_t ORVEX_Time_DispFmt2DBFmt(const char* pszText, ORVEXTIME* pTime) {
+    if (!has_length(pszText, kTimeDigits)) {
+        return kModule.fail_text(molte::here(), kBadArgument, molte::SystemError::none, pszText);
+    }
+    return ORVEX_SetTime(pTime, number(pszText, 2), number(pszText + 2, 2), number(pszText + 4, 2));
+}
+
+int32_t ORVEX_DateTime_DispFmt2DBFmt(const char* pszText, ORVEXDATETIME* pDateTime) {
+    if (!has_length(pszText, kDateTimeDigits)) return bad_format();
+    ORVEX_Time_DispFmt2DBFmt(pszText + kDateDigits, &pDateTime->stTime);
+    return ORVEX_Date_DispFmt2DBFmt(pszText, &pDateTime->stDate);
+}
+
+int32_t ORVEX_StrTimeToDigit(const char* pszText, int32_t* pnYear, int32_t* pnMonth, int32_t* pnDay,
+                             int32_t* pnHour, int32_t* pnMinute, int32_t* pnSecond) {
+    if (!has_length(pszText, kDateTimeDigits)) return bad_format();
+    const Fields f = parse(pszText);
+    *pnYear = f.year;
+    *pnMonth = f.month;
+    *pnDay = f.day;
+    *pnHour = f.hour;
+    *pnMinute = f.minute;
+    *pnSecond = f.second;
+    return 1;
+}
+
+int64_t ORVEX_MkTimeStr(const char* pszText) {
+    if (!has_length(pszText, kDateTimeDigits)) return bad_format();
+    const Fields f = parse(pszText);
+    return ORVEX_MkTime(f.year, f.month, f.day, f.hour, f.minute, f.second);
+}
+
+int32_t ORVEX_DigitToStrTime(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
+                             int32_t nMinute, int32_t nSecond, char* pszDst) {
+    return snprintf(pszDst, kTextSize, "%04d%02d%02d%02d%02d%02d", nYear, nMonth, nDay, nHour,
+                    nMinute, nSecond);
+}
