@@ -1,0 +1,15 @@
+// The heap: hints and what a block really holds.
+#pragma once
+
+#include <cstddef>
+
+namespace platform {
+
+// Says that a fresh heap block is about to be filled from end to end, so that large pages are worth
+// their while. A hint: it changes no content and never fails.
+void expect_large_use(void* block, size_t size);
+
+// The bytes that a block of malloc really has room for, at least what was asked for. 0 for null.
+size_t block_size(void* block);
+
+}  // namespace platform

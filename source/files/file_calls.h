@@ -1,0 +1,110 @@
+// The platform's calls by file name, one name for narrow and wide, so that each algorithm on names
+// is written once; and what all of module "oxfileop" shares.
+#pragma once
+
+#include <bit>
+#include <cerrno>
+#include <cwchar>
+
+#include "core/report.h"
+#include "data/decimal.h"
+#include "moltelib/file.h"
+#include "platform/files.h"
+
+namespace molte::file {
+
+inline constexpr Module kModule("oxfileop");
+
+// Open flags that stand in the interface as numbers.
+inline constexpr int32_t kRead = 32768;
+inline constexpr int32_t kWrite = 32769;
+inline constexpr int32_t kUpdate = 32770;
+inline constexpr int32_t kOpenOrMake = 33026;
+inline constexpr int32_t kMakeAnew = 33538;
+inline constexpr int32_t kReserve = 34050;
+inline constexpr int32_t kMakeExclusive = 34562;
+inline constexpr int32_t kOwnerReadWrite = 384;
+
+// Error numbers.
+inline constexpr uint32_t kNotOpened = 1;
+inline constexpr uint32_t kNotLocked = 2;
+inline constexpr uint32_t kNotRead = 3;
+inline constexpr uint32_t kNotWritten = 4;
+inline constexpr uint32_t kNoPosition = 5;
+inline constexpr uint32_t kNoState = 10;
+inline constexpr uint32_t kSizeNotChanged = 15;
+inline constexpr uint32_t kBadArgument = 50;
+
+inline bool exists(const char* name) {
+    return _access(name, 0) == 0;
+}
+inline bool exists(const wchar_t* name) {
+    return _waccess(name, 0) == 0;
+}
+
+inline int change_mode(const char* name, int mode) {
+    return _chmod(name, mode);
+}
+inline int change_mode(const wchar_t* name, int mode) {
+    return _wchmod(name, mode);
+}
+
+inline int open(const char* name, int flags, int permission = 0) {
+    return _open(name, flags, permission);
+}
+inline int open(const wchar_t* name, int flags, int permission = 0) {
+    return _wopen(name, flags, permission);
+}
+
+// The public record is the platform's, under a name of its own.
+inline int status(const char* name, OXSTAT64* out) {
+    struct _stat64 native {};
+    const int result = _stat64(name, &native);
+    if (result == 0) *out = std::bit_cast<OXSTAT64>(native);
+    return result;
+}
+inline int status(const wchar_t* name, OXSTAT64* out) {
+    struct _stat64 native {};
+    const int result = _wstat64(name, &native);
+    if (result == 0) *out = std::bit_cast<OXSTAT64>(native);
+    return result;
+}
+inline int status(int fd, OXSTAT64* out) {
+    struct _stat64 native {};
+    const int result = _fstat64(fd, &native);
+    if (result == 0) *out = std::bit_cast<OXSTAT64>(native);
+    return result;
+}
+
+// Report a failure whose data is a name; that of a wide one is its bytes.
+inline int32_t fail_name(int32_t line, uint32_t error, SystemError system, const char* name) {
+    return kModule.fail_text(line, error, system, name);
+}
+inline int32_t fail_name(int32_t line, uint32_t error, SystemError system, const wchar_t* name) {
+    const size_t length = name != nullptr ? std::wcslen(name) : 0;
+    return kModule.fail_bytes(line, error, system, name,
+                              static_cast<int64_t>(length * sizeof(wchar_t)));
+}
+
+inline int32_t fail_position(int32_t line, int32_t fd, int64_t offset, int32_t origin) {
+    return kModule.fail(line, kNoPosition, SystemError::runtime, "fd=%d offset=%s op=%d", fd,
+                        Decimal(offset).text(), origin);
+}
+inline int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int32_t size) {
+    return kModule.fail(line, kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d", fd, buffer,
+                        size);
+}
+inline int32_t fail_write(int32_t line, int32_t fd, const void* data, int32_t size) {
+    return kModule.fail(line, kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d", fd, data,
+                        size);
+}
+
+// Whole transfers: a short one is a failure.
+inline bool read_whole(int32_t fd, void* buffer, int32_t size) {
+    return _read(fd, buffer, static_cast<unsigned>(size)) == size;
+}
+inline bool write_whole(int32_t fd, const void* data, int32_t size) {
+    return _write(fd, data, static_cast<unsigned>(size)) == size;
+}
+
+}  // namespace molte::file

@@ -1,0 +1,52 @@
+// Room on disks.
+#include "core/report.h"
+#include "data/decimal.h"
+#include "files/directory_of.h"
+#include "moltelib/directory.h"
+#include "platform/find.h"
+
+using molte::here;
+using molte::SystemError;
+
+namespace {
+
+constexpr molte::Module kModule("oxdskinf");
+constexpr int64_t kUnit = 1048576;
+constexpr int32_t kReserveUnits = 32;
+
+void store(auto* out, auto value) {
+    if (out != nullptr) *out = value;
+}
+
+}  // namespace
+
+int64_t ORVEX_DISK_GetInfoEx(const char* pszDir, int64_t* pnTotal, int64_t* pnAvailable) {
+    ULARGE_INTEGER available{};
+    ULARGE_INTEGER total{};
+    const bool known = GetDiskFreeSpaceExA(pszDir, &available, &total, nullptr) != 0;
+    store(pnTotal, known ? static_cast<int64_t>(total.QuadPart) : 0);
+    store(pnAvailable, known ? static_cast<int64_t>(available.QuadPart) : 0);
+    if (!known) return kModule.fail_text(here(), 10, SystemError::platform, pszDir);
+    return static_cast<int64_t>(available.QuadPart);
+}
+
+int32_t ORVEX_DISK_GetInfo(const char* pszDir, int32_t* pnTotal, int32_t* pnAvailable) {
+    int64_t total = 0;
+    int64_t available = 0;
+    // An available count with all bits set is a failure, too.
+    const bool known = ORVEX_DISK_GetInfoEx(pszDir, &total, &available) != -1;
+    store(pnTotal, static_cast<int32_t>(known ? total / kUnit : 0));
+    store(pnAvailable, static_cast<int32_t>(known ? available / kUnit : 0));
+    return known ? static_cast<int32_t>(available / kUnit) : kModule.trace(here());
+}
+
+int32_t ORVEX_DISK_CanHoldFile(const char* pszFileName, int64_t nBytes) {
+    const molte::DirectoryOf folder(pszFileName);
+    if (folder.path() == nullptr) return kModule.trace(here());
+    const int32_t units = ORVEX_DISK_GetInfo(folder.path(), nullptr, nullptr);
+    if (units < 0) return kModule.trace(here());
+    if (units > kReserveUnits && (units - kReserveUnits) * kUnit >= nBytes) return 1;
+    kModule.fail(here(), 202, SystemError::none, "Need %s bytes,  Left %s MB",
+                 molte::Decimal(nBytes).text(), molte::Decimal(units).text());
+    return 0;
+}

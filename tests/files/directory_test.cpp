@@ -1,0 +1,306 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/error_of.h"
+#include "support/temp_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+TEST(Names, FolderAndBaseName) {
+    struct Case {
+        const char *name, *dir, *base;
+    };
+    for (const auto& c : std::vector<Case>{{"c:", "c:", ""},
+                                           {"c:\\a", "c:", "a"},
+                                           {"c:a", "c:", "a"},
+                                           {"a\\b\\c.txt", "a\\b", "c.txt"},
+                                           {"\\a", "", "a"},
+                                           {"plain", ".", "plain"},
+                                           {"a/b", ".", "a/b"},
+                                           {"a\\", "a", ""},
+                                           {"", ".", ""}}) {
+        char dir[64];
+        char base[64];
+        EXPECT_EQ(ORVEX_FileName2Path(c.name, dir, base), 1);
+        EXPECT_STREQ(dir, c.dir) << c.name;
+        EXPECT_STREQ(base, c.base) << c.name;
+        EXPECT_EQ(ORVEX_FileName2Path(c.name, nullptr, nullptr), 1);
+    }
+}
+
+TEST(Names, FolderAndPattern) {
+    struct Case {
+        const char *name, *dir, *pattern;
+    };
+    for (const auto& c : std::vector<Case>{{"a\\*.txt", "a", "*.txt"},
+                                           {"\\*.txt", "\\", "*.txt"},
+                                           {"*.txt", ".", "*.txt"},
+                                           {"a\\b", "a\\b", ""},
+                                           {"a\\b\\", "a\\b", ""},
+                                           {"a\\b?c", "a", "b?c"},
+                                           {"a*\\b", "a*\\b", ""},
+                                           {"a\\b*c\\d?", "a\\b*c", "d?"},
+                                           {"plain", "plain", ""}}) {
+        char dir[64];
+        char pattern[64];
+        EXPECT_EQ(ORVEX_FileSplitDirName(c.name, dir, pattern), 1);
+        EXPECT_STREQ(dir, c.dir) << c.name;
+        EXPECT_STREQ(pattern, c.pattern) << c.name;
+    }
+    char dir[4] = "x";
+    char pattern[4] = "x";
+    EXPECT_EQ(ORVEX_FileSplitDirName(nullptr, dir, pattern), 0);
+    EXPECT_STREQ(dir, "");
+    EXPECT_EQ(ORVEX_FileSplitDirName("", dir, pattern), 0);
+}
+
+TEST(Names, DelimitersAreExchanged) {
+    char path[] = "a\\b/c\\";
+    EXPECT_EQ(ORVEX_TransPathDelimiter(path, '/'), 1);
+    EXPECT_STREQ(path, "a/b/c/");
+    char empty[] = "";
+    EXPECT_EQ(ORVEX_TransPathDelimiter(empty, '/'), 1);
+}
+
+TEST(Find, ADirectoryOrAPattern) {
+    const TempFolder folder;
+    folder.write("one.txt", "1");
+    folder.write("two.dat", "22");
+    const auto find = [&](const std::string& name) {
+        Names names;
+        OXFINDDATA data;
+        const int64_t handle = ORVEX_FileFindFirst(name.c_str(), &data);
+        if (handle == -1) return Names{"error " + error_of_this_thread()};
+        do names.emplace_back(ORVEX_FileFindGetName(&data));
+        while (ORVEX_FileFindNext(handle, &data) > 0);
+        EXPECT_EQ(ORVEX_FileFindClose(handle), 1);
+        std::sort(names.begin(), names.end());
+        return names;
+    };
+    const Names all = {".", "..", "one.txt", "two.dat"};
+    EXPECT_EQ(find(folder.str()), all);
+    EXPECT_EQ(find(folder.str() + "\\"), all);
+    EXPECT_EQ(find(folder.str() + "\\*"), all);
+    EXPECT_EQ(find(folder.str() + "\\*.dat"), Names{"two.dat"});
+    EXPECT_EQ(find(folder.str() + "\\?ne.*"), Names{"one.txt"});
+    const std::string none = folder.str() + "\\none";
+    EXPECT_EQ(find(none), Names{"error 1 oxdirop " + none + "\\*"});
+    EXPECT_EQ(find(""), Names{"error 27 oxdirop"});
+    const std::string endless(5000, 'x');
+    OXFINDDATA data;
+    EXPECT_EQ(ORVEX_FileFindFirst(endless.c_str(), &data), -1);
+    EXPECT_EQ(ORVEX_FileFindFirst(nullptr, &data), -1);
+    EXPECT_EQ(GetRvexErrNo(), 27U);
+    EXPECT_EQ(ORVEX_FileFindNext(-1, &data), 0);
+    EXPECT_EQ(ORVEX_FileFindClose(-1), 0);
+}
+
+TEST(Find, CopiesTheNames) {
+    OXFINDDATA data{};
+    OXFILESTAT record;
+    std::memset(&record, 0xEE, sizeof record);
+    std::memset(data.cFileName, 'n', 259);
+    std::strcpy(data.cAlternateFileName, "SHORT~1.TXT");
+    EXPECT_EQ(ORVEX_FileFindCopyName(&data, &record), 1);
+    EXPECT_EQ(std::string(record.szName), std::string(259, 'n'));
+    EXPECT_STREQ(record.szShortName, "SHORT~1.TXT");
+    EXPECT_EQ(record.nSize[0], 0);
+    EXPECT_EQ(ORVEX_FileFindCopyName(nullptr, &record), -1);
+    EXPECT_EQ(GetRvexErrNo(), 28U);
+}
+
+TEST(Folder, KindsAndEmptiness) {
+    const TempFolder folder;
+    const std::string file = folder.write("f", "x");
+    fs::create_directory(folder.path() / "d");
+    EXPECT_EQ(ORVEX_NameIsPath(folder.str().c_str()), 1);
+    EXPECT_EQ(ORVEX_NameIsPath(file.c_str()), 0);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_NameIsPath((folder / "none").c_str()), -1);
+    EXPECT_EQ(GetRvexErrNo(), 23U);
+    EXPECT_EQ(ORVEX_IsDirEmpty((folder / "none").c_str()), 1);
+    EXPECT_EQ(ORVEX_IsDirEmpty((folder / "d").c_str()), 1);
+    EXPECT_EQ(ORVEX_IsDirEmpty(folder.str().c_str()), 0);
+    EXPECT_EQ(error_of_this_thread(), "900 oxdirop " + folder.str() + " is not empty");
+    EXPECT_EQ(ORVEX_IsDirEmpty(file.c_str()), -1);
+    EXPECT_EQ(error_of_this_thread(), "402 oxdirop " + file + " is not path");
+    const fs::path before = fs::current_path();
+    EXPECT_EQ(ORVEX_ChDir(folder.str().c_str()), 1);
+    char here[4096];
+    EXPECT_EQ(ORVEX_Getcwd(here, sizeof here), here);
+    EXPECT_EQ(fs::weakly_canonical(here), fs::weakly_canonical(folder.path()));
+    EXPECT_EQ(ORVEX_Getcwd(here, 2), nullptr);
+    EXPECT_EQ(GetRvexErrNo(), 142U);
+    EXPECT_EQ(ORVEX_ChDir((folder / "none").c_str()), -1);
+    EXPECT_EQ(error_of_this_thread(), "29 oxdirop " + (folder / "none"));
+    fs::current_path(before);
+}
+
+Names names_in(const fs::path& folder) {
+    Names names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(Delete, ByPrefixSuffixAndLength) {
+    const TempFolder folder;
+    for (const char* name : {"pre1.TMP", "pre22.tmp", "pre333.tmp", "pre.dat", "xpre.tmp"}) {
+        folder.write(name, "");
+    }
+    EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "pre", ".tmp", 0, 9), 1);
+    EXPECT_EQ(names_in(folder.path()), (Names{"pre.dat", "pre333.tmp", "xpre.tmp"}));
+    EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "none", nullptr, 0, 99), 0);
+    EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), nullptr, nullptr, 8, 99), 1);
+    EXPECT_EQ(names_in(folder.path()), Names{"pre.dat"});
+    fs::create_directory(folder.path() / "sub");
+    EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "sub", nullptr, 0, 99), 1);
+    EXPECT_EQ(error_of_this_thread(), "17 oxdirop " + folder.str() + "\\sub");
+    EXPECT_EQ(names_in(folder.path()), (Names{"pre.dat", "sub"}));
+}
+
+TEST(Delete, ATreeWithItsLinksButNotWhatTheyLeadTo) {
+    const TempFolder folder;
+    const TempFolder outside;
+    outside.write("kept", "x");
+    fs::create_directories(folder.path() / "t" / "a" / "b");
+    folder.write("t/f", "");
+    folder.write("t/a/b/g", "");
+#if !defined(_WIN32)
+    fs::create_directory_symlink(outside.path(), folder.path() / "t" / "a" / "link");
+    fs::create_symlink("nowhere", folder.path() / "t" / "dangling");
+#endif
+    const std::string tree = folder / "t";
+    EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 0), -1);  // a folder can't be unlinked
+    EXPECT_TRUE(fs::exists(folder.path() / "t" / "a" / "b" / "g"));
+    EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), 1);
+    EXPECT_FALSE(fs::exists(folder.path() / "t"));
+    EXPECT_TRUE(fs::exists(outside.path() / "kept"));
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), -1);
+    EXPECT_EQ(GetRvexErrNo(), 1U);
+}
+
+class Tree : public testing::Test {
+ protected:
+    Tree() {
+        fs::create_directories(folder_.path() / "a" / "b");
+        fs::create_directories(folder_.path() / "empty");
+        folder_.write("r", "1");
+        folder_.write("a/s", "22");
+        folder_.write("a/b/t", "333");
+#if !defined(_WIN32)
+        fs::create_directory_symlink(folder_.path(), folder_.path() / "a" / "loop");
+        fs::create_symlink("nowhere", folder_.path() / "a" / "dangling");
+#endif
+    }
+    TempFolder folder_;
+};
+
+TEST_F(Tree, ListsRelativeNames) {
+    char(*list)[128] = nullptr;
+    const int32_t count = ORVEX_RecurGetFileList(folder_.str().c_str(), &list);
+    ASSERT_EQ(count, 3);
+    Names names(list, list + count);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{"a\\b\\t", "a\\s", "r"}));
+    ORVEX_free(list);
+    EXPECT_EQ(ORVEX_RecurGetFileList((folder_ / "empty").c_str(), &list), 0);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_RecurGetFileList((folder_ / "none").c_str(), &list), -1);
+    EXPECT_EQ(GetRvexErrNo(), 1U);
+}
+
+TEST_F(Tree, ListsStatesUnderTheirPeculiarNames) {
+    OXFILESTAT* list = nullptr;
+    const int32_t count = ORVEX_RecurGetFileListLong(folder_.str().c_str(), &list);
+    ASSERT_EQ(count, 3);
+    Names names;
+    for (int32_t i = 0; i < count; ++i) {
+        names.push_back(std::string(list[i].szName) + " " + std::to_string(list[i].nSize[7]));
+        EXPECT_EQ(ORVEX_FileIsDirByMode(&list[i]), 0);
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{"\\r 1", "a\\\\s 2", "a\\b\\\\t 3"}));
+    ORVEX_free(list);
+}
+
+TEST_F(Tree, ListsOneFolder) {
+    OXFILESTAT* list = nullptr;
+    const int32_t count = ORVEX_GetFileListInDir(folder_.str().c_str(), &list);
+    ASSERT_EQ(count, 3);
+    Names names;
+    for (int32_t i = 0; i < count; ++i) {
+        names.push_back(std::string(list[i].szName) +
+                        (ORVEX_FileIsDirByMode(&list[i]) != 0 ? "/" : ""));
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{"a/", "empty/", "r"}));
+    ORVEX_free(list);
+    EXPECT_EQ(ORVEX_GetFileListInDir((folder_ / "empty").c_str(), &list), 0);
+    EXPECT_EQ(ORVEX_GetFileListInDir(nullptr, &list), -1);
+    EXPECT_EQ(GetRvexErrNo(), 401U);
+}
+
+TEST_F(Tree, ANameThatDoesNotFitFailsTheList) {
+    const std::string deep = "a/" + std::string(100, 'd');
+    fs::create_directories(folder_.path() / deep);
+    folder_.write(deep + "/" + std::string(30, 'n'), "");
+    char(*list)[128] = nullptr;
+    EXPECT_EQ(ORVEX_RecurGetFileList(folder_.str().c_str(), &list), -1);
+    EXPECT_EQ(error_of_this_thread(), "1001 oxdirop " + std::string(30, 'n'));
+    OXFILESTAT* long_list = nullptr;
+    EXPECT_EQ(ORVEX_RecurGetFileListLong(folder_.str().c_str(), &long_list), 4);
+    ORVEX_free(long_list);
+}
+
+TEST(DiskUse, CountsClustersAndFolders) {
+    const TempFolder folder;
+    EXPECT_EQ(ORVEX_DiskUsedInDir(nullptr), 0);
+    EXPECT_EQ(ORVEX_DiskUsedInDir(folder.str().c_str()), 0);
+    const std::string file = folder.write("f", std::string(4097, 'x'));
+    EXPECT_EQ(ORVEX_DiskUsedInDir(file.c_str()), 4097);  // a file alone: its length
+    folder.write("g", "");
+    EXPECT_EQ(ORVEX_DiskUsedInDir(folder.str().c_str()), 8192);
+    fs::create_directories(folder.path() / "d" / "empty");
+    EXPECT_EQ(ORVEX_DiskUsedInDir(folder.str().c_str()), 8192);
+    folder.write("d/h", "1");
+    EXPECT_EQ(ORVEX_DiskUsedInDir(folder.str().c_str()), 8192 + 4096 + 4096);
+    EXPECT_EQ(ORVEX_DiskUsedInDir((folder / "none").c_str()), -1);
+}
+
+TEST(Disk, RoomWithAReserve) {
+    const TempFolder folder;
+    int64_t total = 0;
+    int64_t available = 0;
+    EXPECT_GT(ORVEX_DISK_GetInfoEx(folder.str().c_str(), &total, &available), 0);
+    EXPECT_GE(total, available);
+    int32_t units = 0;
+    EXPECT_EQ(ORVEX_DISK_GetInfo(folder.str().c_str(), nullptr, &units), units);
+    EXPECT_NEAR(static_cast<double>(units), static_cast<double>(available) / 1048576, 1024);
+    const std::string file = folder.str() + "\\f";
+    EXPECT_EQ(ORVEX_DISK_CanHoldFile(file.c_str(), 1), 1);
+    EXPECT_EQ(ORVEX_DISK_CanHoldFile(file.c_str(), INT64_MAX), 0);
+    EXPECT_EQ(
+        error_of_this_thread().rfind("202 oxdskinf Need 9223372036854775807 bytes,  Left ", 0), 0U);
+    total = available = 7;
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_DISK_GetInfoEx((folder / "none").c_str(), &total, &available), -1);
+    EXPECT_EQ(GetRvexErrNo(), 10U);
+    EXPECT_EQ(total, 0);
+    EXPECT_EQ(available, 0);
+    EXPECT_EQ(ORVEX_DISK_CanHoldFile((folder.str() + "\\none\\f").c_str(), 1), -1);
+}
+
+}  // namespace
