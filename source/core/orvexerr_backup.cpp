@@ -1,0 +1,137 @@
+// Turning a growing file over into numbered backups.
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "core/backup.h"
+#include "moltelib/error_log.h"
+#include "moltelib/text.h"
+#include "platform/files.h"
+#include "platform/find.h"
+
+namespace {
+
+constexpr int32_t kPathSize = 4400;
+constexpr int32_t kOwnName = -1;
+constexpr int32_t kPattern = -2;
+constexpr int kRaces = 100;
+
+struct BackupPath {
+    char text[kPathSize];
+    BackupPath(const molte::GrowingFile& file, int32_t index) {
+        MOLTE_BuildBackupFileName(text, kPathSize, file.folder, file.name, index, file.extension);
+        text[kPathSize - 1] = '\0';
+    }
+};
+
+struct Backups {
+    bool any = false;
+    int32_t lowest = 0;
+    int32_t highest = -1;
+    int64_t bytes = 0;
+};
+
+// The number behind the last underscore, -1 when there is none.
+int32_t number_of(const char* name) {
+    const char* underscore = std::strrchr(name, '_');
+    int number = -1;
+    if (underscore == nullptr || std::sscanf(underscore + 1, "%d", &number) != 1) return -1;
+    return number;
+}
+
+int64_t size_of(const WIN32_FIND_DATAA& found) {
+    return static_cast<int64_t>(uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow);
+}
+
+// Calls visit(name, size) for each backup.
+template <typename Visit>
+void for_each_backup(const molte::GrowingFile& file, Visit visit) {
+    WIN32_FIND_DATAA found;
+    HANDLE find = FindFirstFileA(BackupPath(file, kPattern).text, &found);
+    if (find == INVALID_HANDLE_VALUE) return;
+    do visit(number_of(found.cFileName), size_of(found));
+    while (FindNextFileA(find, &found) != 0);
+    FindClose(find);
+}
+
+Backups look_for_backups(const molte::GrowingFile& file) {
+    Backups backups;
+    for_each_backup(file, [&](int32_t number, int64_t size) {
+        backups.lowest = backups.any ? std::min(backups.lowest, number) : number;
+        backups.highest = backups.any ? std::max(backups.highest, number) : number;
+        backups.bytes += size;
+        backups.any = true;
+    });
+    return backups;
+}
+
+// The lowest number from FIRST on that a backup has; beyond the highest when there is none. Numbers
+// aren't counted through, for anybody may leave a file with a number of billions there.
+int64_t number_from(const molte::GrowingFile& file, int64_t first) {
+    int64_t lowest = int64_t{INT_MAX} + 1;
+    for_each_backup(file, [&](int32_t number, int64_t /*size*/) {
+        if (number >= first) lowest = std::min<int64_t>(lowest, number);
+    });
+    return lowest;
+}
+
+// Removes from the lowest number on until there is room for the file.
+void make_room(const molte::GrowingFile& file, const Backups& backups, int64_t size) {
+    int64_t total = backups.bytes + size;
+    int64_t number = backups.lowest;
+    while (number <= backups.highest && total >= file.total_limit) {
+        const BackupPath path(file, static_cast<int32_t>(number));
+        const molte::FileNow backup = molte::look_at(path.text);
+        if (backup.exists) {
+            total -= backup.size;
+            _unlink(path.text);
+        }
+        number = number_from(file, number + 1);
+    }
+}
+
+}  // namespace
+
+namespace molte {
+
+FileNow look_at(const char* path) {
+    struct _stat64 state {};
+    if (_access(path, 0) != 0 || _stat64(path, &state) != 0) return {};
+    return {true, state.st_size, static_cast<uint64_t>(state.st_dev),
+            static_cast<uint64_t>(state.st_ino)};
+}
+
+void turn_over(const GrowingFile& file) {
+    const BackupPath current(file, kOwnName);
+    // Another process may take the number first. Then the next one is taken, and its backup stays.
+    for (int race = 0; race < kRaces; ++race) {
+        const FileNow now = look_at(current.text);
+        if (!now.exists || now.size < file.min_size) return;
+        const Backups backups = look_for_backups(file);
+        if (backups.any) make_room(file, backups, now.size);
+        const int32_t next = backups.highest < INT_MAX ? backups.highest + 1 : 0;
+        if (platform::rename_file(current.text, BackupPath(file, next).text) == 0) return;
+        if (errno != EEXIST) return;
+    }
+}
+
+}  // namespace molte
+
+int32_t MOLTE_BuildBackupFileName(char* pszDst, int32_t nDstLen, const char* pszDir,
+                                  const char* pszName, int32_t nIndex, const char* pszExt) {
+    char suffix[16] = "";
+    if (nIndex == kPattern) {
+        std::strcpy(suffix, "_*");
+    } else if (nIndex != kOwnName) {
+        snprintf(suffix, sizeof suffix, "_%04d", nIndex);
+    }
+    return ox_snprintf(pszDst, nDstLen, "%s%c%s%s%s", pszDir, '\\', pszName, suffix, pszExt);
+}
+
+int32_t MOLTE_BackupFile(const char* pszDir, const char* pszName, const char* pszExt,
+                         int64_t nTotalLimit, int64_t nMinSize) {
+    molte::turn_over({pszDir, pszName, pszExt, nTotalLimit, nMinSize});
+    return 1;
+}

@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/child_process.h"
+#include "support/error_of.h"
+#include "support/installation.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr uintmax_t kLimit = 10485760;
+
+class ErrorLog : public testing::Test {
+ protected:
+    // A sparse file costs no disk.
+    void make(const std::string& name, uintmax_t size) const {
+        std::ofstream(installation_.log_folder() / name).put('x');
+        fs::resize_file(installation_.log_folder() / name, size);
+    }
+    [[nodiscard]] std::vector<std::string> names() const {
+        std::vector<std::string> all;
+        for (const auto& entry : fs::directory_iterator(installation_.log_folder())) {
+            all.push_back(entry.path().filename().string());
+        }
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+    Installation installation_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(ErrorLog, AnEntryLineByLine) {
+    std::strcpy(g_stBv.szAppName, "C:\\prog\\app.exe");
+    std::strcpy(g_stBv.szAppVersion, "1.0.0.1");
+    std::strcpy(g_stBv.szStartupTime, "Mon Jun  4 10:59:12 2018\n");
+    std::strcpy(g_stBv.szOsPlatform, "win x64");
+    g_stBv.nAppFileSize = 4096;
+    g_stBv.stSysInfo.nCpuCount = 8;
+    g_stBv.stSysInfo.nPhysicalMemInMB = 16384;
+    g_stBv.nKernelBit = 64;
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(0, "%s and %d\n", "text", 42), 1);
+    const std::string log = installation_.log();
+    ASSERT_EQ(log.rfind("\n======>", 0), 0U) << log;
+    EXPECT_EQ(log.substr(8 + 24),
+              "\n C:\\prog\\app.exe\n1.0.0.1 Mon Jun  4 10:59:12 2018\n"
+              " size=4096 cpu=8 16384MB win x64 64bit\ntext and 42\n");
+}
+
+TEST_F(ErrorLog, TheRecordFollowsOnDemand) {
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_ERRLOG_SysErrLog("x"), 1);
+    EXPECT_NE(installation_.log().find("\nx\nNo error history recorded.\n"), std::string::npos);
+    ORVEX_Err_Set(123, 0, "source\\module", 77, 4, "data", 0);
+    const ORVEX_ERRDATA before = *ORVEX_GetErrData();
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, nullptr), 1);
+    EXPECT_NE(installation_.log().find("RVEX errno=123 : Unknown\n"), std::string::npos);
+    EXPECT_EQ(std::memcmp(ORVEX_GetErrData(), &before, sizeof before), 0);  // logging keeps it
+    const size_t length = installation_.log().size();
+    EXPECT_EQ(ORVEX_ERRLOG_Log(nullptr), 1);  // the head lines alone
+    EXPECT_EQ(installation_.log().substr(length).find("Unknown"), std::string::npos);
+    EXPECT_GT(installation_.log().size(), length);
+}
+
+TEST_F(ErrorLog, OffMeansOff) {
+    ORVEX_ERRLOG_Log("one");
+    g_stBv.bErrLogEnabled = 0;
+    EXPECT_EQ(ORVEX_ERRLOG_Log("two"), 0);
+    EXPECT_EQ(ORVEX_ERRLOG_SysErrLog("two"), 0);
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, "two"), 0);
+    EXPECT_EQ(ORVEX_ERRLOG_Close(), 0);
+    g_stBv.bErrLogEnabled = 1;
+    EXPECT_EQ(installation_.log().find("two"), std::string::npos);
+    EXPECT_EQ(ORVEX_ERRLOG_Close(), 1);
+    EXPECT_EQ(ORVEX_ERRLOG_Clear(), 0);
+    EXPECT_FALSE(fs::exists(installation_.log_file()));
+    EXPECT_EQ(ORVEX_ERRLOG_Clear(), -1);
+    ORVEX_ERRLOG_Log("three");
+    EXPECT_NE(installation_.log().find("three"), std::string::npos);
+}
+
+TEST_F(ErrorLog, LongTextsStayWhole) {
+    const std::string text(1000000, 't');
+    EXPECT_EQ(ORVEX_ERRLOG_Log(text.c_str()), 1);
+    EXPECT_NE(installation_.log().find("\n" + text + "\n"), std::string::npos);
+}
+
+TEST_F(ErrorLog, TurnsOverAtTenMebibytes) {
+    make("errlog.txt", kLimit - 1);
+    ORVEX_ERRLOG_Log("small");
+    EXPECT_EQ(names(), Names{"errlog.txt"});
+    ORVEX_ERRLOG_Log("full");
+    EXPECT_EQ(names(), (Names{"errlog.txt", "errlog_0000.txt"}));
+    EXPECT_NE(installation_.log().find("full"), std::string::npos);
+    EXPECT_EQ(installation_.log().find("small"), std::string::npos);
+}
+
+TEST_F(ErrorLog, TheRecordSurvivesTheTurn) {
+    make("errlog.txt", kLimit);
+    ORVEX_Err_Set(77, 0, "module", 1, 0, nullptr, 0);
+    ORVEX_ERRLOG_SysErrLog("turned");
+    EXPECT_NE(installation_.log().find("RVEX errno=77 "), std::string::npos);
+}
+
+TEST_F(ErrorLog, NumbersRiseAndTheLowestGoFirst) {
+    make("errlog.txt", kLimit);
+    make("errlog_0003.txt", 50000000);
+    make("errlog_0005.txt", 40000000);
+    make("errlog_0009.txt", 40000000);
+    make("errlog_x.txt", 1);  // counts, as number -1, but is no backup's name
+    ORVEX_ERRLOG_Log("now");
+    // 130000001 and 10485760 pass 134217728; without the 50000000 of 3 they don't.
+    EXPECT_EQ(names(), (Names{"errlog.txt", "errlog_0005.txt", "errlog_0009.txt", "errlog_0010.txt",
+                              "errlog_x.txt"}));
+}
+
+TEST_F(ErrorLog, BackupOfAnyFile) {
+    const std::string dir = installation_.log_folder().string();
+    make("any.log", 100);
+    for (const char* name : {"any_0003.log", "any_0004.log", "any_0005.log"}) make(name, 10);
+    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "any", ".log", 1000, 101), 1);
+    EXPECT_EQ(names().size(), 4U);
+    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "any", ".log", 120, 100), 1);
+    EXPECT_EQ(names(), (Names{"any_0005.log", "any_0006.log"}));
+    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "none", ".log", 120, 0), 1);
+    make("far.log", 100);
+    make("far_2147483647.log", 10);
+    make("far_0000.log", 10);
+    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "far", ".log", 115, 100), 1);  // at once
+    char path[64];
+    struct Case {
+        int32_t index;
+        const char* path;
+    };
+    for (const auto& c : std::vector<Case>{{-2, "d\\n_*.e"},
+                                           {-1, "d\\n.e"},
+                                           {0, "d\\n_0000.e"},
+                                           {7, "d\\n_0007.e"},
+                                           {12345, "d\\n_12345.e"}}) {
+        EXPECT_EQ(MOLTE_BuildBackupFileName(path, 64, "d", "n", c.index, ".e"),
+                  static_cast<int32_t>(std::strlen(c.path)));
+        EXPECT_STREQ(path, c.path);
+    }
+}
+
+TEST_F(ErrorLog, ClearsBySize) {
+    make("errlog.txt", 5 * 1024);
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan(6), 1);
+    EXPECT_EQ(names(), Names{"errlog.txt"});
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan(5), 1);
+    EXPECT_EQ(names(), Names{"errlog_0000.txt"});
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(1), 0);  // no file
+    make("errlog.txt", 4096 * 1024 - 1);
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(0), 0);  // 4096 KiB
+    EXPECT_EQ(names().size(), 2U);
+    make("errlog_0001.txt", 1);
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(4095), 0);
+    EXPECT_EQ(names(), (Names{"errlog_0000.txt", "errlog_0001.txt", "errlog_0002.txt"}));
+    make("errlog.txt", 4096 * 1024);
+    g_stBv.bBackupErrLogFile = 0;
+    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(0), 0);
+    EXPECT_EQ(names().size(), 3U);
+}
+
+TEST(ErrorLogFolder, MissingOrUnwritableIsSilent) {
+    Installation installation(false);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, "lost"), 1);
+    EXPECT_EQ(GetRvexErrNo(), 0U);
+    std::ofstream(installation.log_folder()).put('f');  // a file where the folder should be
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, "lost"), 1);
+    fs::remove(installation.log_folder());
+    fs::create_directories(installation.log_file());  // a folder where the file should be
+    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, "lost"), 1);
+}
+
+// Entries "<writer:number:...>" as written below, whole and in each writer's order.
+std::map<std::string, int> whole_entries(const std::string& text) {
+    std::map<std::string, int> next;
+    for (size_t at = text.find("<w"); at != std::string::npos; at = text.find("<w", at + 1)) {
+        const size_t end = text.find('>', at);
+        const std::string entry = text.substr(at, end - at);
+        const std::string writer = entry.substr(1, entry.find(':') - 1);
+        const int number = std::stoi(entry.substr(entry.find(':') + 1));
+        EXPECT_EQ(number, next[writer]++) << entry.substr(0, 40);
+        EXPECT_EQ(entry.size(), 20U + 300U) << entry.substr(0, 40);
+    }
+    return next;
+}
+
+void write_entries(int writer, int count) {
+    for (int i = 0; i < count; ++i) {
+        char head[32];
+        snprintf(head, sizeof head, "<w%03d:%06d:", writer, i);
+        ORVEX_ERRLOG_LogEx(0, "%-20s%s>\n", head, std::string(300, 'e').c_str());
+    }
+}
+
+std::string all_text(const fs::path& folder) {
+    Names files;
+    for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    std::rotate(files.begin(), files.begin() + 1, files.end());  // errlog.txt sorts first
+    std::string text;
+    for (const auto& file : files) text += read_bytes(file);
+    return text;
+}
+
+TEST_F(ErrorLog, ThreadsLoseNothingWhileItTurnsOver) {
+    make("errlog.txt", kLimit - 200000);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 16; ++i) {
+        threads.emplace_back([i] {
+            write_entries(i, 100);
+            if (i == 3) ORVEX_ERRLOG_Close();
+            MOLTE_THDATA_FreeData();
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(names().size(), 2U);
+    const auto entries = whole_entries(all_text(installation_.log_folder()));
+    EXPECT_EQ(entries.size(), 16U);
+    for (const auto& [writer, count] : entries) EXPECT_EQ(count, 100) << writer;
+}
+
+CHILD_ROLE(writes_entries) {
+    ORVEX_SetMainPath(args.at(0).c_str());
+    if (ORVEX_BASE_InitVar() < 0) return 1;
+    tell_parent("ready");
+    hear_parent();
+    write_entries(std::stoi(args.at(1)), 400);
+    ORVEX_BASE_ReleaseVar();
+    return 0;
+}
+
+TEST_F(ErrorLog, ProcessesLoseNothingWhileItTurnsOver) {
+    make("errlog.txt", kLimit - 200000);
+    ChildProcess a("writes_entries", {installation_.str(), "1"});
+    ChildProcess b("writes_entries", {installation_.str(), "2"});
+    EXPECT_EQ(a.read_line(), "ready");
+    EXPECT_EQ(b.read_line(), "ready");
+    a.send_line("go");
+    b.send_line("go");
+    EXPECT_EQ(a.wait(), 0);
+    EXPECT_EQ(b.wait(), 0);
+    const auto entries = whole_entries(all_text(installation_.log_folder()));
+    EXPECT_EQ(entries, (std::map<std::string, int>{{"w001", 400}, {"w002", 400}}));
+}
+
+}  // namespace
