@@ -1,7 +1,8 @@
-// The formatter behind _vsnprintf and its kin, for 8-bit and for wide text. Only floating point
-// numbers are left to the C library, one conversion at a time.
+// The formatter behind _vsnprintf and its kin, for 8-bit and for wide text. Only the rarer dresses
+// of floating point numbers are left to the C library, one conversion at a time.
 #include <charconv>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -86,6 +87,7 @@ class Formatter {
     }
 
  private:
+    static constexpr int kMaxPrecision = 128;
     static constexpr bool kWide = std::is_same_v<Char, wchar_t>;
     using Other = std::conditional_t<kWide, char, wchar_t>;
 
@@ -169,10 +171,14 @@ class Formatter {
         return width > count ? width - count : 0;
     }
 
+    static const char* sign_of(const Spec& spec, bool negative) {
+        if (negative) return "-";
+        return spec.plus ? "+" : spec.blank ? " " : "";
+    }
+
     bool put_signed(const Spec& spec, int64_t value) {
         const auto bits = static_cast<uint64_t>(value);
-        if (value < 0) return put_number(spec, 0 - bits, 10, "-");
-        return put_number(spec, bits, 10, spec.plus ? "+" : spec.blank ? " " : "");
+        return put_number(spec, value < 0 ? 0 - bits : bits, 10, sign_of(spec, value < 0));
     }
 
     bool put_hexadecimal(const Spec& spec, uint64_t value) {
@@ -192,14 +198,21 @@ class Formatter {
         char digits[24];
         char* end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
         if (spec.precision == 0 && value == 0) end = digits;
-        if (spec.conversion == 'X') {
-            for (char* c = digits; c != end; ++c) {
-                *c = static_cast<char>(platform::to_upper(static_cast<unsigned char>(*c)));
-            }
-        }
+        if (spec.conversion == 'X') raise(digits, end);
         const auto count = static_cast<size_t>(end - digits);
+        return put_parts(spec, prefix, zeros_of(spec, base, strlen(prefix), count, digits), digits,
+                         count);
+    }
+
+    static void raise(char* from, const char* end) {
+        for (; from != end; ++from) {
+            *from = static_cast<char>(platform::to_upper(static_cast<unsigned char>(*from)));
+        }
+    }
+
+    bool put_parts(const Spec& spec, const char* prefix, size_t zeros, const char* digits,
+                   size_t count) {
         const size_t prefix_size = strlen(prefix);
-        const size_t zeros = zeros_of(spec, base, prefix_size, count, digits);
         const size_t padding = padding_of(spec, prefix_size + zeros + count);
         if (!spec.left) sink_.fill(' ', padding);
         sink_.put(prefix, prefix_size);
@@ -284,8 +297,37 @@ class Formatter {
         return characters;
     }
 
-    // Hands one conversion to the C library, spelled anew with "*" for the numbers.
     bool put_float(const Spec& spec) {
+        if (spec.length == Length::L)
+            return put_by_library(spec, va_arg(arguments_.list, long double));
+        const double value = va_arg(arguments_.list, double);
+        const bool hexadecimal = spec.conversion == 'a' || spec.conversion == 'A';
+        if (hexadecimal || spec.alternate || spec.precision > kMaxPrecision) {
+            return put_by_library(spec, value);
+        }
+        return put_double(spec, value);
+    }
+
+    bool put_double(const Spec& spec, double value) {
+        const auto letter = platform::to_lower(static_cast<unsigned char>(spec.conversion));
+        const auto form = letter == 'f'   ? std::chars_format::fixed
+                          : letter == 'e' ? std::chars_format::scientific
+                                          : std::chars_format::general;
+        char digits[kMaxPrecision + 320];  // the largest number has 309 digits before the point
+        char* end = std::to_chars(digits, digits + sizeof digits, std::fabs(value), form,
+                                  spec.precision < 0 ? 6 : spec.precision)
+                        .ptr;
+        if (letter != spec.conversion) raise(digits, end);
+        const auto count = static_cast<size_t>(end - digits);
+        const char* sign = sign_of(spec, std::signbit(value));
+        const bool zeros = spec.zero && !spec.left && std::isfinite(value);
+        return put_parts(spec, sign, zeros ? padding_of(spec, strlen(sign) + count) : 0, digits,
+                         count);
+    }
+
+    // Hands one conversion to the C library, spelled anew with "*" for the numbers.
+    template <typename Float>
+    bool put_by_library(const Spec& spec, Float value) {
         char format[16];
         char* at = format;
         *at++ = '%';
@@ -299,14 +341,11 @@ class Formatter {
         if (spec.length == Length::L) *at++ = 'L';
         *at++ = spec.conversion;
         *at = 0;
-        if (spec.length == Length::L) {
-            return put_float(format, spec, va_arg(arguments_.list, long double));
-        }
-        return put_float(format, spec, va_arg(arguments_.list, double));
+        return put_by_library(format, spec, value);
     }
 
     template <typename Float>
-    bool put_float(const char* format, const Spec& spec, Float value) {
+    bool put_by_library(const char* format, const Spec& spec, Float value) {
         char text[128];
         const int size = snprintf(text, sizeof text, format, spec.width, spec.precision, value);
         if (size >= 0 && static_cast<size_t>(size) < sizeof text) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <iterator>
 #include <random>
 #include <string>
 
@@ -118,6 +120,37 @@ TEST(Format, IntegersAgreeWithTheLibrary) {
             snprintf(expected, sizeof expected, pattern.c_str(), value);
             EXPECT_EQ(made(pattern.c_str(), value), expected) << pattern;
         }
+    }
+}
+
+TEST(Format, FloatsAgreeWithTheLibrary) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "the formatter is the system's own";
+#endif
+    std::mt19937_64 random(2);
+    const double special[] = {
+        0.0,    -0.0,     0.5,       1e22, 999999.5, 1e-5, 1.7976931348623157e308,
+        5e-324, INFINITY, -INFINITY, NAN};
+    for (int round = 0; round < 20000; ++round) {
+        std::string pattern = "<%";
+        for (const char flag : {'-', '+', ' ', '0', '#'}) {
+            if (random() % 4 == 0) pattern += flag;
+        }
+        if (random() % 2 == 0) pattern += std::to_string(1 + random() % 40);
+        if (random() % 2 == 0) pattern.append(".").append(std::to_string(random() % 20));
+        pattern += "fFeEgGaA"[random() % 8];
+        pattern += '>';
+        double value = special[random() % std::size(special)];
+        if (round % 3 == 1) value = static_cast<double>(random() % 2000000) / 1000 - 1000;
+        if (round % 3 == 2) {
+            const uint64_t bits = random();
+            memcpy(&value, &bits, sizeof value);
+        }
+        char expected[512];
+        snprintf(expected, sizeof expected, pattern.c_str(), value);
+        char text[512];
+        ASSERT_GE(format(text, sizeof text, pattern.c_str(), value), 0);
+        EXPECT_STREQ(text, expected) << pattern;
     }
 }
 
