@@ -1,0 +1,181 @@
+#include "moltelib/text_split.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/error_of.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr int32_t kUntouched = -77;
+
+// The arguments; every one must lie in the block that the first one starts.
+Texts arguments_of(const std::string& line) {
+    int32_t count = kUntouched;
+    char** arguments = OXSTR_CmdStr2Arg(line.c_str(), &count);
+    if (arguments == nullptr) {
+        EXPECT_EQ(count, kUntouched);
+        return {};
+    }
+    Texts texts;
+    const char* next = arguments[0];
+    for (int32_t i = 0; i < count; ++i) {
+        EXPECT_EQ(arguments[i], next);
+        texts.emplace_back(arguments[i]);
+        next = arguments[i] + texts.back().size() + 1;
+    }
+    ORVEX_free(arguments[0]);
+    ORVEX_free(arguments);
+    return texts;
+}
+
+TEST(CommandLine, Rules) {
+    const struct {
+        const char* line;
+        Texts arguments;
+    } rows[] = {
+        {R"(a\\"b c")", {R"(a\b c)"}},
+        {R"(a\"b)", {R"(a"b)"}},
+        {R"(x\)", {R"(x\)"}},
+        {"   ", {}},
+        {"", {}},
+        {"a b", {"a", "b"}},
+        {"  a   b  ", {"a", "b"}},
+        {"a\tb", {"a\tb"}},
+        {R"("a b" c)", {"a b", "c"}},
+        {R"(a" "b)", {"a b"}},
+        {R"("")", {}},
+        {R"("" a)", {"a"}},
+        {R"(a"" b)", {"a", "b"}},
+        {R"("open to the end )", {"open to the end "}},
+        {R"(c:\dir\file "d:\x y\\")", {R"(c:\dir\file)", R"(d:\x y\)"}},
+        {R"(a\\\"b)", {R"(a\"b)"}},
+        {R"(a\\\\"b c" d)", {R"(a\\b c)", "d"}},
+        {R"(\ a)", {R"(\)", "a"}},
+        {R"(\\)", {R"(\\)"}},
+        {R"("a\"b c")", {R"(a"b c)"}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(arguments_of(row.line), row.arguments) << row.line;
+}
+
+// The same rules read again, slowly: each step looks at the line from where it stands.
+Texts read_again(const std::string& line) {
+    Texts arguments;
+    std::string argument;
+    bool quoted = false;
+    for (size_t i = 0; i < line.size();) {
+        const size_t end = std::min(line.find_first_not_of('\\', i), line.size());
+        const size_t run = end - i;
+        if (end < line.size() && line[end] == '"') {
+            argument.append(run / 2, '\\');
+            if (run % 2 == 1) {
+                argument += '"';
+            } else {
+                quoted = !quoted;
+            }
+            i = end + 1;
+        } else if (run > 0) {
+            argument.append(run, '\\');
+            i = end;
+        } else {
+            if (line[i] != ' ' || quoted) {
+                argument += line[i];
+            } else if (!argument.empty()) {
+                arguments.push_back(argument);
+                argument.clear();
+            }
+            ++i;
+        }
+    }
+    if (!argument.empty()) arguments.push_back(argument);
+    return arguments;
+}
+
+TEST(CommandLine, AgreesWithASecondReading) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 20000; ++round) {
+        std::string line;
+        for (auto left = random() % 24; left > 0; --left) line += "\\\\\" ab\t"[random() % 7];
+        ASSERT_EQ(arguments_of(line), read_again(line)) << line;
+    }
+}
+
+TEST(CommandLine, ManyArguments) {
+    std::string line;
+    Texts expected;
+    for (int i = 0; i < 100; ++i) {
+        expected.push_back(std::to_string(i));
+        line.append(expected.back()).append(" ");
+    }
+    EXPECT_EQ(arguments_of(line), expected);
+}
+
+TEST(CommandLine, RefusesNull) {
+    int32_t count = kUntouched;
+    EXPECT_EQ(OXSTR_CmdStr2Arg(nullptr, &count), nullptr);
+    EXPECT_EQ(count, kUntouched);
+    EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+    EXPECT_EQ(OXSTR_CmdStr2Arg("a", nullptr), nullptr);
+}
+
+Texts items_of(const char* text, const char* delim) {
+    int32_t count = kUntouched;
+    char** items = ox_strsplit(text, delim, &count);
+    if (items == nullptr) {
+        EXPECT_EQ(count, 0);
+        return {};
+    }
+    Texts texts;
+    for (int32_t i = 0; i < count; ++i) {
+        texts.emplace_back(items[i]);
+        ORVEX_free(items[i]);
+    }
+    ORVEX_free(items);
+    return texts;
+}
+
+TEST(Split, Rules) {
+    const struct {
+        const char* text;
+        const char* delim;
+        Texts items;
+    } rows[] = {
+        {"a,,b,", ",", {"a", "", "b"}},
+        {"1ab2", "ab", {"1", "b2"}},
+        {"1abab2", "ab", {"1", "b", "b2"}},
+        {",a", ",", {"", "a"}},
+        {",", ",", {""}},
+        {"a", ",", {"a"}},
+        {"", ",", {}},
+        {nullptr, ",", {}},
+        {"ab", "", {"", ""}},
+        {"aaa", "aa", {"", "", "a"}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(items_of(row.text, row.delim), row.items);
+}
+
+TEST(Split, ManyItems) {
+    std::string text;
+    Texts expected;
+    for (int i = 0; i < 50; ++i) {
+        expected.push_back(std::to_string(i));
+        text.append(expected.back()).append(";");
+    }
+    EXPECT_EQ(items_of(text.c_str(), ";"), expected);
+}
+
+TEST(Split, RefusesNull) {
+    int32_t count = kUntouched;
+    EXPECT_EQ(ox_strsplit("a", nullptr, &count), nullptr);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+    EXPECT_EQ(ox_strsplit("a", ",", nullptr), nullptr);
+}
+
+}  // namespace
