@@ -1,4 +1,4 @@
-#include "moltelib/number_text.h"
+#include "moltelib.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,6 @@
 #include <string>
 #include <thread>
 
-#include "moltelib.h"
 #include "support/error_of.h"
 
 namespace {

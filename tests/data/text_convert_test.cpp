@@ -1,8 +1,7 @@
-#include "moltelib/text_convert.h"
+#include "moltelib.h"
 
 #include <gtest/gtest.h>
 
-#include "moltelib.h"
 #include "support/error_of.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "moltelib/text_split.h"
+#include "moltelib.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "moltelib.h"
 #include "support/error_of.h"
 
 namespace {

@@ -1,11 +1,10 @@
-#include "moltelib/text.h"
+#include "moltelib.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
-#include "moltelib.h"
 #include "support/error_of.h"
 
 namespace {
