@@ -28,6 +28,16 @@
 #include <sys/types.h>
 typedef struct _stat64 OXSTAT64;
 #else
+/* Where <sys/stat.h> makes st_atime the macro st_atim.tv_sec, the field answers to that as well. */
+typedef struct OXSTATTIME {
+    int64_t tv_sec;
+} OXSTATTIME;
+#pragma push_macro("st_atime")
+#pragma push_macro("st_mtime")
+#pragma push_macro("st_ctime")
+#undef st_atime
+#undef st_mtime
+#undef st_ctime
 typedef struct OXSTAT64 {
     uint64_t st_dev;
     uint64_t st_ino;
@@ -37,10 +47,22 @@ typedef struct OXSTAT64 {
     uint32_t st_gid;
     uint64_t st_rdev;
     int64_t st_size;
-    int64_t st_atime;
-    int64_t st_mtime;
-    int64_t st_ctime;
+    union {
+        int64_t st_atime;
+        OXSTATTIME st_atim;
+    };
+    union {
+        int64_t st_mtime;
+        OXSTATTIME st_mtim;
+    };
+    union {
+        int64_t st_ctime;
+        OXSTATTIME st_ctim;
+    };
 } OXSTAT64;
+#pragma pop_macro("st_atime")
+#pragma pop_macro("st_mtime")
+#pragma pop_macro("st_ctime")
 #endif
 
 /* ---- State and mode ---- */
