@@ -28,7 +28,6 @@ struct BackupPath {
 
 struct Backups {
     bool any = false;
-    int32_t lowest = 0;
     int32_t highest = -1;
     int64_t bytes = 0;
 };
@@ -59,7 +58,6 @@ void for_each_backup(const molte::GrowingFile& file, Visit visit) {
 Backups look_for_backups(const molte::GrowingFile& file) {
     Backups backups;
     for_each_backup(file, [&](int32_t number, int64_t size) {
-        backups.lowest = backups.any ? std::min(backups.lowest, number) : number;
         backups.highest = backups.any ? std::max(backups.highest, number) : number;
         backups.bytes += size;
         backups.any = true;
@@ -80,7 +78,8 @@ int64_t number_from(const molte::GrowingFile& file, int64_t first) {
 // Removes from the lowest number on until there is room for the file.
 void make_room(const molte::GrowingFile& file, const Backups& backups, int64_t size) {
     int64_t total = backups.bytes + size;
-    int64_t number = backups.lowest;
+    // A name without a number counts as -1, but no backup is called so.
+    int64_t number = number_from(file, 0);
     while (number <= backups.highest && total >= file.total_limit) {
         const BackupPath path(file, static_cast<int32_t>(number));
         const molte::FileNow backup = molte::look_at(path.text);

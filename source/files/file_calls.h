@@ -99,6 +99,11 @@ inline int32_t fail_write(int32_t line, int32_t fd, const void* data, int32_t si
                         size);
 }
 
+// Sets a position counted from the start; the platform's own -1 is no position.
+inline bool seek_whole(int32_t fd, int64_t offset) {
+    return offset >= 0 && _lseeki64(fd, offset, SEEK_SET) == offset;
+}
+
 // Whole transfers: a short one is a failure.
 inline bool read_whole(int32_t fd, void* buffer, int32_t size) {
     return _read(fd, buffer, static_cast<unsigned>(size)) == size;

@@ -143,7 +143,9 @@ int64_t ORVEX_HFILE_CurrentPos(ORVEX_HFILE* pFile) {
 int64_t ORVEX_HFILE_Seek(ORVEX_HFILE* pFile, int64_t nOffset, int32_t nOrigin) {
     if (pFile == nullptr) return -1;
     const int64_t result = _lseeki64(pFile->fd, nOffset, nOrigin);
-    if (nOrigin == SEEK_SET && result != nOffset) fail_seek(here(), *pFile, nOffset, result);
+    if (nOrigin == SEEK_SET && (result != nOffset || result < 0)) {
+        fail_seek(here(), *pFile, nOffset, result);
+    }
     return result;
 }
 

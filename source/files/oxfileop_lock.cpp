@@ -19,7 +19,7 @@ int32_t fail_place(int32_t line, int32_t fd) {
 int32_t ORVEX_FileRecordLock(int32_t fd, int32_t nMode, int64_t nOffset, int32_t nSize) {
     const int64_t place = _lseeki64(fd, 0, SEEK_CUR);
     if (place < 0) return fail_place(here(), fd);
-    if (_lseeki64(fd, nOffset, SEEK_SET) != nOffset) return fail_position(here(), fd, nOffset, 0);
+    if (!seek_whole(fd, nOffset)) return fail_position(here(), fd, nOffset, 0);
     if (_locking(fd, nMode, nSize) != 0) {
         kModule.fail(here(), kNotLocked, SystemError::runtime, "fd=%d mode=%d size=%d", fd, nMode,
                      nSize);

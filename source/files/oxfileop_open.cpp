@@ -66,7 +66,7 @@ int32_t open_or_create(const Char* name, const void* data, int32_t length, int32
 // Writes zeros from the old end on, so that the disk space is taken.
 int32_t fill_with_zeros(int32_t fd, int64_t from, int64_t to) {
     static constexpr uint8_t zeros[kZeroChunk] = {};
-    if (_lseeki64(fd, from, SEEK_SET) != from) return fail_position(here(), fd, from, 0);
+    if (!seek_whole(fd, from)) return fail_position(here(), fd, from, 0);
     for (int64_t at = from; at < to;) {
         const auto chunk = static_cast<int32_t>(std::min<int64_t>(to - at, kZeroChunk));
         if (!write_whole(fd, zeros, chunk)) return fail_write(here(), fd, zeros, chunk);
@@ -138,9 +138,7 @@ int32_t ORVEX_NewEmptyFile(const char* pszName) {
 }
 
 int32_t ORVEX_UTIL_ChSizeByFD(int32_t fd, int64_t nNewSize) {
-    if (_lseeki64(fd, nNewSize, SEEK_SET) != nNewSize) {
-        return fail_position(here(), fd, nNewSize, 0);
-    }
+    if (!seek_whole(fd, nNewSize)) return fail_position(here(), fd, nNewSize, 0);
     const intptr_t handle = _get_osfhandle(fd);
     if (handle == -1) {
         return kModule.fail(here(), kSizeNotChanged, SystemError::none, "bad file fd=%d", fd);
@@ -159,9 +157,7 @@ int32_t ORVEX_UTIL_FileExpand(int32_t fd, int64_t nNewSize) {
         fill_with_zeros(fd, length, nNewSize) < 0) {
         return -1;
     }
-    if (_lseeki64(fd, nNewSize, SEEK_SET) != nNewSize) {
-        return fail_position(here(), fd, nNewSize, 0);
-    }
+    if (!seek_whole(fd, nNewSize)) return fail_position(here(), fd, nNewSize, 0);
     if (ORVEX_UTIL_ChSizeByFD(fd, nNewSize) < 0) {
         return kModule.fail(here(), kSizeNotChanged, SystemError::runtime, "fd=%d newsize=%s", fd,
                             molte::Decimal(nNewSize).text());

@@ -21,7 +21,7 @@ constexpr uint32_t kBadWrite = 405;
 constexpr uint32_t kBadRead = 406;
 
 int32_t seek_to(const molte::Descriptor& file, int64_t offset) {
-    if (_lseeki64(file.get(), offset, SEEK_SET) == offset) return 1;
+    if (seek_whole(file.get(), offset)) return 1;
     return fail_position(here(), file.get(), offset, 0);
 }
 
