@@ -1,0 +1,89 @@
+// Events: the word counts the signals that are there for the taking.
+#include "common_bell.h"
+#include "futex.h"
+#include "platform/kernel_objects.h"
+#include "take_one.h"
+#include "waiter.h"
+
+namespace platform {
+
+namespace {
+
+// Without a waiter signals don't add up. That several processes wait is known to the kernel alone:
+// a further signal counts only if it wakes one more of them.
+void signal_one(Object& object) {
+    std::atomic<std::uint32_t>& word = object.state().word;
+    if (!object.shared()) {
+        word = 1;
+        serve_waiters(object);
+        return;
+    }
+    const std::uint32_t before = word.fetch_add(1);
+    const int woken = futex_wake(word, 1, true);
+    ring_common_bell();
+    if (before == 0 || woken > 0) return;
+    std::uint32_t signals = word;
+    while (signals > 1 && !word.compare_exchange_weak(signals, signals - 1)) {
+    }
+}
+
+void signal_all(Object& object) {
+    object.state().word = 1;
+    if (!object.shared()) {
+        serve_waiters(object);
+        return;
+    }
+    futex_wake(object.state().word, kAllSleepers, true);
+    ring_common_bell();
+}
+
+Taken take_none(Object& object, DWORD) {
+    return object.state().word != 0 ? Taken::signal : Taken::nothing;
+}
+
+constexpr Kind kAutomatic = {ObjectType::event,
+                             false,
+                             word_is_set,
+                             take_one,
+                             [](Object& object, Taken) { signal_one(object); },
+                             signal_one,
+                             nullptr};
+constexpr Kind kManual = {ObjectType::event,     false,      word_is_set, take_none,
+                          [](Object&, Taken) {}, signal_all, nullptr};
+
+const Kind& kind_of(const State& state) {
+    return state.limit != 0 ? kAutomatic : kManual;
+}
+
+}  // namespace
+
+}  // namespace platform
+
+using platform::ObjectType;
+
+HANDLE CreateEventA(SECURITY_ATTRIBUTES*, BOOL manual_reset, BOOL signalled, const char* name) {
+    platform::State state;
+    state.word = signalled != FALSE ? 1 : 0;
+    state.limit = manual_reset != FALSE ? 0 : 1;
+    return create_object(ObjectType::event, platform::kind_of, name, state);
+}
+
+HANDLE OpenEventA(DWORD, BOOL inherit, const char* name) {
+    return open_object(ObjectType::event, platform::kind_of, inherit, name);
+}
+
+BOOL SetEvent(HANDLE event) {
+    const platform::ObjectLock lock;
+    platform::Object* object = platform::find_object(event, ObjectType::event);
+    if (object == nullptr) return FALSE;
+    object->kind->signal(*object);
+    return TRUE;
+}
+
+BOOL ResetEvent(HANDLE event) {
+    const platform::ObjectLock lock;
+    platform::Object* object = platform::find_object(event, ObjectType::event);
+    if (object == nullptr) return FALSE;
+    object->state().word = 0;
+    return TRUE;
+}

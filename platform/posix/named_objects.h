@@ -1,0 +1,11 @@
+// The named objects that this process has open.
+#pragma once
+
+#include "kernel_object.h"
+
+namespace platform {
+
+// After the closing of a handle: the last one of the process gives the name up.
+void leave_if_unused(Object& object);
+
+}  // namespace platform

@@ -1,0 +1,316 @@
+#include "waiter.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "common_bell.h"
+#include "platform/last_error.h"
+#include "platform/threads.h"
+
+namespace platform {
+
+namespace {
+
+constexpr DWORD kNotYet = WAIT_TIMEOUT;
+constexpr std::uint32_t kLookAgain = 1000;   // milliseconds
+constexpr std::uint32_t kLookForOwner = 50;  // milliseconds
+
+std::atomic<bool> fallback_forced{false};
+
+const std::timespec* earlier_of(const std::timespec* deadline, std::uint32_t milliseconds,
+                                std::timespec* soon) {
+    *soon = monotonic_after(milliseconds);
+    const bool sooner = deadline == nullptr || deadline->tv_sec > soon->tv_sec ||
+                        (deadline->tv_sec == soon->tv_sec && deadline->tv_nsec > soon->tv_nsec);
+    return sooner ? soon : deadline;
+}
+
+}  // namespace
+
+Waiter& Waiter::of_this_thread() {
+    static thread_local Waiter waiter;
+    return waiter;
+}
+
+void serve_waiters(Object& object) {
+    for (WaitBlock* block = object.first_waiter; block != nullptr;) {
+        if (!object.kind->ready(object, block->waiter->thread_)) return;
+        block = block->waiter->serve() ? object.first_waiter : block->next;
+    }
+}
+
+// A wait that has to do with other processes is only told to look itself.
+bool Waiter::serve() {
+    if (shared_ == 0) {
+        const DWORD result = attempt();
+        if (result == kNotYet) return false;
+        dequeue();
+        result_ = result;
+        served_.store(true, std::memory_order_release);
+    }
+    bell_.fetch_add(1, std::memory_order_release);
+    futex_wake(bell_, 1, false);
+    if (shared_ > 0) ring_common_bell();
+    return shared_ == 0;
+}
+
+DWORD Waiter::attempt() {
+    return all_ ? attempt_all() : attempt_any();
+}
+
+DWORD Waiter::attempt_any() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        Object& object = *objects_[i];
+        seen_[i] = object.state().word.load();
+        missing_[i] = true;
+        const Taken taken = object.kind->take(object, thread_);
+        const auto place = static_cast<DWORD>(i);
+        if (taken == Taken::signal) return WAIT_OBJECT_0 + place;
+        if (taken == Taken::abandoned) return WAIT_ABANDONED_0 + place;
+    }
+    return kNotYet;
+}
+
+DWORD Waiter::attempt_all() {
+    bool complete = true;
+    for (std::size_t i = 0; i < count_; ++i) {
+        seen_[i] = objects_[i]->state().word.load();
+        missing_[i] = !objects_[i]->kind->ready(*objects_[i], thread_);
+        complete = complete && !missing_[i];
+    }
+    DWORD result = kNotYet;
+    return complete && take_all(&result) ? result : kNotYet;
+}
+
+// All were ready a moment ago, and the objects of this process still are. One of several processes
+// may be gone; then what was taken is given back, which is the same as if others had been quicker
+// by so much: each object was lacking for no longer than a wait of this thread for it alone, at
+// once followed by a signal, would have taken it away. A process killed in between has had the
+// signals, as one killed just after its wait.
+bool Waiter::take_all(DWORD* result) {
+    Taken taken[MAXIMUM_WAIT_OBJECTS];
+    *result = WAIT_OBJECT_0;
+    for (std::size_t i = 0; i < count_; ++i) {
+        taken[i] = objects_[i]->kind->take(*objects_[i], thread_);
+        if (taken[i] == Taken::abandoned) *result = WAIT_ABANDONED_0;
+        if (taken[i] != Taken::nothing) continue;
+        missing_[i] = true;
+        while (i-- > 0) objects_[i]->kind->give_back(*objects_[i], taken[i]);
+        return false;
+    }
+    return true;
+}
+
+void Waiter::own(Object& object) {
+    object.owner_keeps = object.shared_from_this();
+    object.next_owned = first_owned_;
+    first_owned_ = &object;
+}
+
+void Waiter::disown(Object& object) {
+    Object** link = &first_owned_;
+    while (*link != nullptr && *link != &object) link = &(*link)->next_owned;
+    if (*link == nullptr) return;
+    *link = object.next_owned;
+    object.owner_keeps = nullptr;
+}
+
+void Waiter::end() {
+    if (asleep_) {
+        dequeue();
+        if (served_) finish(result_);
+        robust_list_forget_operation();
+    }
+    for (ObjectPointer& object : kept_) object = nullptr;
+    while (first_owned_ != nullptr) {
+        const ObjectPointer object = first_owned_->shared_from_this();
+        disown(*object);
+        object->kind->abandon(*object);
+    }
+}
+
+Waiter::~Waiter() {
+    const ObjectLock lock;
+    end();
+}
+
+DWORD Waiter::wait(const HANDLE* handles, DWORD count, bool all, DWORD milliseconds) {
+    {
+        const ObjectLock lock;
+        if (!begin(handles, count, all)) return WAIT_FAILED;
+        if (shared_ > 0) common_bell_seen_ = common_bell().load();
+        const DWORD result = attempt();
+        if (result != kNotYet) finish(result);
+        if (result != kNotYet || milliseconds == 0) return result;
+        enqueue();
+    }
+    return sleep_until_done(milliseconds);
+}
+
+bool Waiter::begin(const HANDLE* handles, DWORD count, bool all) {
+    thread_ = GetCurrentThreadId();
+    count_ = shared_ = shared_mutexes_ = 0;
+    all_ = all;
+    for (DWORD i = 0; i < count; ++i) {
+        Object* object = find_object(handles[i]);
+        if (object == nullptr) return false;
+        if (all && std::find(objects_, objects_ + count_, object) != objects_ + count_) {
+            SetLastError(ERROR_INVALID_PARAMETER);
+            return false;
+        }
+        add(*object);
+    }
+    return true;
+}
+
+void Waiter::add(Object& object) {
+    objects_[count_++] = &object;
+    if (!object.shared()) return;
+    ++shared_;
+    if (object.kind->type == ObjectType::mutex) ++shared_mutexes_;
+}
+
+// What the thread owns from now on.
+void Waiter::finish(DWORD result) {
+    const std::size_t place = result < WAIT_ABANDONED_0 ? result : result - WAIT_ABANDONED_0;
+    for (std::size_t i = 0; i < count_; ++i) {
+        Object& object = *objects_[i];
+        const bool got = all_ || i == place;
+        if (got && object.kind->has_owner && object.owner_keeps == nullptr) own(object);
+    }
+}
+
+void Waiter::enqueue() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        Object& object = *objects_[i];
+        kept_[i] = object.shared_from_this();
+        if (object.shared()) continue;
+        WaitBlock& block = blocks_[i];
+        block = {this, &object, object.last_waiter, nullptr};
+        (object.last_waiter != nullptr ? object.last_waiter->next : object.first_waiter) = &block;
+        object.last_waiter = &block;
+    }
+    bell_seen_ = bell_.load();
+    served_ = false;
+    asleep_ = true;
+}
+
+void Waiter::dequeue() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        WaitBlock& block = blocks_[i];
+        if (block.waiter == nullptr) continue;
+        Object& object = *block.object;
+        (block.previous != nullptr ? block.previous->next : object.first_waiter) = block.next;
+        (block.next != nullptr ? block.next->previous : object.last_waiter) = block.previous;
+        block = {};
+    }
+}
+
+// TerminateThread may end the thread while it sleeps, nowhere else. Should it end there, or be
+// killed, after the kernel woke it for a mutex, the kernel wakes the next. This it does for one
+// mutex of a thread; who waits for more of them therefore looks again from time to time.
+DWORD Waiter::sleep_until_done(DWORD milliseconds) {
+    const Unbroken unbroken;
+    std::optional<RobustOperation> heir;
+    if (shared_mutexes_ > 0) heir.emplace(first_shared_mutex()->state().links);
+    std::timespec deadline{};
+    const bool limited = milliseconds != INFINITE;
+    if (limited) deadline = monotonic_after(milliseconds);
+    DWORD result = kNotYet;
+    bool late = false;
+    while (!served_ && result == kNotYet && !late) {
+        sleep(limited ? &deadline : nullptr);
+        late = limited && has_passed(deadline);
+        if (!served_) result = look_again(late);
+    }
+    if (served_) result = result_;
+    if (result != kNotYet) finish(result);
+    asleep_ = false;
+    for (std::size_t i = 0; i < count_; ++i) kept_[i] = nullptr;
+    return result;
+}
+
+Object* Waiter::first_shared_mutex() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (objects_[i]->shared() && objects_[i]->kind->type == ObjectType::mutex) {
+            return objects_[i];
+        }
+    }
+    return nullptr;
+}
+
+// Objects of this process would have served us.
+DWORD Waiter::look_again(bool late) {
+    const ObjectLock lock;
+    bell_seen_ = bell_.load();
+    if (served_) return result_;
+    DWORD result = kNotYet;
+    if (shared_ > 0) {
+        common_bell_seen_ = common_bell().load();
+        result = attempt();
+        pass_on();
+    }
+    if (late || result != kNotYet) dequeue();
+    return result;
+}
+
+// Of several objects that became ready at once the thread took one, and may have been woken for
+// another, which then waits for someone else.
+void Waiter::pass_on() {
+    constexpr DWORD kNoThread = 0;
+    for (std::size_t i = 0; i < count_; ++i) {
+        Object& object = *objects_[i];
+        if (object.shared() && object.kind->ready(object, kNoThread)) {
+            futex_wake(object.state().word, 1, true);
+        }
+    }
+}
+
+void Waiter::sleep(const std::timespec* deadline) {
+    FutexWord words[MAXIMUM_WAIT_OBJECTS + 1];
+    std::size_t count = 0;
+    if (shared_ < count_) words[count++] = {&bell_, bell_seen_, false};
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (!objects_[i]->shared() || !missing_[i]) continue;
+        words[count++] = {&objects_[i]->state().word, seen_[i], true};
+    }
+    std::timespec soon{};
+    if (shared_mutexes_ > 1) deadline = earlier_of(deadline, kLookAgain, &soon);
+    const Breakable ends_here;
+    if (count == 1) futex_sleep(words[0], deadline);
+    if (count > 1) sleep_for_several(words, count, deadline);
+}
+
+// Without the kernel's help there is one word to sleep on, of which all who signal an object of
+// several processes think from the first time on that somebody slept there. But nobody rings for an
+// owner that dies.
+void Waiter::sleep_for_several(const FutexWord* words, std::size_t count,
+                               const std::timespec* deadline) {
+    if (!fallback_forced && futex_sleep(words, count, deadline)) return;
+    std::atomic<std::uint32_t>& bell = common_bell();
+    if ((common_bell_seen_ & kCommonBellInUse) == 0) {
+        bell |= kCommonBellInUse;
+        return;  // and look again: what changed so far didn't ring
+    }
+    std::timespec soon{};
+    if (shared_mutexes_ > 0) deadline = earlier_of(deadline, kLookForOwner, &soon);
+    futex_sleep({&bell, common_bell_seen_, true}, deadline);
+}
+
+void force_wait_fallback(bool force) {
+    fallback_forced = force;
+}
+
+}  // namespace platform
+
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
+    return platform::Waiter::of_this_thread().wait(&handle, 1, false, milliseconds);
+}
+
+DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
+    if (count == 0 || count > MAXIMUM_WAIT_OBJECTS || handles == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return WAIT_FAILED;
+    }
+    return platform::Waiter::of_this_thread().wait(handles, count, all != FALSE, milliseconds);
+}
