@@ -6,6 +6,7 @@
 #include "core/report.h"
 #include "moltelib/system_info.h"
 #include "moltelib/text.h"
+#include "moltelib/text_convert.h"
 #include "platform/system.h"
 #include "system/os_type.h"
 
@@ -62,4 +63,16 @@ int32_t ORVEX_GetComputerNameWithOpt(char* dst, int32_t nLen, int32_t bReport) {
 
 int32_t ORVEX_GetComputerName(char* dst, int32_t nLen) {
     return ORVEX_GetComputerNameWithOpt(dst, nLen, 1);
+}
+
+int32_t ORVEX_GetComputerNameWithOptW(wchar_t* dst, int32_t nLen, int32_t bReport) {
+    if (dst == nullptr || nLen < 1) return kModule.fail(molte::here(), kBadArgument);
+    dst[0] = L'\0';
+    char name[256];
+    if (ORVEX_GetComputerNameWithOpt(name, sizeof name, bReport) < 0) return -1;
+    return MOLTE_STR_mbstowcs(name, dst, nLen);
+}
+
+int32_t ORVEX_GetComputerNameW(wchar_t* dst, int32_t nLen) {
+    return ORVEX_GetComputerNameWithOptW(dst, nLen, 1);
 }
