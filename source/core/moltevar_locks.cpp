@@ -1,23 +1,34 @@
-// Critical sections that know whether they were made.
+// The short global lock, critical sections that know whether they were made, and the counters of
+// file traffic.
+#include <atomic>
+
+#include "core/owners.h"
 #include "core/report.h"
 #include "moltelib/state.h"
-#include "platform/critical_section.h"
+#include "moltelib/thread.h"
 
 namespace {
 
 constexpr molte::Module kModule("moltevar");
 constexpr uint32_t kBadArgument = 50;
 
-CRITICAL_SECTION* section_of(MOLTE_CRIT* crit) {
-    return reinterpret_cast<CRITICAL_SECTION*>(&crit->stCrit);
+}  // namespace
+
+int32_t ORVEX_ShortOpLock(void) {
+    if (std::atomic_ref(g_stBv.nInitCount).load(std::memory_order_acquire) == 0) {
+        ORVEX_BASE_InitVar();
+    }
+    return MOLTE_EnterCrit(&g_stBv.stShortOpLock.stCrit);
 }
 
-}  // namespace
+int32_t ORVEX_ShortOpUnLock(void) {
+    return MOLTE_LeaveCrit(&g_stBv.stShortOpLock.stCrit);
+}
 
 int32_t MOLTE_InitCrit(MOLTE_CRIT* pCrit) {
     if (pCrit == nullptr) return kModule.fail(molte::here(), kBadArgument);
     *pCrit = {};
-    InitializeCriticalSection(section_of(pCrit));
+    ORVEX_InitCritSect(&pCrit->stCrit);
     pCrit->bInited = 1;
     return 1;
 }
@@ -28,11 +39,29 @@ int32_t MOLTE_COUNTER_Init(MOLTE_CRIT* pCrit) {
 
 int32_t MOLTE_ReleaseCrit(MOLTE_CRIT* pCrit) {
     if (pCrit == nullptr || pCrit->bInited == 0) return 1;
-    DeleteCriticalSection(section_of(pCrit));
+    ORVEX_DestroyCritSect(&pCrit->stCrit);
     *pCrit = {};
     return 1;
 }
 
 int32_t MOLTE_COUNTER_Release(MOLTE_CRIT* pCrit) {
     return MOLTE_ReleaseCrit(pCrit);
+}
+
+int32_t MOLTE_COUNTER_ReadInc(int64_t n64Bytes, int64_t n64Ticks) {
+    if (g_stBv.stCounterLock.bInited == 0) return 0;
+    const molte::CritGuard guard(g_stBv.stCounterLock);
+    ++g_stBv.n64ReadCount;
+    g_stBv.n64ReadByteCount += n64Bytes;
+    g_stBv.n64ReadTimeUsed += n64Ticks;
+    return 1;
+}
+
+int32_t MOLTE_COUNTER_WriteInc(int64_t n64Bytes, int64_t n64Ticks) {
+    if (g_stBv.stCounterLock.bInited == 0) return 0;
+    const molte::CritGuard guard(g_stBv.stCounterLock);
+    ++g_stBv.n64WriteCount;
+    g_stBv.n64WriteByteCount += n64Bytes;
+    g_stBv.n64WriteTimeUsed += n64Ticks;
+    return 1;
 }

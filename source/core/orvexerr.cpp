@@ -8,6 +8,7 @@
 #include "core/identity.h"
 #include "core/report.h"
 #include "core/source_name.h"
+#include "moltelib/date_time.h"
 #include "moltelib/thread_data.h"
 #include "platform/last_error.h"
 
@@ -111,6 +112,7 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
     put_big_endian(record.nSysErrNo, nSysErrNo);
     put_big_endian(record.nLine, static_cast<uint16_t>(nLine));
     put_text(record.szFile, base_name(szFile), sizeof record.szFile);
+    FormatCurrentDateTime(&record.stTime);
     molte::stamp_host_name(record.szHostName);
     molte::stamp_environment(record.szEnv);
     record.nDataLen = std::min<uint8_t>(nDataLen, kDataSize);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/big_endian.h"
+#include "moltelib/date_time.h"
 #include "moltelib/error.h"
 
 namespace {
@@ -119,8 +120,10 @@ void print_system_error(Output& out, const ORVEX_ERRDATA& record) {
 }
 
 void print_place(Output& out, const ORVEX_ERRDATA& record) {
-    out.print("SubErrNo=%d Time=Not set HostName=%.16s\r\n",
-              static_cast<int16_t>(big_endian(record.nSubErrNo)), record.szHostName);
+    char time[64];
+    ORVEX_DateTimeToStr(&record.stTime, time);
+    out.print("SubErrNo=%d Time=%s HostName=%.16s\r\n",
+              static_cast<int16_t>(big_endian(record.nSubErrNo)), time, record.szHostName);
     out.print("File name is : %.32s          Line Num  is : %d\r\n", record.szFile,
               big_endian(record.nLine));
     out.print("%.64s\r\n", record.szEnv);

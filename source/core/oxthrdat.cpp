@@ -8,6 +8,8 @@
 #include <mutex>
 
 #include "core/report.h"
+#include "moltelib/state.h"
+#include "moltelib/thread_list.h"
 #include "platform/thread_local_storage.h"
 
 namespace {
@@ -73,6 +75,7 @@ int32_t MOLTE_THDATA_FreeData(void) {
     if (!have_key()) return 0;
     MOLTE_THDATA* const block = MOLTE_THDATA_GetDataNoAlloc();
     if (block == nullptr) return 1;
+    if (block->pCallTrace != nullptr) MOLTE_THREADLIST_Remove(&g_stBv.stThreadList);
     TlsSetValue(block_key.nKey, nullptr);
     std::free(block);
     return 1;

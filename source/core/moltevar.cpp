@@ -1,0 +1,138 @@
+// Bring-up and tear-down.
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string_view>
+
+#include "core/identity.h"
+#include "core/report.h"
+#include "moltelib/application.h"
+#include "moltelib/array.h"
+#include "moltelib/error_log.h"
+#include "moltelib/file.h"
+#include "moltelib/memory.h"
+#include "moltelib/state.h"
+#include "moltelib/thread.h"
+#include "moltelib/thread_data.h"
+#include "moltelib/thread_list.h"
+
+namespace {
+
+constexpr molte::Module kModule("moltevar");
+
+constexpr uint32_t kDefaultErrorMask = 8200;  // error flag and text error log
+constexpr int32_t kFirstListenBacklog = 100;  // until its parameter is read
+
+// Threads that come first at the same time: one of them brings the library up.
+std::mutex bring_up_mutex;
+
+bool is_up() {
+    return std::atomic_ref(g_stBv.nInitCount).load(std::memory_order_acquire) != 0;
+}
+
+void allow_output() {
+    g_stBv.bOutputMsg = 1;
+    g_stBv.nPrintErrorMask = kDefaultErrorMask;
+    g_stBv.nPrintInfoMask = 0;
+}
+
+// The lock is made before the count says that it is there.
+void raise_count() {
+    MOLTE_InitCrit(&g_stBv.stShortOpLock);
+    std::atomic_ref(g_stBv.nInitCount).fetch_add(1, std::memory_order_release);
+}
+
+void set_first_values() {
+    g_stBv.bErrLogEnabled = 1;
+    g_stBv.bBackupErrLogFile = 1;
+    g_stBv.nListenBacklogCnt = kFirstListenBacklog;
+}
+
+int32_t make_line_buffer_list() {
+    return PA_Init(&g_stBv.stLineBufList, sizeof(void*), 4);
+}
+
+void close_hooks_at_exit() {
+    static const int registered = std::atexit([] { ORVEX_BASE_AtExit(); });
+    static_cast<void>(registered);
+}
+
+void name_program() {
+    if (g_stBv.szAppName[0] != '\0') return;
+    MOLTE_GetAppName(g_stBv.szAppName, sizeof g_stBv.szAppName);
+    const std::string_view path(g_stBv.szAppName);
+    const std::string_view name = path.substr(path.find_last_of("\\/:") + 1);
+    std::memset(g_stBv.szAppShortName, 0, sizeof g_stBv.szAppShortName);
+    name.copy(g_stBv.szAppShortName, sizeof g_stBv.szAppShortName - 1);
+}
+
+void measure_program() {
+    OXSTAT64 state{};
+    const bool known = ORVEX_FileStatByFileName(g_stBv.szAppName, &state) >= 0;
+    g_stBv.nAppFileSize = known ? static_cast<int32_t>(state.st_size) : 0;
+}
+
+// What the library's parameters give as soon as they are read.
+void set_parameter_defaults() {
+    g_stBv.bSupportStackTrace = 1;
+}
+
+// All steps behind the count: a failure here is final.
+int32_t bring_up_rest() {
+    set_first_values();
+    if (make_line_buffer_list() < 0) return kModule.trace(389);
+    close_hooks_at_exit();
+    name_program();
+    measure_program();
+    set_parameter_defaults();
+    MOLTE_InitCrit(&g_stBv.stCounterLock);
+    return 1;
+}
+
+// Closes the text hooks. There are none yet, so none are up.
+int32_t close_hooks() {
+    return 0;
+}
+
+void release_parameters() {
+    MOLTE_ReleaseCrit(&g_stBv.stParamAdm.stLock);
+    ORVEX_free(g_stBv.stParamAdm.stItems.pData);
+    g_stBv.stParamAdm = {};
+}
+
+void release_state() {
+    PA_Release(&g_stBv.stLineBufList);
+    release_parameters();
+    MOLTE_ReleaseCrit(&g_stBv.stCounterLock);
+    MOLTE_THDATA_FreeData();
+    MOLTE_THDATA_Destroy();
+    MOLTE_THREADLIST_Release(&g_stBv.stThreadList);
+    MOLTE_ReleaseCrit(&g_stBv.stShortOpLock);
+    std::atomic_ref(g_stBv.nInitCount).store(0, std::memory_order_release);
+}
+
+}  // namespace
+
+int32_t ORVEX_BASE_InitVar(void) {
+    if (is_up()) return 0;
+    const std::lock_guard guard(bring_up_mutex);
+    if (is_up()) return 0;
+    allow_output();
+    if (MOLTE_THDATA_Init() < 0) return kModule.trace(373);
+    MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
+    molte::remember_host_name();
+    raise_count();
+    return bring_up_rest();
+}
+
+int32_t ORVEX_BASE_ReleaseVar(void) {
+    ORVEX_ERRLOG_LogEx(ORVEX_ERRLOG_CLOSE, nullptr);
+    close_hooks();
+    if (is_up()) release_state();
+    return 1;
+}
+
+int32_t ORVEX_BASE_AtExit(void) {
+    return close_hooks();
+}

@@ -1,0 +1,183 @@
+#include "moltelib/state.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#if defined(_WIN32)
+#include <process.h>
+#include <windows.h>
+#else
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+#include "moltelib.h"
+#include "support/child_process.h"
+#include "support/error_of.h"
+
+namespace {
+
+class State : public testing::Test {
+ protected:
+    void SetUp() override { TearDown(); }
+    void TearDown() override {
+        ORVEX_BASE_ReleaseVar();
+        std::memset(g_stBv.szAppName, 0, sizeof g_stBv.szAppName);
+        std::memset(g_stBv.szAppShortName, 0, sizeof g_stBv.szAppShortName);
+    }
+};
+
+TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(g_stBv.nInitCount, 1);
+    g_stBv.nPrintInfoMask = 5;
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 0);
+    EXPECT_EQ(g_stBv.nPrintInfoMask, 5U);  // the second call changes nothing
+    EXPECT_EQ(ORVEX_BASE_AtExit(), 0);
+    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
+    EXPECT_EQ(g_stBv.nInitCount, 0);
+    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(g_stBv.nPrintInfoMask, 0U);
+}
+
+TEST_F(State, WhatBringUpSetsAndTearDownTakesAway) {
+    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(g_stBv.bOutputMsg, 1);
+    EXPECT_EQ(g_stBv.nPrintErrorMask, 8200U);
+    EXPECT_EQ(g_stBv.bErrLogEnabled, 1);
+    EXPECT_EQ(g_stBv.bBackupErrLogFile, 1);
+    EXPECT_EQ(g_stBv.nListenBacklogCnt, 100);
+    EXPECT_EQ(g_stBv.bSupportStackTrace, 1);
+    EXPECT_EQ(g_stBv.stLineBufList.nItemSize, 8);
+    EXPECT_EQ(g_stBv.stLineBufList.nCapacity, 4);
+    EXPECT_EQ(g_stBv.stLineBufList.nGrowBy, 16);
+    EXPECT_EQ(g_stBv.stLineBufList.nCount, 0);
+    for (const MOLTE_CRIT* crit :
+         {&g_stBv.stShortOpLock, &g_stBv.stCounterLock, &g_stBv.stThreadList.stCrit}) {
+        EXPECT_EQ(crit->bInited, 1);
+    }
+    char host[16];
+    ORVEX_GetComputerName(host, sizeof host);
+    EXPECT_STREQ(g_stBv.szHostName, host);
+    const std::filesystem::path program(g_stBv.szAppName);
+    EXPECT_EQ(program.filename().string(), g_stBv.szAppShortName);
+    EXPECT_EQ(program.stem(), "state_test");
+    EXPECT_EQ(g_stBv.nAppFileSize, static_cast<int32_t>(std::filesystem::file_size(program)));
+
+    ORVEX_BASE_ReleaseVar();
+    static const MOLTE_CRIT no_crit{};
+    EXPECT_EQ(std::memcmp(&g_stBv.stShortOpLock, &no_crit, sizeof no_crit), 0);
+    EXPECT_EQ(std::memcmp(&g_stBv.stCounterLock, &no_crit, sizeof no_crit), 0);
+    EXPECT_EQ(g_stBv.stLineBufList.pData, nullptr);
+    EXPECT_EQ(g_stBv.stThreadList.pHead, nullptr);
+    EXPECT_EQ(MOLTE_THDATA_GetDataNoAlloc(), nullptr);
+    EXPECT_EQ(g_stBv.szAppShortName, program.filename().string());  // stays
+}
+
+TEST_F(State, ANameSetBeforeStaysWithNoShortName) {
+    MOLTE_SetAppName("given");
+    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_STREQ(g_stBv.szAppName, "given");
+    EXPECT_STREQ(g_stBv.szAppShortName, "");
+    EXPECT_EQ(g_stBv.nAppFileSize, 0);
+}
+
+constexpr char kLongName[] = "C:\\some folder\\a_program_name_of_forty_characters_whole";
+
+CHILD_ROLE(has_long_name) {
+    if (ORVEX_BASE_InitVar() != 1 || std::strcmp(g_stBv.szAppName, kLongName) != 0) return 1;
+    return std::strcmp(g_stBv.szAppShortName, "a_program_name_of_forty_charact") == 0 ? 0 : 2;
+}
+
+// Runs a role in a process that believes to be called so; its exit code.
+int run_role_as(const char* name, const char* role) {
+#if defined(_WIN32)
+    char program[MAX_PATH];
+    GetModuleFileNameA(nullptr, program, sizeof program);
+    const std::string quoted = "\"" + std::string(name) + "\"";
+    return static_cast<int>(
+        _spawnl(_P_WAIT, program, quoted.c_str(), "--child-role", role, nullptr));
+#else
+    std::string words[] = {name, "--child-role", role};
+    char* argv[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+    pid_t pid = 0;
+    int status = 0;
+    if (posix_spawn(&pid, "/proc/self/exe", nullptr, nullptr, argv, environ) != 0) return -1;
+    waitpid(pid, &status, 0);
+    return WEXITSTATUS(status);
+#endif
+}
+
+TEST_F(State, AShortNameHas31Characters) {
+    EXPECT_EQ(run_role_as(kLongName, "has_long_name"), 0);
+}
+
+TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
+    int counted = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&counted] {
+            for (int round = 0; round < 1000; ++round) {
+                EXPECT_EQ(ORVEX_ShortOpLock(), 1);
+                ORVEX_ShortOpLock();  // recursive
+                ++counted;
+                ORVEX_ShortOpUnLock();
+                EXPECT_EQ(ORVEX_ShortOpUnLock(), 1);
+            }
+            MOLTE_THDATA_FreeData();
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(counted, 4000);
+    EXPECT_EQ(g_stBv.nInitCount, 1);
+}
+
+TEST_F(State, CountersCountFromBringUpOn) {
+    int64_t* const counters = &g_stBv.n64ReadCount;  // six in a row
+    std::fill_n(counters, 6, 0);
+    EXPECT_EQ(MOLTE_COUNTER_ReadInc(10, 3), 0);
+    EXPECT_EQ(MOLTE_COUNTER_WriteInc(10, 3), 0);
+    EXPECT_EQ(counters[0] + counters[1], 0);
+    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+    const auto count = [] {
+        for (int i = 0; i < 500; ++i) {
+            MOLTE_COUNTER_ReadInc(10, 3);
+            MOLTE_COUNTER_WriteInc(INT64_C(0x100000000), 1);
+        }
+    };
+    std::thread other(count);
+    count();
+    other.join();
+    EXPECT_EQ(std::vector<int64_t>(counters, counters + 6),
+              (std::vector<int64_t>{1000, 1000, 10000, 1000 * INT64_C(0x100000000), 3000, 1000}));
+}
+
+TEST_F(State, SmallAnswers) {
+    MOLTE_CRIT crit;
+    std::memset(&crit, 0xFF, sizeof crit);
+    EXPECT_EQ(MOLTE_COUNTER_Init(&crit), 1);
+    EXPECT_EQ(crit.bInited + crit.abyReserved[30], 1);
+    EXPECT_EQ(MOLTE_COUNTER_Release(&crit), 1);
+    EXPECT_EQ(MOLTE_ReleaseCrit(&crit), 1);  // not made any more
+    EXPECT_EQ(MOLTE_InitCrit(nullptr), -1);
+    char text[40];
+    EXPECT_EQ(ORVEX_BASE_BuildVerAndTime(nullptr), 1130);
+    EXPECT_EQ(ORVEX_BASE_BuildVerAndTime(text), 1130);
+    EXPECT_STREQ(text, "Mon Jun  4 11:00:41 2018(Build 1130)");
+    EXPECT_EQ(MOLTE_IsBigEndian(), 0);
+#if defined(_WIN32)
+    EXPECT_STREQ(MOLTE_UTIL_MacroOs(), MOLTE_OsType2String(ORVEX_GetOsType()));
+#else
+    EXPECT_STREQ(MOLTE_UTIL_MacroOs(), "win x64");
+#endif
+}
+
+}  // namespace

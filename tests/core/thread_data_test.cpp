@@ -1,0 +1,207 @@
+#include "moltelib/thread_data.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "moltelib.h"
+#include "support/child_process.h"
+#include "support/error_of.h"
+
+namespace {
+
+class ThreadData : public testing::Test {
+ protected:
+    void SetUp() override { TearDown(); }
+    void TearDown() override {
+        ORVEX_BASE_ReleaseVar();
+        MOLTE_THDATA_FreeData();
+        MOLTE_THDATA_Destroy();
+    }
+};
+
+std::string history() {
+    char text[4096];
+    MOLTE_STACKTRACE_GetHistory(text);
+    return text;
+}
+
+TEST_F(ThreadData, TheBlockComesWithItsFirstUseAndNeedsNoBringUp) {
+    EXPECT_EQ(MOLTE_THDATA_FreeData(), 0);  // no key yet
+    EXPECT_EQ(MOLTE_THDATA_GetDataNoAlloc(), nullptr);
+    MOLTE_THDATA* block = MOLTE_THDATA_GetData();
+    EXPECT_EQ(static_cast<void*>(ORVEX_GetErrData()), block);
+    EXPECT_EQ(MOLTE_THDATA_GetBuffer(), block->szBuffer);
+    EXPECT_EQ(MOLTE_THDATA_SetInnerThreadFlag(7), 7);
+    std::thread([block] {
+        EXPECT_EQ(MOLTE_THDATA_GetDataNoAlloc(), nullptr);
+        EXPECT_EQ(MOLTE_THDATA_IsInnerThread(), 0);
+        EXPECT_NE(MOLTE_THDATA_GetData(), block);
+        EXPECT_EQ(MOLTE_THDATA_FreeData(), 1);
+    }).join();
+    EXPECT_EQ(MOLTE_THDATA_GetData(), block);
+    EXPECT_EQ(MOLTE_THDATA_IsInnerThread(), 7);
+    EXPECT_EQ(MOLTE_THDATA_FreeData(), 1);
+    EXPECT_EQ(MOLTE_THDATA_Destroy(), 1);
+    EXPECT_EQ(MOLTE_THDATA_Destroy(), 0);
+}
+
+TEST_F(ThreadData, ClientDataIsAtMost32Bytes) {
+    const std::string bytes = "0123456789abcdefghijklmnopqrstuvwxyzABCD";
+    char out[40];
+    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, 8), 0);  // nothing was set
+    const int32_t given_and_kept[][2] = {{40, 32}, {32, 32}, {31, 31}, {-1, 32}, {5, 5}, {0, 0}};
+    for (const auto& [given, kept] : given_and_kept) {
+        EXPECT_EQ(MOLTE_THDATA_SetClientData(bytes.data(), given), kept);
+        ASSERT_EQ(MOLTE_THDATA_GetClientData(out, 40), kept);
+        EXPECT_EQ(std::string(out, static_cast<size_t>(kept)),
+                  bytes.substr(0, static_cast<size_t>(kept)));
+    }
+    MOLTE_THDATA_SetClientData(bytes.data(), 40);
+    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, 8), 8);
+    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, -1), -1);
+    EXPECT_EQ(MOLTE_THDATA_SetClientData(nullptr, 8), -1);
+    EXPECT_EQ(GetRvexErrNo(), 50U);
+}
+
+TEST_F(ThreadData, OnlyTheFirstItemIsFoundByName) {
+    int a = 0;
+    int b = 0;
+    const auto expect_error = [](const std::string& error, int line) {
+        EXPECT_EQ(error_of_this_thread(), error);
+        EXPECT_EQ(error_line_of_this_thread(), line);
+    };
+    EXPECT_EQ(MOLTE_THITEMDAT_GetLast(), nullptr);
+    expect_error("120 oxthrdat no data for last entry", 227);
+    EXPECT_EQ(MOLTE_THITEMDAT_RemoveLast(), -1);
+    expect_error("120 oxthrdat no data for last entry", 193);
+    EXPECT_EQ(MOLTE_THITEMDAT_Remove("a"), 0);
+    EXPECT_EQ(MOLTE_THITEMDAT_Add("a", &a), 1);
+    EXPECT_EQ(MOLTE_THITEMDAT_Add("b", &b), 1);
+    EXPECT_EQ(MOLTE_THITEMDAT_Get("a"), &a);
+    EXPECT_EQ(MOLTE_THITEMDAT_Get("b"), nullptr);
+    expect_error("120 oxthrdat data with name b not found", 215);
+    EXPECT_EQ(MOLTE_THITEMDAT_GetLast(), &b);
+    EXPECT_EQ(MOLTE_THITEMDAT_GetByIndex(1), &b);
+    for (const int32_t index : {2, -1}) {
+        EXPECT_EQ(MOLTE_THITEMDAT_GetByIndex(index), nullptr);
+        expect_error("120 oxthrdat no data for index=" + std::to_string(index), 241);
+    }
+    EXPECT_EQ(MOLTE_THITEMDAT_Remove("b"), 0);
+    EXPECT_EQ(MOLTE_THITEMDAT_Remove("a"), 1);  // the others move up
+    EXPECT_EQ(MOLTE_THITEMDAT_Get("b"), &b);
+
+    const std::string longest(23, 'n');
+    EXPECT_EQ(MOLTE_THITEMDAT_Add((longest + "n").c_str(), nullptr), -1);
+    expect_error("124 oxthrdat Name n" + longest + " too long", 152);
+    EXPECT_EQ(MOLTE_THITEMDAT_Add(nullptr, nullptr), -1);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(MOLTE_THITEMDAT_Add(longest.c_str(), &a), 1);
+    EXPECT_EQ(MOLTE_THITEMDAT_Add("fifth", nullptr), -1);
+    expect_error("117 oxthrdat No more space to hold more entries : fifth", 146);
+    EXPECT_EQ(MOLTE_THDATA_GetData()->nItemCount, 4);
+    EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].szName, longest);
+    EXPECT_EQ(MOLTE_THITEMDAT_RemoveLast(), 1);
+    EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].pData, nullptr);
+}
+
+TEST_F(ThreadData, ATraceKeepsTheEndOfNamesAndSkipsWithoutMemory) {
+    MOLTE_CALLTRACEHEAD head{};
+    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "a_source_of_20_chars", -5), 1);
+    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "elevenchars", 1), 1);
+    for (int i = 2; i < 20; ++i) EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "x", i), 1);
+    EXPECT_STREQ(head.pEnt[0].szFile, "of_20_chars");
+    EXPECT_EQ(head.pEnt[0].nLine, -5);
+    EXPECT_STREQ(head.pEnt[1].szFile, "elevenchars");
+    EXPECT_EQ(head.nCapacity, 32);
+
+    head.nSkip = 1;  // as after a push that found no memory
+    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "x", 1), 0);
+    EXPECT_EQ(head.nSkip, 2);
+    const int32_t steps[][4] = {// popped, result, skipped and entries that stay
+                                {1, 0, 1, 20},
+                                {4, 1, 1, 17},
+                                {-3, 0, 1, 17},
+                                {INT32_MAX, 1, 1, 0}};
+    for (const auto& [popped, result, skipped, entries] : steps) {
+        EXPECT_EQ(MOLTE_CALLTRACEHEAD_PopEnt(&head, popped), result);
+        EXPECT_EQ(head.nSkip, skipped);
+        EXPECT_EQ(head.nCount, entries);
+    }
+    ORVEX_free(head.pEnt);
+    MOLTE_CALLTRACEHEAD full{nullptr, INT32_MAX, INT32_MAX, 0};  // can't grow
+    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&full, "x", 1), 0);
+    EXPECT_EQ(full.nSkip, 1);
+}
+
+TEST_F(ThreadData, TheFirstFrameOfAThreadStandsTwice) {
+    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 10), 1);
+    EXPECT_EQ(history(), "oxthrdat10\noxthrdat10\n");
+    MOLTE_STACKTRACE_AddEnt("averylongname.cpp", 7);
+    EXPECT_EQ(history(), "oxthrdat10\noxthrdat10\nongname.cpp7\n");
+    EXPECT_EQ(MOLTE_STACKTRACE_RemoveEnt(2), 1);
+    EXPECT_EQ(history(), "oxthrdat10\n");
+    std::thread([] {
+        EXPECT_EQ(history(), "");
+        MOLTE_STACKTRACE_AddEnt("other", 1);
+        EXPECT_EQ(history(), "other1\nother1\n");
+        MOLTE_THDATA_FreeData();  // leaves the list
+        EXPECT_EQ(history(), "");
+    }).join();
+    EXPECT_EQ(g_stBv.stThreadList.pHead, g_stBv.stThreadList.pTail);
+    g_stBv.bSupportStackTrace = 0;
+    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 11), 0);
+    EXPECT_EQ(history(), "");
+    ORVEX_BASE_ReleaseVar();
+    g_stBv.bSupportStackTrace = 1;
+    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 12), 0);  // no list any more
+}
+
+TEST_F(ThreadData, ProgramsKeepBlocksOfTheirOwn) {
+    MOLTE_THDATAKEY rec{1, 16, 0};
+    ASSERT_EQ(ORVEX_InitThreadDataKey(&rec.nKey), 1);
+    EXPECT_EQ(ORVEX_GetThreadSpecDataNoAlloc(&rec), nullptr);
+    auto* block = static_cast<char*>(ORVEX_GetThreadSpecData(&rec));
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(std::string(block, 16), std::string(16, '\0'));
+    std::thread([&rec] { EXPECT_EQ(ORVEX_HasThreadSpecData(&rec.nKey), 0); }).join();
+    EXPECT_EQ(ORVEX_GetThreadSpecData(&rec), block);
+    EXPECT_EQ(ORVEX_HasThreadSpecData(&rec.nKey), 1);
+    EXPECT_EQ(ORVEX_FreeThreadSpecData(&rec.nKey), 1);
+    EXPECT_EQ(ORVEX_HasThreadSpecData(&rec.nKey), 0);
+    rec.nDataSize = -1;
+    EXPECT_EQ(ORVEX_GetThreadSpecData(&rec), nullptr);
+    EXPECT_EQ(ORVEX_ReleaseThreadDataKey(&rec.nKey), 1);
+    EXPECT_EQ(ORVEX_InitThreadDataKey(nullptr), -1);
+}
+
+// Takes every key of the process, so the library finds none.
+CHILD_ROLE(without_keys) {
+    ORVEX_Err_Set(1, 0, "first", 1, 0, nullptr, 0);
+    MOLTE_THDATA_FreeData();
+    MOLTE_THDATA_Destroy();
+    uint32_t key = 0;
+    while (ORVEX_InitThreadDataKey(&key) == 1) {
+    }
+    if (MOLTE_THDATA_Init() != -1 || MOLTE_THDATA_GetData() != nullptr) return 2;
+    if (MOLTE_THDATA_SetClientData("x", 1) != -1) return 3;
+    if (MOLTE_THITEMDAT_Add("x", nullptr) != -1) return 4;
+    if (MOLTE_THDATA_GetBuffer() != nullptr || MOLTE_THDATA_IsInnerThread() != 0) return 5;
+    ORVEX_Err_ClearError();
+    if (ORVEX_BASE_InitVar() != -1 || g_stBv.nInitCount != 0) return 6;
+    tell_parent(error_of_this_thread() + ": " + history_of_this_thread());
+    std::thread([] { tell_parent(error_of_this_thread()); }).join();  // the one record of all
+    ORVEX_ReleaseThreadDataKey(&key);
+    return ORVEX_BASE_InitVar() == 1 ? 0 : 7;
+}
+
+TEST_F(ThreadData, WithoutAKeyErrorsGoToOneSharedRecord) {
+    ChildProcess child("without_keys");
+    EXPECT_EQ(child.read_line(), "103 : 25 oxthrdat, 373 moltevar");
+    EXPECT_EQ(child.read_line(), "103 ");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+}  // namespace
