@@ -92,12 +92,12 @@ struct __utimbuf64 {
     int64_t modtime;
 };
 
-// Opens or creates; the descriptor. Bytes are never translated, so _O_TEXT (0x4000) and all flags
-// not listed above are EINVAL. A new file gets the permission, less what the umask takes away and
-// less writing for everyone: its lower nine bits as chmod knows them, of which Windows knows
-// _S_IREAD and _S_IWRITE.
-int _open(const char* name, int flags, int permission = 0);
-int _wopen(const wchar_t* name, int flags, int permission = 0);
+// Opens or creates; the descriptor. Bytes are never translated here, so _O_TEXT (0x4000) and all
+// flags not listed above are EINVAL; on Windows _O_BINARY must be given for that. A new file gets
+// the permission, less what the umask takes away and less writing for everyone: its lower nine bits
+// as chmod knows them, of which Windows knows _S_IREAD and _S_IWRITE.
+int _open(const char* name, int flags, int permission = _S_IREAD | _S_IWRITE);
+int _wopen(const wchar_t* name, int flags, int permission = _S_IREAD | _S_IWRITE);
 
 // Up to count bytes, at most 2^31 - 1; the number transferred, 0 at the end of the file. Neither is
 // cut short by a signal. A write that ends early, as on a full disk, gives the bytes that were
@@ -183,8 +183,8 @@ namespace platform {
 // handles of this folder are even.
 int handle_descriptor(HANDLE file);
 
-// Gives a file or folder another name, and never replaces: a taken name is EEXIST. (rename, as it
-// is on Windows.)
+// Gives a file or folder another name on the same disk (else EXDEV), and never replaces: a taken
+// name is EEXIST. (rename, as it is on Windows.)
 int rename_file(const char* from, const char* to);
 
 // Opens a stream by the modes "r", "w", "a" with "+" for both directions; with "b" for bytes as
