@@ -1,6 +1,7 @@
 // The text error log.
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -77,8 +78,8 @@ class Entry {
     }
     void add_number(int64_t value) {
         char digits[24];
-        add(digits, static_cast<size_t>(
-                        snprintf(digits, sizeof digits, "%lld", static_cast<long long>(value))));
+        const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+        add(digits, static_cast<size_t>(end - digits));
     }
     void add_formatted(const char* format, va_list arguments) {
         va_list again;

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "core/report.h"
+#include "platform/memory.h"
 
 namespace {
 
@@ -19,6 +20,16 @@ constexpr int32_t kDefaultGrow = 16;
 void* out_of_memory() {
     errno = ENOMEM;
     return nullptr;
+}
+
+// A block of at least SIZE bytes with what BLOCK held. One that must move gets twice its size, so
+// that growing in many small steps costs no more than in a few large ones; what is beyond the
+// caller's capacity is asked of the heap again at the next step.
+void* grown_block(void* block, size_t size) {
+    if (block == nullptr) return std::malloc(size);
+    if (platform::block_size(block) >= size) return block;
+    void* const roomy = std::realloc(block, size * 2);
+    return roomy != nullptr ? roomy : std::realloc(block, size);
 }
 
 }  // namespace
@@ -42,7 +53,7 @@ int32_t ORVEX_release_realloc(void** ppData, int32_t nItemSize, int32_t* pnCapac
     const int64_t new_bytes = (items + added) * nItemSize;
     void* const grown = items + added > INT32_MAX
                             ? out_of_memory()
-                            : std::realloc(*ppData, static_cast<size_t>(new_bytes));
+                            : grown_block(*ppData, static_cast<size_t>(new_bytes));
     if (grown == nullptr) {
         return kModule.fail(1324, kOutOfMemory, molte::SystemError::runtime,
                             "Size O=%" PRId64 " S=%" PRId64, old_bytes, new_bytes - old_bytes);

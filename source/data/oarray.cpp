@@ -23,18 +23,14 @@ size_t bytes_of(const PA& array, int32_t count) {
 
 // Most arrays hold pointers, numbers or pairs of them; a copy of constant size is a few moves.
 inline void copy_item(uint8_t* to, const void* from, int32_t size) {
-    switch (size) {
-        case 4:
-            std::memcpy(to, from, 4);
-            break;
-        case 8:
-            std::memcpy(to, from, 8);
-            break;
-        case 16:
-            std::memcpy(to, from, 16);
-            break;
-        default:
-            std::memcpy(to, from, static_cast<size_t>(size));
+    if (size == 16) {
+        std::memcpy(to, from, 16);
+    } else if (size == 8) {
+        std::memcpy(to, from, 8);
+    } else if (size == 4) {
+        std::memcpy(to, from, 4);
+    } else {
+        std::memcpy(to, from, static_cast<size_t>(size));
     }
 }
 
@@ -51,6 +47,12 @@ int32_t growth(const PA& array, int32_t need) {
 bool grow(PA* array, int32_t need) {
     return ORVEX_release_realloc(&array->pData, array->nItemSize, &array->nCapacity,
                                  growth(*array, need)) > 0;
+}
+
+// Out of line, so that an append with room is a few instructions.
+[[gnu::noinline]] int32_t append_growing(PA* array, const void* item) {
+    if (!grow(array, array->nCount)) return kModule.trace(molte::here());
+    return PA_Append(array, item);
 }
 
 bool has(const PA& array, int32_t index) {
@@ -141,9 +143,9 @@ int32_t PA_InsertAt(PA* pArray, int32_t nIndex, const void* pItem) {
 
 int32_t PA_Append(PA* pArray, const void* pItem) {
     const int32_t count = pArray->nCount;
-    if (count >= pArray->nCapacity && !grow(pArray, count)) return kModule.trace(molte::here());
-    copy_item(item_at(*pArray, count), pItem, pArray->nItemSize);
+    if (count >= pArray->nCapacity) return append_growing(pArray, pItem);
     pArray->nCount = count + 1;
+    copy_item(item_at(*pArray, count), pItem, pArray->nItemSize);
     return 1;
 }
 
