@@ -12,6 +12,7 @@
 #include "moltelib/directory.h"
 #include "moltelib/error.h"
 #include "moltelib/error_log.h"
+#include "moltelib/event.h"
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
 #include "moltelib/linked_list.h"

@@ -77,7 +77,7 @@ MOLTE_API int32_t ORVEX_InnerTimeUnlock(void);
 MOLTE_API struct tm* ORVEX_LocalTime(const int64_t* pTime, struct tm* pTm);
 
 /*
- * The same as text: "Mon Jun  4 11:00:41 2018\n", copied to pszDst (26 bytes) unless that is null.
+ * The same as text: "Mon Jun 04 11:00:41 2018\n", copied to pszDst (26 bytes) unless that is null.
  * The result is the run-time's shared text: use pszDst. Null, with pszDst as it was, when there is
  * no such time.
  */

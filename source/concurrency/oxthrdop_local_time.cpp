@@ -1,6 +1,5 @@
 // The run-time's local-time functions share a record among all threads; one lock guards it.
 #include <cstring>
-#include <ctime>
 
 #include "moltelib/thread.h"
 #include "platform/time.h"
@@ -69,5 +68,5 @@ char* ORVEX_asctime(const struct tm* pTm, char* pszDst) {
         pTm = &now;
     }
     const TimeGuard guard;
-    return copied(std::asctime(pTm), pszDst);
+    return copied(platform::asctime(pTm), pszDst);
 }

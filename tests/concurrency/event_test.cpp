@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/child_process.h"
+#include "support/error_of.h"
+
+namespace {
+
+struct Event {
+    OXHANDLE handle;
+    explicit Event(const char* name = nullptr) : handle(ORVEX_EVENT_Create(name)) {}
+    ~Event() { ORVEX_EVENT_Release(handle); }
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+};
+
+int64_t milliseconds_of(const auto& action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                 start)
+        .count();
+}
+
+// A name of this run's own, so that other runs of the test don't meet it.
+std::string unique_name(const char* what) {
+    return std::string("moltelib-test-") + what + "-" +
+           std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
+}
+
+uint32_t set_after_a_while(void* event) {
+    ORVEX_SleepMilli(50);
+    ORVEX_EVENT_Set(event);
+    return 0;
+}
+
+TEST(Event, ASignalReleasesOneWaitAndStaysForTheNext) {
+    Event event;
+    EXPECT_EQ(ORVEX_EVENT_TimeWaitInMilliSecond(event.handle, 10), 0);
+    EXPECT_EQ(ORVEX_EVENT_Set(event.handle), 1);
+    EXPECT_EQ(ORVEX_EVENT_Set(event.handle), 1);  // a second signal is none
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(event.handle, 5), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWaitInMilliSecond(event.handle, 10), 0);
+}
+
+TEST(Event, WaitsWithoutLimitWhereTheUnitSaysSo) {
+    Event event;
+    const std::vector<int32_t (*)(OXHANDLE)> waits = {
+        [](OXHANDLE e) { return ORVEX_EVENT_TimeWait(e, 0); },
+        [](OXHANDLE e) { return ORVEX_EVENT_TimeWait(e, -3); },
+        [](OXHANDLE e) { return ORVEX_EVENT_TimeWaitInMilliSecond(e, 0); },
+        [](OXHANDLE e) { return ORVEX_EVENT_WaitEx(e, 0); },
+        ORVEX_EVENT_Wait,
+        [](OXHANDLE e) { return ORVEX_EVENT_MultiTimeWait(&e, 1, 0, 0); }};
+    for (const auto& wait : waits) {
+        ORVEX_StartThread(set_after_a_while, event.handle);
+        EXPECT_EQ(wait(event.handle), 1);
+    }
+}
+
+TEST(Event, WaitExComesBackAfterFiveSeconds) {
+    Event event;
+    const auto passed =
+        milliseconds_of([&] { EXPECT_EQ(ORVEX_EVENT_WaitEx(event.handle, 60), 0); });
+    EXPECT_GE(passed, 4900);
+    EXPECT_LT(passed, 9000);
+    g_stBv.bStopAll = 1;
+    EXPECT_LT(milliseconds_of([&] { EXPECT_EQ(ORVEX_EVENT_WaitEx(event.handle, 0), 0); }), 1000);
+    g_stBv.bStopAll = 0;
+}
+
+TEST(Event, BadArgumentsAndFailures) {
+    Event event;
+    EXPECT_EQ(ORVEX_EVENT_Set(nullptr), 0);
+    ORVEX_EVENT_Release(nullptr);
+    for (const auto& result :
+         {ORVEX_EVENT_TimeWait(nullptr, 1), ORVEX_EVENT_TimeWaitInMilliSecond(nullptr, 1),
+          ORVEX_EVENT_MultiTimeWait(nullptr, 1, 0, 1),
+          ORVEX_EVENT_MultiTimeWait(&event.handle, 0, 0, 1)}) {
+        EXPECT_EQ(result, -1);
+    }
+    EXPECT_EQ(error_of_this_thread(), "419 oxthrdop");
+    const auto foreign = reinterpret_cast<OXHANDLE>(uintptr_t{0x7654320});
+    EXPECT_EQ(ORVEX_EVENT_Set(foreign), -1);
+    EXPECT_EQ(error_of_this_thread(), "288 oxthrdop");
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(foreign, 1), -1);
+    EXPECT_EQ(error_of_this_thread(), "289 oxthrdop LastErrCode=6 time=-1");
+    EXPECT_EQ(ORVEX_EVENT_Open(unique_name("none").c_str()), nullptr);
+    EXPECT_EQ(error_of_this_thread(), "287 oxthrdop LastErrCode=2");
+}
+
+TEST(Event, MultiWaitForOneAndForAll) {
+    Event a;
+    Event b;
+    const OXHANDLE both[] = {a.handle, b.handle};
+    ORVEX_EVENT_Set(b.handle);
+    EXPECT_EQ(ORVEX_EVENT_MultiTimeWait(both, 2, 1, 1), 0);  // one is missing: nothing is taken
+    EXPECT_EQ(ORVEX_EVENT_MultiTimeWait(both, 2, 0, 1), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWaitInMilliSecond(b.handle, 1), 0);
+    ORVEX_EVENT_Set(a.handle);
+    ORVEX_EVENT_Set(b.handle);
+    EXPECT_EQ(ORVEX_EVENT_MultiTimeWait(both, 2, 1, 1), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWaitInMilliSecond(a.handle, 1), 0);
+}
+
+CHILD_ROLE(answers) {
+    OXHANDLE question = ORVEX_EVENT_Open(args.at(0).c_str());
+    OXHANDLE answer = ORVEX_EVENT_Create(args.at(1).c_str());
+    if (question == nullptr || answer == nullptr) return 2;
+    tell_parent("ready");
+    const int32_t asked = ORVEX_EVENT_TimeWait(question, 30);
+    ORVEX_EVENT_Set(answer);
+    ORVEX_EVENT_Release(answer);
+    ORVEX_EVENT_Release(question);
+    return asked == 1 ? 0 : 1;
+}
+
+TEST(Event, NamesCrossProcesses) {
+    const std::string question = unique_name("question");
+    const std::string answer = unique_name("answer");
+    Event ask(question.c_str());
+    Event hear(answer.c_str());
+    ChildProcess child("answers", {question, answer});
+    EXPECT_EQ(child.read_line(), "ready");
+    ORVEX_EVENT_Set(ask.handle);
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(hear.handle, 30), 1);
+    EXPECT_EQ(child.wait(), 0);
+}
+
+}  // namespace

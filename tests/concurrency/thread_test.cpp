@@ -1,0 +1,165 @@
+// Threads, mutexes, critical sections and local time.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "moltelib.h"
+#include "support/error_of.h"
+
+namespace {
+
+struct Job {
+    std::atomic<int> runs{0};
+    OXHANDLE done = ORVEX_EVENT_Create(nullptr);
+    uint32_t thread_id = 0;
+    ~Job() { ORVEX_EVENT_Release(done); }
+};
+
+uint32_t run_job(void* context) {
+    auto* job = static_cast<Job*>(context);
+    job->thread_id = ORVEX_THREAD_GetCurID();
+    ++job->runs;
+    ORVEX_EVENT_Set(job->done);
+    return 7;
+}
+
+TEST(Thread, RunsWithAndWithoutHandle) {
+    Job job;
+    OXHANDLE thread = nullptr;
+    uint32_t id = 0;
+    EXPECT_EQ(ORVEX_CreateThread(&thread, 0, run_job, &job, 0, &id), 1);
+    ASSERT_NE(thread, nullptr);
+    EXPECT_EQ(ORVEX_EVENT_Wait(job.done), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(thread, 10), 1);  // an ended thread is signalled, and stays so
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(thread, 10), 1);
+    EXPECT_EQ(job.thread_id, id);
+    EXPECT_NE(id, ORVEX_THREAD_GetCurID());
+    EXPECT_EQ(ORVEX_CloseThreadHandle(thread), 1);
+
+    EXPECT_EQ(ORVEX_CreateThread(nullptr, 256 * 1024, run_job, &job, 0, nullptr), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(job.done, 10), 1);
+    EXPECT_EQ(ORVEX_StartThread(run_job, &job), 1);
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(job.done, 10), 1);
+    EXPECT_EQ(job.runs, 3);
+}
+
+TEST(Thread, AFailedStartIsOnlyReported) {
+    OXHANDLE thread = &thread;
+    // No machine has a stack of 2^62 bytes.
+    EXPECT_EQ(ORVEX_CreateThread(&thread, int64_t{1} << 62, run_job, nullptr, 0, nullptr), 1);
+    EXPECT_EQ(thread, nullptr);
+    EXPECT_EQ(error_of_this_thread(), "277 oxthrdop createthread");
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_CreateThread(nullptr, int64_t{1} << 62, run_job, nullptr, 0, nullptr), 1);
+    EXPECT_EQ(GetRvexErrNo(), 277U);
+}
+
+TEST(Mutex, FailedLockAndUnlockLeaveTheirLines) {
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_THREAD_Lock(nullptr), -1);
+    EXPECT_EQ(ORVEX_THREAD_UnLock(nullptr), -1);
+    EXPECT_EQ(history_of_this_thread(), "24 oxthrdop, 35 oxthrdop");
+}
+
+struct Counter {
+    MOLTE_CRIT crit{};
+    int value = 0;
+    Counter() { MOLTE_InitCrit(&crit); }
+    ~Counter() { MOLTE_ReleaseCrit(&crit); }
+};
+
+uint32_t count_up(void* context) {
+    auto* counter = static_cast<Counter*>(context);
+    for (int i = 0; i < 20000; ++i) {
+        MOLTE_EnterCrit(&counter->crit.stCrit);
+        ORVEX_EnterCritSect(&counter->crit.stCrit);
+        ++counter->value;
+        ORVEX_LeaveCritSect(&counter->crit.stCrit);
+        MOLTE_LeaveCrit(&counter->crit.stCrit);
+    }
+    return 0;
+}
+
+TEST(CriticalSection, GuardsAndIsRecursive) {
+    Counter counter;
+    OXHANDLE threads[4];
+    for (auto& thread : threads) ORVEX_CreateThread(&thread, 0, count_up, &counter, 0, nullptr);
+    EXPECT_EQ(ORVEX_EVENT_MultiTimeWait(threads, 4, 1, 60), 1);
+    for (auto& thread : threads) ORVEX_CloseThreadHandle(thread);
+    EXPECT_EQ(counter.value, 80000);
+}
+
+struct Attempt {
+    OXCRITSECT section;
+    std::string error;
+};
+
+uint32_t try_to_enter(void* context) {
+    auto* attempt = static_cast<Attempt*>(context);
+    if (ORVEX_TryEnterCritSect(&attempt->section) == -1) attempt->error = error_of_this_thread();
+    MOLTE_THDATA_FreeData();
+    return 0;
+}
+
+TEST(CriticalSection, TryFailsOnlyForAnotherThread) {
+    Attempt attempt{};
+    ORVEX_InitCritSect(&attempt.section);
+    EXPECT_EQ(ORVEX_TryEnterCritSect(&attempt.section), 1);
+    EXPECT_EQ(ORVEX_TryEnterCritSect(&attempt.section), 1);
+    OXHANDLE thread = nullptr;
+    ORVEX_CreateThread(&thread, 0, try_to_enter, &attempt, 0, nullptr);
+    EXPECT_EQ(ORVEX_EVENT_TimeWait(thread, 30), 1);
+    ORVEX_CloseThreadHandle(thread);
+    EXPECT_EQ(attempt.error, "283 oxthrdop dead lock");
+    ORVEX_LeaveCritSect(&attempt.section);
+    ORVEX_LeaveCritSect(&attempt.section);
+    EXPECT_EQ(ORVEX_DestroyCritSect(&attempt.section), 1);
+}
+
+TEST(LocalTime, FieldsAndTexts) {
+    const int64_t moment = 1528110041;
+    struct tm fields {};
+    ASSERT_NE(ORVEX_LocalTime(&moment, &fields), nullptr);
+    struct tm again = fields;
+    EXPECT_EQ(static_cast<int64_t>(std::mktime(&again)), moment);
+    char text[26] = "as it was";
+    char same[26];
+    ASSERT_NE(ORVEX_ctime(&moment, text), nullptr);
+    ASSERT_NE(ORVEX_asctime(&fields, same), nullptr);
+    EXPECT_EQ(std::strlen(text), 25U);  // 24 characters and the line feed
+    EXPECT_STREQ(text, same);
+    EXPECT_NE(ORVEX_ctime(nullptr, nullptr), nullptr);
+    EXPECT_NE(ORVEX_asctime(nullptr, same), nullptr);
+    const int64_t no_such_time = INT64_MAX;
+    EXPECT_EQ(ORVEX_LocalTime(&no_such_time, &fields), nullptr);
+    EXPECT_EQ(fields.tm_year, 0);
+    std::strcpy(text, "as it was");
+    EXPECT_EQ(ORVEX_ctime(&no_such_time, text), nullptr);
+    EXPECT_STREQ(text, "as it was");
+}
+
+uint32_t convert_times(void* context) {
+    for (int64_t t = 0; t < 2000; ++t) {
+        const int64_t moment = t * 86400 * 3;
+        struct tm fields {};
+        ORVEX_LocalTime(&moment, &fields);
+        struct tm again = fields;
+        if (static_cast<int64_t>(std::mktime(&again)) != moment)
+            *static_cast<std::atomic<int>*>(context) = 1;
+    }
+    return 0;
+}
+
+TEST(LocalTime, ThreadsDoNotMixTheirFields) {
+    std::atomic<int> wrong{0};
+    OXHANDLE threads[4];
+    for (auto& thread : threads) ORVEX_CreateThread(&thread, 0, convert_times, &wrong, 0, nullptr);
+    EXPECT_EQ(ORVEX_EVENT_MultiTimeWait(threads, 4, 1, 60), 1);
+    for (auto& thread : threads) ORVEX_CloseThreadHandle(thread);
+    EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace
