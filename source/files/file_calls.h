@@ -104,11 +104,14 @@ inline bool seek_whole(int32_t fd, int64_t offset) {
     return offset >= 0 && _lseeki64(fd, offset, SEEK_SET) == offset;
 }
 
-// Whole transfers: a short one is a failure.
+// Whole transfers: a short one is a failure. One that ends early for no error of the system, as at
+// the end of a file, leaves errno 0, so that no earlier failure is reported with it.
 inline bool read_whole(int32_t fd, void* buffer, int32_t size) {
+    errno = 0;
     return _read(fd, buffer, static_cast<unsigned>(size)) == size;
 }
 inline bool write_whole(int32_t fd, const void* data, int32_t size) {
+    errno = 0;
     return _write(fd, data, static_cast<unsigned>(size)) == size;
 }
 

@@ -161,6 +161,7 @@ int32_t ORVEX_HFILE_Unlock(ORVEX_HFILE* pFile, int64_t nOffset, int32_t nSize) {
 
 int64_t ORVEX_HFILE_Read(ORVEX_HFILE* pFile, void* pBuf, int64_t nLen) {
     if (pFile == nullptr || nLen < 0) return kModule.fail(here(), kBadArgument);
+    errno = 0;  // a short transfer is no failure of the system's
     const int64_t start = MOLTE_HiResoTickCount();
     const int64_t result = _read(pFile->fd, pBuf, one_call(nLen));
     const int64_t ticks = MOLTE_HiResoTickCount() - start;
@@ -175,6 +176,7 @@ int64_t ORVEX_HFILE_Read(ORVEX_HFILE* pFile, void* pBuf, int64_t nLen) {
 
 int64_t ORVEX_HFILE_Write(ORVEX_HFILE* pFile, const void* pData, int64_t nLen) {
     if (pFile == nullptr || nLen < 0) return kModule.fail(here(), kBadArgument);
+    errno = 0;  // a short transfer is no failure of the system's
     const int64_t start = MOLTE_HiResoTickCount();
     const int64_t result = _write(pFile->fd, pData, one_call(nLen));
     const int64_t ticks = MOLTE_HiResoTickCount() - start;
