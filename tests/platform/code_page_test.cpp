@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -64,15 +66,9 @@ TEST(CodePage, LeadBytes) {
     }
 }
 
-struct Character {
-    const char* locale;
-    const char* bytes;
-    unsigned wide;
-};
-
 // Read off the published tables of the two code pages; the private characters are the first and
 // last of each of their areas.
-constexpr Character kCharacters[] = {
+constexpr std::tuple<const char*, const char*, unsigned> kCharacters[] = {
     {"chs", "A", 0x41},          {"chs", "\x7F", 0x7F},       {"chs", "\x80", 0x20AC},
     {"chs", "\x81\x40", 0x4E02}, {"chs", "\xB0\xA1", 0x554A}, {"chs", "\xD2\xBB", 0x4E00},
     {"chs", "\xA1\xA1", 0x3000}, {"chs", "\xA1\xA4", 0xB7},   {"chs", "\xA1\xAA", 0x2014},
@@ -81,20 +77,19 @@ constexpr Character kCharacters[] = {
     {"chs", "\xFE\xFE", 0xE4C5}, {"chs", "\xA1\x40", 0xE4C6}, {"chs", "\xA7\xA0", 0xE765},
     {"chs", "\xA2\xAB", 0xE766}, {"chs", "\xA8\xBC", 0xE7C7}, {"chs", "\xFE\xA0", 0xE864},
     {"us", "\x80", 0x20AC},      {"us", "\x8A", 0x160},       {"us", "\xE9", 0xE9},
-    {"esp", "\x81", 0x81},       {"esp", "\x9F", 0x178},      {"esp", "\xF1", 0xF1},
-};
+    {"esp", "\x81", 0x81},       {"esp", "\x9F", 0x178},      {"esp", "\xF1", 0xF1}};
 
 TEST(CodePage, Characters) {
-    for (const Character& row : kCharacters) {
-        const CodePage page(row.locale);
+    for (const auto& [locale, text, character] : kCharacters) {
+        const CodePage page(locale);
         NEEDS(page);
-        const int length = static_cast<int>(std::string(row.bytes).size());
+        const int length = static_cast<int>(std::string(text).size());
         wchar_t wide = 0;
-        EXPECT_EQ(platform::char_to_wide(&wide, row.bytes, 2), length) << row.wide;
-        EXPECT_EQ(static_cast<unsigned>(wide), row.wide);
+        EXPECT_EQ(platform::char_to_wide(&wide, text, 2), length) << character;
+        EXPECT_EQ(static_cast<unsigned>(wide), character);
         char bytes[3] = {};
-        EXPECT_EQ(platform::wide_to_char(bytes, static_cast<wchar_t>(row.wide)), length);
-        EXPECT_STREQ(bytes, row.bytes) << row.wide;
+        EXPECT_EQ(platform::wide_to_char(bytes, static_cast<wchar_t>(character)), length);
+        EXPECT_STREQ(bytes, text) << character;
     }
 }
 
@@ -122,23 +117,20 @@ TEST(CodePage, EveryCharacterComesBackAndIsUnique) {
 }
 
 TEST(CodePage, RefusesWhatItLacks) {
-    const struct {
-        const char* locale;
-        unsigned wide;
-    } lacking[] = {{"C", 0x100},  {"C", 0x20AC},  {"us", 0x100},  {"us", 0x4E00}, {"us", 0xFF21},
-                   {"chs", 0x81}, {"chs", 0xE0B}, {"us", 0xD800}, {"chs", 0xD800}};
-    for (const auto& row : lacking) {
-        const CodePage page(row.locale);
+    const std::pair<const char*, unsigned> lacking[] = {
+        {"C", 0x100},   {"C", 0x20AC}, {"us", 0x100},  {"us", 0x4E00}, {"us", 0xFF21},
+        {"us", 0xD800}, {"chs", 0x81}, {"chs", 0xE0B}, {"chs", 0xD800}};
+    for (const auto& [locale, character] : lacking) {
+        const CodePage page(locale);
         NEEDS(page);
-        char bytes[2];
-        errno = 0;
-        EXPECT_EQ(platform::wide_to_char(bytes, static_cast<wchar_t>(row.wide)), -1) << row.wide;
-        EXPECT_EQ(errno, EILSEQ);
-        const wchar_t text[] = {L'a', static_cast<wchar_t>(row.wide), 0};
+        const wchar_t text[] = {L'a', static_cast<wchar_t>(character), 0};
         char out[8];
+        errno = 0;
+        EXPECT_EQ(platform::wide_to_char(out, text[1]), -1) << character;
+        EXPECT_EQ(errno, EILSEQ);
         EXPECT_EQ(platform::wide_to_multibyte(out, text, sizeof out), platform::kBadText);
         EXPECT_EQ(platform::wide_to_multibyte(nullptr, text, 0),
-                  row.locale[0] == 'C' ? 2 : platform::kBadText);
+                  locale[0] == 'C' ? 2 : platform::kBadText);
     }
     const CodePage page("chs");
     NEEDS(page);
@@ -150,10 +142,12 @@ TEST(CodePage, RefusesWhatItLacks) {
         EXPECT_EQ(platform::multibyte_to_wide(nullptr, cut, 0), platform::kBadText);
         EXPECT_EQ(platform::multibyte_to_wide(out, cut, 8), platform::kBadText);
     }
-    EXPECT_EQ(platform::char_length("\xB0\xA1", 1), -1);
-    EXPECT_EQ(platform::char_length("\xB0\xA1", 0), 0);
-    EXPECT_EQ(platform::char_length(nullptr, 2), 0);
-    EXPECT_EQ(platform::char_length("", 2), 0);
+    const std::tuple<const char*, size_t, int> lengths[] = {{"\xB0\xA1", 2, 2}, {"\xB0\xA1", 1, -1},
+                                                            {"\xB0\xA1", 0, 0}, {"a", 2, 1},
+                                                            {"", 2, 0},         {nullptr, 2, 0}};
+    for (const auto& [text, limit, length] : lengths) {
+        EXPECT_EQ(platform::char_length(text, limit), length) << limit;
+    }
 }
 
 TEST(CodePage, WholeTexts) {
@@ -180,12 +174,7 @@ TEST(CodePage, WholeTexts) {
 }
 
 TEST(CodePage, FindsWholeCharacters) {
-    const struct {
-        const char* text;
-        const char* part;
-        int chinese;
-        int plain;
-    } rows[] = {
+    const std::tuple<const char*, const char*, int, int> rows[] = {
         {"abcabd", "abd", 3, 3},
         {"abc", "", 0, 0},
         {"", "a", -1, -1},
@@ -193,16 +182,13 @@ TEST(CodePage, FindsWholeCharacters) {
         {"\xB0\xA1\xA1\xB0", "\xA1\xB0", 2, 2},
         {"\x81\x5Cx", "\\", -1, 1},
         {"ab\x81", "\x81", 2, 2},
-        {"ab\x81", "c", -1, -1},
-    };
-    for (const char* locale : {"chs", "C"}) {
-        const CodePage page(locale);
+        {"ab\x81", "c", -1, -1}};
+    for (const bool plain : {false, true}) {
+        const CodePage page(plain ? "C" : "chs");
         NEEDS(page);
-        for (const auto& row : rows) {
-            const char* hit = platform::find_text(row.text, row.part);
-            EXPECT_EQ(hit != nullptr ? static_cast<int>(hit - row.text) : -1,
-                      locale[0] == 'C' ? row.plain : row.chinese)
-                << row.text << " " << row.part;
+        for (const auto& [text, part, in_chinese, in_plain] : rows) {
+            const char* hit = platform::find_text(text, part);
+            EXPECT_EQ(hit != nullptr ? hit - text : -1, plain ? in_plain : in_chinese) << text;
         }
     }
 }

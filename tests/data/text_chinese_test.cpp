@@ -1,0 +1,115 @@
+// What depends on the process's code page: walking by whole characters, and conversion.
+#include "moltelib.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <tuple>
+
+#include "support/error_of.h"
+
+// Weak, so that the tests are skipped where the library has no languages.
+extern "C" int32_t OXLANG_SetLocale(int32_t id) __attribute__((weak));
+
+namespace {
+
+using Text = const char*;
+
+constexpr int32_t kChinese = 2052;
+constexpr int32_t kEnglish = 1033;
+
+#define NEEDS_LOCALE(id)                                          \
+    if (OXLANG_SetLocale == nullptr || OXLANG_SetLocale(id) != 1) \
+    GTEST_SKIP() << "this C run-time has no such locale"
+
+#define A1 "\xB0\xA1"     // U+554A
+#define YI "\xD2\xBB"     // U+4E00
+#define SLASH "\x81\x5C"  // U+4E57, the trail byte is a backslash
+
+TEST(Chinese, SearchesByWholeCharacters) {
+    NEEDS_LOCALE(kChinese);
+    const char* text = "a" SLASH YI "\\";
+    const std::pair<int32_t, int> places[] = {
+        {0x815C, 1}, {0xD2BB, 3}, {'\\', 5}, {0x81, -1}, {0xBB, -1}};
+    for (const auto& [value, place] : places) {
+        EXPECT_EQ(MOLTE_STR_Chr(text, value), place < 0 ? nullptr : text + place) << value;
+    }
+    const char* cut = "ab\x81";
+    EXPECT_EQ(MOLTE_STR_Chr(cut, 0x81), cut + 2) << "a lead byte at the end stands for itself";
+    EXPECT_EQ(ox_mbstrstr(text, "\\"), text + 5);
+    EXPECT_EQ(ox_strstr(text, "\\"), text + 2);
+    EXPECT_EQ(MOLTE_STR_MBIsBlank(" " A1, 3), 0);
+    EXPECT_EQ(MOLTE_STR_SBIsBlank(" " A1, 3), 1);
+    EXPECT_EQ(MOLTE_STR_MBIsBlank(" \x80", 2), 1);
+}
+
+TEST(Chinese, TrimsWholeCharacters) {
+    NEEDS_LOCALE(kChinese);
+    // With a double-byte character in the set, the last byte at least is lost from the right.
+    const std::tuple<Text, Text, Text, Text> rows[] = {{A1 "x" A1, A1, "x" A1, A1 "x"},
+                                                       {"xyab", "yx" A1, "ab", "xya"},
+                                                       {"abxy", "yx" A1, "abxy", "ab"},
+                                                       {"abcxxxx", "x" A1, "abcxxxx", "abc"},
+                                                       {"xxxx", "x" A1, "", ""},
+                                                       {"x", A1, "x", ""},
+                                                       {"", A1, "", ""},
+                                                       {"\\" SLASH, "\\", SLASH, "\\\x81"},
+                                                       {SLASH "\\", SLASH, "\\", SLASH},
+                                                       {"\x81", "\x81", "", "\x81"}};
+    for (const auto& [text, set, left, right] : rows) {
+        char copy[2][16] = {};
+        EXPECT_EQ(MOLTE_STR_LeftStrTrim(strcpy(copy[0], text), set), 1);
+        EXPECT_STREQ(copy[0], left) << text;
+        EXPECT_EQ(MOLTE_STR_RightStrTrim(strcpy(copy[1], text), set), 1);
+        EXPECT_STREQ(copy[1], right) << text << " " << set;
+    }
+}
+
+TEST(Chinese, ConvertsWholeTexts) {
+    NEEDS_LOCALE(kChinese);
+    const char* text = "a" A1 YI "\x80";
+    const wchar_t wide[] = {L'a', 0x554A, 0x4E00, 0x20AC, 0};
+    wchar_t* made = ox_mbstowcs(text);
+    char* back = ox_wcstombs(wide);
+    EXPECT_STREQ(made, wide);
+    EXPECT_STREQ(back, text);
+    ORVEX_free(made);
+    ORVEX_free(back);
+    wchar_t into[5];
+    char bytes[7];
+    EXPECT_EQ(MOLTE_STR_mbstowcs(text, into, 5), 1);
+    EXPECT_STREQ(into, wide);
+    EXPECT_EQ(MOLTE_STR_wcstombs(wide, bytes, 7), 1);
+    EXPECT_STREQ(bytes, text);
+    EXPECT_EQ(MOLTE_STR_mbstowcs(text, into, 4), -1);
+    EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=4 <= src size=5");
+    EXPECT_EQ(MOLTE_STR_wcstombs(wide, bytes, 6), -1);
+    EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=6 <= src size=7");
+}
+
+TEST(Chinese, ReportsWhatCannotBeConverted) {
+    NEEDS_LOCALE(kChinese);
+    wchar_t into[8];
+    for (const char* cut : {"a\x81", "\xB0\x30"}) {
+        EXPECT_EQ(ox_mbstowcs(cut), nullptr);
+        EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs");
+        ORVEX_Err_ClearError();
+        EXPECT_EQ(MOLTE_STR_mbstowcs(cut, into, 8), -1);
+        EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs");
+        EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], EILSEQ) << "the errno goes with it";
+    }
+    const wchar_t outside[] = {L'a', 0xD800, 0};
+    char bytes[8];
+    EXPECT_EQ(ox_wcstombs(outside), nullptr);
+    EXPECT_EQ(error_of_this_thread(), "103 oxstring wcstombs");
+    EXPECT_EQ(MOLTE_STR_wcstombs(outside, bytes, 8), -1);
+    EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs")
+        << "the words of the other direction";
+    NEEDS_LOCALE(kEnglish);
+    EXPECT_EQ(ox_wcstombs(L"\x100"), nullptr) << "no similar letter instead";
+}
+
+}  // namespace
