@@ -146,7 +146,7 @@ MOLTE_API int64_t ORVEX_DiskUsedInDir(const char* pszName);
  */
 MOLTE_API int64_t ORVEX_DISK_GetInfoEx(const char* pszDir, int64_t* pnTotal, int64_t* pnAvailable);
 
-/* The same in units of 1048576 bytes. */
+/* The same in units of 1048576 bytes, at most 2147483647 of them. */
 MOLTE_API int32_t ORVEX_DISK_GetInfo(const char* pszDir, int32_t* pnTotal, int32_t* pnAvailable);
 
 /*

@@ -108,7 +108,7 @@ MOLTE_API int32_t ORVEX_FileGetModeByFD(int32_t fd, int32_t* pnMode);
 MOLTE_API int32_t ORVEX_FileChangeMode(const char* pszName, int32_t nSet, int32_t nClear);
 MOLTE_API int32_t ORVEX_FileChangeModeW(const wchar_t* pwszName, int32_t nSet, int32_t nClear);
 
-/* Gives the file the mode of a state record; 0, or -1 with error 13. */
+/* Gives the file the mode of a state record; 1, or -1 with error 13. */
 MOLTE_API int32_t ORVEX_FileChangeModeByStat(const char* pszName, const OXSTAT64* pStatus);
 
 /* Sets both times, in seconds since 1970; 0, or -1 with nothing reported. */

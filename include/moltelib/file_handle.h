@@ -61,8 +61,7 @@ MOLTE_API int64_t ORVEX_HFILE_CurrentPos(ORVEX_HFILE* pFile);
  */
 MOLTE_API int64_t ORVEX_HFILE_Seek(ORVEX_HFILE* pFile, int64_t nOffset, int32_t nOrigin);
 
-/* Locks a range with ten tries, a second apart; unlocks it. As ORVEX_FileRecordLock; -1 for null.
- */
+/* Locks a range with ten tries, a second apart; unlocks it. As ORVEX_FileRecordLock, -1 for null */
 MOLTE_API int32_t ORVEX_HFILE_Lock(ORVEX_HFILE* pFile, int64_t nOffset, int32_t nSize);
 MOLTE_API int32_t ORVEX_HFILE_Unlock(ORVEX_HFILE* pFile, int64_t nOffset, int32_t nSize);
 
@@ -81,7 +80,7 @@ MOLTE_API int64_t ORVEX_HFILE_ReadS(ORVEX_HFILE* pFile, void* pBuf, int64_t nPos
 MOLTE_API int64_t ORVEX_HFILE_WriteS(ORVEX_HFILE* pFile, const void* pData, int64_t nPos,
                                      int64_t nLen);
 
-/* Waits until what was written is on the disk; error 26. The result of the system's call, 0. */
+/* Waits until what was written is on the disk; 1, or -1 with error 26. */
 MOLTE_API int32_t ORVEX_HFILE_Commit(ORVEX_HFILE* pFile);
 
 /* ---- Size and mode ---- */
@@ -106,9 +105,8 @@ MOLTE_API int32_t ORVEX_HFILE_ChangeMode(const char* pszName, int32_t nMode);
 
 /*
  * Loads a range into a buffer that the caller frees with ORVEX_free: at most nLen bytes from
- * nOffset
- * (-1: 512 MB), up to the end of the file. The bytes loaded; 0, with *ppBuf as it was, when nOffset
- * is at or past the end.
+ * nOffset (-1: 512 MB), up to the end of the file. The bytes loaded; 0, with *ppBuf as it was, when
+ * nOffset is at or past the end.
  */
 MOLTE_API int64_t ORVEX_HFILE_Load(const char* pszName, uint8_t** ppBuf, int64_t nOffset,
                                    int64_t nLen);

@@ -15,6 +15,18 @@
 using platform::fail;
 using platform::KernelPath;
 
+namespace {
+
+// In Windows' modes one bit tells a folder. What shares it here passes for its next of kin.
+uint16_t mode_bits(mode_t mode) {
+    const mode_t rest = mode & ~mode_t{S_IFMT};
+    if (S_ISSOCK(mode)) mode = rest | S_IFIFO;
+    if (S_ISBLK(mode)) mode = rest | S_IFCHR;
+    return static_cast<uint16_t>(mode);
+}
+
+}  // namespace
+
 namespace platform {
 
 int handle_descriptor(HANDLE file) {
@@ -25,7 +37,7 @@ int handle_descriptor(HANDLE file) {
 void fill_status(const struct stat& from, struct _stat64* to) {
     *to = {.st_dev = from.st_dev,
            .st_ino = from.st_ino,
-           .st_mode = static_cast<uint16_t>(from.st_mode),
+           .st_mode = mode_bits(from.st_mode),
            .st_nlink = static_cast<uint32_t>(from.st_nlink),
            .st_uid = from.st_uid,
            .st_gid = from.st_gid,

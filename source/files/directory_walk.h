@@ -1,22 +1,39 @@
-// A find that closes itself, and a path that grows and shrinks with a walk.
+// What the sources of module "oxdirop" share: a find that closes itself, and a path that grows and
+// shrinks with a walk.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "core/report.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
+#include "platform/files.h"
 
-namespace molte {
+namespace molte::directory {
 
-// As ORVEX_FileFindFirst; with names_only the entries tell their name and kind, which is faster.
-int64_t find_first(const char* name, OXFINDDATA* data, bool names_only);
+inline constexpr Module kModule("oxdirop");
+inline constexpr uint32_t kNoState = 10;
+inline constexpr uint32_t kEmptyName = 27;
+inline constexpr uint32_t kNameTooLong = 1001;
 
-// One walk over the names in a folder.
+inline bool is_folder(const OXSTAT64& state) {
+    return (state.st_mode & _S_IFDIR) != 0;
+}
+
+inline int32_t too_long(int32_t line, const char* name) {
+    return kModule.fail_text(line, kNameTooLong, SystemError::none, name);
+}
+
+// What makes a folder's name, in which * and ? are letters, the pattern of all its entries. An
+// empty name stays one, and so doesn't stand for the root.
+const char* all_entries(const char* folder);
+
+// One walk over the entries that match a pattern, which is given in two parts. With names_only the
+// entries tell their name and kind, which is faster.
 class Find {
  public:
-    explicit Find(const char* folder_or_pattern, bool names_only = true)
-        : handle_(find_first(folder_or_pattern, &data_, names_only)), found_(handle_ != -1) {}
+    Find(const char* start, const char* rest, bool names_only = true);
     ~Find() {
         if (handle_ != -1) ORVEX_FileFindClose(handle_);
     }
@@ -24,6 +41,12 @@ class Find {
     Find& operator=(const Find&) = delete;
 
     [[nodiscard]] bool found() const { return found_; }
+    // The handle, which is then to be closed by its new owner.
+    [[nodiscard]] int64_t release() {
+        const int64_t handle = handle_;
+        handle_ = -1;
+        return handle;
+    }
     void next() { found_ = ORVEX_FileFindNext(handle_, &data_) > 0; }
 
     [[nodiscard]] const char* name() const { return data_.cFileName; }
@@ -38,8 +61,8 @@ class Find {
 
  private:
     OXFINDDATA data_{};
-    int64_t handle_;
-    bool found_;
+    int64_t handle_ = -1;
+    bool found_ = false;
 };
 
 // A path in a buffer of its own. What doesn't fit is refused, and the path stays as it was.
@@ -54,6 +77,11 @@ class WalkPath {
         length_ += size;
         return true;
     }
+    // To begin with: -1, reported, for null and what doesn't fit.
+    int32_t start_at(const char* folder) {
+        if (folder == nullptr) return kModule.fail(here(), kEmptyName);
+        return append(folder) ? 1 : too_long(here(), folder);
+    }
     void cut(size_t length) {
         length_ = length;
         text_[length] = '\0';
@@ -64,4 +92,4 @@ class WalkPath {
     size_t length_ = 0;
 };
 
-}  // namespace molte
+}  // namespace molte::directory

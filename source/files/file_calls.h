@@ -49,10 +49,18 @@ inline int change_mode(const wchar_t* name, int mode) {
     return _wchmod(name, mode);
 }
 
-inline int open(const char* name, int flags, int permission = 0) {
+// So that a file marked read-only stops nobody; a failure is for the open that follows to tell.
+inline void add_owner_mode(const char* name) {
+    ORVEX_FileChangeMode(name, kOwnerReadWrite, 0);
+}
+inline void add_owner_mode(const wchar_t* name) {
+    ORVEX_FileChangeModeW(name, kOwnerReadWrite, 0);
+}
+
+inline int open(const char* name, int flags, int permission = kOwnerReadWrite) {
     return _open(name, flags, permission);
 }
-inline int open(const wchar_t* name, int flags, int permission = 0) {
+inline int open(const wchar_t* name, int flags, int permission = kOwnerReadWrite) {
     return _wopen(name, flags, permission);
 }
 

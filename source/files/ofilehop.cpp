@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "data/decimal.h"
 #include "moltelib/clock.h"
@@ -17,10 +18,12 @@
 using molte::Decimal;
 using molte::here;
 using molte::SystemError;
+using molte::handle::kBadArgument;
 using molte::handle::kMakeAnew;
 using molte::handle::kModule;
 using molte::handle::kOwnerReadWrite;
 using molte::handle::kUpdate;
+using molte::handle::seek_to;
 
 namespace {
 
@@ -28,16 +31,33 @@ constexpr int32_t kCreate = 0x100;
 constexpr int32_t kZeroChunk = 8192;
 constexpr int32_t kWaitingLock = 1;
 constexpr int32_t kUnlock = 0;
-constexpr uint32_t kBadArgument = 50;
 
-// Opens into a new record; null with errno when the file can't be opened, and with no memory.
-ORVEX_HFILE* open_handle(const char* name, int32_t flags, int32_t permission) {
-    auto record = molte::allocate<ORVEX_HFILE>(1);
-    if (record == nullptr) return nullptr;
+using Record = molte::Heap<ORVEX_HFILE>;
+
+// A record with the name, cut to what it holds; null is reported.
+Record new_record(const char* name) {
+    Record record = molte::allocate<ORVEX_HFILE>(1);
+    if (record == nullptr) {
+        kModule.trace(here());
+        return nullptr;
+    }
     record[0] = {};
     std::memcpy(record[0].szFileName, name, strnlen(name, ORVEX_HFILE_NAME_SIZE - 1));
+    return record;
+}
+
+// Opens the file of a new record; null is reported with the given error.
+ORVEX_HFILE* open_into(Record record, const char* name, int32_t flags, int32_t permission,
+                       uint32_t error) {
     record[0].fd = _open(name, flags, permission);
-    return record[0].fd < 0 ? nullptr : record.release();
+    if (record[0].fd >= 0) return record.release();
+    kModule.fail_text(here(), error, SystemError::runtime, name);
+    return nullptr;
+}
+
+ORVEX_HFILE* refuse_null_name() {
+    kModule.fail(here(), kBadArgument);
+    return nullptr;
 }
 
 int32_t fail_seek(int32_t line, const ORVEX_HFILE& file, int64_t offset, int64_t result) {
@@ -68,7 +88,7 @@ unsigned one_call(int64_t length) {
 // Writes zeros from the old end on, so that the disk space is taken.
 bool fill_with_zeros(ORVEX_HFILE* file, int64_t from, int64_t to) {
     static constexpr uint8_t zeros[kZeroChunk] = {};
-    if (ORVEX_HFILE_Seek(file, from, SEEK_SET) != from) return false;
+    if (!seek_to(file, from)) return false;
     for (int64_t at = from; at < to;) {
         const auto chunk = static_cast<int32_t>(std::min<int64_t>(to - at, kZeroChunk));
         if (ORVEX_HFILE_Write(file, zeros, chunk) != chunk) return false;
@@ -86,30 +106,24 @@ int32_t set_end_here(ORVEX_HFILE* file) {
 }  // namespace
 
 ORVEX_HFILE* ORVEX_HFILE_Open(const char* pszName, int32_t nFlags) {
+    if (pszName == nullptr) return refuse_null_name();
     if (strnlen(pszName, ORVEX_HFILE_NAME_SIZE) == ORVEX_HFILE_NAME_SIZE) {
         kModule.fail_text(here(), 124, SystemError::none, pszName);
         return nullptr;
     }
-    auto record = molte::allocate<ORVEX_HFILE>(1);
-    if (record == nullptr) {
-        kModule.trace(here());
-        return nullptr;
-    }
+    Record record = new_record(pszName);
+    if (record == nullptr) return nullptr;
     _chmod(pszName, kOwnerReadWrite);
-    record[0] = {};
-    std::strcpy(record[0].szFileName, pszName);
-    record[0].fd = _open(pszName, nFlags != 0 ? nFlags : kUpdate);
-    if (record[0].fd >= 0) return record.release();
-    kModule.fail_text(here(), 1, SystemError::runtime, pszName);
-    return nullptr;
+    const int32_t flags = nFlags != 0 ? nFlags : kUpdate;
+    return open_into(std::move(record), pszName, flags, kOwnerReadWrite, 1);
 }
 
 ORVEX_HFILE* ORVEX_HFILE_OpenMode(const char* pszName, int32_t nFlags, int32_t nPermission) {
-    ORVEX_HFILE* file = open_handle(pszName, nFlags, nPermission);
-    if (file == nullptr) {
-        kModule.fail_text(here(), 7, SystemError::runtime, pszName);
-        kModule.trace(here());
-    }
+    if (pszName == nullptr) return refuse_null_name();
+    Record record = new_record(pszName);
+    if (record == nullptr) return nullptr;
+    ORVEX_HFILE* file = open_into(std::move(record), pszName, nFlags, nPermission, 7);
+    if (file == nullptr) kModule.trace(here());
     return file;
 }
 
@@ -201,8 +215,7 @@ int64_t ORVEX_HFILE_WriteS(ORVEX_HFILE* pFile, const void* pData, int64_t nPos, 
 
 int32_t ORVEX_HFILE_Commit(ORVEX_HFILE* pFile) {
     if (pFile == nullptr) return kModule.fail(here(), kBadArgument);
-    const int32_t result = _commit(pFile->fd);
-    if (result >= 0) return result;
+    if (_commit(pFile->fd) >= 0) return 1;
     return kModule.fail(here(), 26, SystemError::runtime, "sync file error. fd=%d", pFile->fd);
 }
 
@@ -223,7 +236,7 @@ int64_t ORVEX_HFILE_UTIL_ChangeSize(ORVEX_HFILE* pFile, int64_t nNewSize) {
             return kModule.trace(here());
         }
     }
-    if (ORVEX_HFILE_Seek(pFile, nNewSize, SEEK_SET) != nNewSize) return kModule.trace(here());
+    if (!seek_to(pFile, nNewSize)) return kModule.trace(here());
     if (set_end_here(pFile) < 0) return -1;
     return ORVEX_FileLen(pFile->fd);
 }

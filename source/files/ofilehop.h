@@ -14,6 +14,7 @@ inline constexpr Module kModule("ofilehop");
 inline constexpr int32_t kUpdate = 32770;
 inline constexpr int32_t kMakeAnew = 33538;
 inline constexpr int32_t kOwnerReadWrite = 384;
+inline constexpr uint32_t kBadArgument = 50;
 
 // Closes a handle at the end of the block.
 class Handle {
@@ -28,6 +29,12 @@ class Handle {
  private:
     ORVEX_HFILE* file_;
 };
+
+// False is a failure that is reported. A negative position is one, though it is also what a failed
+// seek gives.
+inline bool seek_to(ORVEX_HFILE* file, int64_t position) {
+    return ORVEX_HFILE_Seek(file, position, 0) == position && position >= 0;
+}
 
 // Whole transfers at a position; false is a failure that is reported.
 inline bool read_at(ORVEX_HFILE* file, void* buffer, int64_t position, int64_t size) {

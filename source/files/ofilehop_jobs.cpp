@@ -11,11 +11,13 @@
 using molte::here;
 using molte::handle::CopyBuffer;
 using molte::handle::Handle;
+using molte::handle::kBadArgument;
 using molte::handle::kMakeAnew;
 using molte::handle::kModule;
 using molte::handle::kOwnerReadWrite;
 using molte::handle::kUpdate;
 using molte::handle::read_at;
+using molte::handle::seek_to;
 using molte::handle::write_at;
 
 namespace {
@@ -23,7 +25,8 @@ namespace {
 constexpr int64_t kDefaultLoad = 0x20000000;
 constexpr int64_t kMaxCopyBuffer = 0x400000;
 constexpr int64_t kDupReserve = 52428800;
-constexpr uint32_t kBadArgument = 50;
+constexpr int64_t kMaxPosition = std::numeric_limits<int64_t>::max();
+constexpr int32_t kUntranslated = 0x8000;
 
 // A move inside a file, all inside its (grown) length.
 struct Move {
@@ -56,10 +59,9 @@ bool move_backward(const Move& move, const CopyBuffer& buffer) {
     return true;
 }
 
-// Backward only where the target would overwrite what is still to be read.
+// Backward where the target could overwrite what is still to be read.
 bool move_all(const Move& move, const CopyBuffer& buffer) {
-    const bool forward = move.target < move.source || move.target >= move.source + move.length;
-    return forward ? move_forward(move, buffer) : move_backward(move, buffer);
+    return move.target < move.source ? move_forward(move, buffer) : move_backward(move, buffer);
 }
 
 }  // namespace
@@ -68,7 +70,10 @@ namespace molte::handle {
 
 CopyBuffer::CopyBuffer(void* given, int32_t given_size, int64_t length)
     : data_(given), size_(given_size) {
-    if (given != nullptr) return;
+    if (given != nullptr) {
+        if (given_size < 1) kModule.fail(here(), kBadArgument);
+        return;
+    }
     size_ = static_cast<int32_t>(std::min(length, kMaxCopyBuffer));
     own_ = allocate<uint8_t>(size_);
     data_ = own_.get();
@@ -94,15 +99,15 @@ int64_t ORVEX_HFILE_Load(const char* pszName, uint8_t** ppBuf, int64_t nOffset, 
 }
 
 int64_t ORVEX_HFILE_AddUpdate(const char* pszName, const void* pData, int64_t nPos, int64_t nLen) {
-    if (pData == nullptr || nPos < 0 || nLen < 0) return kModule.fail(here(), kBadArgument);
+    if (pData == nullptr || nPos < 0 || nLen < 0 || nLen > kMaxPosition - nPos) {
+        return kModule.fail(here(), kBadArgument);
+    }
     const Handle file(_access(pszName, 0) != 0
                           ? ORVEX_HFILE_OpenMode(pszName, kMakeAnew, kOwnerReadWrite)
                           : ORVEX_HFILE_Open(pszName, kUpdate));
     if (!file) return kModule.trace(here());
     const int64_t length = ORVEX_HFILE_Size(file.get());
     if (length < 0) return kModule.trace(here());
-    if (nLen > std::numeric_limits<int64_t>::max() - nPos)
-        return kModule.fail(here(), kBadArgument);
     const int64_t end = nPos + nLen;
     if (length < end && ORVEX_HFILE_ChangeSize(file.get(), end) < 0) return kModule.trace(here());
     return write_at(file.get(), pData, nPos, nLen) ? nLen : kModule.trace(here());
@@ -117,8 +122,7 @@ int32_t ORVEX_HFILE_Copy(ORVEX_HFILE* pTarget, int64_t nTargetPos, ORVEX_HFILE* 
     if (length == 0) return 0;
     const CopyBuffer buffer(pBuf, nBufSize, length);
     if (!buffer.valid()) return kModule.trace(here());
-    if (ORVEX_HFILE_Seek(pSource, nSourcePos, SEEK_SET) != nSourcePos ||
-        ORVEX_HFILE_Seek(pTarget, nTargetPos, SEEK_SET) != nTargetPos) {
+    if (!seek_to(pSource, nSourcePos) || !seek_to(pTarget, nTargetPos)) {
         return kModule.trace(here());
     }
     for (int64_t left = length; left > 0;) {
@@ -134,13 +138,14 @@ int32_t ORVEX_HFILE_Copy(ORVEX_HFILE* pTarget, int64_t nTargetPos, ORVEX_HFILE* 
 
 int32_t ORVEX_HFILE_Move(ORVEX_HFILE* pFile, int64_t nTargetPos, int64_t nSourcePos, int64_t nLen,
                          int32_t /*nUnused*/, void* pBuf, int32_t nBufSize) {
-    if (nTargetPos < 0 || nSourcePos < 0) return kModule.fail(here(), kBadArgument);
     if (nTargetPos == nSourcePos) return 0;
+    if (nTargetPos < 0 || nSourcePos < 0) return kModule.fail(here(), kBadArgument);
     const int64_t file_length = ORVEX_HFILE_Size(pFile);
     if (file_length < 0) return kModule.trace(here());
     const int64_t wanted = nLen < 1 ? file_length : nLen;
     const int64_t length = std::min(wanted, file_length - nSourcePos);
     if (length < 1) return 0;
+    if (length > kMaxPosition - nTargetPos) return kModule.fail(here(), kBadArgument);
     const CopyBuffer buffer(pBuf, nBufSize, length);
     if (!buffer.valid()) return kModule.trace(here());
     const int64_t target_end = nTargetPos + length;
@@ -166,11 +171,13 @@ int32_t ORVEX_HFILE_Dup(ORVEX_HFILE* pSource, char* pszTarget) {
 }
 
 int32_t ORVEX_HFILE_DupFile(const char* pszSource, char* pszTarget) {
+    if (pszTarget == nullptr) return kModule.fail(here(), kBadArgument);
     const int64_t length = ORVEX_FileLenByFileName(pszSource);
     if (length < 0) return kModule.trace(here());
     if (ORVEX_DISK_CanHoldFile(pszTarget, length + kDupReserve) < 0) return kModule.trace(here());
-    // The permission number serves as flags on purpose: read only, create, not inherited.
-    const Handle source(ORVEX_HFILE_Open(pszSource, kOwnerReadWrite));
+    // The permission number serves as flags on purpose: read only, create, not inherited. With it
+    // the bytes are taken as they stand, where a platform would translate line ends.
+    const Handle source(ORVEX_HFILE_Open(pszSource, kOwnerReadWrite | kUntranslated));
     if (!source) return kModule.trace(here());
     return ORVEX_HFILE_Dup(source.get(), pszTarget);
 }

@@ -2,7 +2,6 @@
 #include <cctype>
 #include <cstring>
 
-#include "core/report.h"
 #include "files/directory_walk.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
@@ -10,19 +9,18 @@
 
 using molte::here;
 using molte::SystemError;
-using molte::WalkPath;
+using molte::directory::all_entries;
+using molte::directory::Find;
+using molte::directory::is_folder;
+using molte::directory::kModule;
+using molte::directory::kNoState;
+using molte::directory::too_long;
+using molte::directory::WalkPath;
 
 namespace {
 
-constexpr molte::Module kModule("oxdirop");
-constexpr uint32_t kNoState = 10;
 constexpr uint32_t kNotDeleted = 17;
-constexpr uint32_t kNameTooLong = 1001;
 constexpr int64_t kCluster = 4096;
-
-bool is_folder(const OXSTAT64& state) {
-    return (state.st_mode & _S_IFDIR) != 0;
-}
 
 int upper(char c) {
     return std::toupper(static_cast<unsigned char>(c));
@@ -40,10 +38,6 @@ bool ends_with(const char* name, size_t length, const char* suffix) {
 
 int32_t fail_delete(int32_t line, const char* name) {
     return kModule.fail_text(line, kNotDeleted, SystemError::runtime, name);
-}
-
-int32_t too_long(int32_t line, const char* name) {
-    return kModule.fail_text(line, kNameTooLong, SystemError::none, name);
 }
 
 // A path with the name of an entry at its end, as long as it lives.
@@ -65,7 +59,7 @@ class EntryPath {
 
 int32_t delete_tree(WalkPath* folder, bool recursive);
 
-int32_t delete_entry(WalkPath* folder, const molte::Find& find, bool recursive) {
+int32_t delete_entry(WalkPath* folder, const Find& find, bool recursive) {
     OXSTAT64 state{};
     if (!find.is_link() && find.state(folder->text(), &state) != 0) {
         kModule.fail_text(here(), kNoState, SystemError::runtime, find.name());
@@ -79,7 +73,7 @@ int32_t delete_entry(WalkPath* folder, const molte::Find& find, bool recursive) 
 
 // A folder that can't be walked is no failed entry: nothing more is tried on it.
 int32_t delete_entries(WalkPath* folder, bool recursive, bool* walked) {
-    molte::Find find(folder->text());
+    Find find(folder->text(), all_entries(folder->text()));
     *walked = find.found();
     if (!find.found()) return kModule.trace(here());
     for (; find.found(); find.next()) {
@@ -102,7 +96,7 @@ int64_t whole_clusters(int64_t length) {
 
 int64_t used_in(WalkPath* folder);
 
-int64_t used_by(WalkPath* folder, const molte::Find& find) {
+int64_t used_by(WalkPath* folder, const Find& find) {
     OXSTAT64 state;
     if (find.state(folder->text(), &state) != 0) {
         if (find.is_link()) return 0;  // leads nowhere
@@ -119,7 +113,7 @@ int64_t used_by(WalkPath* folder, const molte::Find& find) {
 
 int64_t used_in(WalkPath* folder) {
     int64_t sum = 0;
-    molte::Find find(folder->text());
+    Find find(folder->text(), all_entries(folder->text()));
     for (; find.found(); find.next()) {
         if (find.is_dots()) continue;
         const int64_t used = used_by(folder, find);
@@ -141,13 +135,12 @@ bool is_wanted(const char* name, const char* suffix, int32_t min_length, int32_t
 int32_t ORVEX_DelFileInDir(const char* pszDir, const char* pszPrefix, const char* pszSuffix,
                            int32_t nMinLen, int32_t nMaxLen) {
     WalkPath folder;
-    if (!folder.append(pszDir)) return too_long(here(), pszDir);
+    if (folder.start_at(pszDir) < 0) return kModule.trace(here());
     WalkPath pattern = folder;
-    if (!pattern.append("\\") || !pattern.append(pszPrefix != nullptr ? pszPrefix : "") ||
-        !pattern.append("*")) {
+    if (!pattern.append("\\") || !pattern.append(pszPrefix != nullptr ? pszPrefix : "")) {
         return too_long(here(), pszDir);
     }
-    molte::Find find(pattern.text());
+    Find find(pattern.text(), "*");
     if (!find.found()) return 0;
     for (; find.found(); find.next()) {
         if (find.is_dots() || !is_wanted(find.name(), pszSuffix, nMinLen, nMaxLen)) continue;
@@ -163,7 +156,7 @@ int32_t ORVEX_DelFileInDir(const char* pszDir, const char* pszPrefix, const char
 
 int32_t ORVEX_DelFileInPathRecur(const char* pszDir, int32_t bRecursive) {
     WalkPath folder;
-    if (!folder.append(pszDir)) return too_long(here(), pszDir);
+    if (folder.start_at(pszDir) < 0) return kModule.trace(here());
     return delete_tree(&folder, bRecursive != 0);
 }
 
@@ -173,6 +166,6 @@ int64_t ORVEX_DiskUsedInDir(const char* pszName) {
     if (ORVEX_FileStatByFileName(pszName, &state) < 0) return kModule.trace(here());
     if (!is_folder(state)) return state.st_size < 1 ? 0 : state.st_size;
     WalkPath folder;
-    if (!folder.append(pszName)) return too_long(here(), pszName);
+    if (folder.start_at(pszName) < 0) return kModule.trace(here());
     return used_in(&folder);
 }

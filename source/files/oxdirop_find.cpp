@@ -2,7 +2,6 @@
 #include <bit>
 #include <cstring>
 
-#include "core/report.h"
 #include "files/directory_walk.h"
 #include "files/file_calls.h"
 #include "moltelib/directory.h"
@@ -11,10 +10,11 @@
 
 using molte::here;
 using molte::SystemError;
+using molte::directory::kEmptyName;
+using molte::directory::kModule;
 
 namespace {
 
-constexpr molte::Module kModule("oxdirop");
 constexpr int64_t kNoFind = -1;
 
 static_assert(sizeof(OXFINDDATA) == sizeof(WIN32_FIND_DATAA));
@@ -29,19 +29,20 @@ bool is_separator(char c) {
 }
 
 // A folder's name stands for all its entries.
-bool pattern_of(const char* name, molte::WalkPath* pattern) {
-    if (!pattern->append(name)) return false;
-    const size_t length = pattern->length();
-    if (is_separator(name[length - 1])) return pattern->append("*");
-    size_t component = length;
-    while (component > 0 && !is_separator(name[component - 1])) --component;
-    return std::strpbrk(name + component, "*?") != nullptr || pattern->append("\\*");
+const char* rest_of_pattern(const char* name) {
+    const char* component = name + std::strlen(name);
+    while (component > name && !is_separator(component[-1])) --component;
+    return std::strpbrk(component, "*?") != nullptr ? "" : molte::directory::all_entries(name);
 }
 
 }  // namespace
 
 int64_t ORVEX_FileFindFirst(const char* pszName, OXFINDDATA* pData) {
-    return molte::find_first(pszName, pData, false);
+    *pData = {};
+    if (pszName == nullptr || pszName[0] == '\0') return kModule.fail(here(), kEmptyName);
+    molte::directory::Find find(pszName, rest_of_pattern(pszName), false);
+    *pData = find.data();
+    return find.release();
 }
 
 int32_t ORVEX_FileFindNext(int64_t nFind, OXFINDDATA* pData) {
@@ -74,25 +75,28 @@ int32_t ORVEX_FileFindCopyName(const OXFINDDATA* pData, OXFILESTAT* pRecord) {
     return 1;
 }
 
-namespace molte {
+namespace molte::directory {
 
-int64_t find_first(const char* name, OXFINDDATA* data, bool names_only) {
-    *data = {};
-    if (name == nullptr || name[0] == '\0') return kModule.fail(here(), 27);
+const char* all_entries(const char* folder) {
+    const size_t length = std::strlen(folder);
+    if (length == 0) return "";
+    return is_separator(folder[length - 1]) ? "*" : "\\*";
+}
+
+Find::Find(const char* start, const char* rest, bool names_only) {
     WalkPath pattern;
     HANDLE find = INVALID_HANDLE_VALUE;
-    if (pattern_of(name, &pattern)) {
+    if (pattern.append(start) && pattern.append(rest)) {
         WIN32_FIND_DATAA found{};
         find = names_only ? platform::find_first_name(pattern.text(), &found)
                           : FindFirstFileA(pattern.text(), &found);
-        if (find != INVALID_HANDLE_VALUE) *data = std::bit_cast<OXFINDDATA>(found);
+        found_ = find != INVALID_HANDLE_VALUE;
+        if (found_) data_ = std::bit_cast<OXFINDDATA>(found);
     } else {
         SetLastError(ERROR_FILENAME_EXCED_RANGE);
     }
-    if (find == INVALID_HANDLE_VALUE) {
-        return kModule.fail_text(here(), 1, SystemError::platform, pattern.text());
-    }
-    return std::bit_cast<intptr_t>(find);
+    if (!found_) kModule.fail_text(here(), 1, SystemError::platform, pattern.text());
+    handle_ = std::bit_cast<intptr_t>(find);
 }
 
 bool Find::is_link() const {
@@ -107,4 +111,4 @@ int32_t Find::state(const char* folder, OXSTAT64* out) const {
     return result;
 }
 
-}  // namespace molte
+}  // namespace molte::directory

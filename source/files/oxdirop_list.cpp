@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/report.h"
 #include "files/directory_walk.h"
 #include "moltelib/array.h"
 #include "moltelib/directory.h"
@@ -11,25 +10,21 @@
 
 using molte::here;
 using molte::SystemError;
-using molte::WalkPath;
+using molte::directory::all_entries;
+using molte::directory::Find;
+using molte::directory::is_folder;
+using molte::directory::kModule;
+using molte::directory::kNoState;
+using molte::directory::too_long;
+using molte::directory::WalkPath;
 
 namespace {
 
-constexpr molte::Module kModule("oxdirop");
-constexpr uint32_t kNoState = 10;
-constexpr uint32_t kNameTooLong = 1001;
+constexpr uint32_t kBadArgument = 50;
 constexpr int32_t kShortNameSize = 128;
 constexpr int32_t kFirstInFolder = 8;
 constexpr int32_t kFirstInTree = 1024;
 constexpr int32_t kTreeGrowth = 8;
-
-bool is_folder(const OXSTAT64& state) {
-    return (state.st_mode & _S_IFDIR) != 0;
-}
-
-int32_t too_long(int32_t line, const char* name) {
-    return kModule.fail_text(line, kNameTooLong, SystemError::none, name);
-}
 
 // The list becomes the caller's; an empty one is freed.
 template <typename Element>
@@ -43,15 +38,20 @@ int32_t hand_over(PA* array, Element** list) {
     return count;
 }
 
+// How a list names its elements, and finds them.
+struct ListForm {
+    int32_t (*add_file)(PA* array, const char* relative, const char* name, const OXSTAT64& state);
+    const char* rest_at_root;  // the end of the pattern behind "root\"; deeper it is "\*"
+};
+
 // Walks a tree. Folder is where the walk stands, relative the part of it under the root, which is
 // what the elements' names are made of.
 class TreeLister {
  public:
-    using AddFile = int32_t (*)(PA* array, const char* relative, const char* name,
-                                const OXSTAT64& state);
-    TreeLister(PA* array, AddFile add_file) : array_(array), add_file_(add_file) {}
+    TreeLister(PA* array, const ListForm& form) : array_(array), form_(form) {}
 
     int32_t list(const char* root, const char* relative) {
+        if (root == nullptr || relative == nullptr) return kModule.fail(here(), kBadArgument);
         if (!folder_.append(root) || !folder_.append("\\") || !folder_.append(relative)) {
             return too_long(here(), relative);
         }
@@ -62,7 +62,7 @@ class TreeLister {
  private:
     int32_t list_here() {
         const size_t length = folder_.length();
-        molte::Find find(folder_.text());
+        Find find(folder_.text(), length > relative_start_ ? "\\*" : form_.rest_at_root);
         if (!find.found()) return kModule.trace(here());
         for (; find.found(); find.next()) {
             if (!find.is_dots() && add(find) < 0) return -1;
@@ -71,7 +71,7 @@ class TreeLister {
         return 1;
     }
 
-    int32_t add(const molte::Find& find) {
+    int32_t add(const Find& find) {
         OXSTAT64 state;
         if (find.state(folder_.text(), &state) != 0) {
             if (find.is_link()) return 1;  // leads nowhere
@@ -79,7 +79,7 @@ class TreeLister {
             return kModule.trace(here());
         }
         if (!is_folder(state)) {
-            return add_file_(array_, folder_.text() + relative_start_, find.name(), state);
+            return form_.add_file(array_, folder_.text() + relative_start_, find.name(), state);
         }
         if (find.is_link()) return 1;
         if (!folder_.append(find.name()) || !folder_.append("\\")) {
@@ -89,7 +89,7 @@ class TreeLister {
     }
 
     PA* array_;
-    AddFile add_file_;
+    ListForm form_;
     WalkPath folder_;
     size_t relative_start_ = 0;
 };
@@ -113,6 +113,7 @@ int32_t add_long(PA* array, const char* relative, const char* name, const OXSTAT
 template <typename Element>
 int32_t list_tree(const char* root, Element** list,
                   int32_t (*worker)(const char*, const char*, PA*)) {
+    if (list == nullptr) return kModule.fail(here(), kBadArgument);
     PA array;
     if (PA_Init(&array, sizeof(Element), kFirstInTree) < 0) return kModule.trace(here());
     array.nGrowBy = kTreeGrowth;
@@ -123,7 +124,7 @@ int32_t list_tree(const char* root, Element** list,
     return hand_over(&array, list);
 }
 
-int32_t add_entry(PA* array, const molte::Find& find, const char* folder) {
+int32_t add_entry(PA* array, const Find& find, const char* folder) {
     OXFILESTAT element;
     if (ORVEX_FileFindCopyName(&find.data(), &element) < 0) return kModule.trace(here());
     OXSTAT64 state;
@@ -133,7 +134,7 @@ int32_t add_entry(PA* array, const molte::Find& find, const char* folder) {
 }
 
 int32_t list_folder(const char* folder, PA* array) {
-    molte::Find find(folder, false);  // with the short names
+    Find find(folder, all_entries(folder), false);  // with the short names
     if (!find.found()) return kModule.trace(here());
     for (; find.found(); find.next()) {
         if (!find.is_dots() && add_entry(array, find, folder) < 0) return -1;
@@ -166,9 +167,9 @@ int32_t ORVEX_RecurGetFileListLong(const char* pszDir, OXFILESTAT** ppList) {
 }
 
 int32_t ORVEX_UTIL_RecurFileList(const char* pszRoot, const char* pszRelative, PA* pArray) {
-    return TreeLister(pArray, add_short).list(pszRoot, pszRelative);
+    return TreeLister(pArray, {add_short, "\\*"}).list(pszRoot, pszRelative);
 }
 
 int32_t ORVEX_UTIL_RecurFileListLong(const char* pszRoot, const char* pszRelative, PA* pArray) {
-    return TreeLister(pArray, add_long).list(pszRoot, pszRelative);
+    return TreeLister(pArray, {add_long, "*"}).list(pszRoot, pszRelative);
 }

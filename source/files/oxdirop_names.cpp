@@ -1,7 +1,6 @@
 // Names of folders: splitting, the current folder, what kind a name is.
 #include <cstring>
 
-#include "core/report.h"
 #include "files/directory_of.h"
 #include "files/directory_walk.h"
 #include "moltelib/directory.h"
@@ -11,10 +10,11 @@
 
 using molte::here;
 using molte::SystemError;
+using molte::directory::kModule;
 
 namespace {
 
-constexpr molte::Module kModule("oxdirop");
+constexpr uint32_t kBadArgument = 50;
 
 bool is_wild(char c) {
     return c == '*' || c == '?';
@@ -36,6 +36,7 @@ int32_t split(const char* directory, size_t length, const char* pattern, char* d
 }  // namespace
 
 int32_t ORVEX_FileName2Path(const char* pszName, char* pszDir, char* pszBase) {
+    if (pszName == nullptr) return kModule.fail(here(), kBadArgument);
     const size_t start = molte::base_name_start(pszName);
     copy(pszBase, pszName + start, std::strlen(pszName + start));
     if (start == 0) {
@@ -87,7 +88,7 @@ char* ORVEX_Getcwd(char* pszBuf, int32_t nSize) {
 int32_t ORVEX_NameIsPath(const char* pszName) {
     OXSTAT64 state;
     if (ORVEX_FileStatByFileName(pszName, &state) < 0) return kModule.trace(here());
-    return (state.st_mode & _S_IFDIR) != 0 ? 1 : 0;
+    return molte::directory::is_folder(state) ? 1 : 0;
 }
 
 int32_t ORVEX_IsDirEmpty(const char* pszName) {
@@ -97,7 +98,7 @@ int32_t ORVEX_IsDirEmpty(const char* pszName) {
     if (is_path == 0) {
         return kModule.fail(here(), 402, SystemError::none, "%s is not path", pszName);
     }
-    molte::Find find(pszName);
+    molte::directory::Find find(pszName, molte::directory::all_entries(pszName));
     if (!find.found()) return kModule.trace(here());
     for (; find.found(); find.next()) {
         if (find.is_dots()) continue;

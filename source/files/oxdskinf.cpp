@@ -1,4 +1,7 @@
 // Room on disks.
+#include <algorithm>
+#include <limits>
+
 #include "core/report.h"
 #include "data/decimal.h"
 #include "files/directory_of.h"
@@ -13,6 +16,13 @@ namespace {
 constexpr molte::Module kModule("oxdskinf");
 constexpr int64_t kUnit = 1048576;
 constexpr int32_t kReserveUnits = 32;
+constexpr uint32_t kBadArgument = 50;
+
+// Disks of 2 PB and more are shown as the most that a result can hold.
+int32_t whole_units(int64_t bytes) {
+    return static_cast<int32_t>(
+        std::min<int64_t>(bytes / kUnit, std::numeric_limits<int32_t>::max()));
+}
 
 void store(auto* out, auto value) {
     if (out != nullptr) *out = value;
@@ -35,12 +45,13 @@ int32_t ORVEX_DISK_GetInfo(const char* pszDir, int32_t* pnTotal, int32_t* pnAvai
     int64_t available = 0;
     // An available count with all bits set is a failure, too.
     const bool known = ORVEX_DISK_GetInfoEx(pszDir, &total, &available) != -1;
-    store(pnTotal, static_cast<int32_t>(known ? total / kUnit : 0));
-    store(pnAvailable, static_cast<int32_t>(known ? available / kUnit : 0));
-    return known ? static_cast<int32_t>(available / kUnit) : kModule.trace(here());
+    store(pnTotal, known ? whole_units(total) : 0);
+    store(pnAvailable, known ? whole_units(available) : 0);
+    return known ? whole_units(available) : kModule.trace(here());
 }
 
 int32_t ORVEX_DISK_CanHoldFile(const char* pszFileName, int64_t nBytes) {
+    if (pszFileName == nullptr) return kModule.fail(here(), kBadArgument);
     const molte::DirectoryOf folder(pszFileName);
     if (folder.path() == nullptr) return kModule.trace(here());
     const int32_t units = ORVEX_DISK_GetInfo(folder.path(), nullptr, nullptr);

@@ -50,7 +50,7 @@ int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTarget, int3
     if (is_same_file(state, pszTarget)) {
         return fail_name(here(), kNotCopied, SystemError::none, pszTarget);
     }
-    ORVEX_FileChangeMode(pszTarget, kOwnerReadWrite, 0);
+    add_owner_mode(pszTarget);
     molte::Descriptor target(open(pszTarget, kMakeAnew, state.st_mode));
     if (!target.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, pszTarget);
     if (state.st_size == 0) return 1;  // with the time of now

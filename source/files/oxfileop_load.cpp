@@ -31,13 +31,6 @@ int64_t length_of(const wchar_t* name) {
     return ORVEX_FileLenByFileNameW(name);
 }
 
-int32_t add_owner_mode(const char* name) {
-    return ORVEX_FileChangeMode(name, kOwnerReadWrite, 0);
-}
-int32_t add_owner_mode(const wchar_t* name) {
-    return ORVEX_FileChangeModeW(name, kOwnerReadWrite, 0);
-}
-
 // Null with errno, or null and traced when the mode can't be widened.
 Stream open_text(const char* name, const char* mode) {
     Stream stream(platform::open_stream(name, mode));

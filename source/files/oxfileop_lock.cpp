@@ -31,7 +31,7 @@ int32_t ORVEX_FileRecordLock(int32_t fd, int32_t nMode, int64_t nOffset, int32_t
 }
 
 int32_t ORVEX_LockFile(const char* pszName) {
-    ORVEX_FileChangeMode(pszName, kOwnerReadWrite, 0);
+    add_owner_mode(pszName);
     molte::Descriptor file(open(pszName, kOpenOrMake, kOwnerReadWrite));
     if (!file.valid()) return fail_name(here(), kLockFileNotOpened, SystemError::runtime, pszName);
     if (_locking(file.get(), _LK_NBLCK, 1) != 0) {

@@ -59,6 +59,7 @@ int32_t ORVEX_TempFileName(const char* pszDir, char* pszOut, const char* pszPref
 }
 
 int32_t ORVEX_UTIL_GetTempFileName(const char* pszDir, char* pszOut, const char* pszPrefix) {
+    if (pszDir == nullptr || pszOut == nullptr) return kModule.fail(here(), kBadArgument);
     if (pszPrefix == nullptr || pszPrefix[0] == '\0') pszPrefix = "otmp";
     const size_t room = std::strlen(pszDir) + std::strlen(pszPrefix) + 24;
     for (int32_t number = 0; number < kTempNames; ++number) {
@@ -75,6 +76,7 @@ int32_t ORVEX_UTIL_GetTempFileName(const char* pszDir, char* pszOut, const char*
 }
 
 int32_t ORVEX_UTIL_TempFNFromFN(const char* pszFileName, char* pszOut, const char* pszPrefix) {
+    if (pszFileName == nullptr) return kModule.fail(here(), kBadArgument);
     const molte::DirectoryOf folder(pszFileName);
     if (folder.path() == nullptr) return kModule.trace(here());
     return ORVEX_UTIL_GetTempFileName(folder.path(), pszOut, pszPrefix) > 0 ? 1
@@ -98,12 +100,14 @@ int32_t ORVEX_DirCreateRecur(char* pszPath, int32_t /*nUnused*/) {
 }
 
 int32_t ORVEX_CreatePathByFileName(const char* pszFileName) {
+    if (pszFileName == nullptr) return kModule.fail(here(), kBadArgument);
     molte::DirectoryOf folder(pszFileName);
     if (folder.path() == nullptr) return kModule.trace(here());
     return ORVEX_DirCreateRecur(folder.path(), 0);
 }
 
 int32_t ORVEX_FileExchangeName(const char* pszA, const char* pszB) {
+    if (pszA == nullptr) return kModule.fail(here(), kBadArgument);
     const size_t length = std::strlen(pszA);
     const auto name = molte::allocate<char>(static_cast<int64_t>(length + sizeof kExchangeSuffix));
     if (name == nullptr) return kModule.trace(here());

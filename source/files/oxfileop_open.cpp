@@ -18,13 +18,6 @@ constexpr int32_t kZeroChunk = 8192;
 constexpr DWORD kDeniedWait = 1000;  // milliseconds
 constexpr int kPasses = 2;
 
-int32_t add_owner_mode(const char* name) {
-    return ORVEX_FileChangeMode(name, kOwnerReadWrite, 0);
-}
-int32_t add_owner_mode(const wchar_t* name) {
-    return ORVEX_FileChangeModeW(name, kOwnerReadWrite, 0);
-}
-
 // Two exclusive creations of a process never run at once. Made at first use, never deleted.
 OXCRITSECT* creation_lock() {
     struct Section {

@@ -99,7 +99,7 @@ int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, void* pBuf, 
 
 int32_t ORVEX_CopyWrite(const char* pszName, const void* pData, int32_t nLen, int64_t nTime) {
     if (pData == nullptr || nLen < 0) return kModule.fail(here(), kBadArgument);
-    ORVEX_FileChangeMode(pszName, kOwnerReadWrite, 0);
+    add_owner_mode(pszName);
     molte::Descriptor file(open(pszName, kMakeAnew, kOwnerReadWrite));
     if (!file.valid()) return fail_open(here(), pszName);
     if (!write_whole(file.get(), pData, nLen)) return fail_write(here(), file.get(), pData, nLen);
@@ -114,6 +114,7 @@ int32_t ORVEX_CopyUpdate(const char* pszName, const void* pData, int64_t nOffset
     if (nOffset < 0 || nOffset > length || nLen < 0) {
         return fail_range(here(), kBadUpdate, length, nOffset, nLen, pszName);
     }
+    if (pData == nullptr && nLen > 0) return kModule.fail(here(), kBadArgument);
     molte::Descriptor file(open_by_chmod(pszName, kUpdate));
     if (!file.valid()) return fail_open(here(), pszName);
     if (write_at(file, nOffset, pData, nLen) < 0) return -1;
@@ -137,6 +138,7 @@ int32_t ORVEX_CopyRead(const char* pszName, void* pBuf, int32_t nLen, int64_t* p
 
 int32_t ORVEX_CopyReadPart(const char* pszName, void* pBuf, int64_t nOffset, int32_t nLen) {
     if (nLen < 1) return 0;
+    if (pBuf == nullptr) return kModule.fail(here(), kBadArgument);
     const int64_t offset = std::max<int64_t>(nOffset, 0);
     const int64_t length = ORVEX_FileLenByFileName(pszName);
     if (length < 0) return kModule.trace(here());

@@ -144,9 +144,8 @@ int32_t ORVEX_FileChangeModeW(const wchar_t* pwszName, int32_t nSet, int32_t nCl
 }
 
 int32_t ORVEX_FileChangeModeByStat(const char* pszName, const OXSTAT64* pStatus) {
-    const int result = change_mode(pszName, pStatus->st_mode);
-    if (result < 0) fail_name(here(), kModeNotChanged, SystemError::runtime, pszName);
-    return result;
+    if (change_mode(pszName, pStatus->st_mode) == 0) return 1;
+    return fail_name(here(), kModeNotChanged, SystemError::runtime, pszName);
 }
 
 int32_t ORVEX_FileChangeModAccessTime(const char* pszName, int64_t nAccessTime, int64_t nModTime) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
@@ -187,9 +188,9 @@ TEST(Delete, ATreeWithItsLinksButNotWhatTheyLeadTo) {
     EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), 1);
     EXPECT_FALSE(fs::exists(folder.path() / "t"));
     EXPECT_TRUE(fs::exists(outside.path() / "kept"));
-    ORVEX_Err_ClearError();
     EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), -1);
     EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(ORVEX_DelFileInPathRecur("", 1), -1);  // not the root
 }
 
 class Tree : public testing::Test {
@@ -217,10 +218,33 @@ TEST_F(Tree, ListsRelativeNames) {
     EXPECT_EQ(names, (Names{"a\\b\\t", "a\\s", "r"}));
     ORVEX_free(list);
     EXPECT_EQ(ORVEX_RecurGetFileList((folder_ / "empty").c_str(), &list), 0);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_RecurGetFileList((folder_ / "none").c_str(), &list), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    const std::string none = folder_ / "none";
+    EXPECT_EQ(ORVEX_RecurGetFileList(none.c_str(), &list), -1);
+    EXPECT_EQ(error_of_this_thread(), "1 oxdirop " + none + "\\\\*");
+    OXFILESTAT* long_list = nullptr;
+    EXPECT_EQ(ORVEX_RecurGetFileListLong(none.c_str(), &long_list), -1);
+    EXPECT_EQ(error_of_this_thread(), "1 oxdirop " + none + "\\*");
 }
+
+#if !defined(_WIN32)
+// What Windows has no names or kinds for.
+TEST_F(Tree, StarsInNamesAndSockets) {
+    fs::create_directories(folder_.path() / "a" / "s*");
+    folder_.write("a/s*/u", "4444");
+    ASSERT_EQ(mknod((folder_ / "a/socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_EQ(ORVEX_NameIsPath((folder_ / "a/socket").c_str()), 0);
+    char(*list)[128] = nullptr;
+    EXPECT_EQ(ORVEX_RecurGetFileList(folder_.str().c_str(), &list), 5);
+    ORVEX_free(list);
+    OXFILESTAT* long_list = nullptr;
+    EXPECT_EQ(ORVEX_GetFileListInDir((folder_ / "a/s*").c_str(), &long_list), 1);
+    ORVEX_free(long_list);
+    EXPECT_EQ(ORVEX_IsDirEmpty((folder_ / "a/s*").c_str()), 0);
+    EXPECT_EQ(ORVEX_DiskUsedInDir((folder_ / "a/s*").c_str()), 4096);
+    EXPECT_EQ(ORVEX_DelFileInPathRecur((folder_ / "a").c_str(), 1), 1);
+    EXPECT_EQ(names_in(folder_.path()), (Names{"empty", "r"}));
+}
+#endif
 
 TEST_F(Tree, ListsStatesUnderTheirPeculiarNames) {
     OXFILESTAT* list = nullptr;

@@ -93,7 +93,7 @@ TEST_F(FileHandle, PositionsAndLocks) {
     EXPECT_EQ(ORVEX_FileRecordLock(other.file->fd, 2, 4, 1), -1);
     EXPECT_NE(ORVEX_HFILE_Unlock(handle.file, 2, 3), -1);
     EXPECT_NE(ORVEX_FileRecordLock(other.file->fd, 2, 4, 1), -1);
-    EXPECT_EQ(ORVEX_HFILE_Commit(handle.file), 0);
+    EXPECT_EQ(ORVEX_HFILE_Commit(handle.file), 1);
 }
 
 TEST_F(FileHandle, TransfersAreCountedFailuresLogged) {
@@ -139,6 +139,9 @@ TEST_F(FileHandle, SizeGrowsWithZerosAndShrinks) {
     ORVEX_Err_ClearError();
     EXPECT_EQ(ORVEX_HFILE_ChangeSize(handle.file, INT64_C(1) << 60), -1);  // no disk has that
     EXPECT_EQ(GetRvexErrNo(), 202U);
+    // A position of -1 is no position, though a failed seek gives the same number.
+    EXPECT_EQ(ORVEX_HFILE_UTIL_ChangeSize(handle.file, -1), -1);
+    EXPECT_EQ(GetRvexErrNo(), 5U);
     EXPECT_EQ(ORVEX_HFILE_Size(handle.file), 4);
 }
 
@@ -171,8 +174,10 @@ TEST_F(FileHandle, AddUpdateMakesGrowsAndWrites) {
     EXPECT_EQ(ORVEX_HFILE_AddUpdate(file.c_str(), "z", 0, 1), 1);
     EXPECT_EQ(read_bytes(file), std::string("z\0\0xy", 5));
     EXPECT_EQ(ORVEX_HFILE_AddUpdate(file.c_str(), nullptr, 0, 1), -1);
-    EXPECT_EQ(ORVEX_HFILE_AddUpdate(file.c_str(), "z", INT64_MAX, 1), -1);
+    const std::string never = folder_ / "never";
+    EXPECT_EQ(ORVEX_HFILE_AddUpdate(never.c_str(), "z", INT64_MAX, 1), -1);
     EXPECT_EQ(GetRvexErrNo(), 50U);
+    EXPECT_FALSE(fs::exists(never));
 }
 
 TEST_F(FileHandle, CopiesRangesInChunks) {
@@ -186,6 +191,10 @@ TEST_F(FileHandle, CopiesRangesInChunks) {
     ORVEX_Err_ClearError();
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, 1, 99, 0, nullptr, 0), -1);
     EXPECT_EQ(GetRvexErrNo(), 3U);  // the whole length from position 1: short at the end
+    EXPECT_EQ(ORVEX_HFILE_Copy(target.file, -1, source.file, 0, 1, 0, nullptr, 0), -1);
+    EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, -1, 1, 0, nullptr, 0), -1);
+    EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, 0, 1, 0, small, 0), -1);
+    EXPECT_EQ(error_of_this_thread(), "50 ofilehop");
     const Handle empty(folder_.write("e", ""));
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, empty.file, 0, 5, 0, nullptr, 0), 0);
 }
@@ -225,19 +234,23 @@ TEST_F(FileHandle, AMoveThatFailsGivesTheLengthBack) {
     EXPECT_EQ(ORVEX_HFILE_Move(write_only, 8, 0, 10, 0, nullptr, 0), -1);
     ORVEX_HFILE_Close(&write_only);
     EXPECT_EQ(read_bytes(file), "0123456789");
+    const Handle handle(file);
+    EXPECT_EQ(ORVEX_HFILE_Move(handle.file, INT64_MAX - 2, 0, 5, 0, nullptr, 0), -1);
+    EXPECT_EQ(GetRvexErrNo(), 50U);
 }
 
 TEST_F(FileHandle, DuplicatesBesideTheSource) {
     const std::string file = folder_.str() + "\\s";
-    folder_.write("s", "to be copied");
+    const std::string bytes("as\r\nit\x1A\0is\n", 12);
+    folder_.write("s", bytes);
     char name[512] = "";
     EXPECT_EQ(ORVEX_HFILE_DupFile(file.c_str(), name), 0);
     EXPECT_EQ(std::string(name), folder_.str() + "\\otmp0.tmp");
-    EXPECT_EQ(read_bytes(folder_.path() / "otmp0.tmp"), "to be copied");
+    EXPECT_EQ(read_bytes(folder_.path() / "otmp0.tmp"), bytes);
     const std::string given = folder_ / "given";
     std::strcpy(name, given.c_str());
     EXPECT_EQ(ORVEX_HFILE_DupFile(file.c_str(), name), 0);
-    EXPECT_EQ(read_bytes(given), "to be copied");
+    EXPECT_EQ(read_bytes(given), bytes);
     std::strcpy(name, (folder_ / "no/where").c_str());
     ORVEX_Err_ClearError();
     const Handle source(file);

@@ -103,7 +103,7 @@ TEST(FileMode, AReadOnlyFileIsOpenedAndLeftWritable) {
     OXSTAT64 state;
     ORVEX_FileStatByFileName(file.c_str(), &state);
     state.st_mode = static_cast<uint16_t>(state.st_mode & ~0x80);
-    EXPECT_EQ(ORVEX_FileChangeModeByStat(file.c_str(), &state), 0);
+    EXPECT_EQ(ORVEX_FileChangeModeByStat(file.c_str(), &state), 1);
     EXPECT_EQ(ORVEX_FileGetMode(file.c_str(), nullptr) & 0x80, 0);
     const std::string missing = folder / "none";
     EXPECT_EQ(ORVEX_FileChangeModeByStat(missing.c_str(), &state), -1);
@@ -279,6 +279,15 @@ TEST(OpenCreate, MakesOnceThenOpens) {
     ORVEX_Err_ClearError();
     EXPECT_LT(ORVEX_FileOpenByChmod(nowhere.c_str(), 32770), 0);
     EXPECT_EQ(GetRvexErrNo(), 23U);  // of the change of mode
+}
+
+TEST(OpenCreate, AFileMadeByItsFlagsIsItsOwners) {
+    const TempFolder folder;
+    const std::string file = folder / "new";
+    const int32_t fd = ORVEX_FileOpenByChmod(file.c_str(), 33538);
+    ASSERT_GE(fd, 0);
+    EXPECT_EQ(ORVEX_FileGetModeByFD(fd, nullptr) & 384, 384);
+    ORVEX_FileCloseByChmod(fd);
 }
 
 TEST(OpenCreate, ADeniedFileIsTriedTwice) {

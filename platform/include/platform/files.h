@@ -72,7 +72,8 @@ constexpr int _S_IFREG = 0x8000;
 constexpr int _S_IFMT = 0xF000;
 
 // The state of a file. Times are seconds since 1970; st_ctime is that of the last change of the
-// state (on Windows that of creation).
+// state (on Windows that of creation). Nothing but a folder has _S_IFDIR: a socket passes for a
+// pipe, a block device for a character device.
 struct _stat64 {
     uint64_t st_dev;
     uint64_t st_ino;
