@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,10 +15,15 @@
 
 #include "moltelib.h"
 #include "support/error_of.h"
+#include "support/temp_folder.h"
 
 namespace {
 
 using std::string_literals::operator""s;
+
+constexpr char kStart[] = "\r\n-------------------START ERROR DESCRIPTION----------------\r\n";
+constexpr char kEnd[] = "-------------------END ERROR DESCRIPTION------------------\r\n";
+constexpr char kTime[] = "\x98\x3A\x22\x0C\x09\x05\xE8\x07";  // 2024-06-09 12:34:15
 
 const ORVEX_ERRDATA& current() {
     return *ORVEX_GetErrData();
@@ -40,9 +46,8 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     ORVEX_Err_AddNL(0x20102, "d/caller.cpp");
     ORVEX_ERRDATA record;
     ASSERT_EQ(ORVEX_CopyErrData(&record), 1);
-    const std::string time = "\x98\x3A\x22\x0C\x09\x05\xE8\x07";
     EXPECT_NE(bytes_of(&record, 492, 8), std::string(8, '\0'));
-    std::memcpy(&record.stTime, time.data(), time.size());
+    std::memcpy(&record.stTime, kTime, 8);
     std::memset(record.szHostName, 'h', sizeof record.szHostName);
     std::memset(record.szEnv, 'e', sizeof record.szEnv);
 
@@ -57,80 +62,60 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     put(212,
         "\x01\x02"
         "caller.cpp");
-    put(492, time);
+    put(492, kTime);
     put(512, std::string(16, 'h') + std::string(64, 'e') + data.substr(96, 48));
     EXPECT_EQ(bytes_of(&record, 0, 640), expected);
-    EXPECT_EQ(GetRvexErrNo(), 0x01020304U);
-    EXPECT_EQ(GetRvexSubErrNo(), -2);
     ORVEX_Err_SetSubErrno(65535);
     EXPECT_EQ(GetRvexSubErrNo(), -1);
+    EXPECT_EQ(ORVEX_SetErrData(nullptr), -1);
+    EXPECT_EQ(error_of_this_thread(), "50 orvexerr");
 }
 
 TEST(Error, TheOptionChoosesTheNumbersAndTextOfTheSystem) {
+    const uint32_t cases[][3] = {{71, 4, 107}, {74, 1, 107}, {83, 3, 107}, {74, 0, 0}};
+    for (const auto& [error, option, number] : cases) {
 #if defined(_WIN32)
-    constexpr bool kOneNumber = true;  // a socket's error is the last error
-#else
-    constexpr bool kOneNumber = false;
-#endif
-    const struct {
-        uint32_t error;
-        uint8_t option;
-        bool from_socket;
-    } cases[] = {{70, 4, kOneNumber}, {71, 4, true},       {74, 1, true},
-                 {83, 3, true},       {84, 4, kOneNumber}, {74, 0, false}};
-    for (const auto& c : cases) {
-#if defined(_WIN32)
-        SetLastError(107);
+        SetLastError(107);  // is the socket's error as well
 #else
         errno = 107;
 #endif
-        ORVEX_Err_Set(c.error, 5, "m", 1, 0, nullptr, c.option);
-        EXPECT_EQ(current().bHasSysErr, c.option != 0 ? 1 : 0);
-        EXPECT_EQ(current().nWinErrNo[3] == 107, c.from_socket) << c.error << '/' << int{c.option};
-        EXPECT_EQ(current().szSysErr[0] != '\0', c.option != 0);
+        ORVEX_Err_Set(error, 5, "m", 1, 0, nullptr, static_cast<uint8_t>(option));
+        EXPECT_EQ(current().bHasSysErr, option != 0);
+        EXPECT_EQ(current().nWinErrNo[3], number) << error << '/' << option;
+        EXPECT_EQ(current().szSysErr[0] != '\0', option != 0);
     }
     ORVEX_Err_Set(1, ENOENT, "m", 1, 0, nullptr, 1);
     EXPECT_STREQ(current().szSysErr, std::strerror(ENOENT));
     ORVEX_Err_Set(1, ENOENT, "m", 1, 0, nullptr, 3);  // no file in either numbering
     EXPECT_STRNE(current().szSysErr, std::strerror(ENOENT));
     EXPECT_NE(std::string(current().szSysErr).find("ile"), std::string::npos);
-    ORVEX_Err_Set(1, 0x7FFFFFFF, "m", 1, 0, nullptr, 3);
-    EXPECT_STREQ(current().szSysErr, "");
     ORVEX_Err_SetSysErrStr(7, std::string(100, 'm').c_str());
-    EXPECT_EQ(std::string(current().szSysErr), std::string(59, 'm'));
     ORVEX_Err_SetSysErrStr(8, nullptr);  // the message stays
-    EXPECT_EQ(current().nSysErrNo[3], 8);
-    EXPECT_EQ(current().szSysErr[58], 'm');
+    EXPECT_EQ(std::string(current().szSysErr), std::string(59, 'm'));
 }
 
 TEST(Error, SourceNamesAreCutToTheirFields) {
-    const std::string thirty(30, 's');
-    const std::string forty(40, 's');
-    const struct {
-        const char* source;
-        std::string kept;
-        std::string kept_in_history;
-    } cases[] = {{thirty.c_str(), thirty, thirty.substr(0, 17)},
-                 {forty.c_str(), forty.substr(0, 32), forty.substr(0, 17)},
-                 {"a\\b\\c", "c", "c"},
-                 {"/usr/src/c.cpp", "c.cpp", "c.cpp"},
-                 {"ends\\", "", ""},
-                 {nullptr, "", ""}};
-    for (const auto& c : cases) {
-        report(c.source);
-        ORVEX_Err_AddNL(2, c.source);
-        EXPECT_EQ(std::string(current().szFile, strnlen(current().szFile, 32)), c.kept);
-        EXPECT_EQ(std::string(current().astHist[0].szFile), c.kept_in_history);
+    const std::string name = "0123456789012345678901234567890123456789";
+    const std::string cases[][3] = {// source, what the record and what the history keep of it
+                                    {name.substr(0, 30), name.substr(0, 30), name.substr(0, 17)},
+                                    {name, name.substr(0, 32), name.substr(0, 17)},
+                                    {"a\\b\\c", "c", "c"},
+                                    {"/usr/src/c.cpp", "c.cpp", "c.cpp"},
+                                    {"ends\\", "", ""}};
+    for (const auto& [source, kept, kept_in_history] : cases) {
+        report(source.c_str());
+        ORVEX_Err_AddNL(2, source.c_str());
+        EXPECT_EQ(std::string(current().szFile, strnlen(current().szFile, 32)), kept);
+        EXPECT_EQ(current().astHist[0].szFile, kept_in_history);
     }
 }
 
 TEST(Error, HistoryKeepsItsFirst14Entries) {
     ORVEX_Err_ClearError();
-    ORVEX_Err_AddNL(1, "first");
+    ORVEX_Err_AddNL(1, nullptr);
     EXPECT_EQ(bytes_of(&current(), 0, 16), "\0\0\0\0\0\0\0\x67\0\0\0\0\0\x8E\1\0"s);  // 103, 142
     for (int i = 2; i <= 15; ++i) ORVEX_Err_AddNL(i, "caller");
     EXPECT_EQ(current().nHistCount, 14);
-    EXPECT_EQ(history_of_this_thread().substr(0, 17), "1 first, 2 caller");
     EXPECT_EQ(current().astHist[13].nLine[1], 14);
     ORVEX_GetErrData()->nHistCount = 255;  // as a peer may send it
     const ORVEX_ERRDATA before = current();
@@ -140,45 +125,35 @@ TEST(Error, HistoryKeepsItsFirst14Entries) {
 
 TEST(Error, DataComesBackInOneRun) {
     const std::string data = std::string(96, 'a') + std::string(48, 'b');
-    EXPECT_EQ(ORVEX_Err_DataBufLen(), 144);
     for (const size_t length : {0, 1, 96, 97, 144}) {
         const std::vector<char> exact(data.begin(), data.begin() + static_cast<int>(length));
         ORVEX_Err_Set(1, 0, "m", 1, static_cast<uint8_t>(length), exact.data(), 0);
         char back[145] = {};
         EXPECT_EQ(ORVEX_Err_GetErrData(ORVEX_GetErrData(), back, 0), static_cast<int>(length));
-        EXPECT_EQ(std::string(back), data.substr(0, length));
+        EXPECT_EQ(back, data.substr(0, length));
     }
-    char back[144];
-    ORVEX_GetErrData()->nDataLen = 255;
-    EXPECT_EQ(ORVEX_Err_GetErrData(ORVEX_GetErrData(), back, 144), 144);
-    EXPECT_EQ(current().nDataLen, 144);
     ORVEX_ERRDATA record{};
     EXPECT_EQ(ORVEX_Err_SetErrData(&record, data.data(), 98), 1);
     EXPECT_EQ(bytes_of(&record, 592, 3), "bb\0"s);
     EXPECT_EQ(ORVEX_Err_SetErrData(&record, data.data(), -1), -1);
-    EXPECT_EQ(ORVEX_Err_GetErrData(nullptr, back, 144), -1);
-    EXPECT_EQ(ORVEX_SetErrData(nullptr), -1);
-    EXPECT_EQ(ORVEX_CopyErrData(nullptr), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 orvexerr");
+    char back[144];
+    record.nDataLen = 255;
+    EXPECT_EQ(ORVEX_Err_GetErrData(&record, back, ORVEX_Err_DataBufLen()), 144);
+    EXPECT_EQ(record.nDataLen, 144);
 }
 
 TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
     const MOLTE_BASEVAR before = g_stBv;
-    const std::string tail = " 1.2.3.4 os -1 2048 64";
     std::strcpy(g_stBv.szAppVersion, "1.2.3.4");
-    g_stBv.nAppFileSize = -1;
+    std::memset(g_stBv.szAppShortName, 'p', sizeof g_stBv.szAppShortName);  // not terminated
     g_stBv.stSysInfo.nPhysicalMemInMB = 2048;
-    char line[300];
-    for (const size_t length : {26, 50, 63, 64, 65, 90}) {  // the field has 64
-        const size_t name_length = std::min<size_t>(length - tail.size(), 32);
-        std::memset(g_stBv.szAppShortName, 0, sizeof g_stBv.szAppShortName);
-        std::memset(g_stBv.szAppShortName, 'p', name_length);  // 32: not terminated
-        const std::string system = "os" + std::string(length - tail.size() - name_length, 'x');
+    for (const size_t length : {63, 64, 65, 90}) {  // the field has 64
+        const std::string system = "os" + std::string(length - 53, 'x');
         std::strcpy(g_stBv.szOsPlatform, system.c_str());
-        const std::string whole =
-            std::string(name_length, 'p') + " 1.2.3.4 " + system + " -1 2048 64";
+        const std::string whole = std::string(32, 'p') + " 1.2.3.4 " + system + " 0 2048 64";
         report();
         EXPECT_EQ(std::string(current().szEnv, strnlen(current().szEnv, 64)), whole.substr(0, 64));
+        char line[300];
         EXPECT_EQ(ORVEX_GetEnvString(line, sizeof line), line);
         EXPECT_EQ(line, whole);
         ORVEX_GetEnvString(line, static_cast<int32_t>(length));  // fills it: no terminator
@@ -186,22 +161,19 @@ TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
         EXPECT_EQ(GetRvexErrNo(), 501U);
     }
     EXPECT_EQ(ORVEX_GetEnvString(nullptr, 10), nullptr);
-    EXPECT_EQ(ORVEX_GetEnvString(line, 0), line);
     g_stBv = before;
 }
 
 TEST(Error, FirstReportsOfSeveralThreadsFindTheSameIdentity) {
+    report("mine");
     std::memset(g_stBv.szHostName, 0, sizeof g_stBv.szHostName);
     std::memset(g_stBv.szOsPlatform, 0, sizeof g_stBv.szOsPlatform);
     g_stBv.nKernelBit = 0;
-    report("mine");
-    std::memset(g_stBv.szHostName, 0, sizeof g_stBv.szHostName);
     std::string lines[4];
     std::vector<std::thread> threads;
     for (std::string& line : lines) {
         threads.emplace_back([&line] {
-            EXPECT_EQ(GetRvexErrNo(), 0U);
-            for (int i = 0; i < 2; ++i) report();
+            for (int i = 0; i < 2; ++i) report("other");
             line = std::string(current().szHostName) + "/" + current().szEnv;
             MOLTE_THDATA_FreeData();
         });
@@ -215,61 +187,43 @@ TEST(Error, FirstReportsOfSeveralThreadsFindTheSameIdentity) {
     EXPECT_STREQ(current().szFile, "mine");
 }
 
-TEST(Error, ReportsOfProgramsAndTheirMonitor) {
+TEST(Error, TheMonitorSeesTheKeptText) {
     static std::string shown;
     const auto watch = [](const char* text) -> int32_t {
         shown = text;
         return 0;
     };
+    SetRvexMonitorStatus(0, 1, watch);
+    RvexErrPrintf("%s", std::string(300, 'x').c_str());
+    RvexMessage("%s", "watched");
+    EXPECT_EQ(shown, "watched");
     SetRvexMonitorStatus(1, 0, watch);
-    RvexErrPrintf("%s %d", "kept", 5);
-    EXPECT_EQ(shown, "PU-RVEX ERROR :> kept 5");
-    shown.clear();
+    RvexMessage("%s", "unwatched");
     errno = EACCES;
     SetRvexErr(77, "own text");
-    EXPECT_EQ(shown, "PU-RVEX ERROR :> kept 5");  // not its own
+    EXPECT_EQ(shown, "PU-RVEX ERROR :> " + std::string(255, 'x'));  // not its own
     EXPECT_EQ(error_of_this_thread(), "77 orvexerr own text");
     EXPECT_EQ(error_line_of_this_thread(), 543);
     EXPECT_STREQ(current().szSysErr, std::strerror(EACCES));
-    RvexMessage("%s", "unwatched");
     SetRvexErrNo(78);
-    EXPECT_EQ(error_of_this_thread(), "78 orvexerr");
     EXPECT_EQ(error_line_of_this_thread(), 502);
-    SetRvexMonitorStatus(0, 1, watch);
-    RvexMessage("%s", "watched");
-    RvexErrPrintf("%s", std::string(300, 'x').c_str());
-    EXPECT_EQ(shown, "watched");
-    SetRvexMonitorStatus(1, 0, watch);
-    SetRvexErr(1, std::string(300, 't').c_str());
-    EXPECT_EQ(shown, "PU-RVEX ERROR :> " + std::string(255, 'x'));
-    EXPECT_EQ(current().nDataLen, 144);
     SetRvexMonitorStatus(0, 0, watch);
-    EXPECT_STREQ(GetRVEXErrStrByErrno(0xFFFFFFFF), "Unknown");
 }
 
 TEST(Error, StrCopyAppendsWhatFits) {
-    const struct {
-        int32_t at;
-        const char* source;
-        int32_t size, result, at_after;
-        const char* text;
-    } cases[] = {{0, "ab", 8, 2, 2, "ab"},          {2, "", 8, 2, 2, "ab"},
-                 {2, "cdefgh", 8, 7, 7, "abcdefg"}, {7, "x", 8, 7, 7, "abcdefg"},
-                 {100, "x", 8, 7, 100, "abcdefg"},  {0, "x", 0, -1, 0, "abcdefg"},
-                 {-1, "x", 8, -1, -1, "abcdefg"}};
     char text[8];
-    for (const auto& c : cases) {
-        int32_t at = c.at;
-        EXPECT_EQ(ORVEX_StrCopy(text, c.source, &at, c.size), c.result);
-        EXPECT_EQ(at, c.at_after);
-        EXPECT_STREQ(text, c.text);
-    }
+    int32_t at = 0;
+    EXPECT_EQ(ORVEX_StrCopy(text, "abc", &at, 8), 3);
+    EXPECT_EQ(ORVEX_StrCopy(text, "defgh", &at, 8), 7);
+    EXPECT_EQ(ORVEX_StrCopy(text, "x", &at, 8), 7);
+    EXPECT_STREQ(text, "abcdefg");
+    at = -1;
+    EXPECT_EQ(ORVEX_StrCopy(text, "x", &at, 8), -1);
 }
 
 TEST(Error, TablesAreSortedAndChecked) {
     ErrStringStruct table[] = {{5, ""}, {0xFFFFFFFF, ""}, {1, ""}, {5, ""}, {1, ""}};
     EXPECT_LT(ErrStringStruct_Cmp(&table[2], &table[0]), 0);
-    EXPECT_EQ(ErrStringStruct_Cmp(&table[3], &table[0]), 0);
     testing::internal::CaptureStdout();
     EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table, 5), 1);
     EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table + 3, 2), 0);
@@ -279,8 +233,119 @@ TEST(Error, TablesAreSortedAndChecked) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "duplicate error. 1\nduplicate error. 5\n"
               "mod error 4 not found\nmod error 9 not found\n");
-    EXPECT_EQ(table[4].nErrNo, 0xFFFFFFFF);
-    EXPECT_EQ(ErrStringStruct_Sort(nullptr, 1), -1);
+}
+
+ORVEX_ERRDATA simple_record() {
+    ORVEX_ERRDATA record{};
+    record.nErrNo[3] = 3;
+    record.nLine[1] = 7;
+    std::strcpy(record.szFile, "mod");
+    std::strcpy(record.szHostName, "HOST");
+    std::strcpy(record.szEnv, "prog 1.2 os 10 20 64");
+    return record;
+}
+
+std::string printed(const ORVEX_ERRDATA& record) {
+    char text[8192];
+    EXPECT_EQ(ORVEX_Err_sPrintParam(text, sizeof text, &record), 1);
+    return text;
+}
+
+TEST(ErrorPrint, ARecordWithAllItsLines) {
+    ORVEX_ERRDATA record = simple_record();
+    record.nSysErrNo[3] = 2;
+    record.nWinErrNo[2] = 0x27;
+    record.bHasSysErr = 1;
+    std::memset(record.nSubErrNo, 0xFF, 2);
+    std::memset(record.nLine, 0xFF, 2);
+    std::strcpy(record.szSysErr, "system text");
+    std::memcpy(&record.stTime, kTime, 8);
+    record.nDataLen = 20;
+    std::memcpy(record.abyData1, "data of a\tline\r\nmore", 20);
+    record.nHistCount = 3;
+    for (uint8_t i = 0; i < 3; ++i) record.astHist[i].nLine[1] = static_cast<uint8_t>(99 + i);
+    std::strcpy(record.astHist[0].szFile, "caller");
+    std::strcpy(record.astHist[2].szFile, "seventeen_letters");
+    EXPECT_EQ(printed(record),
+              std::string(kStart) +
+                  "RVEX errno=3 : Unknown\r\n"
+                  "Sys  errno=2 : system text\r\n"
+                  "WinErrNo=9984\r\n"
+                  "SubErrNo=-1 Time=2024/ 6/ 9 12:34:15 HostName=HOST\r\n"
+                  "File name is : mod          Line Num  is : 65535\r\n"
+                  "prog 1.2 os 10 20 64\r\n"
+                  "Error Data Len=20, Data is :\r\n"
+                  "000  64 61 74 61 20 6F 66 20  61 09 6C 69 6E 65 0D 0A  data of a.line..\r\n"
+                  "010  6D 6F 72 65                                       more\r\n"
+                  "data of a\tline\r\nmore\r\n"
+                  "(0)L=  99 F=      caller (1)L= 100 F=            \r\n"
+                  "(2)L= 101 F=seventeen_letters \r\n" +
+                  kEnd);
+}
+
+TEST(ErrorPrint, LinesThatDependOnWhatIsThere) {
+    ORVEX_ERRDATA record = simple_record();
+    const std::string head = std::string(kStart) +
+                             "RVEX errno=3 : Unknown\r\n"
+                             "SubErrNo=0 Time=Not set HostName=HOST\r\n"
+                             "File name is : mod          Line Num  is : 7\r\n"
+                             "prog 1.2 os 10 20 64\r\n";
+    EXPECT_EQ(printed(record), head + kEnd);
+    record.nDataLen = 3;
+    const std::string dump = "                                          a.b\r\n";
+    std::memcpy(record.abyData1, "a\1b", 3);  // no text: the dump alone
+    EXPECT_EQ(printed(record), head + "Error Data Len=3, Data is :\r\n000  61 01 62" + dump + kEnd);
+    std::memcpy(record.abyData1, "a\0b", 3);  // text ends at its first zero byte
+    EXPECT_EQ(printed(record),
+              head + "Error Data Len=3, Data is :\r\n000  61 00 62" + dump + "a\r\n" + kEnd);
+    char line[64];
+    ORVEX_Err_sPrintSimpleWithOption(line, sizeof line, &record);
+    EXPECT_STREQ(line, "RVEX errno=3 : Unknown\r\n");
+    record.nErrNo[3] = 0;
+    EXPECT_EQ(printed(record), "No error history recorded.\r\n");
+}
+
+// Each length of buffer holds the beginning of the text and a terminator; nothing is written
+// behind.
+TEST(ErrorPrint, OutputStopsAtTheEndOfTheBuffer) {
+    ORVEX_ERRDATA record = simple_record();
+    record.nDataLen = 144;
+    record.nHistCount = 14;
+    const std::string whole = printed(record);
+    for (size_t size = 1; size <= whole.size() + 2; ++size) {
+        const auto buffer = std::make_unique<char[]>(size);
+        ORVEX_Err_sPrintParam(buffer.get(), static_cast<int32_t>(size), &record);
+        ASSERT_EQ(buffer.get(), whole.substr(0, size - 1)) << size;
+    }
+    char untouched = 'u';
+    EXPECT_EQ(ORVEX_Err_sPrintParam(&untouched, 0, &record), 0);
+    EXPECT_EQ(untouched, 'u');
+    EXPECT_EQ(ORVEX_Err_sPrintParam(nullptr, 10, &record), 0);
+    EXPECT_EQ(ORVEX_Err_sPrintParam(&untouched, 1, nullptr), 0);
+}
+
+TEST(ErrorPrint, ARecordFromAPeerMayHoldAnything) {
+    for (const int fill : {0xFF, 0x41, 0x80}) {
+        const auto record = std::make_unique<ORVEX_ERRDATA>();  // so that reading past it is seen
+        std::memset(record.get(), fill, sizeof *record);
+        const std::string text = printed(*record);
+        EXPECT_NE(text.find("Data Len=" + std::to_string(std::min(fill, 144))), std::string::npos);
+        EXPECT_NE(text.find("(13)L="), std::string::npos);
+        EXPECT_EQ(text.find("(14)L="), std::string::npos);
+        EXPECT_TRUE(text.ends_with(kEnd));
+    }
+}
+
+TEST(ErrorPrint, ToAStreamWithAnyOption) {
+    const ORVEX_ERRDATA record = simple_record();
+    ORVEX_SetErrData(&record);
+    const TempFolder folder;
+    const std::string path = folder / "printed";
+    FILE* stream = std::fopen(path.c_str(), "wb");
+    ORVEX_Err_fPrint(stream);
+    ORVEX_Err_fPrintWithOption(stream, 0xFFFFFFFF);
+    std::fclose(stream);
+    EXPECT_EQ(read_bytes(path), printed(record) + printed(record));
 }
 
 }  // namespace

@@ -36,58 +36,31 @@ class State : public testing::Test {
 
 TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
     EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_EQ(g_stBv.nInitCount, 1);
-    g_stBv.nPrintInfoMask = 5;
-    EXPECT_EQ(ORVEX_BASE_InitVar(), 0);
-    EXPECT_EQ(g_stBv.nPrintInfoMask, 5U);  // the second call changes nothing
-    EXPECT_EQ(ORVEX_BASE_AtExit(), 0);
-    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
-    EXPECT_EQ(g_stBv.nInitCount, 0);
-    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
-    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_EQ(g_stBv.nPrintInfoMask, 0U);
-}
-
-TEST_F(State, WhatBringUpSetsAndTearDownTakesAway) {
-    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_EQ(g_stBv.bOutputMsg, 1);
+    const PA& list = g_stBv.stLineBufList;
+    EXPECT_EQ((std::vector<int32_t>{list.nItemSize, list.nCount, list.nCapacity, list.nGrowBy}),
+              (std::vector<int32_t>{8, 0, 4, 16}));
     EXPECT_EQ(g_stBv.nPrintErrorMask, 8200U);
-    EXPECT_EQ(g_stBv.bErrLogEnabled, 1);
-    EXPECT_EQ(g_stBv.bBackupErrLogFile, 1);
     EXPECT_EQ(g_stBv.nListenBacklogCnt, 100);
-    EXPECT_EQ(g_stBv.bSupportStackTrace, 1);
-    EXPECT_EQ(g_stBv.stLineBufList.nItemSize, 8);
-    EXPECT_EQ(g_stBv.stLineBufList.nCapacity, 4);
-    EXPECT_EQ(g_stBv.stLineBufList.nGrowBy, 16);
-    EXPECT_EQ(g_stBv.stLineBufList.nCount, 0);
-    for (const MOLTE_CRIT* crit :
-         {&g_stBv.stShortOpLock, &g_stBv.stCounterLock, &g_stBv.stThreadList.stCrit}) {
-        EXPECT_EQ(crit->bInited, 1);
-    }
-    char host[16];
-    ORVEX_GetComputerName(host, sizeof host);
-    EXPECT_STREQ(g_stBv.szHostName, host);
     const std::filesystem::path program(g_stBv.szAppName);
     EXPECT_EQ(program.filename().string(), g_stBv.szAppShortName);
     EXPECT_EQ(program.stem(), "state_test");
     EXPECT_EQ(g_stBv.nAppFileSize, static_cast<int32_t>(std::filesystem::file_size(program)));
+    g_stBv.nPrintInfoMask = 5;
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 0);
+    EXPECT_EQ(g_stBv.nPrintInfoMask, 5U);  // the second call changes nothing
 
-    ORVEX_BASE_ReleaseVar();
-    static const MOLTE_CRIT no_crit{};
-    EXPECT_EQ(std::memcmp(&g_stBv.stShortOpLock, &no_crit, sizeof no_crit), 0);
-    EXPECT_EQ(std::memcmp(&g_stBv.stCounterLock, &no_crit, sizeof no_crit), 0);
-    EXPECT_EQ(g_stBv.stLineBufList.pData, nullptr);
-    EXPECT_EQ(g_stBv.stThreadList.pHead, nullptr);
+    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
+    for (const MOLTE_CRIT* crit :
+         {&g_stBv.stShortOpLock, &g_stBv.stCounterLock, &g_stBv.stThreadList.stCrit}) {
+        EXPECT_EQ(crit->bInited, 0);
+    }
+    EXPECT_EQ(list.pData, nullptr);
     EXPECT_EQ(MOLTE_THDATA_GetDataNoAlloc(), nullptr);
     EXPECT_EQ(g_stBv.szAppShortName, program.filename().string());  // stays
-}
-
-TEST_F(State, ANameSetBeforeStaysWithNoShortName) {
-    MOLTE_SetAppName("given");
-    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_STREQ(g_stBv.szAppName, "given");
-    EXPECT_STREQ(g_stBv.szAppShortName, "");
-    EXPECT_EQ(g_stBv.nAppFileSize, 0);
+    EXPECT_EQ(ORVEX_BASE_ReleaseVar(), 1);
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(g_stBv.nInitCount, 1);
+    EXPECT_EQ(g_stBv.nPrintInfoMask, 0U);
 }
 
 constexpr char kLongName[] = "C:\\some folder\\a_program_name_of_forty_characters_whole";
@@ -116,8 +89,13 @@ int run_role_as(const char* name, const char* role) {
 #endif
 }
 
-TEST_F(State, AShortNameHas31Characters) {
+TEST_F(State, AShortNameHas31CharactersAndAGivenNameHasNone) {
     EXPECT_EQ(run_role_as(kLongName, "has_long_name"), 0);
+    MOLTE_SetAppName("given");
+    ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_STREQ(g_stBv.szAppName, "given");
+    EXPECT_STREQ(g_stBv.szAppShortName, "");
+    EXPECT_EQ(g_stBv.nAppFileSize, 0);
 }
 
 TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
