@@ -1,10 +1,12 @@
 // A handle is the place of its object in a table, and how often the place was used before: so a
 // handle that was closed is known as such when its place has another object. It is odd, as no other
 // handle of the platform is, and its upper half isn't 0.
+#include <array>
 #include <mutex>
 #include <utility>
 #include <vector>
 
+#include "futex.h"
 #include "immortal.h"
 #include "kernel_object.h"
 #include "named_objects.h"
@@ -25,6 +27,12 @@ constexpr std::uint32_t kLastUse = 0x7FFFFFFF;
 Immortal<std::mutex> object_lock;
 Immortal<std::vector<Place>> places;
 Immortal<std::vector<std::uint32_t>> free_places;
+
+// Bells to ring when the lock is free again: who wakes often wants it at once.
+struct Bells {
+    std::size_t count = 0;
+    std::array<std::atomic<std::uint32_t>*, 16> bells{};
+} bells;
 
 HANDLE handle_of(std::uint32_t index) {
     const std::uint64_t use = places.value[index].use;
@@ -56,8 +64,26 @@ ObjectPointer remove_handle(HANDLE handle) {
 ObjectLock::ObjectLock() {
     object_lock.value.lock();
 }
+
+// A thread may have seen that it was served, and have ended, before its bell rings: then the kernel
+// finds nobody at that address.
 ObjectLock::~ObjectLock() {
+    if (bells.count == 0) {
+        object_lock.value.unlock();
+        return;
+    }
+    const Bells to_ring = bells;
+    bells.count = 0;
     object_lock.value.unlock();
+    for (std::size_t i = 0; i < to_ring.count; ++i) futex_wake(*to_ring.bells[i], 1, false);
+}
+
+void ring_after_unlock(std::atomic<std::uint32_t>& bell) {
+    if (bells.count < bells.bells.size()) {
+        bells.bells[bells.count++] = &bell;
+    } else {
+        futex_wake(bell, 1, false);
+    }
 }
 
 HANDLE add_handle(const ObjectPointer& object) {

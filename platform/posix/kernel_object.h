@@ -1,6 +1,8 @@
 // What handles stand for: objects of a few kinds, the table of handles, and the lock over both.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "named_file.h"
@@ -40,6 +42,9 @@ class ObjectLock {
  private:
     Unbroken unbroken_;
 };
+
+// Wakes who sleeps on a word of this process, at the end of the ObjectLock that is held.
+void ring_after_unlock(std::atomic<std::uint32_t>& bell);
 
 struct Object;
 struct WaitBlock;

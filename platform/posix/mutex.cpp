@@ -100,6 +100,13 @@ bool release(Object& object) {
     return true;
 }
 
+// Nobody would be told of the death of an owner.
+bool refuse_name(const char* name) {
+    if (name == nullptr || *name == '\0' || robust_list_available()) return false;
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return true;
+}
+
 }  // namespace
 
 }  // namespace platform
@@ -107,6 +114,7 @@ bool release(Object& object) {
 using platform::ObjectType;
 
 HANDLE CreateMutexA(SECURITY_ATTRIBUTES*, BOOL owned, const char* name) {
+    if (platform::refuse_name(name)) return nullptr;
     platform::State state;
     if (owned != FALSE) {
         state.word = GetCurrentThreadId() | FUTEX_WAITERS;
@@ -121,6 +129,7 @@ HANDLE CreateMutexA(SECURITY_ATTRIBUTES*, BOOL owned, const char* name) {
 }
 
 HANDLE OpenMutexA(DWORD, BOOL inherit, const char* name) {
+    if (platform::refuse_name(name)) return nullptr;
     return open_object(ObjectType::mutex, platform::kind_of, inherit, name);
 }
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "descriptor.h"
@@ -127,7 +128,8 @@ NamedFile::Outcome NamedFile::make(const std::string& folder, const std::string&
     content_->state.depth = state.depth;
     content_->state.limit = state.limit;
     // A mutex that is owned from the start is in the owner's list before anyone sees it.
-    const RobustOperation owning(content_->state.links);
+    std::optional<RobustOperation> owning;
+    if (state.depth > 0) owning.emplace(content_->state.links);
     if (linkat(AT_FDCWD, own_path.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
         if (state.depth > 0) robust_list_add(content_->state.links);
         path_ = path;

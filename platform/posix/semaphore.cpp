@@ -4,7 +4,6 @@
 #include "common_bell.h"
 #include "futex.h"
 #include "platform/kernel_objects.h"
-#include "platform/last_error.h"
 #include "take_one.h"
 #include "waiter.h"
 

@@ -50,6 +50,10 @@ struct Control {
 };
 thread_local Control control = {nullptr, 0};
 
+// 0 until it is asked for, and in a forked child.
+thread_local DWORD own_number = 0;
+const int fork_watched = pthread_atfork(nullptr, nullptr, [] { own_number = 0; });
+
 int end_signal() {
     return SIGRTMAX - 1;
 }
@@ -134,12 +138,13 @@ bool start(Thread& thread, std::size_t stack_size) {
     return started;
 }
 
-// Not less than a page of guard and the thread's own words need, in whole pages.
+// In the steps of Windows, where a size is that of the stack only by that flag, else of its first
+// part.
 std::size_t whole_stack(std::size_t size, bool reservation) {
-    constexpr std::size_t kPage = 0x10000;
-    if (size == 0 || size > SIZE_MAX - kPage) return size;
-    const std::size_t least = reservation ? std::size_t{4 * kPage} : std::size_t{0x100000};
-    return (std::max(size, least) + kPage - 1) / kPage * kPage;
+    constexpr std::size_t kStep = 0x10000;
+    if (size == 0 || size > SIZE_MAX - kStep) return size;
+    const std::size_t least = reservation ? 4 * kStep : std::size_t{0x100000};
+    return (std::max(size, least) + kStep - 1) / kStep * kStep;
 }
 
 HANDLE no_thread(DWORD number) {
@@ -216,7 +221,8 @@ BOOL GetExitCodeThread(HANDLE thread, DWORD* exit_code) {
 }
 
 DWORD GetCurrentThreadId() {
-    static thread_local DWORD number = 0;
-    if (number == 0) number = static_cast<DWORD>(syscall(SYS_gettid));
-    return number;
+    if (platform::own_number == 0) {
+        platform::own_number = static_cast<DWORD>(syscall(SYS_gettid));
+    }
+    return platform::own_number;
 }

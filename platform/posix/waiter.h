@@ -54,6 +54,8 @@ class Waiter {
  private:
     friend void serve_waiters(Object& object);
 
+    static constexpr DWORD kNotYet = WAIT_TIMEOUT;
+
     bool begin(const HANDLE* handles, DWORD count, bool all);
     void add(Object& object);
     Object* first_shared_mutex();

@@ -12,9 +12,10 @@
 // ERROR_INVALID_HANDLE; for the Open calls a name that is not in use, ERROR_FILE_NOT_FOUND; a name
 // that is too long, ERROR_FILENAME_EXCED_RANGE.
 //
-// On POSIX each named object is a file under /dev/shm, in a folder of the user's own, or in the
-// folder of the environment variable <PROGRAM>_OBJECT_FOLDER. A file there of other content gives
-// ERROR_INVALID_DATA; one, or a folder, of another owner, ERROR_ACCESS_DENIED. The end of a
+// On POSIX each named object is a file in a folder of the user's own under /dev/shm, or in the one
+// that an environment variable names: OBJECT_FOLDER behind the prefix of this program's variables,
+// as in MOLTELIB_OBJECT_FOLDER. Its file system must know O_TMPFILE. A file there of other content
+// gives ERROR_INVALID_DATA; one, or a folder, of another owner, ERROR_ACCESS_DENIED. The end of a
 // process, by whatever cause, closes its handles and gives up its mutexes.
 //
 // Limits of named objects on POSIX, all about moments when a process was woken and did not run yet:
@@ -22,6 +23,7 @@
 // a release beyond the maximum fails although a waiter has one coming.
 #pragma once
 
+#include "platform/last_error.h"
 #include "platform/ticks.h"
 #include "platform/types.h"
 
