@@ -42,6 +42,18 @@ size_t encode_utf8(uint32_t code, char* out) {
     return size;
 }
 
+// Copies an ASCII name with its separators exchanged; false for any other, and for one that does
+// not fit. Nearly every name is one, and on the path of every call.
+bool copy_ascii(const char* name, char* out, size_t room) {
+    for (size_t i = 0; i < room; ++i) {
+        const char c = name[i];
+        if ((c & 0x80) != 0) return false;
+        out[i] = c == '\\' ? '/' : c;
+        if (c == '\0') return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 bool is_utf8(const char* text) {
@@ -74,6 +86,10 @@ KernelPath::KernelPath(const char* name) {
     }
     if (strchr(name, '\\') == nullptr) {
         path_ = name;
+        return;
+    }
+    if (copy_ascii(name, text_, sizeof text_)) {
+        path_ = text_;
         return;
     }
     const size_t length = strlen(name);

@@ -7,7 +7,6 @@
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
 #include "moltelib/text.h"
-#include "platform/last_error.h"
 #include "platform/registry.h"
 
 namespace {
@@ -36,11 +35,9 @@ class RegistryKey {
     HKEY key_ = nullptr;
 };
 
-// The registry returns its error; a report takes it from the thread.
-bool succeeded(LONG code) {
-    if (code == ERROR_SUCCESS) return true;
-    SetLastError(static_cast<DWORD>(code));
-    return false;
+// A report takes the registry's error from the thread.
+bool succeeded(LONG result) {
+    return platform::keep_error(result) == ERROR_SUCCESS;
 }
 
 int32_t registry_failed(int32_t line, uint32_t error, const char* what) {
