@@ -22,6 +22,8 @@ void expect_large_use(void* block, size_t size) {
     madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
-size_t block_size(void* block) { return malloc_usable_size(block); }
+size_t block_size(void* block) {
+    return malloc_usable_size(block);
+}
 
 }  // namespace platform

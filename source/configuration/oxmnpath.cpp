@@ -49,14 +49,12 @@ int32_t registry_failed(int32_t line, uint32_t error, const char* what) {
 void print_as_format(char (&dst)[kPathSize], const char* format) {
     size_t length = 0;
     while (*format != '\0' && length < kPathSize - 1) {
-        if (*format != '%') {
-            dst[length++] = *format++;
-        } else if (*++format == '%') {
-            dst[length++] = *format++;
-        } else {
+        if (*format == '%' && *++format != '%') {
             format += std::strspn(format, "-+ #0123456789.*hlLqjzt");
             if (*format != '\0') ++format;
+            continue;
         }
+        dst[length++] = *format++;
     }
     dst[length] = '\0';
 }

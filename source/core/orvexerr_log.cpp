@@ -19,8 +19,6 @@
 #include "platform/append.h"
 #include "platform/files.h"
 
-using molte::here;
-
 namespace {
 
 constexpr molte::Module kModule("orvexerr");

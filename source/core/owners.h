@@ -23,8 +23,7 @@ using Heap = std::unique_ptr<T[], HeapFree>;
 // Null on failure, which is then already reported. The block is not zeroed.
 template <typename T>
 [[nodiscard]] Heap<T> allocate(int64_t count) {
-    return Heap<T>(
-        static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
+    return Heap<T>(static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
 }
 
 // Holds a critical section from here to the end of the block.

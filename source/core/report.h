@@ -7,7 +7,6 @@
 #pragma once
 
 #include <cstdint>
-#include <source_location>
 
 namespace molte {
 
@@ -19,10 +18,9 @@ enum class SystemError : uint8_t {
     socket = 4,    // errno; the socket's own error is taken as well
 };
 
-// The line of a report where no fixed number is required.
-[[nodiscard]] consteval int32_t here(
-    std::source_location place = std::source_location::current()) {
-    return static_cast<int32_t>(place.line());
+// The line of a report where no fixed number is required: that of the call.
+[[nodiscard]] constexpr int32_t here(int32_t line = __builtin_LINE()) {
+    return line;
 }
 
 class Module {

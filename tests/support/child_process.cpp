@@ -25,14 +25,15 @@ std::map<std::string, ChildRole>& roles() {
 constexpr const char* kRoleOption = "--child-role";
 }  // namespace
 
-RegisterRole::RegisterRole(const char* name, ChildRole role) { roles()[name] = role; }
+RegisterRole::RegisterRole(const char* name, ChildRole role) {
+    roles()[name] = role;
+}
 
 bool run_child_role(int argc, char** argv, int* exit_code) {
     if (argc < 3 || std::string(argv[1]) != kRoleOption) return false;
     const auto role = roles().find(argv[2]);
-    *exit_code = role == roles().end()
-                     ? 120
-                     : role->second(std::vector<std::string>(argv + 3, argv + argc));
+    *exit_code =
+        role == roles().end() ? 120 : role->second(std::vector<std::string>(argv + 3, argv + argc));
     return true;
 }
 
@@ -145,7 +146,8 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in[0], 0);
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-    if (posix_spawn(&system_->pid, "/proc/self/exe", &actions, nullptr, argv.data(), environ) != 0) {
+    if (posix_spawn(&system_->pid, "/proc/self/exe", &actions, nullptr, argv.data(), environ) !=
+        0) {
         std::abort();
     }
     posix_spawn_file_actions_destroy(&actions);

@@ -18,9 +18,9 @@ struct RegisterRole {
     RegisterRole(const char* name, ChildRole role);
 };
 
-#define CHILD_ROLE(name)                                                   \
-    static int role_##name(const std::vector<std::string>& args);          \
-    static const RegisterRole register_##name(#name, role_##name);         \
+#define CHILD_ROLE(name)                                           \
+    static int role_##name(const std::vector<std::string>& args);  \
+    static const RegisterRole register_##name(#name, role_##name); \
     static int role_##name([[maybe_unused]] const std::vector<std::string>& args)
 
 class ChildProcess {

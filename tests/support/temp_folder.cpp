@@ -28,11 +28,14 @@ TempFolder::~TempFolder() {
     fs::remove_all(path_, ignored);
 }
 
-std::string TempFolder::operator/(std::string_view name) const { return (path_ / name).string(); }
+std::string TempFolder::operator/(std::string_view name) const {
+    return (path_ / name).string();
+}
 
 std::string TempFolder::write(std::string_view name, std::string_view bytes) const {
     const std::string file = *this / name;
-    std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(file, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     return file;
 }
 

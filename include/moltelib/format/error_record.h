@@ -20,24 +20,24 @@ typedef struct ORVEX_ERRHIST {
 } ORVEX_ERRHIST;
 
 typedef struct ORVEX_ERRDATA {
-    uint8_t nRecSize[4];   /* 640 */
-    uint8_t nErrNo[4];     /* the library's error number; 0: no error recorded */
-    uint8_t nSysErrNo[4];  /* the system's number as the reporter gave it */
-    uint8_t nLine[2];      /* source line of the failure */
-    uint8_t nHistCount;    /* entries of astHist in use, 0 to 14 */
-    uint8_t nDataLen;      /* bytes of error data, 0 to 144 */
-    char szFile[32];       /* base name of the source; not terminated when it fills the field */
-    uint8_t bHasSysErr;    /* 1 when the reporter named a system error */
+    uint8_t nRecSize[4];  /* 640 */
+    uint8_t nErrNo[4];    /* the library's error number; 0: no error recorded */
+    uint8_t nSysErrNo[4]; /* the system's number as the reporter gave it */
+    uint8_t nLine[2];     /* source line of the failure */
+    uint8_t nHistCount;   /* entries of astHist in use, 0 to 14 */
+    uint8_t nDataLen;     /* bytes of error data, 0 to 144 */
+    char szFile[32];      /* base name of the source; not terminated when it fills the field */
+    uint8_t bHasSysErr;   /* 1 when the reporter named a system error */
     uint8_t nReserved1;
-    uint8_t nSubErrNo[2];  /* signed */
-    uint8_t nWinErrNo[4];  /* the platform's last error at the moment of the report */
+    uint8_t nSubErrNo[2]; /* signed */
+    uint8_t nWinErrNo[4]; /* the platform's last error at the moment of the report */
     uint8_t abyData1[ORVEX_ERRDATA_DATA1_SIZE]; /* the first 96 bytes of the error data */
-    char szSysErr[60];     /* message of the system, terminated */
+    char szSysErr[60];                          /* message of the system, terminated */
     ORVEX_ERRHIST astHist[ORVEX_ERRDATA_HISTORY_MAX];
-    ORVEXDATETIME stTime;  /* local time of the report */
+    ORVEXDATETIME stTime; /* local time of the report */
     uint8_t abyReserved2[12];
     char szHostName[16];
-    char szEnv[64];        /* program, version, platform and machine figures, see ORVEX_GetEnvString */
+    char szEnv[64]; /* program, version, platform and machine figures, see ORVEX_GetEnvString */
     uint8_t abyData2[ORVEX_ERRDATA_DATA2_SIZE]; /* bytes 97 to 144 of the error data */
 } ORVEX_ERRDATA;
 
