@@ -1,0 +1,50 @@
+// Text from outside: command lines, delimited lists, UTF-8 and the compact dates.
+#include <cstring>
+#include <string>
+
+#include "moltelib.h"
+
+namespace {
+
+void split_command(const std::string& text) {
+    int32_t count = 0;
+    char** words = OXSTR_CmdStr2Arg(text.c_str(), &count);
+    if (words == nullptr) return;
+    for (int32_t i = 0; i < count; ++i) {
+        if (words[i][0] == '\0') __builtin_trap();  // no word is empty
+    }
+    ORVEX_free(words[0]);
+    ORVEX_free(words);
+}
+
+void split_list(const std::string& text) {
+    int32_t count = 0;
+    char** items = ox_strsplit(text.c_str(), ",", &count);
+    for (int32_t i = 0; i < count; ++i) ORVEX_free(items[i]);
+    ORVEX_free(items);
+}
+
+void decode(const std::string& text) {
+    for (const char* at = text.c_str(); *at != '\0';) {
+        int32_t length = 1;
+        UTF8CharToInt(at, &length);
+        at += std::min<size_t>(static_cast<size_t>(length), std::strlen(at));
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    split_command(text);
+    split_list(text);
+    decode(text);
+    ORVEXDATETIME moment;
+    if (ORVEX_DateTime_DispFmt2DBFmt(text.c_str(), &moment) > 0) {
+        char printed[32];
+        ORVEX_DateTimeToStr(&moment, printed);
+        RVEXDateTime_IsValid(&moment);
+        ORVEX_Date_GetYearDay(&moment.stDate);
+    }
+    return 0;
+}
