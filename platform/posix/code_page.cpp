@@ -185,7 +185,7 @@ int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {
 }
 
 int wide_to_char(char* bytes, wchar_t wide) {
-    const auto character = static_cast<uint32_t>(wide);
+    const auto character = static_cast<char32_t>(wide);
     const unsigned code = character <= 0xFFFF ? current.load()->page()->code_of[character] : 0;
     if (code == 0 && character != 0) return bad_character();
     const bool two = code > 0xFF;

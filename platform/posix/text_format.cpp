@@ -309,7 +309,8 @@ class Formatter {
     }
 
     bool put_double(const Spec& spec, double value) {
-        const auto letter = platform::to_lower(static_cast<unsigned char>(spec.conversion));
+        const auto letter =
+            static_cast<char>(platform::to_lower(static_cast<unsigned char>(spec.conversion)));
         const auto form = letter == 'f'   ? std::chars_format::fixed
                           : letter == 'e' ? std::chars_format::scientific
                                           : std::chars_format::general;
