@@ -1,5 +1,4 @@
 // The string object beside std::string with {fmt}.
-#define FMT_HEADER_ONLY
 #include <fmt/format.h>
 
 #include <iterator>
