@@ -8,7 +8,8 @@
  * behind may be larger, so that many small steps cost no more than a few large ones.
  *
  * Results are 1, or -1 with an error of module "oarray" (20 and its history when memory is out;
- * then the array is as it was). An item passed in must not lie in the array itself.
+ * or the index INT32_MAX is asked for; then the array is as it was). An item passed in must not lie
+ * in the array itself.
  */
 #ifndef MOLTELIB_ARRAY_H
 #define MOLTELIB_ARRAY_H

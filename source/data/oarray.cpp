@@ -10,7 +10,9 @@
 namespace {
 
 constexpr molte::Module kModule("oarray");
+constexpr uint32_t kOutOfMemory = 20;
 constexpr uint32_t kBadArgument = 50;
+constexpr int64_t kMaxItems = std::numeric_limits<int32_t>::max();
 constexpr int32_t kInitLine = 20;
 
 uint8_t* item_at(const PA& array, int32_t index) {
@@ -34,17 +36,20 @@ inline void copy_item(uint8_t* to, const void* from, int32_t size) {
     }
 }
 
-// Items to add so that index NEED exists. A NEED that overflowed stands for the count.
-int32_t growth(const PA& array, int32_t need) {
-    if (need < 0) need = array.nCount;
-    const int64_t missing = static_cast<int64_t>(need) - array.nCapacity;
+// Items to add so that index NEED exists.
+int32_t growth(const PA& array, int64_t need) {
+    const int64_t missing = need - array.nCapacity;
     const int64_t quantum = array.nGrowBy;
     const int64_t added =
         missing >= 0 && missing < quantum ? quantum : (quantum + missing) / quantum * quantum;
-    return static_cast<int32_t>(std::min<int64_t>(added, std::numeric_limits<int32_t>::max()));
+    return static_cast<int32_t>(std::min(added, kMaxItems));
 }
 
-bool grow(PA* array, int32_t need) {
+bool grow(PA* array, int64_t need) {
+    if (need >= kMaxItems) {  // no capacity is above it
+        kModule.fail(molte::here(), kOutOfMemory);
+        return false;
+    }
     return ORVEX_release_realloc(&array->pData, array->nItemSize, &array->nCapacity,
                                  growth(*array, need)) > 0;
 }
@@ -130,7 +135,8 @@ int32_t PA_InsertAt(PA* pArray, int32_t nIndex, const void* pItem) {
     }
     const int32_t count = pArray->nCount;
     // Grows one item early: the room for nCount + 1 must be there before the move.
-    if (count + 1 >= pArray->nCapacity && !grow(pArray, count + 1)) {
+    const int64_t need = int64_t{count} + 1;
+    if (need >= pArray->nCapacity && !grow(pArray, need)) {
         return kModule.trace(molte::here());
     }
     if (nIndex < count) {
@@ -152,10 +158,8 @@ int32_t PA_Append(PA* pArray, const void* pItem) {
 int32_t PA_MultiAppend(PA* pArray, const void* pItems, int32_t n) {
     if (n < 0) return kModule.fail(molte::here(), kBadArgument);
     const int64_t wanted = static_cast<int64_t>(pArray->nCount) + n;
-    if (wanted > pArray->nCapacity) {
-        const auto need =
-            static_cast<int32_t>(std::min<int64_t>(wanted, std::numeric_limits<int32_t>::max()));
-        if (!grow(pArray, need)) return kModule.trace(molte::here());
+    if (wanted > pArray->nCapacity && !grow(pArray, wanted)) {
+        return kModule.trace(molte::here());
     }
     if (n > 0) std::memcpy(item_at(*pArray, pArray->nCount), pItems, bytes_of(*pArray, n));
     pArray->nCount += n;

@@ -115,6 +115,19 @@ TEST(Array, OutOfMemoryKeepsTheArray) {
     EXPECT_EQ(a.pa.nCount, 0);
 }
 
+TEST(Array, NothingOverflowsAtTheLargestCount) {
+    uint8_t byte = 0;
+    PA full;
+    PA_Build(&full, &byte, 1, INT32_MAX - 1, INT32_MAX - 1, 16);
+    EXPECT_EQ(PA_MultiAppend(&full, &byte, 2), -1);
+    EXPECT_EQ(PA_SetAt(&full, INT32_MAX, &byte), -1);
+    full.nCount = INT32_MAX;
+    EXPECT_EQ(PA_InsertAt(&full, 0, &byte), -1);
+    EXPECT_EQ(PA_Append(&full, &byte), -1);
+    EXPECT_EQ(GetRvexErrNo(), 20U);
+    EXPECT_EQ(full.nCount, INT32_MAX);
+}
+
 TEST(Array, MultiAppendDuplicateCopy) {
     Array a(4);
     const Ints twenty(20, 3);
