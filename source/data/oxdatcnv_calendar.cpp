@@ -1,5 +1,6 @@
 // Calendar arithmetic and validity.
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "core/report.h"
@@ -88,5 +89,6 @@ int32_t DateDiffByDay(const ORVEXDATE* pA, const ORVEXDATE* pB) {
     // Whole years go by the calendar, unlike the year days: the mixture is meant.
     for (int32_t year = year_of(*pA); year < year_of(*pB); ++year)
         days += is_leap(year) ? 366 : 365;
-    return days;
+    // The last day of a month and the first of the next have one key and aren't exchanged.
+    return std::abs(days);
 }

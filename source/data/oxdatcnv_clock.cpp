@@ -1,6 +1,8 @@
 // The clock: now, as time values, records and texts.
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 
 #include "data/date_fields.h"
 #include "moltelib/date_time.h"
@@ -18,6 +20,11 @@ bool local_time(const int64_t* moment, struct tm* fields) {
 
 bool local_now(struct tm* fields) {
     return local_time(nullptr, fields);
+}
+
+// A field of any value without overflow.
+int32_t less(int32_t field, int32_t first) {
+    return std::max(field, std::numeric_limits<int32_t>::min() + first) - first;
 }
 
 ORVEXDATETIME record_of(const struct tm& fields) {
@@ -145,8 +152,8 @@ int64_t ORVEX_MkTime(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
     struct tm now {};
     local_now(&now);
     struct tm fields {};
-    fields.tm_year = nYear - 1900;
-    fields.tm_mon = nMonth - 1;
+    fields.tm_year = less(nYear, 1900);
+    fields.tm_mon = less(nMonth, 1);
     fields.tm_mday = nDay;
     fields.tm_hour = nHour;
     fields.tm_min = nMinute;

@@ -22,7 +22,7 @@ int32_t three_way(T a, T b) {
 
 int32_t ORVEX_SetDate(ORVEXDATE* pDate, int32_t nYear, int32_t nMonth, int32_t nDay) {
     pDate->nDay = static_cast<uint8_t>(nDay);
-    pDate->nMonth = static_cast<uint8_t>(nMonth - 1);
+    pDate->nMonth = static_cast<uint8_t>(static_cast<uint32_t>(nMonth) - 1);
     put_low_first(nYear, pDate->anYear);
     return 1;
 }

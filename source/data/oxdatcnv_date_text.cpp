@@ -1,4 +1,5 @@
 // Date and time records as text: for people, and as digits.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -142,6 +143,7 @@ int64_t ORVEX_MkTimeStr(const char* pszText) {
 
 int32_t ORVEX_DigitToStrTime(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                              int32_t nMinute, int32_t nSecond, char* pszDst) {
-    return snprintf(pszDst, kTextSize, "%04d%02d%02d%02d%02d%02d", nYear, nMonth, nDay, nHour,
-                    nMinute, nSecond);
+    const int length = snprintf(pszDst, kTextSize, "%04d%02d%02d%02d%02d%02d", nYear, nMonth, nDay,
+                                nHour, nMinute, nSecond);
+    return std::min(length, static_cast<int>(kTextSize) - 1);  // of what is there
 }

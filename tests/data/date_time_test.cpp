@@ -123,6 +123,8 @@ TEST(DateText, DigitsBackIntoRecords) {
     char text[32];
     EXPECT_EQ(ORVEX_DigitToStrTime(f[0], f[1], f[2], f[3], f[4], f[5], text), 14);
     EXPECT_STREQ(text, "20180604110041");
+    const int32_t cut = ORVEX_DigitToStrTime(INT32_MIN, 0, 0, 0, 0, INT32_MIN, text);
+    EXPECT_EQ(static_cast<size_t>(cut), std::strlen(text));
 }
 
 TEST(DateNumbers, KeysAndSeconds) {
@@ -134,6 +136,7 @@ TEST(DateNumbers, KeysAndSeconds) {
     const auto d_t = moment(2024, 3, 1, 0, 0, 0);
     EXPECT_EQ(DateToSecond(&d), DateTimeToSecond(&d_t));
     EXPECT_EQ(ORVEX_MkTimeStr("20240301000000"), DateToSecond(&d));
+    EXPECT_EQ(ORVEX_MkTime(INT32_MIN, 1, 1, 0, 0, 0), -1);
 }
 
 TEST(DateCompare, OrdersByKeyBytesAndTime) {
@@ -230,6 +233,7 @@ TEST(Calendar, DayDistance) {
     for (const auto& c : std::vector<Case>{
              {date(2023, 1, 1), date(2023, 1, 1), 0},
              {date(2023, 1, 1), date(2023, 12, 31), 364},
+             {date(2023, 1, 31), date(2023, 2, 1), 1},  // of one key
              {date(2023, 12, 31), date(2024, 1, 1), 1},
              {date(2024, 2, 28), date(2024, 3, 1), 1},   // the year day misses 29 February
              {date(2024, 1, 1), date(2025, 1, 1), 366},  // but the whole year counts it
