@@ -32,12 +32,12 @@ struct Backups {
     int64_t bytes = 0;
 };
 
-// The number behind the last underscore, -1 when there is none.
+// The number behind the last underscore, -1 when there is none. No backup has a negative one.
 int32_t number_of(const char* name) {
     const char* underscore = std::strrchr(name, '_');
     int number = -1;
     if (underscore == nullptr || std::sscanf(underscore + 1, "%d", &number) != 1) return -1;
-    return number;
+    return std::max(number, -1);
 }
 
 int64_t size_of(const WIN32_FIND_DATAA& found) {

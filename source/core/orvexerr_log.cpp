@@ -169,9 +169,9 @@ FILE* take_stream(const char* path, const molte::FileNow& now) {
         stream = nullptr;
     }
     if (stream != nullptr) return stream;
-    stream = platform::open_stream(path, "a+t");
-    if (stream != nullptr) open_file = molte::look_at(path);
-    return stream;
+    // What was there before counts: a file that comes in between is found out at the next entry.
+    open_file = now;
+    return platform::open_stream(path, "a+t");
 }
 
 void put_back(FILE* stream) {
