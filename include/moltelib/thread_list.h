@@ -41,7 +41,8 @@ MOLTE_API int32_t MOLTE_THREADLISTNODE_Release(MOLTE_THREADLISTNODE* pNode);
 
 /*
  * The calling thread's node; the first call makes it, with pszFile and nLine as its first entry.
- * Null when there is no memory for it, with line 872 in the history.
+ * Null when there is no memory for it, with line 872 in the history, and with error 50 when the
+ * list isn't made.
  */
 MOLTE_API MOLTE_THREADLISTNODE* MOLTE_THREADLIST_Add(MOLTE_THREADLIST* pList, const char* pszFile,
                                                      int32_t nLine);

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxthrdop");
+constexpr uint32_t kBadArgument = 50;
 
 void link_at_tail(MOLTE_THREADLIST* list, MOLTE_THREADLISTNODE* node) {
     const molte::CritGuard guard(list->stCrit);
@@ -61,6 +62,10 @@ MOLTE_THREADLISTNODE* MOLTE_THREADLIST_Add(MOLTE_THREADLIST* pList, const char* 
     MOLTE_THDATA* data = MOLTE_THDATA_GetData();
     if (data == nullptr) return nullptr;
     if (data->pCallTrace != nullptr) return data->pCallTrace;
+    if (pList->stCrit.bInited == 0) {
+        kModule.fail(molte::here(), kBadArgument);
+        return nullptr;
+    }
     molte::Heap<MOLTE_THREADLISTNODE> node = molte::allocate<MOLTE_THREADLISTNODE>(1);
     if (node == nullptr) {
         kModule.trace(872);

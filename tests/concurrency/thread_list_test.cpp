@@ -16,6 +16,8 @@ TEST(ThreadList, OneNodeForEachThread) {
     List owner;
     MOLTE_THREADLIST& list = owner.list;
     EXPECT_EQ(MOLTE_THREADLIST_Remove(&list), 0);
+    MOLTE_THREADLIST not_made{};
+    EXPECT_EQ(MOLTE_THREADLIST_Add(&not_made, "file", 1), nullptr);
     MOLTE_THREADLISTNODE* node = MOLTE_THREADLIST_Add(&list, "long_source_name.cpp", 42);
     ASSERT_NE(node, nullptr);
     EXPECT_EQ(MOLTE_THREADLIST_Add(&list, "other", 43), node);
