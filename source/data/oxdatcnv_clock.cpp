@@ -159,7 +159,10 @@ int64_t ORVEX_MkTime(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
     fields.tm_min = nMinute;
     fields.tm_sec = nSecond;
     fields.tm_isdst = now.tm_isdst;  // of now, not of the date asked about
-    return _mktime64(&fields);
+    ORVEX_InnerTimeLock();
+    const int64_t time = _mktime64(&fields);
+    ORVEX_InnerTimeUnlock();
+    return time;
 }
 
 int64_t DateToSecond(const ORVEXDATE* pDate) {

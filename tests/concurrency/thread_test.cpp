@@ -146,8 +146,10 @@ uint32_t convert_times(void* context) {
         const int64_t moment = t * 86400 * 3;
         struct tm fields {};
         ORVEX_LocalTime(&moment, &fields);
-        struct tm again = fields;
-        if (static_cast<int64_t>(std::mktime(&again)) != moment)
+        const int64_t again = ORVEX_MkTime(fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday,
+                                           fields.tm_hour, fields.tm_min, fields.tm_sec);
+        // Half of the year may be off by the hour of daylight saving.
+        if (again < moment - 3600 || again > moment + 3600)
             *static_cast<std::atomic<int>*>(context) = 1;
     }
     return 0;
