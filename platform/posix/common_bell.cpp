@@ -10,7 +10,7 @@ namespace platform {
 
 namespace {
 
-Immortal<std::unique_ptr<NamedFile>> bell;
+constinit Immortal<std::unique_ptr<NamedFile>> bell;
 
 }  // namespace
 

@@ -24,11 +24,11 @@ struct Place {
 
 constexpr std::uint32_t kLastUse = 0x7FFFFFFF;
 
-Immortal<std::mutex> object_lock;
-Immortal<std::vector<Place>> places;
-Immortal<std::vector<std::uint32_t>> free_places;
+constinit Immortal<std::mutex> object_lock;
+constinit Immortal<std::vector<Place>> places;
+constinit Immortal<std::vector<std::uint32_t>> free_places;
 
-// Bells to ring when the lock is free again: who wakes often wants it at once.
+// Bells to ring when the lock is free again: a woken thread often wants it at once.
 struct Bells {
     std::size_t count = 0;
     std::array<std::atomic<std::uint32_t>*, 16> bells{};

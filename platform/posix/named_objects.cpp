@@ -19,7 +19,7 @@ struct OpenObjects {
     std::mutex lock;
     std::vector<std::weak_ptr<Object>> objects;
 };
-Immortal<OpenObjects> open_objects;
+constinit Immortal<OpenObjects> open_objects;
 
 class NamesGuard {
  public:

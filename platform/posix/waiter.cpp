@@ -62,11 +62,11 @@ DWORD Waiter::attempt_all() {
     return complete && take_all(&result) ? result : kNotYet;
 }
 
-// All were ready a moment ago, and the objects of this process still are. One of several processes
-// may be gone; then what was taken is given back, which is the same as if others had been quicker
-// by so much: each object was lacking for no longer than a wait of this thread for it alone, at
-// once followed by a signal, would have taken it away. A process killed in between has had the
-// signals, as one killed just after its wait.
+// All were ready a moment ago, and those of this process, which only change under the lock, still
+// are. If one of several processes is gone by now, the others are given back. No lock is needed for
+// this to be sound: to everyone else each object behaves as if a thread had waited for it alone and
+// then signalled it again, and whoever fell asleep meanwhile is woken by that. A process killed in
+// between takes signals with it, as one that is killed right after its wait.
 bool Waiter::take_all(DWORD* result) {
     Taken taken[MAXIMUM_WAIT_OBJECTS];
     *result = WAIT_OBJECT_0;
@@ -98,7 +98,7 @@ void Waiter::disown(Object& object) {
 void Waiter::end() {
     if (asleep_) {
         dequeue();
-        if (served_) finish(result_);
+        served_ ? finish(result_) : pass_on();
         robust_list_forget_operation();
     }
     for (ObjectPointer& object : kept_) object = nullptr;

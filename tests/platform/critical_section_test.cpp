@@ -41,6 +41,7 @@ TEST_F(CriticalSection, KeepsThreadsApart) {
     int entered = 0;
     bool met = false;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 2000; ++round) {

@@ -111,6 +111,7 @@ TEST(Handles, OfAnotherKindAreRefused) {
 TEST(Handles, AreGivenAndClosedByManyThreadsAtOnce) {
     std::atomic<int> faults{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 300; ++round) {
@@ -371,6 +372,7 @@ TEST(Waits, NoSignalIsLostOrTakenTwice) {
     std::atomic<int> taken{0};
     std::atomic<int> working{4};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, all = i < 2] {
             for (int round = 0; round < 250; ++round) {

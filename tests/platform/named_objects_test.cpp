@@ -126,6 +126,7 @@ TEST(NamedObjects, TellWhatTheyFind) {
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
     const Handle local(event("Local\\" + name));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
+    EXPECT_NE(Handle(event("Global\\" + name)), nullptr);
     const Handle opened(OpenEventA(EVENT_ALL_ACCESS, FALSE, name.c_str()));
     SetEvent(second);
     for (HANDLE same : {HANDLE{first}, HANDLE{local}, HANDLE{opened}}) {
@@ -290,6 +291,25 @@ TEST(NamedObjects, AMutexIsAbandonedByAThreadThatEnds) {
     EXPECT_EQ(ask(child, "poll"), std::to_string(WAIT_ABANDONED));
     EXPECT_EQ(ask(child, "release"), "0");
     EXPECT_EQ(WaitForSingleObject(mine, 5000), DWORD{WAIT_OBJECT_0});
+}
+
+TEST(NamedObjects, AMutexPassesByATerminatedWaiter) {
+    static HANDLE wanted = nullptr;
+    const Handle mine(mutex(new_name()));
+    wanted = mine;
+    WaitForSingleObject(mine, 0);
+    const auto wait = [](void*) -> DWORD { return WaitForSingleObject(wanted, Prompt::kLimit); };
+    const Handle first(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
+    Sleep(20);
+    const Handle second(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
+    Sleep(20);
+    const Prompt prompt;
+    TerminateThread(first, 7);
+    ReleaseMutex(mine);
+    EXPECT_EQ(WaitForSingleObject(second, Prompt::kLimit), DWORD{WAIT_OBJECT_0});
+    DWORD exit_code = 0;
+    GetExitCodeThread(second, &exit_code);
+    EXPECT_TRUE(exit_code == WAIT_OBJECT_0 || exit_code == WAIT_ABANDONED) << exit_code;
 }
 
 TEST(NamedObjects, AMutexIsAbandonedByAProcessThatEndsOrIsKilled) {
