@@ -103,7 +103,10 @@ MOLTE_API int64_t ORVEX_GetTimeInt64(void);
 /* Now in milliseconds since 1970. */
 MOLTE_API int64_t ORVEX_GetTimeMilli(void);
 
-/* Seconds of wall time since the program started, with a fraction. */
+/*
+ * Seconds of wall time, with a fraction, since the program started (on POSIX: since the time was
+ * first asked for). Take differences.
+ */
 MOLTE_API float ORVEX_etime(void);
 
 /* The local date of now; 2000, 1 and 1 when it can't be had. */
