@@ -35,6 +35,11 @@ typedef struct ORVEX_SYSINFO {
     uint32_t anReserved[6];
 } ORVEX_SYSINFO;
 
+/* State of the text hooks, 256 bytes. */
+typedef struct OXTXTHOOKSTATE {
+    uint64_t anReserved[32];
+} OXTXTHOOKSTATE;
+
 /* The global record. All zero at load; programs of the system read it, and write what is marked. */
 typedef struct MOLTE_BASEVAR {
     int32_t nReserved1;
@@ -80,12 +85,12 @@ typedef struct MOLTE_BASEVAR {
     int32_t nAppFileSize;       /* bytes of the program file, 0 when not known */
     int32_t nListenBacklogCnt;  /* parameter ListenBacklogCnt; 100 until it is read */
     MOLTE_THREADLIST stThreadList;
-    uint64_t anTextHook[32]; /* state of the text hooks */
+    OXTXTHOOKSTATE stTextHook;
 } MOLTE_BASEVAR;
 
 #if defined(__cplusplus)
 static_assert(sizeof(ORVEX_SYSINFO) == 64);
-static_assert(sizeof(((MOLTE_BASEVAR*)0)->anTextHook) == 256);
+static_assert(sizeof(OXTXTHOOKSTATE) == 256);
 #endif
 
 MOLTE_API MOLTE_BASEVAR g_stBv;

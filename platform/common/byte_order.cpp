@@ -1,5 +1,7 @@
 #include "platform/byte_order.h"
 
+#include <cstring>
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -7,7 +9,14 @@
 namespace platform {
 
 void swap_bytes_plainly(uint32_t* numbers, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) numbers[i] = __builtin_bswap32(numbers[i]);
+    // By way of memcpy: the numbers may stand at any address of a packed record.
+    auto* at = reinterpret_cast<unsigned char*>(numbers);
+    for (std::size_t i = 0; i < count; ++i, at += sizeof(uint32_t)) {
+        uint32_t number;
+        std::memcpy(&number, at, sizeof number);
+        number = __builtin_bswap32(number);
+        std::memcpy(at, &number, sizeof number);
+    }
 }
 
 #if defined(__x86_64__)

@@ -18,11 +18,14 @@ int32_t ORVEX_ShortOpLock(void) {
     if (std::atomic_ref(g_stBv.nInitCount).load(std::memory_order_acquire) == 0) {
         ORVEX_BASE_InitVar();
     }
-    return MOLTE_EnterCrit(&g_stBv.stShortOpLock.stCrit);
+    // There is no lock when bring-up failed before it was made.
+    if (g_stBv.stShortOpLock.bInited != 0) MOLTE_EnterCrit(&g_stBv.stShortOpLock.stCrit);
+    return 1;
 }
 
 int32_t ORVEX_ShortOpUnLock(void) {
-    return MOLTE_LeaveCrit(&g_stBv.stShortOpLock.stCrit);
+    if (g_stBv.stShortOpLock.bInited != 0) MOLTE_LeaveCrit(&g_stBv.stShortOpLock.stCrit);
+    return 1;
 }
 
 int32_t MOLTE_InitCrit(MOLTE_CRIT* pCrit) {

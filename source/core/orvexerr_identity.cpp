@@ -28,6 +28,7 @@ void publish(char (&field)[size], const char* text) {
     const size_t length = strnlen(text, size - 1);
     if (length == 0) return;
     std::memcpy(field + 1, text + 1, length - 1);
+    field[length] = '\0';  // a program may have emptied the field by its first byte alone
     std::atomic_ref(field[0]).store(text[0], std::memory_order_release);
 }
 

@@ -61,7 +61,7 @@ int32_t ORVEX_Err_CheckDupErrNo(void) {
 }
 
 int32_t ORVEX_StrCopy(char* szDst, const char* szSrc, int32_t* pnPos, int32_t nSize) {
-    if (szDst == nullptr || szSrc == nullptr || pnPos == nullptr || *pnPos < 0) {
+    if (szDst == nullptr || szSrc == nullptr || pnPos == nullptr || *pnPos < 0 || nSize < 1) {
         return kModule.fail(molte::here(), kBadArgument);
     }
     if (*pnPos >= nSize - 1) return nSize - 1;

@@ -94,5 +94,5 @@ int32_t SetRvexMonitorStatus(int32_t bErr, int32_t bMsg, ORVEX_MONITORFUN pfnMon
 }
 
 int32_t ORVEX_MSGSHOWFUN(const char* pszText) {
-    return MessageBoxA(nullptr, pszText, nullptr, MB_OK);
+    return MessageBoxA(nullptr, pszText, "", MB_OK);
 }

@@ -110,10 +110,10 @@ int32_t MOLTE_THDATA_SetClientData(const void* pData, int32_t nLen) {
 }
 
 int32_t MOLTE_THDATA_GetClientData(void* pBuf, int32_t nLen) {
-    if (pBuf == nullptr || nLen < 0) return kModule.fail(molte::here(), 50);
     const MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
     if (block == nullptr) return -1;
     if (block->bHasClientData == 0) return 0;
+    if (pBuf == nullptr || nLen < 0) return kModule.fail(molte::here(), 50);
     const int32_t length = std::min(nLen, block->nClientDataLen);
     std::memcpy(pBuf, block->abyClientData, static_cast<size_t>(length));
     return length;

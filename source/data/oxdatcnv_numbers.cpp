@@ -64,8 +64,8 @@ int32_t uint8ToBarCode(uint64_t v, char* buf, int32_t len) {
 }
 
 int32_t MOLTE_BuildKey(char* key, const char* prefix, int32_t keyLen) {
-    if (key == nullptr) return kModule.fail(molte::here(), 50);
     if (keyLen == 0) return 0;
+    if (key == nullptr) return kModule.fail(molte::here(), 50);
     if (keyLen < 0 || keyLen > kMaxKeyLength) keyLen = kMaxKeyLength;
     const auto wanted = static_cast<size_t>(keyLen);
     const size_t length = strnlen(key, wanted * 2 + 1);

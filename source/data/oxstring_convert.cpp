@@ -34,7 +34,8 @@ struct Conversion {
     // 1, or -1; room includes that of the terminator.
     [[nodiscard]] int32_t into(To* dst, const From* src, int64_t room) const {
         const size_t size = convert(dst, src, static_cast<size_t>(room));
-        return size != platform::kBadText ? 1 : fail(words.convert);
+        // Without a terminator it is no text; kBadText is the largest size there is.
+        return size < static_cast<size_t>(room) ? 1 : fail(words.convert);
     }
 
     [[nodiscard]] To* duplicate(const From* src) const {

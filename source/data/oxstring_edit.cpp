@@ -138,10 +138,11 @@ int32_t MOLTE_STR_RightStrTrim(char* s, const char* set) {
 
 int32_t MOLTE_STR_LeftTrunc(char* s, int32_t n, int32_t len) {
     if (s == nullptr || n < 0) return kModule.fail(molte::here(), 50);
+    if (n == 0) return 1;
     const int64_t length = len < 0 ? static_cast<int64_t>(strlen(s)) : len;
     if (length <= n) {
         s[0] = 0;
-    } else if (n > 0) {
+    } else {
         const auto rest = static_cast<size_t>(length - n);
         memmove(s, s + n, rest);
         s[rest] = 0;

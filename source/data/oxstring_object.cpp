@@ -37,7 +37,8 @@ int32_t format(OXSTR_STROBJ& object, const char* fmt, va_list args) {
         _vsnprintf(object.pBuf + object.nLen, static_cast<size_t>(room), fmt, copy);
     va_end(copy);
     if (size >= 0 && size < room) return size;
-    object.pBuf[object.nLen] = 0;
+    // What didn't fit goes again: the free space is what terminates the text.
+    memset(object.pBuf + object.nLen, 0, static_cast<size_t>(room));
     return -1;
 }
 

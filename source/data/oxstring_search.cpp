@@ -149,7 +149,8 @@ int32_t MOLTE_STR_REG_Find(const char* text, const OXSTR_REGOBJ* reg, OXSTR_MATC
 }
 
 int32_t MOLTE_STR_REG_Replace(OXSTR_STROBJ* strObj, OXSTR_REGOBJ* reg, const char* replacement) {
-    if (strObj == nullptr || strObj->pBuf == nullptr || replacement == nullptr || !is_usable(reg)) {
+    if (strObj == nullptr || strObj->pBuf == nullptr || strObj->nLen < 0 ||
+        replacement == nullptr || !is_usable(reg)) {
         return kModule.fail(molte::here(), 50);
     }
     const uint8_t all = reg->bAllMatches;

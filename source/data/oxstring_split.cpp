@@ -167,11 +167,11 @@ char** OXSTR_CmdStr2Arg(const char* cmdLine, int32_t* pnArgc) {
 
 char** ox_strsplit(const char* text, const char* delim, int32_t* pnCount) {
     if (pnCount != nullptr) *pnCount = 0;
+    if (text == nullptr) return nullptr;
     if (delim == nullptr || pnCount == nullptr) {
         kModule.fail(molte::here(), 50);
         return nullptr;
     }
-    if (text == nullptr) return nullptr;
     Texts items(kItemsToAdd);
     if (!split(text, delim, items)) {
         kModule.trace(molte::here());
