@@ -13,5 +13,7 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/moltelib-config-version.cma
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/moltelib-config.cmake
   ${CMAKE_BINARY_DIR}/moltelib-config-version.cmake DESTINATION ${package_folder})
+# Counted from where the file stands, so that an installed tree may be moved.
+file(RELATIVE_PATH path_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/moltelib.pc.in ${CMAKE_BINARY_DIR}/moltelib.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/moltelib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
