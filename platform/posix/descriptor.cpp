@@ -1,18 +1,20 @@
 #include "descriptor.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include "failure.h"
 
 namespace platform {
 
 int open_file(const char* path, int flags, unsigned permission) {
-    OpenFile file(::open(path, flags | O_CLOEXEC | O_NOCTTY, permission));
-    if (!file.valid()) return fail();
     struct stat status;
-    if (fstat(file.get(), &status) != 0) return fail();
-    return S_ISDIR(status.st_mode) ? fail(EISDIR) : file.release();
+    return open_file(path, flags, permission, &status);
+}
+
+int open_file(const char* path, int flags, unsigned permission, struct stat* status) {
+    OpenFile file(::open(path, flags | O_CLOEXEC | O_NOCTTY, permission));
+    if (!file.valid() || fstat(file.get(), status) != 0) return fail();
+    return S_ISDIR(status->st_mode) ? fail(EISDIR) : file.release();
 }
 
 bool write_all(int fd, const char* bytes, size_t size) {

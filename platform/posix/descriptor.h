@@ -1,6 +1,7 @@
 // An open descriptor that closes itself, and the one way in which files are opened.
 #pragma once
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -29,8 +30,9 @@ class OpenFile {
 };
 
 // open(2) with the kernel's own flags, for anything but a folder; the descriptor isn't inherited.
-// -1 with errno, and EACCES for a folder.
+// -1 with errno, and EACCES for a folder. STATUS tells of the file that was opened.
 int open_file(const char* path, int flags, unsigned permission);
+int open_file(const char* path, int flags, unsigned permission, struct stat* status);
 
 // False with errno when not all could be written.
 bool write_all(int fd, const char* bytes, size_t size);

@@ -1,5 +1,7 @@
-// CopyFileA: the kernel copies, and where it can't, a buffer does.
+// CopyFileA: the file system shares the content, or a buffer copies it.
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +20,6 @@ using platform::OpenFile;
 
 namespace {
 
-constexpr size_t kChunk = size_t{1} << 30;
 constexpr size_t kBufferSize = size_t{256} << 10;
 
 size_t to_size(off_t size) {
@@ -44,45 +45,29 @@ bool copy_by_buffer(int from, int to, off_t size) {
     return true;
 }
 
-// True for what copy_file_range says where two file systems, or an old kernel, can't do it.
-bool kernel_cannot(int number) {
-    return number == EXDEV || number == EINVAL || number == ENOSYS || number == EOPNOTSUPP ||
-           number == EPERM;
-}
-
-// The same, by the kernel where it can.
-bool copy_range(int from, int to, off_t size) {
-    while (size > 0) {
-        const ssize_t count =
-            copy_file_range(from, nullptr, to, nullptr, std::min(kChunk, to_size(size)), 0);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return kernel_cannot(errno) && copy_by_buffer(from, to, size);
-        if (count == 0) return true;
-        size -= count;
-    }
-    return true;
-}
-
 // Data only: the holes of the source stay holes in the target.
 bool copy_with_holes(int from, int to, off_t size) {
     for (off_t end = 0;;) {
         const off_t start = lseek(from, end, SEEK_DATA);
         // A file system that doesn't tell its holes has none.
-        if (start < 0 && errno == EINVAL) return copy_range(from, to, size);
+        if (start < 0 && errno == EINVAL) return copy_by_buffer(from, to, size);
         if (start < 0) return errno == ENXIO && ftruncate(to, size) == 0;
         end = lseek(from, start, SEEK_HOLE);
         if (end < 0 || lseek(from, start, SEEK_SET) < 0 || lseek(to, start, SEEK_SET) < 0 ||
-            !copy_range(from, to, end - start)) {
+            !copy_by_buffer(from, to, end - start)) {
             return false;
         }
     }
 }
 
+// A file system that can lets the two files share their blocks. Elsewhere the buffer is faster than
+// the kernel's own copying, which goes by a pipe.
 bool copy_content(int from, int to, const struct stat& source) {
     constexpr off_t block = 512;
+    if (ioctl(to, FICLONE, from) == 0) return true;
     if (source.st_blocks < source.st_size / block) return copy_with_holes(from, to, source.st_size);
     // There may be more: a file that grew, or one of the kernel's that tells no size.
-    return copy_range(from, to, source.st_size) && copy_by_buffer(from, to, INT64_MAX);
+    return copy_by_buffer(from, to, INT64_MAX);
 }
 
 bool copy_state(int to, const struct stat& source) {
@@ -90,32 +75,32 @@ bool copy_state(int to, const struct stat& source) {
     return fchmod(to, source.st_mode & 0777) == 0 && futimens(to, times) == 0;
 }
 
-bool regular(int fd, struct stat* state) {
-    if (fstat(fd, state) != 0) return false;
-    if (S_ISREG(state->st_mode)) return true;
+bool regular(const struct stat& state) {
+    if (S_ISREG(state.st_mode)) return true;
     errno = EACCES;
     return false;
 }
 
 // Empties the target, which must not be the source itself.
-bool prepare_target(int fd, const struct stat& source) {
-    struct stat target;
-    if (!regular(fd, &target)) return false;
+bool prepare_target(int fd, const struct stat& target, const struct stat& source) {
+    if (!regular(target)) return false;
     if (target.st_dev == source.st_dev && target.st_ino == source.st_ino) {
         errno = EBUSY;
         return false;
     }
-    return ftruncate(fd, 0) == 0;
+    // Truncating makes some file systems write everything out when the file is closed.
+    return target.st_size == 0 || ftruncate(fd, 0) == 0;
 }
 
 bool copy_path(const char* from, const char* to, bool must_be_new) {
     // A pipe by that name would keep the open waiting.
-    const OpenFile source(platform::open_file(from, O_RDONLY | O_NONBLOCK, 0));
     struct stat state;
-    if (!source.valid() || !regular(source.get(), &state)) return false;
+    const OpenFile source(platform::open_file(from, O_RDONLY | O_NONBLOCK, 0, &state));
+    if (!source.valid() || !regular(state)) return false;
     const int flags = O_WRONLY | O_NONBLOCK | O_CREAT | (must_be_new ? O_EXCL : 0);
-    const OpenFile target(platform::open_file(to, flags, (state.st_mode & 0700) | S_IWUSR));
-    if (!target.valid() || !prepare_target(target.get(), state)) return false;
+    struct stat old;
+    const OpenFile target(platform::open_file(to, flags, (state.st_mode & 0700) | S_IWUSR, &old));
+    if (!target.valid() || !prepare_target(target.get(), old, state)) return false;
     if (copy_content(source.get(), target.get(), state) && copy_state(target.get(), state))
         return true;
     const int reason = errno;

@@ -9,17 +9,19 @@ namespace platform {
 
 namespace {
 
-constexpr uintptr_t kLargePage = 2U << 20;
-constexpr size_t kWorthIt = 2 * kLargePage;
+constexpr uintptr_t kPage = 4096;
+constexpr size_t kWorthIt = size_t{4} << 20;
 
 }  // namespace
 
 void expect_large_use(void* block, size_t size) {
     if (size < kWorthIt) return;
-    // The whole large pages inside the block.
-    const auto start = (reinterpret_cast<uintptr_t>(block) + kLargePage - 1) & ~(kLargePage - 1);
-    const auto end = (reinterpret_cast<uintptr_t>(block) + size) & ~(kLargePage - 1);
-    madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+    // All pages of the block: with the hint on a part only, the kernel could no longer move it
+    // whole when it grows.
+    const auto start = reinterpret_cast<uintptr_t>(block) & ~(kPage - 1);
+    const auto end = reinterpret_cast<uintptr_t>(block) + block_size(block);
+    madvise(reinterpret_cast<void*>(start), (end - start + kPage - 1) & ~(kPage - 1),
+            MADV_HUGEPAGE);
 }
 
 size_t block_size(void* block) {

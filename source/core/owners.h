@@ -53,9 +53,10 @@ class Descriptor {
         fd_ = -1;
         return fd;
     }
-    void close() {
+    void close() { reset(-1); }
+    void reset(int32_t fd) {
         if (fd_ >= 0) _close(fd_);
-        fd_ = -1;
+        fd_ = fd;
     }
 
  private:

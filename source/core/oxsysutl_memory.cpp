@@ -29,7 +29,9 @@ void* grown_block(void* block, size_t size) {
     if (block == nullptr) return std::malloc(size);
     if (platform::block_size(block) >= size) return block;
     void* const roomy = std::realloc(block, size * 2);
-    return roomy != nullptr ? roomy : std::realloc(block, size);
+    if (roomy == nullptr) return std::realloc(block, size);
+    platform::expect_large_use(roomy, size * 2);
+    return roomy;
 }
 
 }  // namespace

@@ -23,12 +23,22 @@ size_t bytes_of(const PA& array, int32_t count) {
     return static_cast<size_t>(count) * static_cast<size_t>(array.nItemSize);
 }
 
+// Moves of one word each: a caller that has just written the item field by field would wait for a
+// wider load to see its fields.
+template <int32_t kWords>
+inline void copy_words(uint8_t* to, const uint8_t* from) {
+    uint64_t words[kWords];
+    for (int32_t i = 0; i < kWords; ++i) std::memcpy(&words[i], from + 8 * i, 8);
+    for (int32_t i = 0; i < kWords; ++i) std::memcpy(to + 8 * i, &words[i], 8);
+}
+
 // Most arrays hold pointers, numbers or pairs of them; a copy of constant size is a few moves.
-inline void copy_item(uint8_t* to, const void* from, int32_t size) {
+inline void copy_item(uint8_t* to, const void* item, int32_t size) {
+    const auto* from = static_cast<const uint8_t*>(item);
     if (size == 16) {
-        std::memcpy(to, from, 16);
+        copy_words<2>(to, from);
     } else if (size == 8) {
-        std::memcpy(to, from, 8);
+        copy_words<1>(to, from);
     } else if (size == 4) {
         std::memcpy(to, from, 4);
     } else {

@@ -8,7 +8,7 @@
 #include "files/file_open.h"
 #include "moltelib/text_convert.h"
 #include "moltelib/whole_file.h"
-#include "platform/memory.h"
+#include "platform/whole_read.h"
 
 using namespace molte::file;
 using molte::here;
@@ -49,26 +49,37 @@ Stream open_text(const wchar_t* name, const char* mode) {
     return stream;
 }
 
-// The length to load, or what the load then returns at once: 0 for a missing or empty file.
-template <typename Char>
-int64_t loadable_length(const Char* name, int32_t* length_out) {
-    *length_out = 0;
-    if (!exists(name)) return 0;
-    const int64_t length = length_of(name);
+int64_t checked_length(int64_t length) {
     if (length < kTooLarge) return length;
     return kModule.fail(here(), kFileTooLarge, SystemError::none, "file size too big max 1GB");
 }
 
+// The length to load, or what the load then returns at once: 0 for a missing or empty file.
+template <typename Char>
+int64_t loadable_length(const Char* name) {
+    return exists(name) ? checked_length(length_of(name)) : 0;
+}
+
+// A file that opens at once is asked nothing twice. For any other the steps are those of the names.
 template <typename Char>
 int32_t load(const Char* name, uint8_t** buffer_out, int32_t* length_out) {
-    const auto length = static_cast<int32_t>(loadable_length(name, length_out));
+    *length_out = 0;
+    struct _stat64 state;
+    molte::Descriptor file(platform::open_to_read(name, &state));
+    const auto length =
+        static_cast<int32_t>(file.valid() ? checked_length(state.st_size) : loadable_length(name));
     if (length < 1) return length;
     auto buffer = molte::allocate<uint8_t>(length);
     if (buffer == nullptr) return kModule.trace(here());
-    platform::expect_large_use(buffer.get(), static_cast<size_t>(length));
-    const molte::Descriptor file(open_by_chmod(name, kRead));
+    if (!file.valid()) {
+        file.reset(open_by_chmod(name, kRead));
+    } else if ((state.st_mode & kOwnerReadWrite) != kOwnerReadWrite) {
+        add_owner_mode(name);
+    }
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, name);
-    if (!read_whole(file.get(), buffer.get(), length)) {
+    errno = 0;
+    const auto size = static_cast<unsigned>(length);
+    if (platform::read_from_start(file.get(), buffer.get(), size) != length) {
         return fail_read(here(), file.get(), buffer.get(), length);
     }
     *buffer_out = buffer.release();
@@ -78,7 +89,8 @@ int32_t load(const Char* name, uint8_t** buffer_out, int32_t* length_out) {
 
 template <typename Char>
 int32_t load_text(const Char* name, char** text_out, int32_t* length_out) {
-    const auto length = static_cast<int32_t>(loadable_length(name, length_out));
+    *length_out = 0;
+    const auto length = static_cast<int32_t>(loadable_length(name));
     if (length < 1) return length;
     // One more is asked for than the file had, and one is for the terminator.
     auto text = molte::allocate<char>(int64_t{length} + 2);
