@@ -15,6 +15,7 @@
 #include "moltelib/event.h"
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
+#include "moltelib/language.h"
 #include "moltelib/linked_list.h"
 #include "moltelib/main_path.h"
 #include "moltelib/memory.h"
