@@ -3,6 +3,7 @@
 #define MOLTELIB_H
 
 #include "moltelib/application.h"
+#include "moltelib/application_version.h"
 #include "moltelib/array.h"
 #include "moltelib/base.h"
 #include "moltelib/bit_array.h"
@@ -20,8 +21,10 @@
 #include "moltelib/main_path.h"
 #include "moltelib/memory.h"
 #include "moltelib/memory_edit.h"
+#include "moltelib/network_address.h"
 #include "moltelib/number_text.h"
 #include "moltelib/parameter_registry.h"
+#include "moltelib/program_version.h"
 #include "moltelib/stack.h"
 #include "moltelib/state.h"
 #include "moltelib/system_info.h"
@@ -35,6 +38,7 @@
 #include "moltelib/thread_data.h"
 #include "moltelib/thread_list.h"
 #include "moltelib/utf8.h"
+#include "moltelib/uuid.h"
 #include "moltelib/whole_file.h"
 
 #endif
