@@ -18,10 +18,14 @@
  *
  * Elsewhere than on Windows the macro makes an ELF note: owner "moltelib", type 1, and as its
  * content the four numbers, each of two bytes, the most significant first. "readelf -n" shows it,
- * and strip leaves it. This header includes nothing, for the resource compiler's sake.
+ * and strip leaves it.
  */
 #ifndef MOLTELIB_PROGRAM_VERSION_H
 #define MOLTELIB_PROGRAM_VERSION_H
+
+#if !defined(RC_INVOKED)
+#include "moltelib/base.h"
+#endif
 
 #if defined(RC_INVOKED)
 
