@@ -35,9 +35,17 @@ typedef struct ORVEX_SYSINFO {
     uint32_t anReserved[6];
 } ORVEX_SYSINFO;
 
-/* State of the text hooks, 256 bytes. */
+/* State of the text hooks, 256 bytes; all zero, but for the lock, when they aren't up. */
 typedef struct OXTXTHOOKSTATE {
-    uint64_t anReserved[32];
+    int32_t bInited;
+    int32_t bCsReady;       /* texts are taken */
+    int64_t n64OutputTicks; /* parameter OutputTextTimeInHiReso: time spent in all hooks */
+    int32_t nOutputSec;     /* parameter OutputTextTimeInSec: the same in seconds */
+    struct OTXTHOOK_NODE* pHead;
+    MOLTE_CRIT stLock; /* never deleted once made: threads may print while the process ends */
+    MOLTE_PARAMITEM astParam[2];
+    void* pTxtLog; /* data of the hook of MOLTE_TXTLOG_AddLog */
+    uint64_t anReserved[3];
 } OXTXTHOOKSTATE;
 
 /* The global record. All zero at load; programs of the system read it, and write what is marked. */
