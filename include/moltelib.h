@@ -26,6 +26,7 @@
 #include "moltelib/message_queue.h"
 #include "moltelib/network_address.h"
 #include "moltelib/number_text.h"
+#include "moltelib/parameter_file.h"
 #include "moltelib/parameter_registry.h"
 #include "moltelib/plugin.h"
 #include "moltelib/program_version.h"
