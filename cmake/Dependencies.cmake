@@ -1,3 +1,30 @@
+# expat, which the library itself links. On a cross build Debian has no package of it for the target,
+# so the source that scripts/setup fetched is built along.
+set(MOLTELIB_EXPAT_SOURCE "" CACHE PATH "expat's source, for a target that has no expat of its own")
+find_package(EXPAT QUIET)
+if(NOT EXPAT_FOUND AND WIN32)
+  set(cache "$ENV{XDG_CACHE_HOME}")
+  if(NOT cache)
+    set(cache "$ENV{HOME}/.cache")
+  endif()
+  set(source "${MOLTELIB_EXPAT_SOURCE}")
+  if(NOT source)
+    set(source "${cache}/moltelib/expat")
+  endif()
+  if(NOT EXISTS ${source}/expat/CMakeLists.txt)
+    message(FATAL_ERROR "no expat: run scripts/setup windows, or set MOLTELIB_EXPAT_SOURCE")
+  endif()
+  foreach(part TOOLS EXAMPLES TESTS DOCS PKGCONFIG)
+    set(EXPAT_BUILD_${part} OFF)
+  endforeach()
+  set(EXPAT_SHARED_LIBS OFF)
+  set(EXPAT_ENABLE_INSTALL OFF)
+  add_subdirectory(${source}/expat ${CMAKE_BINARY_DIR}/expat EXCLUDE_FROM_ALL SYSTEM)
+  add_library(EXPAT::EXPAT ALIAS expat)
+else()
+  find_package(EXPAT REQUIRED)
+endif()
+
 # What the tests need from outside. On a cross build Debian has no GoogleTest for the target, so
 # its packaged source is built along.
 if(MOLTELIB_TESTS)
