@@ -27,16 +27,17 @@ int32_t MOLTE_STACK_Release(MOLTE_STACK* pStack) {
 }
 
 int32_t MOLTE_STACK_Push(MOLTE_STACK* pStack, const void* pItem) {
-    return PA_Append(&pStack->stItems, pItem);
+    return PA_Append(&pStack->stItems, pItem) > 0 ? 1 : kModule.trace(2496);
 }
 
 int32_t MOLTE_STACK_Pop(MOLTE_STACK* pStack, void* pOut) {
-    if (MOLTE_STACK_GetTop(pStack, pOut) < 0) return kModule.trace(molte::here());
-    return PA_DelAt(&pStack->stItems, pStack->stItems.nCount - 1);
+    const int32_t last = pStack->stItems.nCount - 1;
+    if (last < 0 || MOLTE_STACK_GetTop(pStack, pOut) < 0) return kModule.trace(2486);
+    return PA_DelAt(&pStack->stItems, last) > 0 ? 1 : kModule.trace(2488);
 }
 
 int32_t MOLTE_STACK_GetTop(const MOLTE_STACK* pStack, void* pOut) {
-    if (MOLTE_STACK_IsEmpty(pStack) != 0) return -1;
+    if (MOLTE_STACK_IsEmpty(pStack) != 0) return kModule.trace(2502);
     return MOLTE_STACK_GetDeepTop(pStack, 0, pOut);
 }
 

@@ -64,7 +64,7 @@ TEST(Stack, LastInFirstOut) {
     ORVEX_Err_ClearError();
     EXPECT_EQ(MOLTE_STACK_GetTop(&stack, &v), -1);
     EXPECT_EQ(MOLTE_STACK_Pop(&stack, &v), -1);
-    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
+    EXPECT_EQ(history_of_this_thread(), "2502 oxsysutl, 2486 oxsysutl");
     for (int32_t i = 1; i <= 40; ++i) MOLTE_STACK_Push(&stack, &i);
     EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 39, &v), 1);
     EXPECT_EQ(v, 1);
