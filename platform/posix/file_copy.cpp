@@ -30,33 +30,34 @@ struct Free {
     void operator()(char* memory) const { std::free(memory); }
 };
 
-// Size bytes from the position of each file, or to the end of the source.
-bool copy_by_buffer(int from, int to, off_t size) {
+// Size bytes from the position of each file, or to the end of the source; how many, or -1.
+off_t copy_by_buffer(int from, int to, off_t size) {
     const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::malloc(kBufferSize)));
-    if (buffer == nullptr) return false;
-    while (size > 0) {
-        const ssize_t count =
-            ::read(from, buffer.get(), std::min<size_t>(kBufferSize, to_size(size)));
+    if (buffer == nullptr) return -1;
+    for (off_t copied = 0;;) {
+        const size_t wanted = std::min<size_t>(kBufferSize, to_size(size - copied));
+        const ssize_t count = ::read(from, buffer.get(), wanted);
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return count == 0;
-        if (!platform::write_all(to, buffer.get(), static_cast<size_t>(count))) return false;
-        size -= count;
+        if (count == 0) return copied;
+        if (count < 0 || !platform::write_all(to, buffer.get(), to_size(count))) return -1;
+        copied += count;
     }
-    return true;
 }
 
 // Data only: the holes of the source stay holes in the target.
-bool copy_with_holes(int from, int to, off_t size) {
+bool copy_with_holes(int from, int to) {
     for (off_t end = 0;;) {
         const off_t start = lseek(from, end, SEEK_DATA);
         // A file system that doesn't tell its holes has none.
-        if (start < 0 && errno == EINVAL) return copy_by_buffer(from, to, size);
-        if (start < 0) return errno == ENXIO && ftruncate(to, size) == 0;
+        if (start < 0 && errno == EINVAL) return copy_by_buffer(from, to, INT64_MAX) >= 0;
+        if (start < 0) return errno == ENXIO && ftruncate(to, lseek(from, 0, SEEK_END)) == 0;
         end = lseek(from, start, SEEK_HOLE);
-        if (end < 0 || lseek(from, start, SEEK_SET) < 0 || lseek(to, start, SEEK_SET) < 0 ||
-            !copy_by_buffer(from, to, end - start)) {
+        if (end < 0 || lseek(from, start, SEEK_SET) < 0 || lseek(to, start, SEEK_SET) < 0) {
             return false;
         }
+        const off_t copied = copy_by_buffer(from, to, end - start);
+        // Less than there should be: a file of the kernel's, or one that was cut meanwhile.
+        if (copied < end - start) return copied >= 0;
     }
 }
 
@@ -65,14 +66,16 @@ bool copy_with_holes(int from, int to, off_t size) {
 bool copy_content(int from, int to, const struct stat& source) {
     constexpr off_t block = 512;
     if (ioctl(to, FICLONE, from) == 0) return true;
-    if (source.st_blocks < source.st_size / block) return copy_with_holes(from, to, source.st_size);
+    if (source.st_blocks < source.st_size / block) return copy_with_holes(from, to);
     // There may be more: a file that grew, or one of the kernel's that tells no size.
-    return copy_by_buffer(from, to, INT64_MAX);
+    return copy_by_buffer(from, to, INT64_MAX) >= 0;
 }
 
+// Somebody else's file, or a file system without permissions, refuses them: the copy is whole then.
 bool copy_state(int to, const struct stat& source) {
     const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, source.st_mtim};
-    return fchmod(to, source.st_mode & 0777) == 0 && futimens(to, times) == 0;
+    const auto done = [](int result) { return result == 0 || errno == EPERM; };
+    return done(fchmod(to, source.st_mode & 0777)) && done(futimens(to, times));
 }
 
 bool regular(const struct stat& state) {

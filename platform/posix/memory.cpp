@@ -2,14 +2,15 @@
 
 #include <malloc.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 
 namespace platform {
 
 namespace {
 
-constexpr uintptr_t kPage = 4096;
 constexpr size_t kWorthIt = size_t{4} << 20;
 
 }  // namespace
@@ -18,10 +19,12 @@ void expect_large_use(void* block, size_t size) {
     if (size < kWorthIt) return;
     // All pages of the block: with the hint on a part only, the kernel could no longer move it
     // whole when it grows.
-    const auto start = reinterpret_cast<uintptr_t>(block) & ~(kPage - 1);
+    const auto page = static_cast<uintptr_t>(getpagesize());
+    const auto start = reinterpret_cast<uintptr_t>(block) & ~(page - 1);
     const auto end = reinterpret_cast<uintptr_t>(block) + block_size(block);
-    madvise(reinterpret_cast<void*>(start), (end - start + kPage - 1) & ~(kPage - 1),
-            MADV_HUGEPAGE);
+    const int before = errno;
+    madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+    errno = before;
 }
 
 size_t block_size(void* block) {

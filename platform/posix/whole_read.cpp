@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -21,6 +22,7 @@
 #include "descriptor.h"
 #include "failure.h"
 #include "file_status.h"
+#include "kernel_object.h"
 #include "path.h"
 #include "platform/memory.h"
 
@@ -99,8 +101,10 @@ void* run(void* context) {
     return nullptr;
 }
 
-// The second half is another thread's, where one can be had.
+// The second half is another thread's, where one can be had. It writes to what lies here, so this
+// thread isn't ended before it.
 bool read_by_two(int fd, char* block, size_t size) {
+    const platform::Unbroken until_joined;
     const size_t half = size / 2 / kChunk * kChunk;
     Stretch first{fd, block, 0, half, false};
     Stretch second{fd, block, static_cast<off_t>(half), size - half, false};
@@ -143,7 +147,9 @@ int open_to_read(const wchar_t* name, struct _stat64* status) {
 int read_from_start(int fd, void* block, unsigned size) {
     if (size >= kLarge && reinterpret_cast<uintptr_t>(block) % alignof(std::max_align_t) == 0) {
         expect_large_use(block, size);
+        const int before = errno;
         if (read_large(fd, static_cast<char*>(block), size)) return static_cast<int>(size);
+        errno = before;
     }
     // Whatever went wrong is told as for any read.
     return _lseeki64(fd, 0, SEEK_SET) == 0 ? _read(fd, block, size) : -1;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -49,6 +50,22 @@ TEST(Load, WholeFilesMissingOnesAndEmptyOnes) {
     EXPECT_EQ(ORVEX_LoadBinDataFileW(fs::path(folder / "a").wstring().c_str(), &buffer, &length),
               static_cast<int32_t>(bytes.size()));
     ORVEX_free(buffer);
+}
+
+// Around the sizes from which on large pages, and then two threads, are used.
+TEST(Load, EveryByteOfLargeFiles) {
+    const TempFolder folder;
+    for (const size_t size : {(size_t{4} << 20) + 13, (size_t{64} << 20) + 77}) {
+        std::string bytes(size, '\x5A');
+        uint64_t word = size;
+        for (size_t at = 0; at + sizeof word <= size; at += sizeof word) {
+            word = word * 6364136223846793005 + 1442695040888963407;
+            memcpy(bytes.data() + at, &word, sizeof word);
+        }
+        const Loaded loaded = load(folder.write("large", bytes));
+        EXPECT_EQ(loaded.result, static_cast<int32_t>(size));
+        EXPECT_TRUE(loaded.bytes == bytes) << size;
+    }
 }
 
 TEST(Load, AGigabyteIsTooLarge) {

@@ -173,15 +173,16 @@ int _fileno(FILE* stream);
 // The present position becomes the end of the file; what is added reads as zeros.
 BOOL SetEndOfFile(HANDLE file);
 
-// Copies content, permission and modification time, with holes kept. A target is written over
-// unless fail_if_exists (then the last error is ERROR_FILE_EXISTS); a file is never copied onto
-// itself (ERROR_SHARING_VIOLATION). A copy that fails leaves no target.
+// Copies content, permission and modification time, with holes kept; the latter two only where the
+// target's file system, and its owner if it was there, allow. A target is written over unless
+// fail_if_exists (then the last error is ERROR_FILE_EXISTS); a file is never copied onto itself
+// (ERROR_SHARING_VIOLATION). A copy that fails leaves no target.
 BOOL CopyFileA(const char* source, const char* target, BOOL fail_if_exists);
 
 namespace platform {
 
-// The descriptor in a handle of _get_osfhandle, or -1. Such a handle is an odd number; the other
-// handles of this folder are even.
+// The descriptor in a handle of _get_osfhandle, or -1. Such a handle is an odd number below 2^32;
+// the other handles of this folder are even, or above.
 int handle_descriptor(HANDLE file);
 
 // Gives a file or folder another name on the same disk (else EXDEV), and never replaces: a taken

@@ -20,7 +20,8 @@
 //
 // Limits of named objects on POSIX, all about moments when a process was woken and did not run yet:
 // a signal taken back at once (SetEvent, ResetEvent), or given a second time, may pass a waiter by;
-// a release beyond the maximum fails although a waiter has one coming.
+// a release beyond the maximum fails although a waiter has one coming; the signal of an event or a
+// semaphore for a waiter that is killed then is left for the next wait that begins.
 #pragma once
 
 #include "platform/last_error.h"
