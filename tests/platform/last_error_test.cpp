@@ -7,9 +7,9 @@
 #include <string>
 #include <thread>
 
-namespace {
+#include "support/error_if.h"
 
-constexpr DWORD kSystem = FORMAT_MESSAGE_FROM_SYSTEM;
+namespace {
 
 TEST(LastError, BelongsToTheThread) {
     // The hand-over is by bare flags: making and joining a thread may set the error itself.
@@ -28,29 +28,25 @@ TEST(LastError, BelongsToTheThread) {
     EXPECT_EQ(kept, 0xFFFFFFFFu);
 }
 
-DWORD message(DWORD flags, DWORD number, char* text, DWORD size) {
-    SetLastError(0);
-    return FormatMessageA(flags, nullptr, number, 0, text, size, nullptr);
-}
-
 TEST(LastError, EachNumberHasATextOfItsOwn) {
-    std::string texts;
+    constexpr DWORD system = FORMAT_MESSAGE_FROM_SYSTEM;
     char text[256];
+    const auto format = [&text](DWORD flags, DWORD number, DWORD size) {
+        return FormatMessageA(flags, nullptr, number, 0, text, size, nullptr);
+    };
+    std::string texts;
     DWORD length = 0;
     for (const DWORD number : {2, 3, 5, 6, 18, 32, 33, 80, 87, 112, 123, 145, 183, 206, 1131}) {
-        length = message(kSystem | FORMAT_MESSAGE_IGNORE_INSERTS, number, text, 256);
+        length = format(system | FORMAT_MESSAGE_IGNORE_INSERTS, number, 256);
         const std::string line(text);
         EXPECT_EQ(line.find("\r\n"), length - 2) << number;
         EXPECT_EQ(texts.find("\n" + line), std::string::npos) << line;
         texts += "\n" + line;
     }
-    EXPECT_EQ(message(kSystem, 1131, text, length + 1), length);
-    EXPECT_EQ(message(kSystem, 1131, text, length), 0u);
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(message(kSystem, 0x2FFFFFFF, text, 256), 0u);
-    EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
-    EXPECT_EQ(message(0, 2, text, 256), 0u);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(format(system, 1131, length + 1), length);
+    EXPECT_EQ(error_if(format(system, 1131, length) == 0), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(error_if(format(system, 0x2FFFFFFF, 256) == 0), DWORD{ERROR_MR_MID_NOT_FOUND});
+    EXPECT_EQ(error_if(format(0, 2, 256) == 0), DWORD{ERROR_INVALID_PARAMETER});
 }
 
 #if !defined(_WIN32)

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "support/child_process.h"
+#include "support/error_if.h"
 #include "support/temp_folder.h"
 #include "support/unprivileged.h"
 
@@ -78,16 +79,10 @@ TEST_F(Registry, GivesWhatWasStored) {
     const std::string number = "\xEF\xCD\xAB\x89";
     EXPECT_EQ(key.set("Number", number, REG_DWORD), 0);
     EXPECT_EQ(key.set(nullptr, "unnamed"), 0);
-    const std::string texts[] = {std::string("with\0", 5),
-                                 "\"x\" \\ \\\\",
-                                 "\r\n\t",
-                                 "\\x{0a} \\",
-                                 "# no",
-                                 "[x] = ",
-                                 " blanks ",
-                                 "%s%n",
-                                 std::string(1, '\0')};
-    for (const std::string& text : texts) {
+    for (const std::string& text :
+         {std::string("with\0", 5), std::string("\"x\" \\ \\\\ \r\n\t \\x{0a} \\"),
+          std::string("# no"), std::string("[x] = "), std::string(" blanks %s%n "),
+          std::string(1, '\0')}) {
         EXPECT_EQ(key.set("a \"name\" = \\", text), 0);
         EXPECT_EQ(key.get("A \"NAME\" = \\"), text.back() == '\0' ? text.c_str() : text);
     }
@@ -97,41 +92,33 @@ TEST_F(Registry, GivesWhatWasStored) {
     EXPECT_EQ(again.get(""), "unnamed");
 }
 
-TEST_F(Registry, SizesOfAQuery) {
-    const Key key(base_);
-    ASSERT_EQ(key.set("v", "1234567"), 0);
-    for (const DWORD room : {0, 7, 8, 100}) {
-        char bytes[100] = "unchanged";
-        DWORD size = room;
-        EXPECT_EQ(RegQueryValueExA(key.handle, "v", nullptr, nullptr,
-                                   reinterpret_cast<BYTE*>(bytes), &size),
-                  room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);
-        EXPECT_EQ(size, 8u) << room;
-        EXPECT_STREQ(bytes, room < 8 ? "unchanged" : "1234567") << room;
-    }
-    DWORD size = 0;
-    EXPECT_EQ(RegQueryValueExA(key.handle, "v", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 8u);
-}
-
-TEST_F(Registry, KeysAndAccess) {
+TEST_F(Registry, KeysAccessAndSizes) {
     HKEY middle = nullptr;
+    HKEY below = nullptr;
     const std::string path = base_ + "\\a";
     const auto open = [&] {
-        return platform::keep_error(
-            RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &middle));
+        const LONG error = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &middle);
+        return static_cast<DWORD>(platform::keep_error(error));
     };
-    EXPECT_EQ(open(), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(Key(path + "\\b").set("v", "x"), 0);
-    EXPECT_EQ(open(), 0);
-    HKEY below = nullptr;
+    EXPECT_EQ(error_if(open() != 0), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(Key(path + "\\b").set("v", "1234567"), 0);
+    EXPECT_EQ(open(), 0U);
     EXPECT_EQ(RegOpenKeyExA(middle, "c", 0, KEY_READ, &below), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegOpenKeyExA(middle, "B", 0, KEY_READ, &below), 0);
-    EXPECT_EQ(RegQueryValueExA(below, "v", nullptr, nullptr, nullptr, nullptr), 0);
+    BYTE bytes[100];
+    DWORD size = 0;
+    const auto query = [&](BYTE* to) {
+        return RegQueryValueExA(below, "v", nullptr, nullptr, to, &size);
+    };
+    for (const DWORD room : {0, 7, 8, 100}) {
+        bytes[0] = '#';
+        size = room;
+        EXPECT_EQ(query(bytes), room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);
+        EXPECT_TRUE(size == 8 && bytes[0] == (room < 8 ? '#' : '1')) << room;
+    }
+    EXPECT_EQ(query(nullptr), 0);
     EXPECT_EQ(RegCloseKey(below) | RegCloseKey(middle), 0);
-    EXPECT_EQ(RegQueryValueExA(below, "v", nullptr, nullptr, nullptr, nullptr),
-              ERROR_INVALID_HANDLE);
+    EXPECT_EQ(query(nullptr), ERROR_INVALID_HANDLE);
     EXPECT_EQ(Key(base_, KEY_READ).set("v", "1"), ERROR_ACCESS_DENIED);
     EXPECT_EQ(Key(base_, KEY_SET_VALUE).get("v"), "error 5");
 }

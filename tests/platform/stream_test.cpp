@@ -75,16 +75,6 @@ TEST(Stream, WritesTheLineEndOfThePlatform) {
     }
 }
 
-TEST(Stream, Failures) {
-    const TempFolder folder;
-    EXPECT_EQ(platform::open_stream((folder / "none/f").c_str(), "a+t"), nullptr);
-    EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(platform::open_stream(folder.str().c_str(), "rt"), nullptr);
-    EXPECT_EQ(errno, EACCES);
-    EXPECT_EQ(platform::open_stream((folder / "f").c_str(), "x"), nullptr);
-    EXPECT_EQ(errno, EINVAL);
-}
-
 #if !defined(_WIN32)
 
 CHILD_ROLE(appends) {

@@ -150,56 +150,6 @@ TEST(Format, WideAndNarrowMeet) {
     platform::set_locale("C");
 }
 
-TEST(Number, Texts) {
-    const std::tuple<int64_t, int, const char*> rows[] = {
-        {0, 10, "0"},
-        {-255, 10, "-255"},
-        {INT64_MIN, 10, "-9223372036854775808"},
-        {-255, 16, "ffffffffffffff01"},
-        {35, 36, "z"},
-        {-1, 2, "1111111111111111111111111111111111111111111111111111111111111111"}};
-    char text[66];
-    for (const auto& [value, base, expected] : rows) {
-        EXPECT_STREQ(_i64toa(value, text, base), expected);
-    }
-    EXPECT_STREQ(_ui64toa(UINT64_MAX, text, 10), "18446744073709551615");
-}
-
-TEST(Number, Reading) {
-    const std::pair<const char*, int64_t> rows[] = {{"123", 123},
-                                                    {"  -5x", -5},
-                                                    {"\t\n\v\f\r +8", 8},
-                                                    {"- 5", 0},
-                                                    {"", 0},
-                                                    {"abc", 0},
-                                                    {"0x10", 0},
-                                                    {"\xA0 5", 0},
-                                                    {"9223372036854775807", INT64_MAX},
-                                                    {"9223372036854775808", INT64_MAX},
-                                                    {"18446744073709551616", INT64_MAX},
-                                                    {"-9223372036854775807", INT64_MIN + 1},
-                                                    {"-9223372036854775808", INT64_MIN},
-                                                    {"-99999999999999999999999", INT64_MIN}};
-    for (const auto& [text, value] : rows) EXPECT_EQ(_atoi64(text), value) << text;
-}
-
-TEST(Bytes, ClassesAndCase) {
-    std::string spaces;
-    int printed = 0;
-    for (int c = 0; c < 256; ++c) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (platform::is_space(byte)) spaces += static_cast<char>(c);
-        printed += platform::is_print(byte) ? 1 : 0;
-        if (c < 128 && std::isalpha(c) != 0) continue;
-        EXPECT_EQ(platform::to_lower(byte), byte);
-        EXPECT_EQ(platform::to_upper(byte), byte);
-    }
-    EXPECT_EQ(spaces, "\t\n\v\f\r ");
-    EXPECT_EQ(printed, 95);
-    EXPECT_EQ(platform::to_lower('Z'), 'z');
-    EXPECT_EQ(platform::to_upper('a'), 'A');
-}
-
 TEST(Bytes, CompareWithoutCase) {
     EXPECT_EQ(platform::compare_no_case("aBc", "AbC"), 0);
     EXPECT_LT(platform::compare_no_case("a", "B"), 0);

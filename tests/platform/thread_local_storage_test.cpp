@@ -5,7 +5,7 @@
 #include <set>
 #include <thread>
 
-#include "platform/last_error.h"
+#include "support/error_if.h"
 
 namespace {
 
@@ -13,66 +13,34 @@ void* word(std::uintptr_t value) {
     return reinterpret_cast<void*>(value);
 }
 
-TEST(ThreadLocalStorage, EachThreadHasItsOwnWord) {
-    const DWORD key = TlsAlloc();
-    ASSERT_NE(key, DWORD{TLS_OUT_OF_INDEXES});
-    EXPECT_EQ(TlsGetValue(key), nullptr);
-    EXPECT_NE(TlsSetValue(key, word(1)), FALSE);
-    std::thread([&] {
-        EXPECT_EQ(TlsGetValue(key), nullptr);
-        EXPECT_NE(TlsSetValue(key, word(2)), FALSE);
-        EXPECT_EQ(TlsGetValue(key), word(2));
-    }).join();
-    EXPECT_EQ(TlsGetValue(key), word(1));
-    EXPECT_NE(TlsFree(key), FALSE);
-}
-
-// 64 fit a thread's own record on Windows; beyond, the words are elsewhere.
-TEST(ThreadLocalStorage, ManyKeysHoldDifferentWords) {
+// 64 keys fit a thread's own record on Windows; beyond, the words are elsewhere.
+TEST(ThreadLocalStorage, EachThreadHasItsOwnWordForEachKey) {
     std::set<DWORD> keys;
     while (keys.size() < 100) {
-        const DWORD key = TlsAlloc();
-        if (key == TLS_OUT_OF_INDEXES) break;
-        ASSERT_TRUE(keys.insert(key).second);
-        ASSERT_NE(TlsSetValue(key, word(key + 1000U)), FALSE);
+        ASSERT_TRUE(keys.insert(TlsAlloc()).second);
     }
-    EXPECT_GE(keys.size(), 64U);
+    const auto use = [&](std::uintptr_t base) {
+        for (const DWORD key : keys) {
+            EXPECT_EQ(TlsGetValue(key), nullptr);
+            EXPECT_NE(TlsSetValue(key, word(base + key)), FALSE);
+        }
+        for (const DWORD key : keys) EXPECT_EQ(TlsGetValue(key), word(base + key));
+    };
+    use(1000);
+    std::thread(use, 5000).join();
     for (const DWORD key : keys) {
-        EXPECT_EQ(TlsGetValue(key), word(key + 1000U));
+        EXPECT_EQ(TlsGetValue(key), word(1000U + key));
         EXPECT_NE(TlsFree(key), FALSE);
     }
-}
-
-TEST(ThreadLocalStorage, AKeyUsedAgainReadsNull) {
-    DWORD key = TlsAlloc();
-    std::thread([&] {
-        TlsSetValue(key, word(1));
-        for (int round = 0; round < 100; ++round) {
-            TlsFree(key);
-            key = TlsAlloc();
-            ASSERT_EQ(TlsGetValue(key), nullptr) << round;
-            TlsSetValue(key, word(1));
-        }
-    }).join();
-    EXPECT_EQ(TlsGetValue(key), nullptr);
-    TlsFree(key);
-}
-
-TEST(ThreadLocalStorage, TheLastErrorTellsANullWordFromABadKey) {
-    const DWORD key = TlsAlloc();
+    const DWORD again = TlsAlloc();
     SetLastError(5);
-    EXPECT_EQ(TlsGetValue(key), nullptr);
-    EXPECT_EQ(GetLastError(), 0U);
-    EXPECT_NE(TlsFree(key), FALSE);
-    EXPECT_EQ(TlsFree(key), FALSE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-
-    SetLastError(5);
-    EXPECT_EQ(TlsGetValue(TLS_OUT_OF_INDEXES), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    SetLastError(5);
-    EXPECT_EQ(TlsSetValue(TLS_OUT_OF_INDEXES, nullptr), FALSE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(TlsGetValue(again), nullptr);  // not what the key's word was before
+    EXPECT_EQ(GetLastError(), 0U);           // which tells a null word from a bad key
+    EXPECT_NE(TlsFree(again), FALSE);
+    EXPECT_EQ(error_if(TlsFree(again) == FALSE), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error_if(TlsGetValue(TLS_OUT_OF_INDEXES) == nullptr), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error_if(TlsSetValue(TLS_OUT_OF_INDEXES, nullptr) == FALSE),
+              DWORD{ERROR_INVALID_PARAMETER});
 }
 
 }  // namespace

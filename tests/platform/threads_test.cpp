@@ -3,25 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
 
-#include "platform/last_error.h"
+#include "support/error_if.h"
+#include "support/handles.h"
 
 namespace {
 
 struct Shared {
-    HANDLE never = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-    HANDLE mutex = CreateMutexA(nullptr, FALSE, nullptr);
+    const Handle never{automatic()};
+    const Handle owned{mutex()};
     std::atomic<DWORD> number{0};
     std::atomic<bool> ready{false};
-    ~Shared() {
-        CloseHandle(never);
-        CloseHandle(mutex);
-    }
-    void wait_until_ready() const {
-        while (!ready) Sleep(1);
-    }
+    std::atomic<HANDLE> self{nullptr};
 };
+
+// Starts a routine, and waits until it is ready, or gone.
+HANDLE start(DWORD (*routine)(void*), Shared& shared, DWORD* number = nullptr) {
+    HANDLE thread = CreateThread(nullptr, 0, routine, &shared, 0, number);
+    shared.self = thread;
+    while (!shared.ready && wait_for(thread, 1) == WAIT_TIMEOUT) {
+    }
+    return thread;
+}
 
 DWORD tell_number(void* context) {
     static_cast<Shared*>(context)->number = GetCurrentThreadId();
@@ -30,9 +33,9 @@ DWORD tell_number(void* context) {
 
 DWORD sleep_owning_the_mutex(void* context) {
     auto* shared = static_cast<Shared*>(context);
-    WaitForSingleObject(shared->mutex, INFINITE);
+    wait_for(shared->owned, INFINITE);
     shared->ready = true;
-    WaitForSingleObject(shared->never, INFINITE);
+    wait_for(shared->never, INFINITE);
     return 1;
 }
 
@@ -46,8 +49,16 @@ DWORD use_objects_without_end(void* context) {
     shared->ready = true;
     for (;;) {
         SetEvent(shared->never);
-        WaitForSingleObject(shared->never, 0);
+        wait_for(shared->never);
     }
+}
+
+DWORD terminate_itself(void* context) {
+    auto* shared = static_cast<Shared*>(context);
+    while (shared->self == nullptr) Sleep(1);
+    TerminateThread(shared->self, 9);
+    shared->number = 1;  // survived
+    return 4;
 }
 
 DWORD exit_code_of(HANDLE thread) {
@@ -56,21 +67,17 @@ DWORD exit_code_of(HANDLE thread) {
     return exit_code;
 }
 
-TEST(Threads, RunAndTellTheirNumberAndExitCode) {
+TEST(Threads, TellTheirNumberAndExitCode) {
     Shared shared;
     DWORD number = 0;
-    HANDLE thread = CreateThread(nullptr, 0, tell_number, &shared, 0, &number);
-    ASSERT_NE(thread, nullptr);
-    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(WaitForSingleObject(thread, 0), DWORD{WAIT_OBJECT_0});
+    const Handle thread(start(tell_number, shared, &number));
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(wait_for(thread, INFINITE), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(exit_code_of(thread), 7U);
     EXPECT_EQ(shared.number, number);
-    EXPECT_NE(number, GetCurrentThreadId());
-    EXPECT_NE(number, 0U);
-    EXPECT_NE(CloseHandle(thread), FALSE);
+    EXPECT_TRUE(number != 0 && number != GetCurrentThreadId());
 }
 
-TEST(Threads, RunWithoutAHandleAndWithAnyStack) {
+TEST(Threads, RunWithoutAHandleAndWithAnyStackThatThereCanBe) {
     for (std::size_t stack_size : {std::size_t{1}, std::size_t{70000}, std::size_t{3} << 20}) {
         for (DWORD flags : {DWORD{0}, DWORD{STACK_SIZE_PARAM_IS_A_RESERVATION}}) {
             Shared shared;
@@ -79,93 +86,60 @@ TEST(Threads, RunWithoutAHandleAndWithAnyStack) {
             EXPECT_NE(shared.number, 0U) << stack_size;
         }
     }
+    EXPECT_EQ(error_if(!CreateThread(nullptr, std::size_t{1} << 50, tell_number, nullptr, 0, 0)),
+              DWORD{ERROR_NOT_ENOUGH_MEMORY});
 }
 
-TEST(Threads, AStackBeyondAllMemoryIsRefused) {
-    Shared shared;
-    EXPECT_EQ(CreateThread(nullptr, std::size_t{1} << 50, tell_number, &shared, 0, nullptr),
-              nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_ENOUGH_MEMORY});
-}
-
+std::atomic<bool> local_gone{false};
 struct Local {
-    explicit Local(std::atomic<bool>& flag) : gone(flag) {}
     ~Local() {
         Sleep(20);
-        gone = true;
+        local_gone = true;
     }
-    std::atomic<bool>& gone;
 };
+DWORD have_a_local_object(void*) {
+    static thread_local Local local;
+    return reinterpret_cast<uintptr_t>(&local) % 2;
+}
 
 TEST(Threads, AreSignalledWhenTheirLastObjectIsGone) {
-    static std::atomic<bool> gone{false};
-    HANDLE thread = CreateThread(
-        nullptr, 0,
-        [](void*) -> DWORD {
-            thread_local Local local(gone);
-            return local.gone ? 1 : 0;
-        },
-        nullptr, 0, nullptr);
-    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), DWORD{WAIT_OBJECT_0});
-    EXPECT_TRUE(gone);
-    CloseHandle(thread);
+    const Handle thread(CreateThread(nullptr, 0, have_a_local_object, nullptr, 0, nullptr));
+    EXPECT_EQ(wait_for(thread, INFINITE), DWORD{WAIT_OBJECT_0});
+    EXPECT_TRUE(local_gone);
 }
 
 TEST(Threads, TerminatedAnywhereLeaveTheirMutexesAbandoned) {
-    for (auto routine : {sleep_owning_the_mutex, work_without_end, use_objects_without_end}) {
+    for (auto routine :
+         {sleep_owning_the_mutex, work_without_end, use_objects_without_end, terminate_itself}) {
         Shared shared;
-        HANDLE thread = CreateThread(nullptr, 0, routine, &shared, 0, nullptr);
-        EXPECT_EQ(exit_code_of(thread), DWORD{STILL_ACTIVE});
-        shared.wait_until_ready();
+        const Handle thread(start(routine, shared));
         Sleep(5);
-        EXPECT_NE(TerminateThread(thread, 9), FALSE);
-        EXPECT_EQ(WaitForSingleObject(thread, 10000), DWORD{WAIT_OBJECT_0});
+        EXPECT_EQ(exit_code_of(thread), shared.ready ? DWORD{STILL_ACTIVE} : 9);
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_NE(TerminateThread(thread, 9), FALSE);
+            EXPECT_EQ(wait_for(thread, 10000), DWORD{WAIT_OBJECT_0});
+        }
         EXPECT_EQ(exit_code_of(thread), 9U);
-        EXPECT_NE(TerminateThread(thread, 9), FALSE);
+        EXPECT_EQ(shared.number, 0U);
         const bool owned = routine == sleep_owning_the_mutex;
-        EXPECT_EQ(WaitForSingleObject(shared.mutex, 1000), owned ? WAIT_ABANDONED : WAIT_OBJECT_0);
-        ReleaseMutex(shared.mutex);
-        CloseHandle(thread);
-
+        EXPECT_EQ(wait_for(shared.owned, 1000), owned ? WAIT_ABANDONED : WAIT_OBJECT_0);
+        ReleaseMutex(shared.owned);
         // The dead thread is in nobody's way: the signal is there for the living.
-        ResetEvent(shared.never);
         SetEvent(shared.never);
-        EXPECT_EQ(WaitForSingleObject(shared.never, 0), DWORD{WAIT_OBJECT_0});
+        EXPECT_EQ(wait_for(shared.never), DWORD{WAIT_OBJECT_0});
     }
-}
-
-TEST(Threads, OneThatTerminatesItselfEndsThere) {
-    static std::atomic<HANDLE> self{nullptr};
-    static std::atomic<bool> survived{false};
-    HANDLE thread = CreateThread(
-        nullptr, 0,
-        [](void*) -> DWORD {
-            while (self == nullptr) Sleep(1);
-            TerminateThread(self, 3);
-            survived = true;
-            return 4;
-        },
-        nullptr, 0, nullptr);
-    self = thread;
-    EXPECT_EQ(WaitForSingleObject(thread, 10000), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(exit_code_of(thread), 3U);
-    EXPECT_FALSE(survived);
-    CloseHandle(thread);
 }
 
 TEST(Threads, AreWaitedForTogetherWithOtherObjects) {
     Shared shared;
-    HANDLE sleeper = CreateThread(nullptr, 0, sleep_owning_the_mutex, &shared, 0, nullptr);
-    HANDLE quick = CreateThread(nullptr, 0, tell_number, &shared, 0, nullptr);
-    const HANDLE handles[] = {sleeper, quick, shared.mutex};
-    shared.wait_until_ready();
+    const Handle sleeper(start(sleep_owning_the_mutex, shared));
+    const Handle quick(start(tell_number, shared));
+    const HANDLE handles[] = {sleeper, quick, shared.owned};
     EXPECT_EQ(WaitForMultipleObjects(3, handles, FALSE, 10000), WAIT_OBJECT_0 + 1U);
     EXPECT_EQ(WaitForMultipleObjects(3, handles, TRUE, 0), DWORD{WAIT_TIMEOUT});
     SetEvent(shared.never);
     EXPECT_EQ(WaitForMultipleObjects(3, handles, TRUE, 10000), DWORD{WAIT_ABANDONED});
-    ReleaseMutex(shared.mutex);
-    CloseHandle(sleeper);
-    CloseHandle(quick);
+    ReleaseMutex(shared.owned);
 }
 
 }  // namespace
