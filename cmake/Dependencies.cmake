@@ -11,15 +11,20 @@ if(NOT EXPAT_FOUND AND WIN32)
   if(NOT source)
     set(source "${cache}/moltelib/expat")
   endif()
-  if(NOT EXISTS ${source}/expat/CMakeLists.txt)
+  set(source "${source}/expat/lib")
+  if(NOT EXISTS ${source}/xmlparse.c)
     message(FATAL_ERROR "no expat: run scripts/setup windows, or set MOLTELIB_EXPAT_SOURCE")
   endif()
-  foreach(part TOOLS EXAMPLES TESTS DOCS PKGCONFIG)
-    set(EXPAT_BUILD_${part} OFF)
-  endforeach()
-  set(EXPAT_SHARED_LIBS OFF)
-  set(EXPAT_ENABLE_INSTALL OFF)
-  add_subdirectory(${source}/expat ${CMAKE_BINARY_DIR}/expat EXCLUDE_FROM_ALL SYSTEM)
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/expat/expat_config.h CONTENT
+"#define BYTEORDER 1234
+#define XML_CONTEXT_BYTES 1024
+#define XML_DTD 1
+#define XML_NS 1
+")
+  add_library(expat STATIC ${source}/xmlparse.c ${source}/xmlrole.c ${source}/xmltok.c)
+  target_include_directories(expat SYSTEM PUBLIC ${source} PRIVATE ${CMAKE_BINARY_DIR}/expat)
+  target_compile_definitions(expat PUBLIC XML_STATIC)
+  target_compile_options(expat PRIVATE -w)
   add_library(EXPAT::EXPAT ALIAS expat)
 else()
   find_package(EXPAT REQUIRED)
