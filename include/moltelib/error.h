@@ -12,9 +12,10 @@
  * without a block, for want of memory, share one static record. A function that succeeds leaves the
  * record alone, so GetRvexErrNo tells something only right after a failure.
  *
- * Reporting never fails, allocates nothing after a thread's first report, takes no lock and works
- * before bring-up. Text that does not fit a field is cut. Null where text is expected counts as
- * empty text.
+ * Reporting never fails, allocates nothing after a thread's first report and works before bring-up.
+ * It takes no lock but that of local time (moltelib/thread.h), once in a quarter of an hour, and
+ * when the host name or the operating system is not yet known one that guards the filling in. Text
+ * that does not fit a field is cut. Null where text is expected counts as empty text.
  */
 #ifndef MOLTELIB_ERROR_H
 #define MOLTELIB_ERROR_H
@@ -43,7 +44,8 @@ typedef int32_t (*ORVEX_MONITORFUN)(const char* pszText);
  * Overwrites the current record with a failure: always 0.
  *   nErrNo     the library's error number
  *   nSysErrNo  the system's number, see nOption
- *   szFile     the source; of its name behind the last path delimiter 32 characters are kept
+ *   szFile     the source; of what stands behind its last backslash 32 characters are kept; a
+ *              slash is no delimiter here
  *   nLine      the source line; its low 16 bits are kept
  *   nDataLen   bytes at pData, of which 144 are kept; texts of more than 255 bytes pass 255
  *   pData      data of the failure, as a name or a message; may be null
@@ -62,7 +64,7 @@ MOLTE_API int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char*
 
 /*
  * Adds a caller to the history: the low 16 bits of the line, and the first 17 characters of what
- * stands behind the last path delimiter of szFile. The history keeps its first 14 entries; later
+ * stands behind the last backslash of szFile. The history keeps its first 14 entries; later
  * ones are dropped. With no error recorded the record becomes error 103 at line 142 first.
  */
 MOLTE_API int32_t ORVEX_Err_AddNL(int32_t nLine, const char* szFile);
@@ -106,8 +108,9 @@ MOLTE_API int32_t ORVEX_Err_GetErrData(ORVEX_ERRDATA* pRec, void* pBuf, int32_t 
  * Writes the environment line to szBuf and gives szBuf back: program name, its version, operating
  * system, bytes of the program file, physical memory in MB and 32 or 64 bits, with blanks between.
  * Bounded as ox_snprintf: a line of nLen bytes or more fills the buffer without a terminator, and
- * one of exactly nLen reports error 501. Puts 64 into g_stBv.nKernelBit and the name of the system
- * into g_stBv.szOsPlatform if they are not set. Null or an nLen below 1: nothing is written.
+ * one of exactly nLen reports error 501. In every case it first puts 64 into g_stBv.nKernelBit and
+ * the name of the system into g_stBv.szOsPlatform if they are not set. Null or an nLen below 1:
+ * nothing is written.
  */
 MOLTE_API char* ORVEX_GetEnvString(char* szBuf, int32_t nLen);
 
@@ -182,7 +185,12 @@ MOLTE_API int32_t ORVEX_StrCopy(char* szDst, const char* szSrc, int32_t* pnPos, 
 /* For qsort and bsearch: the difference of the error numbers of two ErrStringStruct. */
 MOLTE_API int32_t ErrStringStruct_Cmp(const void* pA, const void* pB);
 
-/* Sorts a table by error number; 1, or -1 with error 50 for null or a negative count. */
+/*
+ * The tables: a count of 0 is an empty table, whose pointer may be null. Any other null, and a
+ * negative count, give -1 with error 50.
+ */
+
+/* Sorts a table by error number; 1, 0 for an empty one. */
 MOLTE_API int32_t ErrStringStruct_Sort(ErrStringStruct* pTable, int32_t nCount);
 
 /* Sorts the table and names each repeated number on standard output; 1 if there is any, else 0. */

@@ -59,8 +59,9 @@ MOLTE_API int32_t ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(int32_t nKiB);
 
 /*
  * Turns any growing file over: pszDir\pszName + pszExt of at least nMinSize bytes becomes
- * pszDir\pszName_NNNN + pszExt with the number behind the highest there is; before that the lowest
- * numbers are removed until backups and file together are below nTotalLimit bytes. Always 1.
+ * pszDir\pszName_NNNN + pszExt with the number behind the highest there is (behind 2147483647 the
+ * first free one); before that the lowest numbers are removed until backups and file together are
+ * below nTotalLimit bytes. Always 1.
  */
 MOLTE_API int32_t MOLTE_BackupFile(const char* pszDir, const char* pszName, const char* pszExt,
                                    int64_t nTotalLimit, int64_t nMinSize);

@@ -13,8 +13,9 @@
  * Formats into dst, room for size characters, by the platform's printf rules. The characters
  * written without the terminator, if that found room as well. A text that fills the buffer exactly
  * has no terminator: -1 with error 501. A longer one leaves a full buffer without terminator and
- * the run-time's own negative result, with no error. dst null with size 0 measures.
- * Other bad arguments: -1 with error 50.
+ * the run-time's own negative result, with no error. With dst null and size 0 nothing is written
+ * and the result is the length of the text; that of an empty one "fills" the 0 characters: -1 with
+ * error 501. Other bad arguments: -1 with error 50.
  */
 MOLTE_API int32_t ox_snprintf(char* dst, int32_t size, const char* fmt, ...) MOLTE_PRINTF(3, 4);
 /* The same for wide text: %s takes wide text, %hs 8-bit text. size counts characters. */

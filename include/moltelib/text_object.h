@@ -56,7 +56,8 @@ MOLTE_API int32_t OXSTR_STROBJ_EnsureFreeSizeIs(OXSTR_STROBJ* obj, int32_t n);
 MOLTE_API int32_t OXSTR_STROBJ_Append(OXSTR_STROBJ* obj, const void* data, int32_t n);
 
 /*
- * Append text by the platform's printf rules; the bytes added. -1 when the object can't grow or the
+ * Append text by the platform's printf rules; the bytes added. No argument may point into obj's own
+ * buffer. -1 when the object can't grow or the
  * text can't be made: then text and length are as they were.
  */
 MOLTE_API int32_t OXSTR_STROBJ_vPrintf(OXSTR_STROBJ* obj, const char* fmt, va_list args);

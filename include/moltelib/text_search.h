@@ -1,5 +1,7 @@
 /*
  * Search in a text, and the search object, which finds or replaces a literal text.
+ *
+ * The case of letters is that of ASCII, whatever the language: bytes from 128 up have none.
  */
 #ifndef MOLTELIB_TEXT_SEARCH_H
 #define MOLTELIB_TEXT_SEARCH_H
@@ -81,7 +83,8 @@ MOLTE_API int32_t MOLTE_STR_REG_Find(const char* text, const OXSTR_REGOBJ* reg,
  * a text that got shorter leaves its old bytes behind nLen.
  *
  * -1 when the object can't grow, with bCanGrow 0 then without an error and with bAllMatches of reg
- * left cleared; -1 with error 50 for bad arguments. Writes to reg while it runs.
+ * left cleared; -1 with error 50 for bad arguments. Writes to reg while it runs. Neither the
+ * replacement nor the pattern may lie in strObj's own buffer.
  */
 MOLTE_API int32_t MOLTE_STR_REG_Replace(OXSTR_STROBJ* strObj, OXSTR_REGOBJ* reg,
                                         const char* replacement);

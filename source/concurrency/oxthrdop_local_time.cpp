@@ -1,6 +1,7 @@
 // The run-time's local-time functions share a record among all threads; one lock guards it.
 #include <cstring>
 
+#include "core/owners.h"
 #include "moltelib/thread.h"
 #include "platform/time.h"
 
@@ -9,23 +10,10 @@ namespace {
 constexpr size_t kFieldBytes = 9 * sizeof(int);  // tm_sec to tm_isdst
 constexpr size_t kTextSize = 26;
 
-// Made at first use and never deleted: other threads may need it while the process ends.
-OXCRITSECT* time_lock() {
-    struct Section {
-        OXCRITSECT section;
-        Section() { ORVEX_InitCritSect(&section); }
-    };
-    static Section lock;
-    return &lock.section;
+OXCRITSECT& time_lock() {
+    static molte::LastingLock lock;
+    return lock.section;
 }
-
-class TimeGuard {
- public:
-    TimeGuard() { ORVEX_InnerTimeLock(); }
-    ~TimeGuard() { ORVEX_InnerTimeUnlock(); }
-    TimeGuard(const TimeGuard&) = delete;
-    TimeGuard& operator=(const TimeGuard&) = delete;
-};
 
 __time64_t moment_or_now(const int64_t* moment) {
     return moment != nullptr ? static_cast<__time64_t>(*moment) : _time64(nullptr);
@@ -39,17 +27,17 @@ char* copied(char* text, char* dst) {
 }  // namespace
 
 int32_t ORVEX_InnerTimeLock(void) {
-    return MOLTE_EnterCrit(time_lock());
+    return MOLTE_EnterCrit(&time_lock());
 }
 
 int32_t ORVEX_InnerTimeUnlock(void) {
-    return MOLTE_LeaveCrit(time_lock());
+    return MOLTE_LeaveCrit(&time_lock());
 }
 
 struct tm* ORVEX_LocalTime(const int64_t* pTime, struct tm* pTm) {
     if (pTm != nullptr) std::memset(pTm, 0, kFieldBytes);
     const __time64_t moment = moment_or_now(pTime);
-    const TimeGuard guard;
+    const molte::CritGuard guard(time_lock());
     struct tm* shared = _localtime64(&moment);
     if (shared != nullptr && pTm != nullptr) std::memcpy(pTm, shared, kFieldBytes);
     return shared;
@@ -57,7 +45,7 @@ struct tm* ORVEX_LocalTime(const int64_t* pTime, struct tm* pTm) {
 
 char* ORVEX_ctime(const int64_t* pTime, char* pszDst) {
     const __time64_t moment = moment_or_now(pTime);
-    const TimeGuard guard;
+    const molte::CritGuard guard(time_lock());
     return copied(_ctime64(&moment), pszDst);
 }
 
@@ -67,6 +55,6 @@ char* ORVEX_asctime(const struct tm* pTm, char* pszDst) {
         if (ORVEX_LocalTime(nullptr, &now) == nullptr) return nullptr;
         pTm = &now;
     }
-    const TimeGuard guard;
+    const molte::CritGuard guard(time_lock());
     return copied(platform::asctime(pTm), pszDst);
 }

@@ -24,7 +24,8 @@ constexpr molte::Module kModule("moltevar");
 constexpr uint32_t kDefaultErrorMask = 8200;  // error flag and text error log
 constexpr int32_t kFirstListenBacklog = 100;  // until its parameter is read
 
-// Threads that come first at the same time: one of them brings the library up.
+// Threads that come first at the same time: one of them brings the library up and the others wait,
+// so that none sees it half made. Programs owe nothing to this; it guards the lazy ways in.
 std::mutex bring_up_mutex;
 
 bool is_up() {
@@ -37,7 +38,8 @@ void allow_output() {
     g_stBv.nPrintInfoMask = 0;
 }
 
-// The lock is made before the count says that it is there.
+// The short lock comes first, though nothing but the count tells of it: a thread that sees the
+// count raised enters the lock at once.
 void raise_count() {
     MOLTE_InitCrit(&g_stBv.stShortOpLock);
     std::atomic_ref(g_stBv.nInitCount).fetch_add(1, std::memory_order_release);
@@ -53,6 +55,7 @@ int32_t make_line_buffer_list() {
     return PA_Init(&g_stBv.stLineBufList, sizeof(void*), 4);
 }
 
+// Registered once in a process, however often the library comes up: an exit list never shrinks.
 void close_hooks_at_exit() {
     static const int registered = std::atexit([] { ORVEX_BASE_AtExit(); });
     static_cast<void>(registered);

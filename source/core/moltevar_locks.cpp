@@ -12,6 +12,22 @@ namespace {
 constexpr molte::Module kModule("moltevar");
 constexpr uint32_t kBadArgument = 50;
 
+// The three counters of one direction.
+struct Counters {
+    int64_t& count;
+    int64_t& bytes;
+    int64_t& ticks;
+};
+
+int32_t add(const Counters& counters, int64_t bytes, int64_t ticks) {
+    if (g_stBv.stCounterLock.bInited == 0) return 0;
+    const molte::CritGuard guard(g_stBv.stCounterLock);
+    ++counters.count;
+    counters.bytes += bytes;
+    counters.ticks += ticks;
+    return 1;
+}
+
 }  // namespace
 
 int32_t ORVEX_ShortOpLock(void) {
@@ -52,19 +68,11 @@ int32_t MOLTE_COUNTER_Release(MOLTE_CRIT* pCrit) {
 }
 
 int32_t MOLTE_COUNTER_ReadInc(int64_t n64Bytes, int64_t n64Ticks) {
-    if (g_stBv.stCounterLock.bInited == 0) return 0;
-    const molte::CritGuard guard(g_stBv.stCounterLock);
-    ++g_stBv.n64ReadCount;
-    g_stBv.n64ReadByteCount += n64Bytes;
-    g_stBv.n64ReadTimeUsed += n64Ticks;
-    return 1;
+    return add({g_stBv.n64ReadCount, g_stBv.n64ReadByteCount, g_stBv.n64ReadTimeUsed}, n64Bytes,
+               n64Ticks);
 }
 
 int32_t MOLTE_COUNTER_WriteInc(int64_t n64Bytes, int64_t n64Ticks) {
-    if (g_stBv.stCounterLock.bInited == 0) return 0;
-    const molte::CritGuard guard(g_stBv.stCounterLock);
-    ++g_stBv.n64WriteCount;
-    g_stBv.n64WriteByteCount += n64Bytes;
-    g_stBv.n64WriteTimeUsed += n64Ticks;
-    return 1;
+    return add({g_stBv.n64WriteCount, g_stBv.n64WriteByteCount, g_stBv.n64WriteTimeUsed}, n64Bytes,
+               n64Ticks);
 }

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/big_endian.h"
 #include "core/identity.h"
 #include "core/report.h"
 #include "core/source_name.h"
+#include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "moltelib/thread_data.h"
 #include "platform/last_error.h"
@@ -15,8 +15,6 @@
 namespace {
 
 using molte::base_name;
-using molte::big_endian;
-using molte::put_big_endian;
 
 constexpr molte::Module kModule("orvexerr");
 constexpr uint32_t kBadArgument = 50;
@@ -66,6 +64,7 @@ class LastMessage {
         char text[kMessageSize] = "";
         const char* found = text;
         if (platform) {
+            // A message with inserts stays as it is: there are no arguments to put in.
             FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
                            number, 0, text, sizeof text, nullptr);
         } else {
@@ -107,10 +106,10 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
 
     ORVEX_ERRDATA& record = *ORVEX_GetErrData();
     clear(record);
-    put_big_endian(record.nRecSize, sizeof record);
-    put_big_endian(record.nErrNo, nErrNo);
-    put_big_endian(record.nSysErrNo, nSysErrNo);
-    put_big_endian(record.nLine, static_cast<uint16_t>(nLine));
+    uint4ToChar4(sizeof record, record.nRecSize);
+    uint4ToChar4(nErrNo, record.nErrNo);
+    uint4ToChar4(nSysErrNo, record.nSysErrNo);
+    uint2ToChar2(static_cast<uint16_t>(nLine), record.nLine);
     put_text(record.szFile, base_name(szFile), sizeof record.szFile);
     FormatCurrentDateTime(&record.stTime);
     molte::stamp_host_name(record.szHostName);
@@ -119,7 +118,7 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
     if (nOption != 0) {
         const bool on_socket = nErrNo >= kFirstSocketError && nErrNo <= kLastSocketError;
         record.bHasSysErr = 1;
-        put_big_endian(record.nWinErrNo, on_socket ? socket_error : platform_error);
+        uint4ToChar4(on_socket ? socket_error : platform_error, record.nWinErrNo);
         const bool platform = (nOption & kPlatformText) != 0;
         std::memcpy(record.szSysErr, last_message.of(nSysErrNo, platform), sizeof record.szSysErr);
     }
@@ -129,15 +128,15 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
 
 int32_t ORVEX_Err_AddNL(int32_t nLine, const char* szFile) {
     ORVEX_ERRDATA& record = *ORVEX_GetErrData();
-    if (big_endian(record.nErrNo) == 0) {
+    if (Char4To_uint4(record.nErrNo) == 0) {
         clear(record);
-        put_big_endian(record.nErrNo, kNoErrorNumber);
-        put_big_endian(record.nLine, kNoErrorLine);
+        uint4ToChar4(kNoErrorNumber, record.nErrNo);
+        uint2ToChar2(kNoErrorLine, record.nLine);
     }
     if (record.nHistCount >= ORVEX_ERRDATA_HISTORY_MAX) return 0;
     ORVEX_ERRHIST& entry = record.astHist[record.nHistCount++];
     entry = {};
-    put_big_endian(entry.nLine, static_cast<uint16_t>(nLine));
+    uint2ToChar2(static_cast<uint16_t>(nLine), entry.nLine);
     put_text(entry.szFile, base_name(szFile), sizeof entry.szFile - 1);
     return 0;
 }
@@ -160,21 +159,21 @@ int32_t ORVEX_Err_ClearError(void) {
 }
 
 uint32_t GetRvexErrNo(void) {
-    return big_endian(ORVEX_GetErrData()->nErrNo);
+    return Char4To_uint4(ORVEX_GetErrData()->nErrNo);
 }
 
 int32_t GetRvexSubErrNo(void) {
-    return static_cast<int16_t>(big_endian(ORVEX_GetErrData()->nSubErrNo));
+    return static_cast<int16_t>(Char2To_uint2(ORVEX_GetErrData()->nSubErrNo));
 }
 
 int32_t ORVEX_Err_SetSubErrno(int32_t nSubErrNo) {
-    put_big_endian(ORVEX_GetErrData()->nSubErrNo, static_cast<uint16_t>(nSubErrNo));
+    uint2ToChar2(static_cast<uint16_t>(nSubErrNo), ORVEX_GetErrData()->nSubErrNo);
     return 1;
 }
 
 int32_t ORVEX_Err_SetSysErrStr(uint32_t nSysErrNo, const char* szText) {
     ORVEX_ERRDATA& record = *ORVEX_GetErrData();
-    put_big_endian(record.nSysErrNo, nSysErrNo);
+    uint4ToChar4(nSysErrNo, record.nSysErrNo);
     if (szText != nullptr) put_message(record.szSysErr, szText);
     return 1;
 }

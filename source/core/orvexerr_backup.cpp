@@ -75,6 +75,14 @@ int64_t number_from(const molte::GrowingFile& file, int64_t first) {
     return lowest;
 }
 
+// The number behind the highest. Behind the last number that there is comes the first free one.
+int32_t next_number(const molte::GrowingFile& file, int32_t highest) {
+    if (highest < INT_MAX) return highest + 1;
+    int32_t number = 0;
+    while (number < INT_MAX && _access(BackupPath(file, number).text, 0) == 0) ++number;
+    return number;
+}
+
 // Removes from the lowest number on until there is room for the file.
 void make_room(const molte::GrowingFile& file, const Backups& backups, int64_t size) {
     int64_t total = backups.bytes + size;
@@ -110,8 +118,8 @@ void turn_over(const GrowingFile& file) {
         if (!now.exists || now.size < file.min_size) return;
         const Backups backups = look_for_backups(file);
         if (backups.any) make_room(file, backups, now.size);
-        const int32_t next = backups.highest < INT_MAX ? backups.highest + 1 : 0;
-        if (platform::rename_file(current.text, BackupPath(file, next).text) == 0) return;
+        const BackupPath next(file, next_number(file, backups.highest));
+        if (platform::rename_file(current.text, next.text) == 0) return;
         if (errno != EEXIST) return;
     }
 }

@@ -120,7 +120,7 @@ void molte::stamp_environment(char (&field)[sizeof ORVEX_ERRDATA::szEnv]) {
 }
 
 char* ORVEX_GetEnvString(char* szBuf, int32_t nLen) {
-    if (szBuf == nullptr || nLen < 1) return szBuf;
-    ox_snprintf(szBuf, nLen, "%s", current_line().text);
+    const Line& line = current_line();  // fills in g_stBv, also for those who want no text
+    if (szBuf != nullptr && nLen > 0) ox_snprintf(szBuf, nLen, "%s", line.text);
     return szBuf;
 }

@@ -30,14 +30,9 @@ constexpr int32_t kOldDefaultKiB = 4096;
 constexpr int32_t kOldNames = 9999;
 constexpr size_t kPathSize = 256;
 
-// Recursive, made at first use and never deleted: threads may log while the process ends.
-MOLTE_CRIT& log_lock() {
-    struct Lock {
-        MOLTE_CRIT crit;
-        Lock() { MOLTE_InitCrit(&crit); }
-    };
-    static Lock lock;
-    return lock.crit;
+OXCRITSECT& log_lock() {
+    static molte::LastingLock lock;
+    return lock.section;
 }
 
 // The open stream and the file it writes to. Closing takes no lock, so the stream is taken out of
@@ -215,11 +210,11 @@ int32_t ORVEX_ERRLOG_Init(void) {
 }
 
 int32_t ORVEX_ERRLOG_Lock(void) {
-    return MOLTE_EnterCrit(&log_lock().stCrit);
+    return MOLTE_EnterCrit(&log_lock());
 }
 
 int32_t ORVEX_ERRLOG_Unlock(void) {
-    return MOLTE_LeaveCrit(&log_lock().stCrit);
+    return MOLTE_LeaveCrit(&log_lock());
 }
 
 int32_t ORVEX_ERRLOG_GetFileName(char* pszBuf) {

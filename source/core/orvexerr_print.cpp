@@ -5,13 +5,11 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/big_endian.h"
+#include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "moltelib/error.h"
 
 namespace {
-
-using molte::big_endian;
 
 constexpr int32_t kDataSize = ORVEX_ERRDATA_DATA1_SIZE + ORVEX_ERRDATA_DATA2_SIZE;
 constexpr int32_t kBytesPerLine = 16;
@@ -100,22 +98,22 @@ void print_history(Output& out, const ORVEX_ERRDATA& record) {
     for (int32_t i = 0; i < count; ++i) {
         const ORVEX_ERRHIST& entry = record.astHist[i];
         const bool even = i % 2 == 0;
-        out.print("(%d)L=%4d F=%12.18s%s", i, big_endian(entry.nLine), entry.szFile,
+        out.print("(%d)L=%4d F=%12.18s%s", i, Char2To_uint2(entry.nLine), entry.szFile,
                   even ? " " : "");
         if (!even || i + 1 == count) out.print("\r\n");
     }
 }
 
 void print_number(Output& out, const ORVEX_ERRDATA& record) {
-    const uint32_t number = big_endian(record.nErrNo);
+    const uint32_t number = Char4To_uint4(record.nErrNo);
     out.print("RVEX errno=%d : %s\r\n", static_cast<int32_t>(number), GetRVEXErrStrByErrno(number));
 }
 
 void print_system_error(Output& out, const ORVEX_ERRDATA& record) {
-    const auto number = static_cast<int32_t>(big_endian(record.nSysErrNo));
+    const auto number = static_cast<int32_t>(Char4To_uint4(record.nSysErrNo));
     if (number != 0) out.print("Sys  errno=%d : %.60s\r\n", number, record.szSysErr);
     if (record.bHasSysErr != 0) {
-        out.print("WinErrNo=%d\r\n", static_cast<int32_t>(big_endian(record.nWinErrNo)));
+        out.print("WinErrNo=%d\r\n", static_cast<int32_t>(Char4To_uint4(record.nWinErrNo)));
     }
 }
 
@@ -123,14 +121,14 @@ void print_place(Output& out, const ORVEX_ERRDATA& record) {
     char time[64];
     ORVEX_DateTimeToStr(&record.stTime, time);
     out.print("SubErrNo=%d Time=%s HostName=%.16s\r\n",
-              static_cast<int16_t>(big_endian(record.nSubErrNo)), time, record.szHostName);
+              static_cast<int16_t>(Char2To_uint2(record.nSubErrNo)), time, record.szHostName);
     out.print("File name is : %.32s          Line Num  is : %d\r\n", record.szFile,
-              big_endian(record.nLine));
+              Char2To_uint2(record.nLine));
     out.print("%.64s\r\n", record.szEnv);
 }
 
 bool has_error(const ORVEX_ERRDATA& record) {
-    return big_endian(record.nErrNo) != 0;
+    return Char4To_uint4(record.nErrNo) != 0;
 }
 
 void print_record(Output& out, const ORVEX_ERRDATA& record) {

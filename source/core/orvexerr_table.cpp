@@ -15,6 +15,11 @@ bool by_number(const ErrStringStruct& a, const ErrStringStruct& b) {
     return a.nErrNo < b.nErrNo;
 }
 
+// An empty table needs no pointer.
+bool is_table(const ErrStringStruct* table, int32_t count) {
+    return count == 0 || (table != nullptr && count > 0);
+}
+
 }  // namespace
 
 int32_t ErrStringStruct_Cmp(const void* pA, const void* pB) {
@@ -26,7 +31,8 @@ int32_t ErrStringStruct_Cmp(const void* pA, const void* pB) {
 }
 
 int32_t ErrStringStruct_Sort(ErrStringStruct* pTable, int32_t nCount) {
-    if (pTable == nullptr || nCount < 0) return kModule.fail(molte::here(), kBadArgument);
+    if (!is_table(pTable, nCount)) return kModule.fail(molte::here(), kBadArgument);
+    if (nCount == 0) return 0;
     std::sort(pTable, pTable + nCount, by_number);
     return 1;
 }
@@ -45,7 +51,7 @@ int32_t ORVEX_UTIL_CheckDupErrNo(ErrStringStruct* pTable, int32_t nCount) {
 int32_t ORVEX_UTIL_CheckExistErr(const ErrStringStruct* pA, int32_t nCount,
                                  const ErrStringStruct* pTable, int32_t nTableCount,
                                  const char* szLabel) {
-    if (pA == nullptr || pTable == nullptr || nCount < 0 || nTableCount < 0) {
+    if (!is_table(pA, nCount) || !is_table(pTable, nTableCount)) {
         return kModule.fail(molte::here(), kBadArgument);
     }
     for (int32_t i = 0; i < nCount; ++i) {

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/big_endian.h"
 #include "moltelib/error.h"
 #include "platform/system.h"
 

@@ -26,10 +26,18 @@ template <typename T>
     return Heap<T>(static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
 }
 
+// A critical section for a static in a function: made at its first use, and never deleted, for
+// other threads may need it while the process ends.
+struct LastingLock {
+    OXCRITSECT section;
+    LastingLock() { ORVEX_InitCritSect(&section); }
+};
+
 // Holds a critical section from here to the end of the block.
 class CritGuard {
  public:
-    explicit CritGuard(MOLTE_CRIT& crit) : section_(&crit.stCrit) { MOLTE_EnterCrit(section_); }
+    explicit CritGuard(OXCRITSECT& section) : section_(&section) { MOLTE_EnterCrit(section_); }
+    explicit CritGuard(MOLTE_CRIT& crit) : CritGuard(crit.stCrit) {}
     ~CritGuard() { MOLTE_LeaveCrit(section_); }
     CritGuard(const CritGuard&) = delete;
     CritGuard& operator=(const CritGuard&) = delete;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/allocator.h"
 #include "core/report.h"
 #include "platform/memory.h"
 
@@ -36,6 +37,12 @@ void* grown_block(void* block, size_t size) {
 
 }  // namespace
 
+int32_t molte::refuse_growth(int64_t old_bytes, int64_t added_bytes) {
+    errno = ENOMEM;
+    return kModule.fail(1324, kOutOfMemory, SystemError::runtime, "Size O=%" PRId64 " S=%" PRId64,
+                        old_bytes, added_bytes);
+}
+
 void* ORVEX_release_malloc(int64_t nSize) {
     void* const block = nSize < 0 ? out_of_memory() : std::malloc(static_cast<size_t>(nSize));
     if (block == nullptr) {
@@ -53,13 +60,9 @@ int32_t ORVEX_release_realloc(void** ppData, int32_t nItemSize, int32_t* pnCapac
     const int64_t added = nGrow < 1 ? kDefaultGrow : nGrow;
     const int64_t old_bytes = items * nItemSize;
     const int64_t new_bytes = (items + added) * nItemSize;
-    void* const grown = items + added > INT32_MAX
-                            ? out_of_memory()
-                            : grown_block(*ppData, static_cast<size_t>(new_bytes));
-    if (grown == nullptr) {
-        return kModule.fail(1324, kOutOfMemory, molte::SystemError::runtime,
-                            "Size O=%" PRId64 " S=%" PRId64, old_bytes, new_bytes - old_bytes);
-    }
+    void* const grown =
+        items + added > INT32_MAX ? nullptr : grown_block(*ppData, static_cast<size_t>(new_bytes));
+    if (grown == nullptr) return molte::refuse_growth(old_bytes, new_bytes - old_bytes);
     const int64_t kept = *ppData != nullptr ? old_bytes : 0;
     std::memset(static_cast<uint8_t*>(grown) + kept, 0, static_cast<size_t>(new_bytes - kept));
     *ppData = grown;

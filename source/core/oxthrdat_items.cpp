@@ -87,6 +87,7 @@ void* MOLTE_THITEMDAT_GetLast(void) {
 void* MOLTE_THITEMDAT_GetByIndex(int32_t nIndex) {
     const MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
     if (block == nullptr) return nullptr;
+    // A negative index would read in front of the items.
     if (nIndex >= 0 && nIndex < block->nItemCount) return block->astItem[nIndex].pData;
     kModule.fail(241, kNotFound, molte::SystemError::none, "no data for index=%d", nIndex);
     return nullptr;

@@ -16,6 +16,7 @@ MOLTE_CALLTRACEHEAD* own_trace() {
 }  // namespace
 
 int32_t MOLTE_STACKTRACE_AddEnt(const char* pszFile, int32_t nLine) {
+    // Before bring-up there is no list to join, whatever the parameter says.
     const bool ready = g_stBv.stThreadList.stCrit.bInited != 0;
     if (g_stBv.bSupportStackTrace == 0 || !ready) return 0;
     MOLTE_THREADLIST_Add(&g_stBv.stThreadList, pszFile, nLine);

@@ -39,7 +39,7 @@ int32_t MOLTE_CALLTRACEHEAD_PushEnt(MOLTE_CALLTRACEHEAD* pHead, const char* pszF
 }
 
 int32_t MOLTE_CALLTRACEHEAD_PopEnt(MOLTE_CALLTRACEHEAD* pHead, int32_t nCount) {
-    if (pHead == nullptr || nCount < 1) return 0;
+    if (pHead == nullptr || nCount < 1) return 0;  // a negative count would push
     if (pHead->nSkip >= nCount) {
         pHead->nSkip -= nCount;
         return 0;

@@ -1,4 +1,5 @@
-// Source names in reports: what stands behind the last path delimiter.
+// Source names in reports: what stands behind the last backslash. A slash is an ordinary character
+// of a name here, though paths of files know it as a delimiter.
 #pragma once
 
 #include <string_view>
@@ -10,7 +11,7 @@ namespace molte {
     const char* start = path;
     const char* end = path;
     for (; *end != '\0'; ++end) {
-        if (*end == '\\' || *end == '/') start = end + 1;
+        if (*end == '\\') start = end + 1;
     }
     return {start, static_cast<size_t>(end - start)};
 }

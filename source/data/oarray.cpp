@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 
+#include "core/allocator.h"
 #include "core/report.h"
 #include "moltelib/array.h"
 #include "moltelib/memory.h"
@@ -10,7 +11,6 @@
 namespace {
 
 constexpr molte::Module kModule("oarray");
-constexpr uint32_t kOutOfMemory = 20;
 constexpr uint32_t kBadArgument = 50;
 constexpr int64_t kMaxItems = std::numeric_limits<int32_t>::max();
 constexpr int32_t kInitLine = 20;
@@ -57,8 +57,8 @@ int32_t growth(const PA& array, int64_t need) {
 
 bool grow(PA* array, int64_t need) {
     if (need >= kMaxItems) {  // no capacity is above it
-        kModule.fail(molte::here(), kOutOfMemory);
-        return false;
+        const int64_t bytes = int64_t{array->nCapacity} * array->nItemSize;
+        return molte::refuse_growth(bytes, (need + 1) * array->nItemSize - bytes) > 0;
     }
     return ORVEX_release_realloc(&array->pData, array->nItemSize, &array->nCapacity,
                                  growth(*array, need)) > 0;

@@ -57,19 +57,13 @@ const char* UTIL_GetDateStrFormat(void) {
 }
 
 int32_t ORVEX_TimeToStr(const ORVEXTIME* pTime, char* pszDst) {
-    int32_t hour = 0;
-    int32_t minute = 0;
-    int32_t second = 0;
-    ORVEX_GetTime(pTime, &hour, &minute, &second);
-    return snprintf(pszDst, kTextSize, UTIL_GetTimeStrFormat(), hour, minute, second);
+    const Fields f = fields_of({*pTime, {}});
+    return snprintf(pszDst, kTextSize, UTIL_GetTimeStrFormat(), f.hour, f.minute, f.second);
 }
 
 int32_t ORVEX_DateToStr(const ORVEXDATE* pDate, char* pszDst) {
-    int32_t year = 0;
-    int32_t month = 0;
-    int32_t day = 0;
-    ORVEX_GetDate(pDate, &year, &month, &day);
-    return snprintf(pszDst, kTextSize, UTIL_GetDateStrFormat(), year, month, day);
+    const Fields f = fields_of({{}, *pDate});
+    return snprintf(pszDst, kTextSize, UTIL_GetDateStrFormat(), f.year, f.month, f.day);
 }
 
 int32_t ORVEX_DateTimeToStr(const ORVEXDATETIME* pDateTime, char* pszDst) {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "core/report.h"
+#include "core/allocator.h"
 #include "moltelib/memory.h"
 
 namespace molte {
@@ -12,9 +12,9 @@ namespace molte {
 // the array would pass 2^31 - 1 bytes, with error 20; it is then as it was.
 template <typename T>
 int32_t grow(T*& items, int32_t& capacity, int64_t count) {
-    constexpr int64_t kMaxBytes = INT32_MAX;
-    if ((capacity + count) * static_cast<int64_t>(sizeof(T)) > kMaxBytes) {
-        return Module("oxstring").fail(here(), 20);
+    constexpr int64_t kSize = sizeof(T);
+    if ((capacity + count) * kSize > INT32_MAX) {
+        return refuse_growth(capacity * kSize, count * kSize);
     }
     void* block = items;
     const int32_t result =

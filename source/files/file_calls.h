@@ -8,22 +8,13 @@
 
 #include "core/report.h"
 #include "data/decimal.h"
+#include "files/open_modes.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
 
 namespace molte::file {
 
 inline constexpr Module kModule("oxfileop");
-
-// Open flags that stand in the interface as numbers.
-inline constexpr int32_t kRead = 32768;
-inline constexpr int32_t kWrite = 32769;
-inline constexpr int32_t kUpdate = 32770;
-inline constexpr int32_t kOpenOrMake = 33026;
-inline constexpr int32_t kMakeAnew = 33538;
-inline constexpr int32_t kReserve = 34050;
-inline constexpr int32_t kMakeExclusive = 34562;
-inline constexpr int32_t kOwnerReadWrite = 384;
 
 // Error numbers.
 inline constexpr uint32_t kNotOpened = 1;

@@ -5,15 +5,16 @@
 
 #include "core/owners.h"
 #include "core/report.h"
+#include "files/open_modes.h"
 #include "moltelib/file_handle.h"
 
 namespace molte::handle {
 
 inline constexpr Module kModule("ofilehop");
 
-inline constexpr int32_t kUpdate = 32770;
-inline constexpr int32_t kMakeAnew = 33538;
-inline constexpr int32_t kOwnerReadWrite = 384;
+using file::kMakeAnew;
+using file::kOwnerReadWrite;
+using file::kUpdate;
 inline constexpr uint32_t kBadArgument = 50;
 
 // Closes a handle at the end of the block.

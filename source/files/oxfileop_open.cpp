@@ -18,14 +18,10 @@ constexpr int32_t kZeroChunk = 8192;
 constexpr DWORD kDeniedWait = 1000;  // milliseconds
 constexpr int kPasses = 2;
 
-// Two exclusive creations of a process never run at once. Made at first use, never deleted.
-OXCRITSECT* creation_lock() {
-    struct Section {
-        OXCRITSECT section;
-        Section() { ORVEX_InitCritSect(&section); }
-    };
-    static Section lock;
-    return &lock.section;
+// Two exclusive creations of a process never run at once.
+OXCRITSECT& creation_lock() {
+    static molte::LastingLock lock;
+    return lock.section;
 }
 
 template <typename Char>
@@ -41,10 +37,8 @@ int32_t make_exclusive(const Char* name, const void* data, int32_t length, int32
 template <typename Char>
 int32_t create_exclusive(const Char* name, const void* data, int32_t length, int32_t permission) {
     add_owner_mode(name);
-    MOLTE_EnterCrit(creation_lock());
-    const int32_t result = make_exclusive(name, data, length, permission);
-    MOLTE_LeaveCrit(creation_lock());
-    return result;
+    const molte::CritGuard guard(creation_lock());
+    return make_exclusive(name, data, length, permission);
 }
 
 template <typename Char>

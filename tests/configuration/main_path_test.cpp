@@ -50,6 +50,7 @@ CHILD_ROLE(histories_without_a_path) {
         {ORVEX_BIN_PathName, "28 oxfname, 36 oxfname, 96 oxfname"},
         {ORVEX_PARAMETER_PathFileName, "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname"},
         {ORVEX_DBCFG_PathFileName, "28 oxfname, 36 oxfname, 54 oxfname, 171 oxfname"},
+        {[](char*) { return ORVEX_SYS_CreatePath(); }, "28 oxfname, 106 oxfname"},
     };
     const Case& c = cases.at(static_cast<size_t>(std::stoi(args.at(0))));
     char name[256];
@@ -102,7 +103,7 @@ TEST_F(MainPath, UnsetIsAnErrorAndThenEmpty) {
 }
 
 TEST_F(MainPath, EveryNameLeavesItsLines) {
-    for (int i = 0; i < 11; ++i) {
+    for (int i = 0; i < 12; ++i) {
         ChildProcess child("histories_without_a_path", {std::to_string(i)});
         EXPECT_EQ(child.wait(), 0) << i << ' ' << child.read_line();
     }

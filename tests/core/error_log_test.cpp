@@ -136,7 +136,8 @@ TEST_F(ErrorLog, BackupOfAnyFile) {
     make("far.log", 100);
     make("far_2147483647.log", 10);
     make("far_0000.log", 10);
-    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "far", ".log", 115, 100), 1);  // at once
+    EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), "far", ".log", 121, 100), 1);  // at once
+    EXPECT_TRUE(fs::exists(installation_.log_folder() / "far_0001.log"));  // the first free one
     make("odd.log", 100);
     make("odd_-3.log", 10);  // no backup has a negative number
     MOLTE_BackupFile(dir.c_str(), "odd", ".log", 1000, 100);

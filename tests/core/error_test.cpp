@@ -43,7 +43,7 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     EXPECT_EQ(ORVEX_Err_Set(0x01020304, 0, "C:\\src\\mod.cpp", 0x1ABCD, 200, data.data(), 0), 0);
     ORVEX_Err_SetSubErrno(-2);
     ORVEX_Err_SetSysErrStr(0x0A0B0C0D, "text");
-    ORVEX_Err_AddNL(0x20102, "d/caller.cpp");
+    ORVEX_Err_AddNL(0x20102, "d\\caller.cpp");
     ORVEX_ERRDATA record;
     ASSERT_EQ(ORVEX_CopyErrData(&record), 1);
     EXPECT_NE(bytes_of(&record, 492, 8), std::string(8, '\0'));
@@ -100,7 +100,7 @@ TEST(Error, SourceNamesAreCutToTheirFields) {
                                     {name.substr(0, 30), name.substr(0, 30), name.substr(0, 17)},
                                     {name, name.substr(0, 32), name.substr(0, 17)},
                                     {"a\\b\\c", "c", "c"},
-                                    {"/usr/src/c.cpp", "c.cpp", "c.cpp"},
+                                    {"src/a\\d/c.cpp", "d/c.cpp", "d/c.cpp"},
                                     {"ends\\", "", ""}};
     for (const auto& [source, kept, kept_in_history] : cases) {
         report(source.c_str());
@@ -160,7 +160,9 @@ TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
         EXPECT_EQ(std::string(line, length), whole);
         EXPECT_EQ(GetRvexErrNo(), 501U);
     }
-    EXPECT_EQ(ORVEX_GetEnvString(nullptr, 10), nullptr);
+    g_stBv.szOsPlatform[0] = '\0';
+    EXPECT_EQ(ORVEX_GetEnvString(nullptr, 10), nullptr);  // what it is made of is filled in still
+    EXPECT_STREQ(g_stBv.szOsPlatform, MOLTE_UTIL_MacroOs());
     g_stBv = before;
 }
 
@@ -227,6 +229,10 @@ TEST(Error, TablesAreSortedAndChecked) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table, 5), 1);
     EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table + 3, 2), 0);
+    EXPECT_EQ(ErrStringStruct_Sort(nullptr, 0), 0);
+    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(nullptr, 0), 0);
+    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(nullptr, 1), -1);
+    EXPECT_EQ(ORVEX_UTIL_CheckExistErr(nullptr, 0, nullptr, 0, ""), 0);
     const ErrStringStruct wanted[] = {{5, ""}, {4, ""}, {0xFFFFFFFF, ""}, {9, ""}};
     EXPECT_EQ(ORVEX_UTIL_CheckExistErr(wanted, 4, table, 5, "mod"), 0);
     std::fflush(stdout);

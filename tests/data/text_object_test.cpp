@@ -116,7 +116,7 @@ TEST_F(TextObject, FailuresChangeNothing) {
 
     OXSTR_STROBJ huge{object_.pBuf, INT32_MAX - 4095, INT32_MAX - 4095, 1, 0, {}};
     EXPECT_EQ(OXSTR_STROBJ_EnsureFreeSizeIs(&huge, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "20 oxstring");
+    EXPECT_EQ(error_of_this_thread(), "20 oxsysutl Size O=2147479552 S=4096");
     EXPECT_EQ(OXSTR_STROBJ_Append(&huge, "abc", INT32_MAX), -1);
     EXPECT_EQ(huge.pBuf, object_.pBuf);
     EXPECT_EQ(huge.nCapacity, INT32_MAX - 4095);

@@ -88,7 +88,7 @@ TEST(RegFind, ListsGrowByEightOrFillUp) {
 
     OXSTR_MATCHLIST largest{room, INT32_MAX / 8, INT32_MAX / 8, 1, {}};
     EXPECT_EQ(MOLTE_STR_REG_Find("aaaa", &empty, &largest), -1);
-    EXPECT_EQ(error_of_this_thread(), "20 oxstring");
+    EXPECT_EQ(error_of_this_thread(), "20 oxsysutl Size O=2147483640 S=64");
     EXPECT_EQ(largest.pMatch, room);
 }
 
@@ -160,7 +160,7 @@ TEST(RegReplace, EndsWhereItCannotGrow) {
     OXSTR_STROBJ huge{buffer, INT32_MAX - 1, INT32_MAX, 1, 0, {}};
     reg = pattern_of("a", true);
     EXPECT_EQ(MOLTE_STR_REG_Replace(&huge, &reg, "aa"), -1);
-    EXPECT_EQ(error_of_this_thread(), "20 oxstring");
+    EXPECT_EQ(error_of_this_thread(), "20 oxsysutl Size O=2147483647 S=144");
     EXPECT_EQ(huge.pBuf, buffer);
     EXPECT_EQ(huge.nLen, INT32_MAX - 1);
     EXPECT_EQ(reg.bAllMatches, 1);
