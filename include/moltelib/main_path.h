@@ -3,9 +3,10 @@
  * which is kept in the machine's registry under HKEY_LOCAL_MACHINE, or is given by the program.
  * Every folder and well-known file name of the system is derived from it.
  *
- * Names are built with a backslash. The functions that write a name into pszDst leave its bounds
- * to the caller: 256 bytes hold every folder and file name here. Their result is 1, or -1 when no
- * main path is known; then the error is 1000, or that of the registry (InitMainPath).
+ * Names are built with a backslash. The functions that write a name into pszDst leave its bounds to
+ * the caller: 262 bytes hold every folder and file name here but one that the caller gives. Their
+ * result is 1, or -1 when no main path is known; then the error is 1000, or that of the registry
+ * (InitMainPath).
  *
  * The main path is read once, on one thread, during bring-up; afterwards any thread may ask.
  */

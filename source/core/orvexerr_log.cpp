@@ -155,10 +155,11 @@ void add_head(Entry* entry) {
 // ---- The file ----
 
 // The stream to write an entry to, taken out of its place; null when the log can't be opened. A
-// stream whose file was renamed by another process is given up: the next entry starts a new one.
+// stream whose file was removed, or renamed by another process, is given up for a new one.
 FILE* take_stream(const char* path, const molte::FileNow& now) {
     FILE* stream = open_stream.exchange(nullptr);
-    const bool moved = now.number != open_file.number || now.device != open_file.device;
+    const bool moved =
+        !now.exists || now.number != open_file.number || now.device != open_file.device;
     if (stream != nullptr && moved) {
         std::fclose(stream);
         stream = nullptr;

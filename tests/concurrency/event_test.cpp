@@ -1,13 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/child_process.h"
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
 
@@ -86,12 +77,10 @@ TEST(Event, BadArgumentsAndFailures) {
     }
     EXPECT_EQ(error_of_this_thread(), "419 oxthrdop");
     const auto foreign = reinterpret_cast<OXHANDLE>(uintptr_t{0x7654320});
-    EXPECT_EQ(ORVEX_EVENT_Set(foreign), -1);
-    EXPECT_EQ(error_of_this_thread(), "288 oxthrdop");
-    EXPECT_EQ(ORVEX_EVENT_TimeWait(foreign, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "289 oxthrdop LastErrCode=6 time=-1");
-    EXPECT_EQ(ORVEX_EVENT_Open(unique_name("none").c_str()), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "287 oxthrdop LastErrCode=2");
+    EXPECT_EQ(error_of(ORVEX_EVENT_Set(foreign)), "288 oxthrdop");
+    EXPECT_EQ(error_of(ORVEX_EVENT_TimeWait(foreign, 1)), "289 oxthrdop LastErrCode=6 time=-1");
+    EXPECT_EQ(error_of(ORVEX_EVENT_Open(unique_name("none").c_str())),
+              "287 oxthrdop LastErrCode=2");
 }
 
 TEST(Event, MultiWaitForOneAndForAll) {

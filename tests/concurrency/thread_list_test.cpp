@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "moltelib.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,13 +1,5 @@
 // Threads, mutexes, critical sections and local time.
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstring>
-#include <ctime>
-#include <string>
-
-#include "moltelib.h"
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,20 +1,7 @@
 // Each case that needs an unset main path runs as a process of its own: the path is set for good.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/child_process.h"
-#include "support/error_of.h"
-#include "support/temp_folder.h"
+#include "support/test.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Roles end with the number of the check that failed, 0 when all held.
 #define HOLD(condition) \
@@ -117,14 +104,13 @@ TEST_F(MainPath, CreatedThenRead) {
 
 TEST(MainPathGiven, LimitsOfItsLength) {
     EXPECT_EQ(ORVEX_SetMainPath(nullptr), -1);
-    EXPECT_EQ(ORVEX_SetMainPath(std::string(128, 'm').c_str()), -1);
-    EXPECT_EQ(error_of_this_thread(), "124 oxmnpath main path name too long");
+    EXPECT_EQ(error_of(ORVEX_SetMainPath(std::string(128, 'm').c_str())),
+              "124 oxmnpath main path name too long");
     EXPECT_EQ(error_line_of_this_thread(), 35);
     EXPECT_EQ(ORVEX_SetMainPath(std::string(127, 'm').c_str()), 1);
     EXPECT_EQ(ORVEX_SetMainPath(""), 1);
     EXPECT_STREQ(GetMainPath(), "");
-    EXPECT_EQ(CreateMainPath(""), -1);
-    EXPECT_EQ(error_of_this_thread(), "412 oxmnpath");
+    EXPECT_EQ(error_of(CreateMainPath("")), "412 oxmnpath");
     EXPECT_EQ(CreateMainPath(nullptr), -1);
     EXPECT_EQ(error_line_of_this_thread(), 141);
     char key[64];
@@ -196,8 +182,7 @@ TEST(MainPathGiven, CreatesItsFolders) {
     EXPECT_EQ(ORVEX_SYS_CreatePath(), 1);  // a name that exists is taken for a folder
     root.write("file", "");
     ORVEX_SetMainPath((root.str() + "\\file\\main").c_str());
-    EXPECT_EQ(ORVEX_SYS_CreatePath(), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(error_number_of(ORVEX_SYS_CreatePath()), 1U);
     EXPECT_EQ(history_of_this_thread(), "107 oxfname");
 }
 

@@ -1,13 +1,4 @@
-#include "moltelib/error.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstring>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
+#include "support/test.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -18,8 +9,6 @@
 #include "support/temp_folder.h"
 
 namespace {
-
-using std::string_literals::operator""s;
 
 constexpr char kStart[] = "\r\n-------------------START ERROR DESCRIPTION----------------\r\n";
 constexpr char kEnd[] = "-------------------END ERROR DESCRIPTION------------------\r\n";
@@ -67,8 +56,7 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     EXPECT_EQ(bytes_of(&record, 0, 640), expected);
     ORVEX_Err_SetSubErrno(65535);
     EXPECT_EQ(GetRvexSubErrNo(), -1);
-    EXPECT_EQ(ORVEX_SetErrData(nullptr), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 orvexerr");
+    EXPECT_EQ(error_of(ORVEX_SetErrData(nullptr)), "50 orvexerr");
 }
 
 TEST(Error, TheOptionChoosesTheNumbersAndTextOfTheSystem) {

@@ -1,13 +1,4 @@
-#include "moltelib/state.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <thread>
-#include <vector>
+#include "support/test.h"
 
 #if defined(_WIN32)
 #include <process.h>

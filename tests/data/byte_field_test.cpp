@@ -1,10 +1,4 @@
-#include "moltelib/byte_field.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstring>
-#include <vector>
+#include "support/test.h"
 
 namespace {
 

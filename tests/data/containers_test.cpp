@@ -1,13 +1,5 @@
 // Bit arrays, stacks, linked lists, block edits and streams.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstring>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
 
@@ -51,8 +43,7 @@ TEST(BitArray, SizesAndBuffers) {
     uint8_t* bits = OX_BITARRAY_Alloc(17);
     EXPECT_EQ(std::memcmp(bits, "\0\0\0", 3), 0);
     ORVEX_free(bits);
-    EXPECT_EQ(OX_BITARRAY_Alloc(-1), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv");
+    EXPECT_EQ(error_of(OX_BITARRAY_Alloc(-1)), "50 oxdatcnv");
 }
 
 TEST(Stack, LastInFirstOut) {
@@ -68,11 +59,9 @@ TEST(Stack, LastInFirstOut) {
     for (int32_t i = 1; i <= 40; ++i) MOLTE_STACK_Push(&stack, &i);
     EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 39, &v), 1);
     EXPECT_EQ(v, 1);
-    EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 40, &v), -1);
-    EXPECT_EQ(error_of_this_thread(), "271 oxsysutl idx=40 max=40");
+    EXPECT_EQ(error_of(MOLTE_STACK_GetDeepTop(&stack, 40, &v)), "271 oxsysutl idx=40 max=40");
     for (int32_t depth : {-1, -40, INT32_MIN}) {
-        EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, depth, &v), -1);
-        EXPECT_EQ(GetRvexErrNo(), 417U);
+        EXPECT_EQ(error_number_of(MOLTE_STACK_GetDeepTop(&stack, depth, &v)), 417U);
         EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
         EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, depth, nullptr), 1);
     }
@@ -210,8 +199,8 @@ TEST(Stream, WritesInStepsOf1024AndReadsBack) {
     char out[30];
     EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 25), 1025);
     EXPECT_EQ(std::string(out, 25), std::string(25, 'b'));
-    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "272 oxsysutl buflen=1025 curpos=1025 read=1");
+    EXPECT_EQ(error_of(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 1)),
+              "272 oxsysutl buflen=1025 curpos=1025 read=1");
     EXPECT_EQ(at, 1025);
     at = 5;
     EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, INT32_MAX), -1);

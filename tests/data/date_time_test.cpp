@@ -1,13 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstring>
-#include <ctime>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
 
@@ -105,15 +96,12 @@ TEST(DateText, DigitsBackIntoRecords) {
     EXPECT_EQ(hex(d.stTime), "78e63b17");
     EXPECT_EQ(ORVEX_Date_DispFmt2DBFmt("2018130412", &d.stDate), 1);  // nothing is checked
     EXPECT_EQ(d.stDate.nMonth, 12);
-    EXPECT_EQ(ORVEX_Date_DispFmt2DBFmt("2018060", &d.stDate), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv 2018060");
-    EXPECT_EQ(ORVEX_Time_DispFmt2DBFmt("11004", &d.stTime), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv 11004");
-    EXPECT_EQ(ORVEX_DateTime_DispFmt2DBFmt("2018060411004", &d), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv bad format");
+    EXPECT_EQ(error_of(ORVEX_Date_DispFmt2DBFmt("2018060", &d.stDate)), "50 oxdatcnv 2018060");
+    EXPECT_EQ(error_of(ORVEX_Time_DispFmt2DBFmt("11004", &d.stTime)), "50 oxdatcnv 11004");
+    EXPECT_EQ(error_of(ORVEX_DateTime_DispFmt2DBFmt("2018060411004", &d)),
+              "50 oxdatcnv bad format");
     for (auto* read : {&ORVEX_Date_DispFmt2DBFmt}) {
-        EXPECT_EQ(read(nullptr, &d.stDate), -1);
-        EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv");
+        EXPECT_EQ(error_of(read(nullptr, &d.stDate)), "50 oxdatcnv");
     }
     EXPECT_EQ(ORVEX_DateTime_DispFmt2DBFmt(nullptr, &d), -1);
     EXPECT_EQ(ORVEX_MkTimeStr("2018"), -1);

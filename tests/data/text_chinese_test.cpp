@@ -1,22 +1,10 @@
 // What depends on the process's code page: walking by whole characters, and conversion.
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstring>
-#include <cwchar>
-#include <string>
-#include <tuple>
-
-#include "support/error_of.h"
-
 // Weak, so that the tests are skipped where the library has no languages.
+#include "support/test.h"
+
 extern "C" int32_t OXLANG_SetLocale(int32_t id) __attribute__((weak));
 
 namespace {
-
-using Text = const char*;
 
 constexpr int32_t kChinese = 2052;
 constexpr int32_t kEnglish = 1033;
@@ -84,29 +72,25 @@ TEST(Chinese, ConvertsWholeTexts) {
     EXPECT_STREQ(into, wide);
     EXPECT_EQ(MOLTE_STR_wcstombs(wide, bytes, 7), 1);
     EXPECT_STREQ(bytes, text);
-    EXPECT_EQ(MOLTE_STR_mbstowcs(text, into, 4), -1);
-    EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=4 <= src size=5");
-    EXPECT_EQ(MOLTE_STR_wcstombs(wide, bytes, 6), -1);
-    EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=6 <= src size=7");
+    EXPECT_EQ(error_of(MOLTE_STR_mbstowcs(text, into, 4)),
+              "2624 oxstring dest buf size=4 <= src size=5");
+    EXPECT_EQ(error_of(MOLTE_STR_wcstombs(wide, bytes, 6)),
+              "2624 oxstring dest buf size=6 <= src size=7");
 }
 
 TEST(Chinese, ReportsWhatCannotBeConverted) {
     NEEDS_LOCALE(kChinese);
     wchar_t into[8];
     for (const char* cut : {"a\x81", "\xB0\x30"}) {
-        EXPECT_EQ(ox_mbstowcs(cut), nullptr);
-        EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs");
+        EXPECT_EQ(error_of(ox_mbstowcs(cut)), "103 oxstring mbstowcs");
         ORVEX_Err_ClearError();
-        EXPECT_EQ(MOLTE_STR_mbstowcs(cut, into, 8), -1);
-        EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs");
+        EXPECT_EQ(error_of(MOLTE_STR_mbstowcs(cut, into, 8)), "103 oxstring mbstowcs");
         EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], EILSEQ) << "the errno goes with it";
     }
     const wchar_t outside[] = {L'a', 0xD800, 0};
     char bytes[8];
-    EXPECT_EQ(ox_wcstombs(outside), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "103 oxstring wcstombs");
-    EXPECT_EQ(MOLTE_STR_wcstombs(outside, bytes, 8), -1);
-    EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs")
+    EXPECT_EQ(error_of(ox_wcstombs(outside)), "103 oxstring wcstombs");
+    EXPECT_EQ(error_of(MOLTE_STR_wcstombs(outside, bytes, 8)), "103 oxstring mbstowcs")
         << "the words of the other direction";
     NEEDS_LOCALE(kEnglish);
     EXPECT_EQ(ox_wcstombs(L"\x100"), nullptr) << "no similar letter instead";

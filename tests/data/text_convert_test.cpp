@@ -1,8 +1,4 @@
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
 
@@ -18,23 +14,21 @@ TEST(Convert, InThePlainLocale) {
     char byte[1];
     EXPECT_EQ(MOLTE_STR_wcstombs(L"", byte, 1), 1);
     EXPECT_EQ(byte[0], 0);
-    EXPECT_EQ(MOLTE_STR_wcstombs(L"", byte, 0), -1);
-    EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=0 <= src size=1");
+    EXPECT_EQ(error_of(MOLTE_STR_wcstombs(L"", byte, 0)),
+              "2624 oxstring dest buf size=0 <= src size=1");
 }
 
 TEST(Convert, Failures) {
     const wchar_t outside[] = {0x4E00, 0};  // measured, but not converted
     char text[8];
-    EXPECT_EQ(ox_wcstombs(outside), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "103 oxstring wcstombs failed. maybe need setlocal.");
-    EXPECT_EQ(MOLTE_STR_wcstombs(outside, text, 8), -1);
-    EXPECT_EQ(error_of_this_thread(), "103 oxstring mbstowcs faile. maybe need setlocal.");
+    EXPECT_EQ(error_of(ox_wcstombs(outside)), "103 oxstring wcstombs failed. maybe need setlocal.");
+    EXPECT_EQ(error_of(MOLTE_STR_wcstombs(outside, text, 8)),
+              "103 oxstring mbstowcs faile. maybe need setlocal.");
     ORVEX_Err_ClearError();
     EXPECT_EQ(ox_mbstowcs(nullptr), nullptr);
     EXPECT_EQ(ox_wcstombs(nullptr), nullptr);
     EXPECT_EQ(GetRvexErrNo(), 0U);
-    EXPECT_EQ(MOLTE_STR_wcstombs(L"a", nullptr, 2), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+    EXPECT_EQ(error_of(MOLTE_STR_wcstombs(L"a", nullptr, 2)), "50 oxstring");
 }
 
 }  // namespace

@@ -1,10 +1,5 @@
 // Texts where memory runs out, in a process that may have little of it.
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include "support/child_process.h"
-#include "support/error_of.h"
+#include "support/test.h"
 
 #if defined(_WIN32) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 

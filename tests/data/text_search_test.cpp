@@ -1,18 +1,6 @@
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <tuple>
-#include <vector>
-
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
-
-using Text = const char*;
-using std::tuple;
 
 TEST(Find, Positions) {
     const tuple<Text, Text, int32_t, int32_t> rows[] = {
@@ -64,8 +52,7 @@ TEST(RegFind, Matches) {
     const OXSTR_REGOBJ none = pattern_of(nullptr, false);
     const OXSTR_REGOBJ before = pattern_of("a", false, -1);
     for (const OXSTR_REGOBJ* bad : {&none, &before, static_cast<const OXSTR_REGOBJ*>(nullptr)}) {
-        EXPECT_EQ(MOLTE_STR_REG_Find("a", bad, nullptr), -1);
-        EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+        EXPECT_EQ(error_of(MOLTE_STR_REG_Find("a", bad, nullptr)), "50 oxstring");
     }
 }
 
@@ -87,8 +74,8 @@ TEST(RegFind, ListsGrowByEightOrFillUp) {
     EXPECT_EQ(GetRvexErrNo(), 0U) << "a full list is no error";
 
     OXSTR_MATCHLIST largest{room, INT32_MAX / 8, INT32_MAX / 8, 1, {}};
-    EXPECT_EQ(MOLTE_STR_REG_Find("aaaa", &empty, &largest), -1);
-    EXPECT_EQ(error_of_this_thread(), "20 oxsysutl Size O=2147483640 S=64");
+    EXPECT_EQ(error_of(MOLTE_STR_REG_Find("aaaa", &empty, &largest)),
+              "20 oxsysutl Size O=2147483640 S=64");
     EXPECT_EQ(largest.pMatch, room);
 }
 
@@ -159,13 +146,12 @@ TEST(RegReplace, EndsWhereItCannotGrow) {
     // A text as long as an object can be; only its head is there to be read.
     OXSTR_STROBJ huge{buffer, INT32_MAX - 1, INT32_MAX, 1, 0, {}};
     reg = pattern_of("a", true);
-    EXPECT_EQ(MOLTE_STR_REG_Replace(&huge, &reg, "aa"), -1);
-    EXPECT_EQ(error_of_this_thread(), "20 oxsysutl Size O=2147483647 S=144");
+    EXPECT_EQ(error_of(MOLTE_STR_REG_Replace(&huge, &reg, "aa")),
+              "20 oxsysutl Size O=2147483647 S=144");
     EXPECT_EQ(huge.pBuf, buffer);
     EXPECT_EQ(huge.nLen, INT32_MAX - 1);
     EXPECT_EQ(reg.bAllMatches, 1);
-    EXPECT_EQ(MOLTE_STR_REG_Replace(nullptr, &reg, "a"), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+    EXPECT_EQ(error_of(MOLTE_STR_REG_Replace(nullptr, &reg, "a")), "50 oxstring");
 }
 
 }  // namespace

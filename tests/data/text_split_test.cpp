@@ -1,18 +1,6 @@
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
-
-using Texts = std::vector<std::string>;
 
 constexpr int32_t kUntouched = -77;
 
@@ -57,8 +45,7 @@ TEST(CommandLine, Rules) {
         {R"("open to the end )", {"open to the end "}}};
     for (const auto& [line, arguments] : rows) EXPECT_EQ(arguments_of(line), arguments) << line;
     int32_t count = kUntouched;
-    EXPECT_EQ(OXSTR_CmdStr2Arg(nullptr, &count), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "50 oxstring");
+    EXPECT_EQ(error_of(OXSTR_CmdStr2Arg(nullptr, &count)), "50 oxstring");
 }
 
 // The same rules read again, slowly: each step looks at the line from where it stands.

@@ -1,17 +1,6 @@
-#include "moltelib.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <tuple>
-
-#include "support/error_of.h"
+#include "support/test.h"
 
 namespace {
-
-using Text = const char*;
-using std::tuple;
 
 constexpr int sign(int32_t value) {
     return (value > 0) - (value < 0);

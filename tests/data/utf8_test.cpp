@@ -1,14 +1,6 @@
-#include "moltelib/utf8.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <tuple>
+#include "support/test.h"
 
 namespace {
-
-using Text = const char*;
 
 TEST(Utf8, Decodes) {
     const std::tuple<Text, int32_t, int32_t> rows[] = {

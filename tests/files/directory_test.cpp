@@ -1,20 +1,7 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <algorithm>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/error_of.h"
-#include "support/temp_folder.h"
+#include "support/test.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
 
 TEST(Names, FolderAndBaseName) {
     struct Case {
@@ -77,30 +64,29 @@ TEST(Find, ADirectoryOrAPattern) {
     folder.write("one.txt", "1");
     folder.write("two.dat", "22");
     const auto find = [&](const std::string& name) {
-        Names names;
+        Texts names;
         OXFINDDATA data;
         const int64_t handle = ORVEX_FileFindFirst(name.c_str(), &data);
-        if (handle == -1) return Names{"error " + error_of_this_thread()};
+        if (handle == -1) return Texts{"error " + error_of_this_thread()};
         do names.emplace_back(ORVEX_FileFindGetName(&data));
         while (ORVEX_FileFindNext(handle, &data) > 0);
         EXPECT_EQ(ORVEX_FileFindClose(handle), 1);
         std::sort(names.begin(), names.end());
         return names;
     };
-    const Names all = {".", "..", "one.txt", "two.dat"};
+    const Texts all = {".", "..", "one.txt", "two.dat"};
     EXPECT_EQ(find(folder.str()), all);
     EXPECT_EQ(find(folder.str() + "\\"), all);
     EXPECT_EQ(find(folder.str() + "\\*"), all);
-    EXPECT_EQ(find(folder.str() + "\\*.dat"), Names{"two.dat"});
-    EXPECT_EQ(find(folder.str() + "\\?ne.*"), Names{"one.txt"});
+    EXPECT_EQ(find(folder.str() + "\\*.dat"), Texts{"two.dat"});
+    EXPECT_EQ(find(folder.str() + "\\?ne.*"), Texts{"one.txt"});
     const std::string none = folder.str() + "\\none";
-    EXPECT_EQ(find(none), Names{"error 1 oxdirop " + none + "\\*"});
-    EXPECT_EQ(find(""), Names{"error 27 oxdirop"});
+    EXPECT_EQ(find(none), Texts{"error 1 oxdirop " + none + "\\*"});
+    EXPECT_EQ(find(""), Texts{"error 27 oxdirop"});
     const std::string endless(5000, 'x');
     OXFINDDATA data;
     EXPECT_EQ(ORVEX_FileFindFirst(endless.c_str(), &data), -1);
-    EXPECT_EQ(ORVEX_FileFindFirst(nullptr, &data), -1);
-    EXPECT_EQ(GetRvexErrNo(), 27U);
+    EXPECT_EQ(error_number_of(ORVEX_FileFindFirst(nullptr, &data)), 27U);
     EXPECT_EQ(ORVEX_FileFindNext(-1, &data), 0);
     EXPECT_EQ(ORVEX_FileFindClose(-1), 0);
 }
@@ -115,8 +101,7 @@ TEST(Find, CopiesTheNames) {
     EXPECT_EQ(std::string(record.szName), std::string(259, 'n'));
     EXPECT_STREQ(record.szShortName, "SHORT~1.TXT");
     EXPECT_EQ(record.nSize[0], 0);
-    EXPECT_EQ(ORVEX_FileFindCopyName(nullptr, &record), -1);
-    EXPECT_EQ(GetRvexErrNo(), 28U);
+    EXPECT_EQ(error_number_of(ORVEX_FileFindCopyName(nullptr, &record)), 28U);
 }
 
 TEST(Folder, KindsAndEmptiness) {
@@ -126,28 +111,24 @@ TEST(Folder, KindsAndEmptiness) {
     EXPECT_EQ(ORVEX_NameIsPath(folder.str().c_str()), 1);
     EXPECT_EQ(ORVEX_NameIsPath(file.c_str()), 0);
     ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_NameIsPath((folder / "none").c_str()), -1);
-    EXPECT_EQ(GetRvexErrNo(), 23U);
+    EXPECT_EQ(error_number_of(ORVEX_NameIsPath((folder / "none").c_str())), 23U);
     EXPECT_EQ(ORVEX_IsDirEmpty((folder / "none").c_str()), 1);
     EXPECT_EQ(ORVEX_IsDirEmpty((folder / "d").c_str()), 1);
     EXPECT_EQ(ORVEX_IsDirEmpty(folder.str().c_str()), 0);
     EXPECT_EQ(error_of_this_thread(), "900 oxdirop " + folder.str() + " is not empty");
-    EXPECT_EQ(ORVEX_IsDirEmpty(file.c_str()), -1);
-    EXPECT_EQ(error_of_this_thread(), "402 oxdirop " + file + " is not path");
+    EXPECT_EQ(error_of(ORVEX_IsDirEmpty(file.c_str())), "402 oxdirop " + file + " is not path");
     const fs::path before = fs::current_path();
     EXPECT_EQ(ORVEX_ChDir(folder.str().c_str()), 1);
     char here[4096];
     EXPECT_EQ(ORVEX_Getcwd(here, sizeof here), here);
     EXPECT_EQ(fs::weakly_canonical(here), fs::weakly_canonical(folder.path()));
-    EXPECT_EQ(ORVEX_Getcwd(here, 2), nullptr);
-    EXPECT_EQ(GetRvexErrNo(), 142U);
-    EXPECT_EQ(ORVEX_ChDir((folder / "none").c_str()), -1);
-    EXPECT_EQ(error_of_this_thread(), "29 oxdirop " + (folder / "none"));
+    EXPECT_EQ(error_number_of(ORVEX_Getcwd(here, 2)), 142U);
+    EXPECT_EQ(error_of(ORVEX_ChDir((folder / "none").c_str())), "29 oxdirop " + (folder / "none"));
     fs::current_path(before);
 }
 
-Names names_in(const fs::path& folder) {
-    Names names;
+Texts names_in(const fs::path& folder) {
+    Texts names;
     for (const auto& entry : fs::directory_iterator(folder)) {
         names.push_back(entry.path().filename().string());
     }
@@ -161,14 +142,14 @@ TEST(Delete, ByPrefixSuffixAndLength) {
         folder.write(name, "");
     }
     EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "pre", ".tmp", 0, 9), 1);
-    EXPECT_EQ(names_in(folder.path()), (Names{"pre.dat", "pre333.tmp", "xpre.tmp"}));
+    EXPECT_EQ(names_in(folder.path()), (Texts{"pre.dat", "pre333.tmp", "xpre.tmp"}));
     EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "none", nullptr, 0, 99), 0);
     EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), nullptr, nullptr, 8, 99), 1);
-    EXPECT_EQ(names_in(folder.path()), Names{"pre.dat"});
+    EXPECT_EQ(names_in(folder.path()), Texts{"pre.dat"});
     fs::create_directory(folder.path() / "sub");
     EXPECT_EQ(ORVEX_DelFileInDir(folder.str().c_str(), "sub", nullptr, 0, 99), 1);
     EXPECT_EQ(error_of_this_thread(), "17 oxdirop " + folder.str() + "\\sub");
-    EXPECT_EQ(names_in(folder.path()), (Names{"pre.dat", "sub"}));
+    EXPECT_EQ(names_in(folder.path()), (Texts{"pre.dat", "sub"}));
 }
 
 TEST(Delete, ATreeWithItsLinksButNotWhatTheyLeadTo) {
@@ -188,8 +169,7 @@ TEST(Delete, ATreeWithItsLinksButNotWhatTheyLeadTo) {
     EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), 1);
     EXPECT_FALSE(fs::exists(folder.path() / "t"));
     EXPECT_TRUE(fs::exists(outside.path() / "kept"));
-    EXPECT_EQ(ORVEX_DelFileInPathRecur(tree.c_str(), 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(error_number_of(ORVEX_DelFileInPathRecur(tree.c_str(), 1)), 1U);
     EXPECT_EQ(ORVEX_DelFileInPathRecur("", 1), -1);  // not the root
 }
 
@@ -213,17 +193,16 @@ TEST_F(Tree, ListsRelativeNames) {
     char(*list)[128] = nullptr;
     const int32_t count = ORVEX_RecurGetFileList(folder_.str().c_str(), &list);
     ASSERT_EQ(count, 3);
-    Names names(list, list + count);
+    Texts names(list, list + count);
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (Names{"a\\b\\t", "a\\s", "r"}));
+    EXPECT_EQ(names, (Texts{"a\\b\\t", "a\\s", "r"}));
     ORVEX_free(list);
     EXPECT_EQ(ORVEX_RecurGetFileList((folder_ / "empty").c_str(), &list), 0);
     const std::string none = folder_ / "none";
-    EXPECT_EQ(ORVEX_RecurGetFileList(none.c_str(), &list), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxdirop " + none + "\\\\*");
+    EXPECT_EQ(error_of(ORVEX_RecurGetFileList(none.c_str(), &list)), "1 oxdirop " + none + "\\\\*");
     OXFILESTAT* long_list = nullptr;
-    EXPECT_EQ(ORVEX_RecurGetFileListLong(none.c_str(), &long_list), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxdirop " + none + "\\*");
+    EXPECT_EQ(error_of(ORVEX_RecurGetFileListLong(none.c_str(), &long_list)),
+              "1 oxdirop " + none + "\\*");
 }
 
 #if !defined(_WIN32)
@@ -242,7 +221,7 @@ TEST_F(Tree, StarsInNamesAndSockets) {
     EXPECT_EQ(ORVEX_IsDirEmpty((folder_ / "a/s*").c_str()), 0);
     EXPECT_EQ(ORVEX_DiskUsedInDir((folder_ / "a/s*").c_str()), 4096);
     EXPECT_EQ(ORVEX_DelFileInPathRecur((folder_ / "a").c_str(), 1), 1);
-    EXPECT_EQ(names_in(folder_.path()), (Names{"empty", "r"}));
+    EXPECT_EQ(names_in(folder_.path()), (Texts{"empty", "r"}));
 }
 #endif
 
@@ -250,13 +229,13 @@ TEST_F(Tree, ListsStatesUnderTheirPeculiarNames) {
     OXFILESTAT* list = nullptr;
     const int32_t count = ORVEX_RecurGetFileListLong(folder_.str().c_str(), &list);
     ASSERT_EQ(count, 3);
-    Names names;
+    Texts names;
     for (int32_t i = 0; i < count; ++i) {
         names.push_back(std::string(list[i].szName) + " " + std::to_string(list[i].nSize[7]));
         EXPECT_EQ(ORVEX_FileIsDirByMode(&list[i]), 0);
     }
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (Names{"\\r 1", "a\\\\s 2", "a\\b\\\\t 3"}));
+    EXPECT_EQ(names, (Texts{"\\r 1", "a\\\\s 2", "a\\b\\\\t 3"}));
     ORVEX_free(list);
 }
 
@@ -264,17 +243,16 @@ TEST_F(Tree, ListsOneFolder) {
     OXFILESTAT* list = nullptr;
     const int32_t count = ORVEX_GetFileListInDir(folder_.str().c_str(), &list);
     ASSERT_EQ(count, 3);
-    Names names;
+    Texts names;
     for (int32_t i = 0; i < count; ++i) {
         names.push_back(std::string(list[i].szName) +
                         (ORVEX_FileIsDirByMode(&list[i]) != 0 ? "/" : ""));
     }
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (Names{"a/", "empty/", "r"}));
+    EXPECT_EQ(names, (Texts{"a/", "empty/", "r"}));
     ORVEX_free(list);
     EXPECT_EQ(ORVEX_GetFileListInDir((folder_ / "empty").c_str(), &list), 0);
-    EXPECT_EQ(ORVEX_GetFileListInDir(nullptr, &list), -1);
-    EXPECT_EQ(GetRvexErrNo(), 401U);
+    EXPECT_EQ(error_number_of(ORVEX_GetFileListInDir(nullptr, &list)), 401U);
 }
 
 TEST_F(Tree, ANameThatDoesNotFitFailsTheList) {
@@ -282,8 +260,8 @@ TEST_F(Tree, ANameThatDoesNotFitFailsTheList) {
     fs::create_directories(folder_.path() / deep);
     folder_.write(deep + "/" + std::string(30, 'n'), "");
     char(*list)[128] = nullptr;
-    EXPECT_EQ(ORVEX_RecurGetFileList(folder_.str().c_str(), &list), -1);
-    EXPECT_EQ(error_of_this_thread(), "1001 oxdirop " + std::string(30, 'n'));
+    EXPECT_EQ(error_of(ORVEX_RecurGetFileList(folder_.str().c_str(), &list)),
+              "1001 oxdirop " + std::string(30, 'n'));
     OXFILESTAT* long_list = nullptr;
     EXPECT_EQ(ORVEX_RecurGetFileListLong(folder_.str().c_str(), &long_list), 4);
     ORVEX_free(long_list);
@@ -320,8 +298,8 @@ TEST(Disk, RoomWithAReserve) {
         error_of_this_thread().rfind("202 oxdskinf Need 9223372036854775807 bytes,  Left ", 0), 0U);
     total = available = 7;
     ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_DISK_GetInfoEx((folder / "none").c_str(), &total, &available), -1);
-    EXPECT_EQ(GetRvexErrNo(), 10U);
+    EXPECT_EQ(error_number_of(ORVEX_DISK_GetInfoEx((folder / "none").c_str(), &total, &available)),
+              10U);
     EXPECT_EQ(total, 0);
     EXPECT_EQ(available, 0);
     EXPECT_EQ(ORVEX_DISK_CanHoldFile((folder.str() + "\\none\\f").c_str(), 1), -1);

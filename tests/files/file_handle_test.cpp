@@ -1,17 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/error_of.h"
-#include "support/installation.h"
+#include "support/test.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 struct Handle {
     ORVEX_HFILE* file;
@@ -40,14 +29,13 @@ TEST_F(FileHandle, OpensByItsRules) {
     EXPECT_EQ(ORVEX_HFILE_Close(&handle), 0);
     EXPECT_EQ(ORVEX_HFILE_Close(nullptr), 0);
 
-    EXPECT_EQ(ORVEX_HFILE_Open((folder_ / "none").c_str(), 0), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "1 ofilehop " + (folder_ / "none"));
+    EXPECT_EQ(error_of(ORVEX_HFILE_Open((folder_ / "none").c_str(), 0)),
+              "1 ofilehop " + (folder_ / "none"));
     ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_HFILE_OpenMode((folder_ / "none").c_str(), 32770, 384), nullptr);
-    EXPECT_EQ(error_of_this_thread(), "7 ofilehop " + (folder_ / "none"));
+    EXPECT_EQ(error_of(ORVEX_HFILE_OpenMode((folder_ / "none").c_str(), 32770, 384)),
+              "7 ofilehop " + (folder_ / "none"));
     EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
-    EXPECT_EQ(ORVEX_HFILE_Open(std::string(256, 'n').c_str(), 0), nullptr);
-    EXPECT_EQ(GetRvexErrNo(), 124U);
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_Open(std::string(256, 'n').c_str(), 0)), 124U);
 
     for (auto* made : {ORVEX_HFILE_CreateOpen((folder_ / "c").c_str(), 32770, 384),
                        ORVEX_HFILE_Create((folder_ / "d").c_str(), 0),
@@ -81,8 +69,7 @@ TEST_F(FileHandle, PositionsAndLocks) {
     EXPECT_EQ(ORVEX_HFILE_Seek(handle.file, 2, 1), 6);
     EXPECT_EQ(ORVEX_HFILE_CurrentPos(handle.file), 6);
     EXPECT_EQ(ORVEX_HFILE_Seek(handle.file, 0, 2), 10);
-    EXPECT_EQ(ORVEX_HFILE_Seek(handle.file, -1, 0), -1);
-    EXPECT_EQ(error_of_this_thread(),
+    EXPECT_EQ(error_of(ORVEX_HFILE_Seek(handle.file, -1, 0)),
               "5 ofilehop N-1 R=-1 FN=" + std::string(handle.file->szFileName) + "\n");
     EXPECT_EQ(ORVEX_HFILE_Seek(nullptr, 0, 0), -1);
     EXPECT_EQ(ORVEX_HFILE_CurrentPos(nullptr), -1);
@@ -120,8 +107,7 @@ TEST_F(FileHandle, TransfersAreCountedFailuresLogged) {
     EXPECT_NE(log.find("RVEX errno=3 : "), std::string::npos);
 
     ORVEX_HFILE* read_only = ORVEX_HFILE_Open(handle.file->szFileName, 32768);
-    EXPECT_EQ(ORVEX_HFILE_Write(read_only, "x", 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 4U);
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_Write(read_only, "x", 1)), 4U);
     EXPECT_NE(installation_.log().find(" ret=-1 len=1 pos=0\n"), std::string::npos);
     ORVEX_HFILE_Close(&read_only);
 }
@@ -140,8 +126,7 @@ TEST_F(FileHandle, SizeGrowsWithZerosAndShrinks) {
     EXPECT_EQ(ORVEX_HFILE_ChangeSize(handle.file, INT64_C(1) << 60), -1);  // no disk has that
     EXPECT_EQ(GetRvexErrNo(), 202U);
     // A position of -1 is no position, though a failed seek gives the same number.
-    EXPECT_EQ(ORVEX_HFILE_UTIL_ChangeSize(handle.file, -1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 5U);
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_UTIL_ChangeSize(handle.file, -1)), 5U);
     EXPECT_EQ(ORVEX_HFILE_Size(handle.file), 4);
 }
 
@@ -175,8 +160,7 @@ TEST_F(FileHandle, AddUpdateMakesGrowsAndWrites) {
     EXPECT_EQ(read_bytes(file), std::string("z\0\0xy", 5));
     EXPECT_EQ(ORVEX_HFILE_AddUpdate(file.c_str(), nullptr, 0, 1), -1);
     const std::string never = folder_ / "never";
-    EXPECT_EQ(ORVEX_HFILE_AddUpdate(never.c_str(), "z", INT64_MAX, 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 50U);
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_AddUpdate(never.c_str(), "z", INT64_MAX, 1)), 50U);
     EXPECT_FALSE(fs::exists(never));
 }
 
@@ -189,12 +173,12 @@ TEST_F(FileHandle, CopiesRangesInChunks) {
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, 0, 0, 0, nullptr, 0), 1);
     EXPECT_EQ(read_bytes(target.file->szFileName), "0123456789tttttt");  // not cut
     ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, 1, 99, 0, nullptr, 0), -1);
-    EXPECT_EQ(GetRvexErrNo(), 3U);  // the whole length from position 1: short at the end
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_Copy(target.file, 0, source.file, 1, 99, 0, nullptr, 0)),
+              3U);  // the whole length from position 1: short at the end
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, -1, source.file, 0, 1, 0, nullptr, 0), -1);
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, -1, 1, 0, nullptr, 0), -1);
-    EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, source.file, 0, 1, 0, small, 0), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 ofilehop");
+    EXPECT_EQ(error_of(ORVEX_HFILE_Copy(target.file, 0, source.file, 0, 1, 0, small, 0)),
+              "50 ofilehop");
     const Handle empty(folder_.write("e", ""));
     EXPECT_EQ(ORVEX_HFILE_Copy(target.file, 0, empty.file, 0, 5, 0, nullptr, 0), 0);
 }
@@ -235,8 +219,8 @@ TEST_F(FileHandle, AMoveThatFailsGivesTheLengthBack) {
     ORVEX_HFILE_Close(&write_only);
     EXPECT_EQ(read_bytes(file), "0123456789");
     const Handle handle(file);
-    EXPECT_EQ(ORVEX_HFILE_Move(handle.file, INT64_MAX - 2, 0, 5, 0, nullptr, 0), -1);
-    EXPECT_EQ(GetRvexErrNo(), 50U);
+    EXPECT_EQ(error_number_of(ORVEX_HFILE_Move(handle.file, INT64_MAX - 2, 0, 5, 0, nullptr, 0)),
+              50U);
 }
 
 TEST_F(FileHandle, DuplicatesBesideTheSource) {

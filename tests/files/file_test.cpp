@@ -1,22 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cerrno>
-#include <chrono>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/child_process.h"
-#include "support/error_of.h"
-#include "support/temp_folder.h"
+#include "support/test.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // The state's fields, each a different value, as bytes written out by hand.
 TEST(FileState, RecordByteForByte) {
@@ -71,8 +55,8 @@ TEST(FileState, ByNameAndDescriptor) {
     EXPECT_EQ(record.szName, file);
 
     const std::string missing = folder / "none";
-    EXPECT_EQ(ORVEX_FileStatByFileName(missing.c_str(), &state), -1);
-    EXPECT_EQ(error_of_this_thread(), "23 oxfileop " + missing);
+    EXPECT_EQ(error_of(ORVEX_FileStatByFileName(missing.c_str(), &state)),
+              "23 oxfileop " + missing);
     ORVEX_Err_ClearError();
     EXPECT_EQ(ORVEX_GetFileStat(missing.c_str(), &record), -1);
     EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
@@ -87,8 +71,7 @@ TEST(FileState, ByNameAndDescriptor) {
     EXPECT_EQ(ORVEX_FileGetModeByFD(fd, &mode) & 384, 384);
     EXPECT_EQ(ORVEX_FileCloseByChmod(fd), 1);
     EXPECT_EQ(ORVEX_FileCloseByChmod(-1), 1);
-    EXPECT_EQ(ORVEX_FileLen(9999), -1);
-    EXPECT_EQ(error_of_this_thread(), "10 oxfileop fd=9999");
+    EXPECT_EQ(error_of(ORVEX_FileLen(9999)), "10 oxfileop fd=9999");
 }
 
 TEST(FileMode, AReadOnlyFileIsOpenedAndLeftWritable) {
@@ -106,11 +89,10 @@ TEST(FileMode, AReadOnlyFileIsOpenedAndLeftWritable) {
     EXPECT_EQ(ORVEX_FileChangeModeByStat(file.c_str(), &state), 1);
     EXPECT_EQ(ORVEX_FileGetMode(file.c_str(), nullptr) & 0x80, 0);
     const std::string missing = folder / "none";
-    EXPECT_EQ(ORVEX_FileChangeModeByStat(missing.c_str(), &state), -1);
-    EXPECT_EQ(error_of_this_thread(), "13 oxfileop " + missing);
+    EXPECT_EQ(error_of(ORVEX_FileChangeModeByStat(missing.c_str(), &state)),
+              "13 oxfileop " + missing);
     ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_FileChangeMode(missing.c_str(), 384, 0), -1);
-    EXPECT_EQ(GetRvexErrNo(), 23U);
+    EXPECT_EQ(error_number_of(ORVEX_FileChangeMode(missing.c_str(), 384, 0)), 23U);
     EXPECT_EQ(ORVEX_FileChmodByFD(1, 2), 1);
     EXPECT_EQ(ORVEX_FileChangeModeByFD(1, 2, 3), 0);
     EXPECT_EQ(ORVEX_FileChangeModAccessTime(file.c_str(), 1000000000, 1500000000), 0);
@@ -126,23 +108,20 @@ TEST(FileLock, ExcludesAnotherDescriptorAndKeepsThePosition) {
     const int32_t b = ORVEX_FileOpenByChmod(file.c_str(), 32770);
     EXPECT_EQ(ORVEX_FileRecordLock(a, 2, 4, 2), 0);  // the position it keeps
     EXPECT_EQ(ORVEX_FileRecordLock(b, 2, 6, 2), 0);
-    EXPECT_EQ(ORVEX_FileRecordLock(b, 2, 5, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "2 oxfileop fd=" + std::to_string(b) + " mode=2 size=1");
+    EXPECT_EQ(error_of(ORVEX_FileRecordLock(b, 2, 5, 1)),
+              "2 oxfileop fd=" + std::to_string(b) + " mode=2 size=1");
     EXPECT_EQ(ORVEX_FileRecordLock(a, 0, 4, 2), 0);
     EXPECT_EQ(ORVEX_FileRecordLock(b, 2, 5, 1), 0);
-    EXPECT_EQ(ORVEX_FileRecordLock(b, 2, -1, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "5 oxfileop fd=" + std::to_string(b) + " offset=-1 op=0");
-    EXPECT_EQ(ORVEX_FileRecordLock(9999, 2, 0, 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 5U);
+    EXPECT_EQ(error_of(ORVEX_FileRecordLock(b, 2, -1, 1)),
+              "5 oxfileop fd=" + std::to_string(b) + " offset=-1 op=0");
+    EXPECT_EQ(error_number_of(ORVEX_FileRecordLock(9999, 2, 0, 1)), 5U);
     EXPECT_EQ(ORVEX_GetErrData()->nDataLen, 4);  // the descriptor's bytes
     ORVEX_FileCloseByChmod(a);
     ORVEX_FileCloseByChmod(b);
-    EXPECT_EQ(ORVEX_FP_FileLock(nullptr, 2, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxfileop");
+    EXPECT_EQ(error_of(ORVEX_FP_FileLock(nullptr, 2, 1)), "50 oxfileop");
     FILE* stream = std::fopen(file.c_str(), "r+b");
     EXPECT_EQ(ORVEX_FP_FileLock(stream, 2, 1), 1);
-    EXPECT_EQ(ORVEX_FP_FileLock(stream, 77, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "2 oxfileop");
+    EXPECT_EQ(error_of(ORVEX_FP_FileLock(stream, 77, 1)), "2 oxfileop");
     std::fclose(stream);
 }
 
@@ -166,8 +145,7 @@ TEST(FileLock, ALockFileIsOneProcesssAndGoesWithIt) {
     EXPECT_GE(fd, 0);
     ORVEX_FileCloseByChmod(fd);
     const std::string nowhere = folder / "no/lock";
-    EXPECT_EQ(ORVEX_LockFile(nowhere.c_str()), -1);
-    EXPECT_EQ(error_of_this_thread(), "7 oxfileop " + nowhere);
+    EXPECT_EQ(error_of(ORVEX_LockFile(nowhere.c_str())), "7 oxfileop " + nowhere);
 }
 
 TEST(TempName, TheFirstFreeNumberIsReserved) {
@@ -210,8 +188,7 @@ TEST(DirCreate, MakesWhatIsMissingAndNamesWhatCantBe) {
     EXPECT_EQ(blocked, file + "\\x\\y");
     EXPECT_EQ(error_of_this_thread(), "1 oxfileop " + file + "\\x");
     char empty[] = "";
-    EXPECT_EQ(ORVEX_DirCreateRecur(empty, 0), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxfileop path name is empty");
+    EXPECT_EQ(error_of(ORVEX_DirCreateRecur(empty, 0)), "50 oxfileop path name is empty");
     EXPECT_EQ(ORVEX_DirCreateRecur(nullptr, 0), -1);
     EXPECT_EQ(ORVEX_CreatePathByFileName((folder.str() + "\\d\\e\\f.txt").c_str()), 1);
     EXPECT_TRUE(fs::is_directory(folder.path() / "d" / "e"));
@@ -243,8 +220,7 @@ TEST(ExchangeName, SwapsOrLeavesBoth) {
     EXPECT_EQ(read_bytes(a), "was b");
     EXPECT_EQ(read_bytes(b), "was a");
     const std::string missing = folder / "c";
-    EXPECT_EQ(ORVEX_FileExchangeName(a.c_str(), missing.c_str()), -1);
-    EXPECT_EQ(error_of_this_thread(), "14 oxfileop " + a);
+    EXPECT_EQ(error_of(ORVEX_FileExchangeName(a.c_str(), missing.c_str())), "14 oxfileop " + a);
     EXPECT_EQ(read_bytes(a), "was b");
     EXPECT_EQ(ORVEX_FileExchangeName(missing.c_str(), a.c_str()), -1);
     EXPECT_EQ(read_bytes(a), "was b");
@@ -261,8 +237,7 @@ TEST(OpenCreate, MakesOnceThenOpens) {
     ASSERT_GE(fd, 0);
     EXPECT_EQ(ORVEX_FileLen(fd), 4);
     ORVEX_FileCloseByChmod(fd);
-    EXPECT_EQ(ORVEX_FileExclCreate(file.c_str(), "other", 5, 384), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxfileop " + file);
+    EXPECT_EQ(error_of(ORVEX_FileExclCreate(file.c_str(), "other", 5, 384)), "1 oxfileop " + file);
     EXPECT_EQ(read_bytes(file), "head");
     const std::wstring wide = fs::path(folder / "wide").wstring();
     EXPECT_EQ(ORVEX_FileExclCreateW(wide.c_str(), nullptr, 9, 384), 1);
@@ -271,11 +246,10 @@ TEST(OpenCreate, MakesOnceThenOpens) {
     EXPECT_EQ(ORVEX_GetErrData()->nDataLen, std::min<size_t>(144, wide.size() * sizeof(wchar_t)));
     EXPECT_EQ(ORVEX_NewEmptyFile(file.c_str()), 1);
     EXPECT_EQ(fs::file_size(file), 0U);
-    EXPECT_EQ(ORVEX_NewEmptyFile((folder / "no/file").c_str()), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(error_number_of(ORVEX_NewEmptyFile((folder / "no/file").c_str())), 1U);
     const std::string nowhere = folder / "no/where";
-    EXPECT_EQ(ORVEX_FileOpenCreate(nowhere.c_str(), "x", 1, 32770), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxfileop " + nowhere);
+    EXPECT_EQ(error_of(ORVEX_FileOpenCreate(nowhere.c_str(), "x", 1, 32770)),
+              "1 oxfileop " + nowhere);
     ORVEX_Err_ClearError();
     EXPECT_LT(ORVEX_FileOpenByChmod(nowhere.c_str(), 32770), 0);
     EXPECT_EQ(GetRvexErrNo(), 23U);  // of the change of mode
@@ -311,16 +285,14 @@ TEST(ChangeSize, GrowsWithZerosCutsAndFails) {
     EXPECT_EQ(ORVEX_FileChangeSizeByFN(file.c_str(), 5), 1);
     EXPECT_EQ(read_bytes(file), std::string("ab\0\0\0", 5));
     g_stBv.bFastExpandFile = 0;
-    EXPECT_EQ(ORVEX_FileChangeSizeByFN((folder / "none").c_str(), 5), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(error_number_of(ORVEX_FileChangeSizeByFN((folder / "none").c_str(), 5)), 1U);
     const int32_t fd = ORVEX_FileOpenByChmod(file.c_str(), 32768);
     EXPECT_EQ(ORVEX_UTIL_FileExpand(fd, 5), 1);  // as it is: nothing to do
-    EXPECT_EQ(ORVEX_UTIL_FileExpand(fd, 9), -1);
-    EXPECT_EQ(GetRvexErrNo(), 4U);
-    EXPECT_EQ(ORVEX_UTIL_FileExpand(fd, 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "15 oxfileop fd=" + std::to_string(fd) + " newsize=1");
-    EXPECT_EQ(ORVEX_UTIL_ChSizeByFD(fd, -1), -1);
-    EXPECT_EQ(error_of_this_thread(), "5 oxfileop fd=" + std::to_string(fd) + " offset=-1 op=0");
+    EXPECT_EQ(error_number_of(ORVEX_UTIL_FileExpand(fd, 9)), 4U);
+    EXPECT_EQ(error_of(ORVEX_UTIL_FileExpand(fd, 1)),
+              "15 oxfileop fd=" + std::to_string(fd) + " newsize=1");
+    EXPECT_EQ(error_of(ORVEX_UTIL_ChSizeByFD(fd, -1)),
+              "5 oxfileop fd=" + std::to_string(fd) + " offset=-1 op=0");
     ORVEX_FileCloseByChmod(fd);
 }
 

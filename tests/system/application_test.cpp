@@ -1,12 +1,4 @@
-#include "moltelib/application.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <filesystem>
-#include <string>
-
-#include "moltelib.h"
+#include "support/test.h"
 
 namespace {
 

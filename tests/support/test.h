@@ -1,0 +1,74 @@
+// What nearly every test needs.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "moltelib.h"
+#include "support/child_process.h"
+#include "support/error_of.h"
+#include "support/installation.h"
+#include "support/temp_folder.h"
+
+namespace fs = std::filesystem;
+using std::tuple;
+using std::string_literals::operator""s;
+using Text = const char*;
+using Texts = std::vector<std::string>;
+
+// The error of the last call as error_of_this_thread gives it, empty without one; cleared for the
+// next.
+inline std::string taken_error() {
+    const std::string error = GetRvexErrNo() != 0 ? error_of_this_thread() : "";
+    ORVEX_Err_ClearError();
+    return error;
+}
+
+// The six fields of a moment and so on, as a list that compares and prints.
+using Ints = std::vector<int32_t>;
+
+// The names in a folder, in order.
+inline Texts names_in(const fs::path& folder) {
+    Texts names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The error that a call left whose result says that it failed, as error_of_this_thread gives it.
+template <typename Result>
+std::string error_of(Result result) {
+    const bool failed = result == Result{} - 1;
+    return failed ? error_of_this_thread() : "no failure: " + std::to_string(result);
+}
+template <typename Pointed>
+std::string error_of(Pointed* result) {
+    return result == nullptr ? error_of_this_thread() : "no failure";
+}
+// Its number alone.
+template <typename Result>
+uint32_t error_number_of(Result result) {
+    EXPECT_LT(error_of(result).find(' '), 4U) << error_of(result);
+    return GetRvexErrNo();
+}
