@@ -7,11 +7,11 @@
  *
  * A line. Blanks and tabs at its start are skipped. The name runs to a blank, tab, "#", "=" or the
  * line end; then come blanks and tabs, "=", blanks and tabs, and the value, which runs to the first
- * "#", tab or line end: blanks inside it and at its end are part of it, and what follows a tab is
- * lost. Lines that are empty, that begin with "#", have no name or no "=" give no value, and
- * neither does a name that the file ends with. A line ends with LF or CR LF; one longer than
- * 2,047 bytes counts as several lines. There are no sections. Of a name that stands twice the LAST
- * line is read and the FIRST is changed, so such a name can't be set.
+ * "#", tab or line end: blanks inside it and at its end are part of it, those before a comment too,
+ * and what follows a tab is lost. Lines that are empty, that begin with "#", have no name or no "="
+ * give no value, and neither does a name that the file ends with. A line ends with LF or CR LF; one
+ * longer than 2,047 bytes counts as several lines. There are no sections. Of a name that stands
+ * twice the LAST line is read and the FIRST is changed, so such a name can't be set.
  *
  * A value is a text of at most 127 bytes in a slot of 128 bytes; a longer one, in a file or from a
  * caller, is cut. Arrays of values are slots in a row; arrays of names are pointers.
@@ -19,7 +19,7 @@
  * Every call opens the file, locks it, walks it through and closes it: nothing is kept in memory,
  * and threads and processes may call at any time. A file that is missing is made, empty. A change
  * rewrites the file in place and keeps all other lines byte for byte; a crash in between can lose
- * it. When nothing changes the file isn't touched.
+ * it. When no value changes the file isn't touched.
  *
  * Results are 1, or -1 with an error of module "oxparam", unless told otherwise: 1 (the path) the
  * file can't be opened, 2 it can't be locked, 20 no memory, 50 a null argument or, to be written,
@@ -126,8 +126,8 @@ MOLTE_API int32_t ORVEX_PARAMETER_SetCFGEXFServer(const char* pszList, int32_t n
 /* ---- The identity of the machine, "serverid.dat" ---- */
 
 /*
- * Reads the 16 bytes, 1; or makes a new identity and writes it, 2. What stood in the way of reading
- * is then left as the error.
+ * Reads the 16 bytes, 1; or makes a new identity and writes it, 2. An error
+ * is then left behind.
  */
 MOLTE_API int32_t ORVEX_PARAMETER_GetServerID(uint8_t* pabyId);
 

@@ -43,7 +43,7 @@ Fields parse(const char* text) {
 }
 
 int32_t bad_format() {
-    return kModule.fail(molte::here(), kBadArgument, molte::SystemError::none, "bad format");
+    return kModule.fail(458, kBadArgument, molte::SystemError::none, "bad format");
 }
 
 }  // namespace

@@ -28,6 +28,8 @@
 
 namespace platform {
 
+inline constexpr char kLineEnd[] = "\r\n";
+
 inline int rename_file(const char* from, const char* to) {
     return std::rename(from, to);
 }
@@ -180,6 +182,9 @@ BOOL SetEndOfFile(HANDLE file);
 BOOL CopyFileA(const char* source, const char* target, BOOL fail_if_exists);
 
 namespace platform {
+
+// What the platform's own text files end a line with.
+inline constexpr char kLineEnd[] = "\n";
 
 // The descriptor in a handle of _get_osfhandle, or -1. Such a handle is an odd number below 2^32;
 // the other handles of this folder are even, or above.

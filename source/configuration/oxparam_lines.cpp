@@ -1,0 +1,82 @@
+#include <cstring>
+
+#include "configuration/parameter_lines.h"
+#include "moltelib/parameter_file.h"
+#include "platform/text.h"
+
+int32_t g_bParamIsCaseSensitive = 1;
+
+namespace molte::ini {
+
+namespace {
+
+constexpr bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+// A zero byte ends the text of its line.
+constexpr bool ends_name(char c) {
+    return is_blank(c) || c == '#' || c == '=' || c == '\0';
+}
+
+constexpr bool ends_value(char c) {
+    return c == '#' || c == '\t' || c == '\0';
+}
+
+void skip_blanks(std::string_view& text) {
+    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+}
+
+}  // namespace
+
+std::string_view line_end(std::string_view line) {
+    if (!line.ends_with('\n')) return {};
+    return line.substr(line.size() - (line.ends_with("\r\n") ? 2 : 1));
+}
+
+std::string_view take_line(std::string_view& text, size_t longest) {
+    std::string_view line = text.substr(0, longest + 1);
+    line = line.substr(0, line.find('\n') + 1);
+    if (line.empty() || (line.size() > longest && !line.ends_with("\r\n"))) {
+        line = text.substr(0, longest);
+    }
+    text.remove_prefix(line.size());
+    return line;
+}
+
+bool Names::equal(const char* wanted, std::string_view name) {
+    const int order = g_bParamIsCaseSensitive != 0
+                          ? std::strncmp(wanted, name.data(), name.size())
+                          : platform::compare_no_case(wanted, name.data(), name.size());
+    return order == 0 && wanted[name.size()] == '\0';
+}
+
+Line::Line(std::string_view line) : rest_(line) {
+    skip_blanks(rest_);
+    const std::string_view text = rest_.substr(0, rest_.size() - line_end(rest_).size());
+    size_t length = 0;
+    while (length < text.size() && !ends_name(text[length])) ++length;
+    // A name that the text ends with makes the line a comment.
+    if (length == rest_.size() || rest_[length] == '\0') return;
+    name_ = text.substr(0, length);
+    rest_.remove_prefix(length);
+}
+
+bool Line::value(std::string_view* out) const {
+    std::string_view text = rest_.substr(0, rest_.size() - line_end(rest_).size());
+    skip_blanks(text);
+    if (!text.starts_with('=')) return false;
+    text.remove_prefix(1);
+    skip_blanks(text);
+    size_t length = 0;
+    while (length < text.size() && !ends_value(text[length])) ++length;
+    *out = text.substr(0, length);
+    return true;
+}
+
+std::string_view Line::comment() const {
+    const size_t at = rest_.find('#');
+    return at == std::string_view::npos ? std::string_view() : rest_.substr(at);
+}
+
+}  // namespace molte::ini
