@@ -1,0 +1,287 @@
+#include <functional>
+
+#include "support/test.h"
+
+namespace {
+
+using Record = MOLTE_PARAMNETITEM;
+using Item = MOLTE_PARAMITEM;
+
+Record record_of(const char* name) {
+    Record record;
+    std::memset(&record, 0xEE, sizeof record);
+    std::snprintf(record.szName, sizeof record.szName, "%s", name);
+    return record;
+}
+
+Item item_of(const char* name, void* value = nullptr, uint8_t type = 0, int32_t room = 0,
+             MOLTE_PARAMSETTER setter = nullptr) {
+    return {name, value, setter, nullptr, type, 0, 0, room};
+}
+
+std::string bytes_of(const Record& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
+// A registry of the test's own, in the place of the program's.
+class Registry : public testing::Test {
+ protected:
+    Registry() {
+        ORVEX_SetMainPath(root_.str().c_str());
+        fs::create_directory(root_.path() / "CONF");
+        write_ini("");
+        MOLTE_PARAMADM_Release(&g_stBv.stParamAdm);
+        ORVEX_Err_ClearError();
+    }
+    ~Registry() override { MOLTE_PARAMADM_Release(&g_stBv.stParamAdm); }
+    void write_ini(const std::string& text) { root_.write("CONF/rvexinit.ini", text); }
+    [[nodiscard]] std::string ini() const {
+        std::string text = read_bytes(root_.path() / "CONF" / "rvexinit.ini");
+        std::erase(text, '\r');
+        return text;
+    }
+    static void enter(Item* item) { EXPECT_EQ(MOLTE_PARAMADM_Register(&item), 1); }
+
+    TempFolder root_;
+};
+
+TEST_F(Registry, IsMadeAndReleased) {
+    MOLTE_PARAMADM adm{};
+    EXPECT_EQ(MOLTE_PARAMADM_Init(&adm), 1);
+    EXPECT_EQ((Ints{adm.stItems.nItemSize, adm.stItems.nCount, adm.stItems.nCapacity,
+                    adm.stItems.nGrowBy, adm.bInited, adm.stLock.bInited}),
+              (Ints{8, 0, 512, 64, 1, 1}));
+    EXPECT_EQ(MOLTE_PARAMADM_Init(&adm), 0);
+    EXPECT_EQ(MOLTE_PARAMADM_Release(&adm), 1);
+    const MOLTE_PARAMADM zero{};
+    EXPECT_EQ(std::memcmp(&adm, &zero, sizeof adm), 0);
+    EXPECT_EQ(error_number_of(MOLTE_PARAMADM_Init(nullptr)), 50U);
+    EXPECT_EQ(error_number_of(MOLTE_PARAMADM_Register(nullptr)), 50U);
+    EXPECT_EQ(MOLTE_PARAMADM_Release(nullptr), -1);
+}
+
+TEST_F(Registry, KnowsItsItemsByName) {
+    Record* records = nullptr;
+    EXPECT_EQ(MOLTE_PARAMADM_GetAllNetVal(&records), 0);
+    EXPECT_EQ(records, nullptr);
+    char text[] = "the text";
+    Item item = item_of("Name", text, 1);
+    std::vector<Item> many(600, item);
+    for (Item& each : many) {
+        each.pszName = "Other";
+        enter(&each);
+    }
+    enter(&item);
+    EXPECT_EQ(g_stBv.stParamAdm.stItems.nCapacity, 512 + 128);
+    EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt("Name"), &item);
+    EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt("Other"), many.data());
+    EXPECT_STREQ(MOLTE_PARAMADM_GetStrVal("Name"), "the text");
+    for (const char* name : {"name", "Nam", ""}) {
+        EXPECT_EQ(error_of(MOLTE_PARAMADM_GetStrVal(name)),
+                  "117 paramadm" + (*name != '\0' ? " "s + name : ""));
+        EXPECT_EQ(error_line_of_this_thread(), 107);
+        EXPECT_EQ(history_of_this_thread(), "196 paramadm");
+    }
+    EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt(nullptr), nullptr);
+    ASSERT_EQ(MOLTE_PARAMADM_GetAllNetVal(&records), 601);
+    EXPECT_STREQ(records[600].szName, "Name");
+    EXPECT_STREQ(records[0].szName, "Other");
+    ORVEX_free(records);
+    EXPECT_EQ(MOLTE_PARAMADM_GetAllNetVal(nullptr), -1);
+}
+
+TEST_F(Registry, RecordsByteForByte) {
+    uint32_t number = 0x81020304;
+    uint64_t large = 0x8102030405060708;
+    const std::string long_text(90, 't');
+    std::string long_name(40, 'n');
+    uint8_t raw[100];
+    std::memset(raw, 0xAB, sizeof raw);
+    char full[4] = {'f', 'u', 'l', 'l'};  // no terminator
+    const std::string zero8(8, '\0');
+    const auto expected = [&](const std::string& name, const std::string& middle,
+                              const std::string& value) {
+        std::string bytes = name + std::string(32 - name.size(), '\0') + middle +
+                            "\x01\0\x5A\x01\x02\x03"s + zero8 + value;
+        return bytes + std::string(128 - bytes.size(), '\0');
+    };
+    const std::vector<tuple<Item, std::string>> cases = {
+        {item_of("Int", &number, 0), expected("Int", "\0\0"s, "\x81\x02\x03\x04")},
+        {item_of("Long", &large, 3, 0x1FF),
+         expected("Long", "\x03\xFF", "\x81\x02\x03\x04\x05\x06\x07\x08")},
+        {item_of("Text", const_cast<char*>(long_text.c_str()), 1),
+         expected("Text", "\x01\0"s, std::string(79, 't') + '\0')},
+        {item_of("Full", full, 1, 4), expected("Full", "\x01\x04", "full")},
+        {item_of("Raw", raw, 2, 3), expected("Raw", "\x02\x03", "\xAB\xAB\xAB")},
+        {item_of("Raw", raw, 2, 100), expected("Raw", "\x02\x64", std::string(80, '\xAB'))},
+        {item_of("Raw", raw, 2, -1), expected("Raw", "\x02\xFF", "")},
+        {item_of(long_name.c_str(), nullptr, 9), expected(std::string(31, 'n'), "\x09\0"s, "")},
+    };
+    for (auto [item, bytes] : cases) {
+        item.tChanged = 0x5A010203;
+        Record record = record_of("rubbish");
+        EXPECT_EQ(MOLTE_PARAMITEM_Mem2Net(&item, &record), 1);
+        EXPECT_EQ(bytes_of(record), bytes) << item.pszName;
+    }
+    EXPECT_EQ(MOLTE_PARAMITEM_Mem2Net(nullptr, nullptr), -1);
+}
+
+TEST_F(Registry, AnswersForTheNamesItKnows) {
+    int32_t number = 258;
+    Item item = item_of("Known", &number);
+    enter(&item);
+    Record records[] = {record_of("Unknown"), record_of("Known"), record_of("")};
+    std::memset(records[2].szName, 'x', sizeof records[2].szName);  // without an end
+    EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(records, 3), 1);
+    EXPECT_EQ(taken_error(), "117 paramadm " + std::string(32, 'x'));
+    EXPECT_EQ(records[0].bValid, 0);
+    EXPECT_EQ(records[0].nType, 0xEE);  // the rest of a missing one stays
+    EXPECT_EQ(records[1].bValid, 1);
+    EXPECT_EQ(records[1].abyValue[2], 1);
+    EXPECT_EQ(records[2].bValid, 0);
+    EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(nullptr, 0), 1);
+    EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(nullptr, 1), -1);
+}
+
+struct Call {
+    Item* item;
+    const Record* record;
+    int32_t mode, index;
+    bool operator==(const Call&) const = default;
+};
+std::vector<Call> calls;
+
+int32_t remember(Item* item, const Record* record, int32_t mode, int32_t index) {
+    calls.push_back({item, record, mode, index});
+    return -1;  // what a setter answers isn't looked at
+}
+
+TEST_F(Registry, HandsRecordsToTheSetters) {
+    calls.clear();
+    Item a = item_of("a", nullptr, 0, 0, remember);
+    Item b = item_of("b", nullptr, 0, 0, remember);
+    Item none = item_of("none");
+    for (Item* item : {&a, &b, &none}) enter(item);
+    const Record records[] = {record_of("b"), record_of("?"), record_of("none"), record_of("a")};
+    EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 1), 0);
+    EXPECT_TRUE(calls.empty());
+    EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 4), 1);
+    EXPECT_EQ(calls, (std::vector<Call>{{&b, &records[0], 4, 0}, {&a, &records[3], 4, 3}}));
+    EXPECT_EQ(taken_error(), "117 paramadm ?");
+    EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(nullptr, 2, 4), -1);
+}
+
+TEST_F(Registry, WritesRecordsToTheIniFile) {
+    write_ini("Int = 1 # kept\n");
+    Record records[] = {record_of("Int"), record_of("Text"), record_of("Raw"), record_of("Long")};
+    for (int i = 0; i < 4; ++i) records[i].nType = static_cast<uint8_t>(i);
+    std::memset(records[1].abyValue, 't', 80);  // without an end
+    EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 4, 1), 0);
+    EXPECT_EQ(ini(), "Int = 1 # kept\n");
+    EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 4, 4), 1);
+    EXPECT_EQ(ini(), "Int = -286331154   # kept\nText = " + std::string(80, 't') +
+                         "\nLong = -1229782938247303442\n");
+    fs::remove(root_.path() / "CONF" / "rvexinit.ini");
+    fs::remove(root_.path() / "CONF");
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 1, 4), -1);
+    EXPECT_EQ(history_of_this_thread(), "200 oxparam, 226 oxparam, 169 paramadm");
+}
+
+// The three bodies by one script: the item's kind, and the value as text after each step.
+struct Body {
+    uint8_t type;
+    std::function<int32_t(Item*, const Record*, int32_t)> act;
+    std::function<std::string()> value;
+};
+
+TEST_F(Registry, BodiesOfSetters) {
+    int32_t number = 0;
+    int64_t large = 0;
+    char text[8];
+    Item item{};
+    std::string long_default = "default";
+    const Body bodies[] = {
+        {0,
+         [&](Item* i, const Record* r, int32_t mode) {
+             return MOLTE_PARAMADM_IntAct(i, r, mode, 7, "P", remember, &number);
+         },
+         [&] { return std::to_string(number); }},
+        {3,
+         [&](Item* i, const Record* r, int32_t mode) {
+             return MOLTE_PARAMADM_LongAct(i, r, mode, 7, "P", remember, &large);
+         },
+         [&] { return std::to_string(large); }},
+        {1,
+         [&](Item* i, const Record* r, int32_t mode) {
+             return MOLTE_PARAMADM_StrAct(i, r, mode, "7", "P", remember, text, sizeof text);
+         },
+         [&] { return std::string(text); }},
+    };
+    for (const Body& body : bodies) {
+        MOLTE_PARAMADM_Release(&g_stBv.stParamAdm);
+        item = {};
+        write_ini("");
+        const auto before = static_cast<uint32_t>(std::time(nullptr));
+        EXPECT_EQ(body.act(&item, nullptr, 1), 1);
+        EXPECT_EQ(body.value(), "7");
+        EXPECT_EQ(taken_error(), "52 oxparam P");
+        EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt("P"), &item);
+        EXPECT_EQ(item.nType, body.type);
+        EXPECT_EQ(item.nMaxLen, body.type == 1 ? 8 : 0);
+        EXPECT_GE(item.tChanged, before);
+        EXPECT_EQ(item.pfnSet, remember);
+        write_ini("P = 123456789\n");
+        EXPECT_EQ(body.act(&item, nullptr, 2), 1);
+        EXPECT_EQ(body.value(), body.type == 1 ? "1234567" : "123456789");
+        write_ini("");
+        EXPECT_EQ(body.act(&item, nullptr, 2), 1);  // absent: it stays
+        EXPECT_EQ(body.value(), body.type == 1 ? "1234567" : "123456789");
+        EXPECT_EQ(body.act(&item, nullptr, 3), 1);
+        EXPECT_EQ(body.value(), "7");
+        const Record record = record_of("P");
+        EXPECT_EQ(body.act(&item, &record, 4), 1);
+        EXPECT_EQ(body.value(), body.type == 0   ? "-286331154"
+                                : body.type == 3 ? "-1229782938247303442"
+                                                 : std::string(7, '\xEE'));
+        EXPECT_EQ(error_number_of(body.act(&item, nullptr, 4)), 50U);
+        EXPECT_EQ(body.act(&item, nullptr, 9), 1);  // nothing
+        EXPECT_EQ(g_stBv.stParamAdm.stItems.nCount, 1);
+    }
+    ORVEX_Err_ClearError();
+    write_ini("P = x\n");
+    EXPECT_EQ(bodies[0].act(&item, nullptr, 1), -1);
+    EXPECT_EQ(history_of_this_thread(), "222 paramadm");
+    EXPECT_EQ(number, 7);                            // the default stands
+    EXPECT_EQ(bodies[1].act(&item, nullptr, 2), 1);  // any text counts
+    EXPECT_EQ(large, 0);
+    EXPECT_EQ(MOLTE_PARAMADM_StrAct(&item, nullptr, 3, nullptr, "P", remember, text, 8), 1);
+    EXPECT_EQ(std::string(text), std::string(7, '\xEE'));  // no default: it stays
+    fs::remove_all(root_.path() / "CONF");
+    const Texts histories = {"44 oxparam, 222 paramadm", "58 oxparam, 250 paramadm",
+                             "286 paramadm"};
+    for (size_t i = 0; i < 3; ++i) {
+        ORVEX_Err_ClearError();
+        EXPECT_EQ(bodies[i].act(&item, nullptr, 2), -1);
+        EXPECT_EQ(history_of_this_thread(), histories[i]);
+    }
+}
+
+TEST(ParameterNames, HaveTheirNumbers) {
+    const char* names[MOLTE_PARAMNAME_COUNT];
+    std::fill(std::begin(names), std::end(names), "not filled");
+    ASSERT_EQ(MOLTE_PARAMNAME_Init(names), 1);
+    EXPECT_EQ(MOLTE_PARAMNAME_Init(nullptr), -1);
+    std::ifstream list(PARAMETER_NAMES);
+    size_t count = 0;
+    size_t index = 0;
+    std::string name;
+    while (list >> index >> name) {
+        ASSERT_LT(index, std::size(names));
+        EXPECT_EQ(names[index] != nullptr ? names[index] : "none"s, name) << index;
+        ++count;
+    }
+    EXPECT_EQ(count, std::size(names));
+}
+
+}  // namespace
