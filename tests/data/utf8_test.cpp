@@ -55,14 +55,4 @@ TEST(Utf8, Encodes) {
     EXPECT_STREQ(out, "x");
 }
 
-TEST(Utf8, ShortFormsComeBack) {
-    for (int32_t code = 0; code < 0x10000; ++code) {
-        char bytes[8];
-        int32_t length = 0;
-        const int32_t written = IntToUTF8Char(code, bytes);
-        ASSERT_EQ(UTF8CharToInt(bytes, &length), code);
-        ASSERT_EQ(length, written);
-    }
-}
-
 }  // namespace

@@ -1,62 +1,37 @@
 #include <sys/stat.h>
+
 #include "support/test.h"
 
 namespace {
 
-TEST(Names, FolderAndBaseName) {
-    struct Case {
-        const char *name, *dir, *base;
-    };
-    for (const auto& c : std::vector<Case>{{"c:", "c:", ""},
-                                           {"c:\\a", "c:", "a"},
-                                           {"c:a", "c:", "a"},
-                                           {"a\\b\\c.txt", "a\\b", "c.txt"},
-                                           {"\\a", "", "a"},
-                                           {"plain", ".", "plain"},
-                                           {"a/b", ".", "a/b"},
-                                           {"a\\", "a", ""},
-                                           {"", ".", ""}}) {
-        char dir[64];
-        char base[64];
-        EXPECT_EQ(ORVEX_FileName2Path(c.name, dir, base), 1);
-        EXPECT_STREQ(dir, c.dir) << c.name;
-        EXPECT_STREQ(base, c.base) << c.name;
-        EXPECT_EQ(ORVEX_FileName2Path(c.name, nullptr, nullptr), 1);
+TEST(Names, FolderBaseNameAndPattern) {
+    const tuple<Text, Text, Text> bases[] = {{"c:", "c:", ""},    {"c:\\a", "c:", "a"},
+                                             {"c:a", "c:", "a"},  {"a\\b\\c.t", "a\\b", "c.t"},
+                                             {"\\a", "", "a"},    {"plain", ".", "plain"},
+                                             {"a/b", ".", "a/b"}, {"a\\", "a", ""},
+                                             {"", ".", ""}};
+    char dir[64];
+    char base[64];
+    for (const auto& [name, expected_dir, expected_base] : bases) {
+        EXPECT_EQ(ORVEX_FileName2Path(name, dir, base), 1);
+        EXPECT_STREQ(dir, expected_dir) << name;
+        EXPECT_STREQ(base, expected_base) << name;
+        EXPECT_EQ(ORVEX_FileName2Path(name, nullptr, nullptr), 1);
     }
-}
-
-TEST(Names, FolderAndPattern) {
-    struct Case {
-        const char *name, *dir, *pattern;
-    };
-    for (const auto& c : std::vector<Case>{{"a\\*.txt", "a", "*.txt"},
-                                           {"\\*.txt", "\\", "*.txt"},
-                                           {"*.txt", ".", "*.txt"},
-                                           {"a\\b", "a\\b", ""},
-                                           {"a\\b\\", "a\\b", ""},
-                                           {"a\\b?c", "a", "b?c"},
-                                           {"a*\\b", "a*\\b", ""},
-                                           {"a\\b*c\\d?", "a\\b*c", "d?"},
-                                           {"plain", "plain", ""}}) {
-        char dir[64];
-        char pattern[64];
-        EXPECT_EQ(ORVEX_FileSplitDirName(c.name, dir, pattern), 1);
-        EXPECT_STREQ(dir, c.dir) << c.name;
-        EXPECT_STREQ(pattern, c.pattern) << c.name;
+    const tuple<Text, Text, Text> patterns[] = {
+        {"a\\*.txt", "a", "*.txt"}, {"\\*.txt", "\\", "*.txt"},     {"*.txt", ".", "*.txt"},
+        {"a\\b", "a\\b", ""},       {"a\\b\\", "a\\b", ""},         {"a\\b?c", "a", "b?c"},
+        {"a*\\b", "a*\\b", ""},     {"a\\b*c\\d?", "a\\b*c", "d?"}, {"plain", "plain", ""}};
+    for (const auto& [name, expected_dir, pattern] : patterns) {
+        EXPECT_EQ(ORVEX_FileSplitDirName(name, dir, base), 1);
+        EXPECT_STREQ(dir, expected_dir) << name;
+        EXPECT_STREQ(base, pattern) << name;
     }
-    char dir[4] = "x";
-    char pattern[4] = "x";
-    EXPECT_EQ(ORVEX_FileSplitDirName(nullptr, dir, pattern), 0);
+    for (const Text none : {Text{}, ""}) EXPECT_EQ(ORVEX_FileSplitDirName(none, dir, base), 0);
     EXPECT_STREQ(dir, "");
-    EXPECT_EQ(ORVEX_FileSplitDirName("", dir, pattern), 0);
-}
-
-TEST(Names, DelimitersAreExchanged) {
     char path[] = "a\\b/c\\";
     EXPECT_EQ(ORVEX_TransPathDelimiter(path, '/'), 1);
     EXPECT_STREQ(path, "a/b/c/");
-    char empty[] = "";
-    EXPECT_EQ(ORVEX_TransPathDelimiter(empty, '/'), 1);
 }
 
 TEST(Find, ADirectoryOrAPattern) {
@@ -125,15 +100,6 @@ TEST(Folder, KindsAndEmptiness) {
     EXPECT_EQ(error_number_of(ORVEX_Getcwd(here, 2)), 142U);
     EXPECT_EQ(error_of(ORVEX_ChDir((folder / "none").c_str())), "29 oxdirop " + (folder / "none"));
     fs::current_path(before);
-}
-
-Texts names_in(const fs::path& folder) {
-    Texts names;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 TEST(Delete, ByPrefixSuffixAndLength) {

@@ -198,18 +198,16 @@ TEST(DirCreate, MakesWhatIsMissingAndNamesWhatCantBe) {
 TEST(DirCreate, ManyAtOnceAllSucceed) {
     const TempFolder folder;
     std::vector<std::thread> threads;
-    std::atomic<int> failed{0};
     for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
+        threads.emplace_back([&folder] {
             for (int k = 0; k < 30; ++k) {
                 std::string path = folder.str() + "\\t" + std::to_string(k) + "\\u\\v\\w";
-                if (ORVEX_DirCreateRecur(path.data(), 0) != 1) ++failed;
+                EXPECT_EQ(ORVEX_DirCreateRecur(path.data(), 0), 1);
             }
             MOLTE_THDATA_FreeData();
         });
     }
     for (auto& thread : threads) thread.join();
-    EXPECT_EQ(failed, 0);
 }
 
 TEST(ExchangeName, SwapsOrLeavesBoth) {
@@ -253,15 +251,6 @@ TEST(OpenCreate, MakesOnceThenOpens) {
     ORVEX_Err_ClearError();
     EXPECT_LT(ORVEX_FileOpenByChmod(nowhere.c_str(), 32770), 0);
     EXPECT_EQ(GetRvexErrNo(), 23U);  // of the change of mode
-}
-
-TEST(OpenCreate, AFileMadeByItsFlagsIsItsOwners) {
-    const TempFolder folder;
-    const std::string file = folder / "new";
-    const int32_t fd = ORVEX_FileOpenByChmod(file.c_str(), 33538);
-    ASSERT_GE(fd, 0);
-    EXPECT_EQ(ORVEX_FileGetModeByFD(fd, nullptr) & 384, 384);
-    ORVEX_FileCloseByChmod(fd);
 }
 
 TEST(OpenCreate, ADeniedFileIsTriedTwice) {

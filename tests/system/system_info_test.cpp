@@ -4,15 +4,12 @@
 namespace {
 
 TEST(SystemInfo, NamesOfSystems) {
-    const char* const names[] = {
-        "Unkown",   "Win95",     "Win98",   "WinNT4",    "Win2000",  "WinNT3.51", "Win31",
-        "WinNT",    "Windows",   "Unkown",  "Unkown",    "Unix",     "WinXP",     "Win2003",
-        "WinVista", "Win2003R2", "Win2008", "Win2008R2", "Windows7", "Windows8",  "Unkown"};
-    for (int32_t type = 0; type < 21; ++type) EXPECT_STREQ(MOLTE_OsType2String(type), names[type]);
-    EXPECT_STREQ(MOLTE_OsType2String(-1), "Unkown");
-    EXPECT_STREQ(MOLTE_OsClass2String(0), "Unix");
-    EXPECT_STREQ(MOLTE_OsClass2String(1), "Windows");
-    EXPECT_STREQ(MOLTE_OsClass2String(2), "Unknown");
+    const std::pair<int32_t, Text> names[] = {{-1, "Unkown"},    {0, "Unkown"},    {1, "Win95"},
+                                              {5, "WinNT3.51"},  {9, "Unkown"},    {11, "Unix"},
+                                              {15, "Win2003R2"}, {19, "Windows8"}, {20, "Unkown"}};
+    for (const auto& [type, name] : names) EXPECT_STREQ(MOLTE_OsType2String(type), name);
+    const Text classes[] = {"Unix", "Windows", "Unknown"};
+    for (int32_t i = 0; i < 3; ++i) EXPECT_STREQ(MOLTE_OsClass2String(i), classes[i]);
 }
 
 TEST(SystemInfo, TypeFromTheVersionOfWindows) {
