@@ -79,15 +79,6 @@ TEST(RegFind, ListsGrowByEightOrFillUp) {
     EXPECT_EQ(largest.pMatch, room);
 }
 
-TEST(RegObject, Free) {
-    OXSTR_REGOBJ reg = pattern_of("a", true);
-    EXPECT_EQ(OXSTR_REGOBJ_Compile(&reg), 0);
-    reg.pCompiled = ORVEX_release_malloc(8);
-    EXPECT_EQ(OXSTR_REGOBJ_Free(&reg), 0);
-    EXPECT_EQ(reg.pCompiled, nullptr);
-    EXPECT_STREQ(reg.pszPattern, "a");
-}
-
 TEST(RegReplace, InPlace) {
     const tuple<Text, Text, Text, bool, int32_t, Text> rows[] = {
         {"one two two", "two", "2", false, 0, "one 2 two"},

@@ -139,7 +139,8 @@ TEST_F(FileHandle, LoadsRanges) {
         uint8_t* buffer = nullptr;
         EXPECT_EQ(ORVEX_HFILE_Load(file.c_str(), &buffer, offset, length), count) << offset;
         EXPECT_EQ(buffer != nullptr, count > 0);
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), count > 0 ? strlen(bytes) : 0), bytes);
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), count > 0 ? strlen(bytes) : 0),
+                  bytes);
         ORVEX_free(buffer);
     }
     uint8_t* buffer = nullptr;
