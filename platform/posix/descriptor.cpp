@@ -6,9 +6,12 @@
 
 namespace platform {
 
+// The kernel itself refuses to open a folder to be written.
 int open_file(const char* path, int flags, unsigned permission) {
     struct stat status;
-    return open_file(path, flags, permission, &status);
+    if ((flags & O_ACCMODE) == O_RDONLY) return open_file(path, flags, permission, &status);
+    const int fd = ::open(path, flags | O_CLOEXEC | O_NOCTTY, permission);
+    return fd >= 0 ? fd : fail();
 }
 
 int open_file(const char* path, int flags, unsigned permission, struct stat* status) {

@@ -25,8 +25,8 @@ int fail_locked(int number) {
 }
 
 // An exclusive lock needs a descriptor that may write.
-short lock_type(int fd) {
-    return (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY ? F_RDLCK : F_WRLCK;
+short lock_type(int open_flags) {
+    return (open_flags & O_ACCMODE) == O_RDONLY ? F_RDLCK : F_WRLCK;
 }
 
 }  // namespace
@@ -34,11 +34,12 @@ short lock_type(int fd) {
 int _locking(int fd, int mode, long size) {
     if (mode < _LK_UNLCK || mode > _LK_NBRLCK || size < 0) return fail(EINVAL);
     const bool waits = mode == _LK_LOCK || mode == _LK_RLCK;
+    const int open_flags = fcntl(fd, F_GETFL);
+    if (open_flags < 0) return fail();
     struct flock range = {};
-    range.l_type = mode == _LK_UNLCK ? static_cast<short>(F_UNLCK) : lock_type(fd);
+    range.l_type = mode == _LK_UNLCK ? static_cast<short>(F_UNLCK) : lock_type(open_flags);
     range.l_whence = SEEK_CUR;
     range.l_len = size;
-    if (fcntl(fd, F_GETFD) < 0) return fail();
     // For the kernel a size of 0 would be all there is.
     if (size == 0) return 0;
     for (int tries = 1; fcntl(fd, F_OFD_SETLK, &range) != 0; ++tries) {

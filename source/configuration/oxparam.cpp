@@ -40,9 +40,11 @@ void put_value(char* values, int32_t i, std::string_view value) {
 }
 
 void find_values(std::string_view text, const Names& names, char* values) {
-    for (int32_t i = 0; i < names.count; ++i) put_value(values, i, {});
+    for (int32_t i = 0; i < names.count(); ++i) put_value(values, i, {});
     while (!text.empty()) {
-        const Line line(take_line(text));
+        const std::string_view piece = take_line(text);
+        if (!names.may_be_in(piece)) continue;
+        const Line line(piece);
         if (!line.named()) continue;
         const int32_t i = names.find(line.name(), [](int32_t) { return true; });
         std::string_view value;
@@ -52,8 +54,8 @@ void find_values(std::string_view text, const Names& names, char* values) {
 
 // What would end the line it is written in can't be set, nor can a name that is never found.
 bool all_writable(const Names& names, const char* values) {
-    for (int32_t i = 0; i < names.count; ++i) {
-        const std::string_view name(names.list[i]);
+    for (int32_t i = 0; i < names.count(); ++i) {
+        const std::string_view name(names.at(i));
         if (name.empty() || name.find('\n') != std::string_view::npos) return false;
         if (value_at(values, i).find('\n') != std::string_view::npos) return false;
     }
@@ -85,21 +87,21 @@ class Rewrite {
 
 int32_t Rewrite::allocate(std::string_view text) {
     size_t room = text.size();
-    for (int32_t i = 0; i < names_.count; ++i) {
-        room += std::strlen(names_.list[i]) + value_at(values_, i).size() + MOLTE_PARAM_SLOT;
+    for (int32_t i = 0; i < names_.count(); ++i) {
+        room += std::strlen(names_.at(i)) + value_at(values_, i).size() + MOLTE_PARAM_SLOT;
     }
     if (room >= kMostText) return kModule.fail(here(), kTooLarge);
     text_ = molte::allocate<char>(static_cast<int64_t>(room));
     if (text_ == nullptr) return kModule.trace(246);
-    found_ = molte::allocate<bool>(names_.count);
+    found_ = molte::allocate<bool>(names_.count());
     if (found_ == nullptr) return kModule.trace(247);
-    std::fill_n(found_.get(), names_.count, false);
+    std::fill_n(found_.get(), names_.count(), false);
     size_ = 0;
     return 1;
 }
 
 void Rewrite::add_value(int32_t i) {
-    add(names_.list[i]);
+    add(names_.at(i));
     add(" = ");
     add(value_at(values_, i));
     found_[static_cast<size_t>(i)] = true;
@@ -107,6 +109,7 @@ void Rewrite::add_value(int32_t i) {
 
 // False for a line that isn't about any of the names.
 bool Rewrite::replace(std::string_view piece) {
+    if (!names_.may_be_in(piece)) return false;
     const Line line(piece);
     if (!line.named()) return false;
     const int32_t i =
@@ -124,7 +127,7 @@ bool Rewrite::replace(std::string_view piece) {
 }
 
 void Rewrite::add_missing() {
-    for (int32_t i = 0; i < names_.count; ++i) {
+    for (int32_t i = 0; i < names_.count(); ++i) {
         if (found_[static_cast<size_t>(i)]) continue;
         add_value(i);
         add(line_end_);
@@ -137,7 +140,7 @@ int32_t Rewrite::make(std::string_view text) {
     std::string_view rest = text;
     line_end_ = line_end(text.substr(0, text.find('\n') + 1));
     if (line_end_.empty()) line_end_ = platform::kLineEnd;
-    for (int32_t missing = names_.count; missing > 0 && !rest.empty();) {
+    for (int32_t missing = names_.count(); missing > 0 && !rest.empty();) {
         const std::string_view piece = take_line(rest);
         if (replace(piece)) {
             --missing;

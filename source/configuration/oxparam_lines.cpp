@@ -10,10 +10,6 @@ namespace molte::ini {
 
 namespace {
 
-constexpr bool is_blank(char c) {
-    return c == ' ' || c == '\t';
-}
-
 // A zero byte ends the text of its line.
 constexpr bool ends_name(char c) {
     return is_blank(c) || c == '#' || c == '=' || c == '\0';
@@ -23,10 +19,6 @@ constexpr bool ends_value(char c) {
     return c == '#' || c == '\t' || c == '\0';
 }
 
-void skip_blanks(std::string_view& text) {
-    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
-}
-
 }  // namespace
 
 std::string_view line_end(std::string_view line) {
@@ -34,14 +26,8 @@ std::string_view line_end(std::string_view line) {
     return line.substr(line.size() - (line.ends_with("\r\n") ? 2 : 1));
 }
 
-std::string_view take_line(std::string_view& text, size_t longest) {
-    std::string_view line = text.substr(0, longest + 1);
-    line = line.substr(0, line.find('\n') + 1);
-    if (line.empty() || (line.size() > longest && !line.ends_with("\r\n"))) {
-        line = text.substr(0, longest);
-    }
-    text.remove_prefix(line.size());
-    return line;
+Names::Names(const char* const* list, int32_t count) : list_(list), count_(count) {
+    if (count == 1 && g_bParamIsCaseSensitive != 0) only_ = list[0];
 }
 
 bool Names::equal(const char* wanted, std::string_view name) {

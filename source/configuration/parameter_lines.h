@@ -7,30 +7,62 @@
 
 namespace molte::ini {
 
+constexpr bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+inline void skip_blanks(std::string_view& text) {
+    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+}
+
 // Pieces of lines are taken from the front of a text. One ends with LF, with the text, or is cut
 // before it gets longer than this many bytes, CR LF counted as one.
 inline constexpr size_t kLongestLine = 2047;
-std::string_view take_line(std::string_view& text, size_t longest = kLongestLine);
+
+inline std::string_view take_line(std::string_view& text, size_t longest = kLongestLine) {
+    std::string_view line = text.substr(0, longest + 1);
+    line = line.substr(0, line.find('\n') + 1);
+    if (line.empty() || (line.size() > longest && !line.ends_with("\r\n"))) {
+        line = text.substr(0, longest);
+    }
+    text.remove_prefix(line.size());
+    return line;
+}
 
 // LF, CR LF or nothing: what a line ends with.
 std::string_view line_end(std::string_view line);
 
 // The names that a call is about.
-struct Names {
-    const char* const* list;
-    int32_t count;
+class Names {
+ public:
+    Names(const char* const* list, int32_t count);
+
+    [[nodiscard]] int32_t count() const { return count_; }
+    [[nodiscard]] const char* at(int32_t i) const { return list_[i]; }
+
+    // False for lines, most of them, that can't be about the only name. Made to be fast.
+    [[nodiscard]] bool may_be_in(std::string_view line) const {
+        if (only_.empty()) return true;
+        skip_blanks(line);
+        return line.size() > only_.size() && line[only_.size() - 1] == only_.back() &&
+               line.starts_with(only_);
+    }
 
     // The first index of a name for which WANTED, or -1.
     template <typename Wanted>
     [[nodiscard]] int32_t find(std::string_view name, Wanted wanted) const {
-        for (int32_t i = 0; i < count; ++i) {
-            if (wanted(i) && equal(list[i], name)) return i;
+        for (int32_t i = 0; i < count_; ++i) {
+            if (wanted(i) && equal(list_[i], name)) return i;
         }
         return -1;
     }
 
  private:
     static bool equal(const char* wanted, std::string_view name);
+
+    const char* const* list_;
+    int32_t count_;
+    std::string_view only_;  // empty when there are several, or they are compared otherwise
 };
 
 // A line taken apart as far as is asked for. All views are parts of the line.
