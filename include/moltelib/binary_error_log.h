@@ -9,7 +9,8 @@
  *   cleared and begun again; and each entry WRITES A ZEROED MAP OVER THE HEAD, with n64NextSeq 1:
  *   after the first entry the head is no longer valid, and nothing looks at it.
  * - The text of an entry of LEN bytes lies LEN bytes behind the start of its block, over whatever
- *   lies there: two entries of one length leave the text of the second.
+ *   lies there: two entries of one length leave the text of the second, and one of under 16 bytes
+ *   lies over the block's own numbers.
  * - BERRLOG_AddLog gives 0, also after a failure.
  * - A retrieval that meets no entry older than its filter goes on through the empty blocks behind,
  *   to the end of the file, where the read fails: -1, and no text.
@@ -72,8 +73,8 @@ MOLTE_API int32_t BERRLOG_AddLog(const char* pszPath, const char* pszText, int32
  * Collects the texts of the entries from the filter's time on, one behind the other without
  * terminators, into *ppszText, which the caller frees with ORVEX_free. The number of entries;
  * THE ENTRIES THEMSELVES ARE NOT GIVEN: *ppEntries becomes null. With no entries 0 and a null text.
- * A block that says it holds more entries than it has room for is error 298; of a text that runs
- * past its block only the part inside is taken.
+ * A walk past the last entry that a block has room for is error 298; of a text that runs past its
+ * block only the part inside is taken.
  */
 MOLTE_API int32_t BERRLOG_RetrLog(const char* pszPath, BERRLOG_ENTRY** ppEntries, char** ppszText,
                                   const BERRLOG_FILTER* pFilter);

@@ -26,6 +26,7 @@
 
 #include "moltelib/base.h"
 #include "moltelib/line_buffer.h"
+#include "moltelib/parameter_registry.h"
 
 /* ---- The mask ---- */
 
@@ -87,8 +88,8 @@ static_assert(sizeof(OTXTHOOK_NODE) == 64, "the size is part of the interface");
 
 /*
  * Brings the hooks up, with the parameters OutputTextTimeInHiReso and OutputTextTimeInSec, the time
- * spent in all hooks; 0 when they are up, -1 when the parameters can't be registered (the hooks are
- * then up all the same). Called at bring-up, and by the first installation before it.
+ * spent in all hooks; 1, or 0 when they are up. Called at bring-up, and by the first installation
+ * before it.
  */
 MOLTE_API int32_t OTXTHOOK_Init(void);
 
@@ -126,15 +127,13 @@ MOLTE_API uint32_t OTXTHOOK_UTIL_GetDefPropMask(uint32_t nMask, uint32_t nDirect
                                                 uint32_t nClass);
 
 /*
- * Registers the two parameters of above, as the first of the registry if it is called at bring-up,
- * and updates them (MOLTE_PARAMSETTER). 1; -1 with a line in the history.
+ * Registers the two parameters of above, as the first of the registry if it is called at bring-up;
+ * 1. A value that the INI file has but that can't be read costs that parameter alone. The other
+ * updates them (MOLTE_PARAMSETTER): 1, or -1 with a line in the history.
  */
-struct MOLTE_PARAMITEM;
-struct MOLTE_PARAMNETITEM;
 MOLTE_API int32_t OTXTHOOK_PARAM_Init(void);
-MOLTE_API int32_t OTXTHOOK_PARAM_Set(struct MOLTE_PARAMITEM* pItem,
-                                     const struct MOLTE_PARAMNETITEM* pRecord, int32_t nMode,
-                                     int32_t nIndex);
+MOLTE_API int32_t OTXTHOOK_PARAM_Set(MOLTE_PARAMITEM* pItem, const MOLTE_PARAMNETITEM* pRecord,
+                                     int32_t nMode, int32_t nIndex);
 
 /* ---- Built-in hooks. Each adds to nMask what is said; nMask else as above. 1 or -1 ---- */
 

@@ -13,6 +13,7 @@
 #include "moltelib/file.h"
 #include "moltelib/memory.h"
 #include "moltelib/state.h"
+#include "moltelib/text_hook.h"
 #include "moltelib/thread.h"
 #include "moltelib/thread_data.h"
 #include "moltelib/thread_list.h"
@@ -84,6 +85,7 @@ void set_parameter_defaults() {
 // All steps behind the count: a failure here is final.
 int32_t bring_up_rest() {
     set_first_values();
+    if (OTXTHOOK_Init() < 0) return kModule.trace(388);
     if (make_line_buffer_list() < 0) return kModule.trace(389);
     close_hooks_at_exit();
     name_program();
@@ -91,11 +93,6 @@ int32_t bring_up_rest() {
     set_parameter_defaults();
     MOLTE_InitCrit(&g_stBv.stCounterLock);
     return 1;
-}
-
-// Closes the text hooks. There are none yet, so none are up.
-int32_t close_hooks() {
-    return 0;
 }
 
 void release_parameters() {
@@ -131,11 +128,11 @@ int32_t ORVEX_BASE_InitVar(void) {
 
 int32_t ORVEX_BASE_ReleaseVar(void) {
     ORVEX_ERRLOG_LogEx(ORVEX_ERRLOG_CLOSE, nullptr);
-    close_hooks();
+    OTXTHOOK_Release();
     if (is_up()) release_state();
     return 1;
 }
 
 int32_t ORVEX_BASE_AtExit(void) {
-    return close_hooks();
+    return OTXTHOOK_Release();
 }

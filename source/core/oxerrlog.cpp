@@ -1,0 +1,265 @@
+// Adding to the binary error log and retrieving from it.
+#include <algorithm>
+#include <cstring>
+
+#include "core/owners.h"
+#include "core/report.h"
+#include "moltelib/array.h"
+#include "moltelib/binary_error_log.h"
+#include "moltelib/byte_field.h"
+#include "moltelib/date_time.h"
+#include "moltelib/file.h"
+#include "moltelib/main_path.h"
+#include "moltelib/state.h"
+#include "platform/files.h"
+
+namespace {
+
+constexpr molte::Module kModule("oxerrlog");
+constexpr uint32_t kBadArgument = 50;
+constexpr uint32_t kBadLog = 298;
+constexpr uint8_t kKind = 1;
+constexpr size_t kPathSize = 256;
+constexpr int32_t kEntriesAtOnce = 64;
+constexpr int32_t kKiB = 1024;
+constexpr int32_t kTextKiB = 512;
+constexpr int32_t kTextGrowthKiB = 128;
+
+// An open log that closes itself.
+class OpenLog {
+ public:
+    OpenLog() = default;
+    ~OpenLog() { BERRLOG_CloseFile(&file_); }
+    OpenLog(const OpenLog&) = delete;
+    OpenLog& operator=(const OpenLog&) = delete;
+    [[nodiscard]] bool open(const char* path) { return BERRLOG_OpenFile(path, &file_) > 0; }
+    [[nodiscard]] BERRLOG_FILE* get() { return &file_; }
+    [[nodiscard]] BERRLOG_FILEMAP* map() { return file_.pMap; }
+
+ private:
+    BERRLOG_FILE file_{};
+};
+
+// How much of LENGTH bytes at OFFSET lies inside a block.
+int64_t part_inside(uint32_t offset, uint32_t length) {
+    return std::clamp<int64_t>(BERRLOG_BLOCK_SIZE - int64_t{offset}, 0, length);
+}
+
+// ---- Adding ----
+
+// Makes a log under a name of its own first: of those who find none at the same time, one names its
+// file, and nobody meets one that is half made or empties one that holds an entry.
+int32_t make_log(const char* path) {
+    const auto name = molte::allocate<char>(static_cast<int64_t>(std::strlen(path)) + 64);
+    if (name == nullptr) return -1;
+    if (ORVEX_UTIL_TempFNFromFN(path, name.get(), "berr") < 0) return BERRLOG_CreateFile(path, 0);
+    if (BERRLOG_CreateFile(name.get(), 0) < 0) return -1;
+    if (platform::rename_file(name.get(), path) == 0) return 1;
+    _unlink(name.get());
+    return _access(path, 0) == 0 ? 1 : BERRLOG_CreateFile(path, 0);
+}
+
+// The next block, from its beginning. The handle counts no blocks, so this is always block 0: a
+// full block is begun again at the same place. This is meant.
+void begin_block_again(OpenLog* log, BERRLOG_BLOCK* block, int32_t* number) {
+    *block = {};
+    if (++*number < log->get()->nBlockCount) return;
+    *number = 0;
+    log->map()->bWrapped = 1;
+}
+
+// The text lies LENGTH bytes behind the base, over whatever is there, entries included. This is
+// meant; what would run past the block is left out.
+void put_entry(BERRLOG_BLOCK* block, const char* text, int32_t length, int64_t sequence) {
+    const uint32_t index = Char4To_uint4(block->nEntryCount);
+    const uint32_t offset = Char4To_uint4(block->nDataPos) + static_cast<uint32_t>(length);
+    uint4ToChar4(index + 1, block->nEntryCount);
+    BERRLOG_ENTRY entry{};
+    entry.nKind = kKind;
+    uint4ToChar4(static_cast<uint32_t>(ORVEX_Time()), entry.tTime);
+    uint4ToChar4(offset, entry.nOffset);
+    uint4ToChar4(static_cast<uint32_t>(length), entry.nLen);
+    uint8ToChar8(static_cast<uint64_t>(sequence), entry.n64Seq);
+    block->astEntry[index] = entry;
+    const int64_t kept = part_inside(offset, static_cast<uint32_t>(length));
+    if (kept > 0) {
+        std::memcpy(reinterpret_cast<char*>(block) + offset, text, static_cast<size_t>(kept));
+    }
+}
+
+int32_t add_entry(const char* path, const char* text, int32_t length) {
+    const auto block = molte::allocate<BERRLOG_BLOCK>(1);
+    if (block == nullptr) return kModule.trace(205);
+    if (_access(path, 0) != 0 && make_log(path) < 0) return kModule.trace(208);
+    OpenLog log;
+    if (!log.open(path)) return kModule.trace(210);
+    auto number = static_cast<int32_t>(Char4To_uint4(log.map()->nCurBlock));
+    if (BERRLOG_ReadBlock(log.get(), number, block.get()) < 0) return kModule.trace(213);
+    if (BERRLOG_UTIL_CanHoldLog(block.get(), &length) == 0) {
+        begin_block_again(&log, block.get(), &number);
+        length = BERRLOG_UTIL_CutLen(length);
+    }
+    const int64_t sequence = log.get()->n64Seq;
+    put_entry(block.get(), text, length, sequence);
+    if (BERRLOG_SaveBlock(log.get(), number, block.get()) < 0) return kModule.trace(242);
+    // The map was never read, so this writes zeros over the head. This is meant.
+    uint8ToChar8(static_cast<uint64_t>(sequence) + 1, log.map()->n64NextSeq);
+    if (BERRLOG_SaveRawData(log.get(), 0, log.map(), sizeof(BERRLOG_FILEMAP)) < 0) {
+        return kModule.trace(245);
+    }
+    return 0;
+}
+
+// ---- Retrieving ----
+
+// The entries and texts found so far.
+class Found {
+ public:
+    Found() = default;
+    ~Found() { PA_Release(&entries_); }
+    Found(const Found&) = delete;
+    Found& operator=(const Found&) = delete;
+
+    [[nodiscard]] int32_t make() {
+        if (PA_Init(&entries_, sizeof(BERRLOG_ENTRY), kEntriesAtOnce) < 0) {
+            return kModule.trace(274);
+        }
+        entries_.nGrowBy = kEntriesAtOnce;
+        text_ = molte::allocate<char>(int64_t{kTextKiB} * kKiB);
+        return text_ != nullptr ? 1 : kModule.trace(277);
+    }
+    [[nodiscard]] int32_t add(const BERRLOG_BLOCK& block, const BERRLOG_ENTRY& entry) {
+        if (PA_Append(&entries_, &entry) < 0) return kModule.trace(294);
+        const uint32_t offset = Char4To_uint4(entry.nOffset);
+        const int64_t length = part_inside(offset, Char4To_uint4(entry.nLen));
+        if (length == 0) return 1;
+        if (!reserve(length)) return kModule.trace(303);
+        std::memcpy(text_.get() + used_, reinterpret_cast<const char*>(&block) + offset,
+                    static_cast<size_t>(length));
+        used_ += length;
+        return 1;
+    }
+    [[nodiscard]] int32_t count() const { return entries_.nCount; }
+    [[nodiscard]] char* release_text() { return text_.release(); }
+
+ private:
+    [[nodiscard]] bool reserve(int64_t length) {
+        const int64_t missing = used_ + length - int64_t{kibs_} * kKiB;
+        if (missing <= 0) return true;
+        const int64_t added = (missing + kKiB - 1) / kKiB + kTextGrowthKiB;
+        void* text = text_.release();
+        const int32_t result =
+            ORVEX_release_realloc(&text, kKiB, &kibs_, static_cast<int32_t>(added));
+        text_.reset(static_cast<char*>(text));
+        return result > 0;
+    }
+
+    PA entries_{};
+    molte::Heap<char> text_;
+    int32_t kibs_ = kTextKiB;
+    int64_t used_ = 0;
+};
+
+// Takes the entries of a block up to the first that is too old. 1 when all were taken, 0 when one
+// was too old, -1.
+int32_t take_entries(const BERRLOG_BLOCK& block, uint32_t oldest, Found* found) {
+    const uint32_t count = Char4To_uint4(block.nEntryCount);
+    for (uint32_t i = 0; i < count; ++i) {
+        if (i == BERRLOG_ENTRIES_MAX) return kModule.fail(molte::here(), kBadLog);
+        if (Char4To_uint4(block.astEntry[i].tTime) < oldest) return 0;
+        if (found->add(block, block.astEntry[i]) < 0) return -1;
+    }
+    return 1;
+}
+
+// The number behind the last block of a walk is that of no block, and so the end of the file ends a
+// walk that meets no entry too old: the read fails there. This is meant.
+int32_t walk(OpenLog* log, BERRLOG_BLOCK* block, uint32_t oldest, Found* found) {
+    const bool wrapped = log->map()->bWrapped != 0;
+    const int32_t blocks = log->get()->nBlockCount;
+    auto number = static_cast<int32_t>(Char4To_uint4(log->map()->nCurBlock));
+    for (;;) {
+        if (BERRLOG_ReadBlock(log->get(), number, block) < 0) return kModule.trace(287);
+        const int32_t all = take_entries(*block, oldest, found);
+        if (all < 0) return -1;
+        number += wrapped ? -1 : 1;
+        if (wrapped && number < 0) number = blocks - 1;
+        if (all == 0 && number != blocks) return 1;
+    }
+}
+
+int32_t collect(const char* path, uint32_t oldest, Found* found) {
+    if (found->make() < 0) return -1;
+    const auto block = molte::allocate<BERRLOG_BLOCK>(1);
+    if (block == nullptr) return kModule.trace(279);
+    OpenLog log;
+    if (!log.open(path)) return kModule.trace(280);
+    return walk(&log, block.get(), oldest, found);
+}
+
+// ---- The log of the installation ----
+
+// Made once and never deleted. Nobody enters it: the lock on the file excludes.
+MOLTE_CRIT log_section;
+
+}  // namespace
+
+int32_t BERRLOG_AddLog(const char* pszPath, const char* pszText, int32_t nLen) {
+    if (pszPath == nullptr || pszText == nullptr || nLen < 0) {
+        kModule.fail(molte::here(), kBadArgument);
+        return 0;
+    }
+    add_entry(pszPath, pszText, nLen);
+    return 0;
+}
+
+int32_t BERRLOG_RetrLog(const char* pszPath, BERRLOG_ENTRY** ppEntries, char** ppszText,
+                        const BERRLOG_FILTER* pFilter) {
+    if (ppEntries == nullptr || ppszText == nullptr || pFilter == nullptr) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    *ppEntries = nullptr;
+    *ppszText = nullptr;
+    Found found;
+    if (collect(pszPath, Char4To_uint4(pFilter->tTime), &found) < 0) return -1;
+    if (found.count() > 0) *ppszText = found.release_text();
+    return found.count();
+}
+
+int32_t MOLTE_BERRLOG_PathFileName(char* pszDst) {
+    if (ORVEX_LOG_PathName(pszDst) < 0) return kModule.trace(333);
+    std::strcat(pszDst, "\\berrlog.dat");
+    return 1;
+}
+
+int32_t MOLTE_ERRLOG_Lock(void) {
+    ORVEX_ShortOpLock();
+    if (log_section.bInited == 0) MOLTE_InitCrit(&log_section);
+    ORVEX_ShortOpUnLock();
+    return 1;
+}
+
+// The section is never entered, and leaving one that isn't held would break it.
+int32_t MOLTE_ERRLOG_UnLock(void) {
+    return 1;
+}
+
+int32_t MOLTE_BERRLOG_AddLog(const char* pszText, int32_t nLen) {
+    if (pszText == nullptr || nLen < 1) return 0;
+    char path[kPathSize];
+    if (MOLTE_BERRLOG_PathFileName(path) < 0) return kModule.trace(369);
+    MOLTE_ERRLOG_Lock();
+    const int32_t result = BERRLOG_AddLog(path, pszText, nLen);
+    MOLTE_ERRLOG_UnLock();
+    return result;
+}
+
+int32_t MOLTE_BERRLOG_Retr(BERRLOG_ENTRY** ppEntries, char** ppszText,
+                           const BERRLOG_FILTER* pFilter) {
+    char path[kPathSize];
+    if (MOLTE_BERRLOG_PathFileName(path) < 0) return kModule.trace(385);
+    MOLTE_ERRLOG_Lock();
+    const int32_t result = BERRLOG_RetrLog(path, ppEntries, ppszText, pFilter);
+    MOLTE_ERRLOG_UnLock();
+    return result;
+}

@@ -1,0 +1,329 @@
+#include "support/test.h"
+
+namespace {
+
+constexpr size_t kMap = 1024;
+
+std::string number(uint32_t value) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift);
+    return text;
+}
+
+// An entry of a hand-made block: kind, time, offset, length, zeros.
+std::string entry(uint32_t time, uint32_t offset, uint32_t length) {
+    return std::string("\1\0\0\0", 4) + number(time) + number(offset) + number(length) +
+           std::string(16, '\0');
+}
+
+// A block of entries with texts laid over it.
+std::string block(uint32_t data_pos, uint32_t count, const std::string& entries, size_t text_at = 0,
+                  const std::string& text = "") {
+    std::string bytes =
+        std::string(8, '\0') + number(data_pos) + number(count) + std::string(16, '\0') + entries;
+    bytes.resize(8192);
+    return bytes.replace(text_at, text.size(), text);
+}
+
+class BinaryLog : public testing::Test {
+ protected:
+    [[nodiscard]] std::string path() const { return folder_ / "b.dat"; }
+    [[nodiscard]] std::string file() const { return read_bytes(path()); }
+    // A file of these blocks under a map of zeros.
+    void make(const std::string& blocks) const {
+        static_cast<void>(folder_.write("b.dat", std::string(kMap, '\0') + blocks));
+    }
+    int32_t add(const std::string& text) const {
+        return BERRLOG_AddLog(path().c_str(), text.data(), static_cast<int32_t>(text.size()));
+    }
+    // The number of entries from a time on, and their texts.
+    [[nodiscard]] int32_t retrieve(uint32_t time, std::string* text = nullptr,
+                                   size_t size = 0) const {
+        BERRLOG_FILTER filter{};
+        std::memcpy(filter.tTime, number(time).data(), 4);
+        auto* entries = reinterpret_cast<BERRLOG_ENTRY*>(&filter);
+        char* found = reinterpret_cast<char*>(&filter);
+        const int32_t count = BERRLOG_RetrLog(path().c_str(), &entries, &found, &filter);
+        EXPECT_EQ(entries, nullptr);
+        EXPECT_EQ(found != nullptr, count > 0);
+        if (text != nullptr && found != nullptr) text->assign(found, size);
+        ORVEX_free(found);
+        return count;
+    }
+    TempFolder folder_;
+};
+
+// In a process of its own: once looked for, the main path counts as known.
+CHILD_ROLE(has_no_main_path) {
+    BERRLOG_FILTER filter{};
+    BERRLOG_ENTRY* entries = nullptr;
+    char* text = nullptr;
+    const int32_t result = args[0] == "add" ? MOLTE_BERRLOG_AddLog("x", 1)
+                                            : MOLTE_BERRLOG_Retr(&entries, &text, &filter);
+    tell_parent(history_of_this_thread());
+    return result == -1 ? 0 : 1;
+}
+
+TEST(BinaryLogOfTheInstallation, NeedsAMainPath) {
+    struct Case {
+        const char* what;
+        const char* history;
+    };
+    for (const auto& c :
+         {Case{"add", "28 oxfname, 123 oxfname, 333 oxerrlog, 369 oxerrlog"},
+          Case{"retrieve", "28 oxfname, 123 oxfname, 333 oxerrlog, 385 oxerrlog"}}) {
+        ChildProcess child("has_no_main_path", {c.what});
+        EXPECT_EQ(child.read_line(), c.history);
+        EXPECT_EQ(child.wait(), 0);
+    }
+}
+
+TEST_F(BinaryLog, ANewFileByteForByte) {
+    EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), 0), 1);
+    const std::string head = std::string("\0\0\0\40\0\0\0\0erlogfileobject", 23);
+    EXPECT_EQ(file(), head + std::string(1049600 - head.size(), '\0'));
+    BERRLOG_FILEMAP map;
+    std::memcpy(&map, file().data(), sizeof map);
+    EXPECT_EQ(BERRLOG_IsValidFileMap(&map), 1);
+    map.stHead.szMagic[15] = 'x';
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(BERRLOG_IsValidFileHead(&map.stHead), 0);
+    EXPECT_EQ(error_of_this_thread(), "298 oxerrlog");
+    EXPECT_EQ(error_line_of_this_thread(), 28);
+    EXPECT_EQ(BERRLOG_InitFileMap(&map), 1);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(&map), kMap), file().substr(0, kMap));
+}
+
+TEST_F(BinaryLog, SizesInBlocks) {
+    struct Case {
+        int64_t size;
+        uintmax_t bytes;
+    };
+    for (const auto& c : std::vector<Case>{{-1, 1049600},
+                                           {1024, 1049600},
+                                           {1025, 263168},
+                                           {100000, 263168},
+                                           {263168, 263168},
+                                           {263169, 271360}}) {
+        EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), c.size), 1);
+        EXPECT_EQ(fs::file_size(path()), c.bytes) << c.size;
+    }
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(BERRLOG_CreateFile((folder_ / "none\\b.dat").c_str(), 0), -1);
+    EXPECT_NE(history_of_this_thread().find("71 oxerrlog"), std::string::npos);
+    EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), INT64_MAX), -1);
+    EXPECT_EQ(BERRLOG_CreateFile(nullptr, 0), -1);
+    EXPECT_EQ(BERRLOG_CalcBlockOffset(nullptr, 300000), 2457601024);
+}
+
+TEST_F(BinaryLog, EntriesLieOneOverTheOther) {
+    const std::string first(100, 'a');
+    EXPECT_EQ(add(first), 0);
+    std::string bytes = file();
+    ASSERT_EQ(bytes.size(), 1049600U);
+    // The head went under the zeroed map; 1 is the next sequence number.
+    EXPECT_EQ(bytes.substr(0, kMap), std::string(55, '\0') + '\1' + std::string(968, '\0'));
+    const std::string block0 = bytes.substr(kMap, 8192);
+    const std::string time = block0.substr(36, 4);
+    EXPECT_EQ(block0, block(0, 1, std::string("\1\0\0\0", 4) + time + number(100) + number(100),
+                            100, first));
+    EXPECT_EQ(add(std::string(100, 'b')), 0);
+    bytes = file();
+    EXPECT_EQ(bytes.substr(kMap + 12, 4), number(2));
+    EXPECT_EQ(bytes.substr(kMap + 72, 8), number(100) + number(100));
+    EXPECT_EQ(bytes.substr(kMap + 100, 101), std::string(100, 'b') + '\0');
+}
+
+TEST_F(BinaryLog, AFullBlockBeginsAgain) {
+    make(block(0, 250, std::string(8000, 'e')) + block(0, 0, ""));
+    add(std::string(96, 'x'));  // 8160 - 250 * 32 is no more than 96 + 64
+    EXPECT_EQ(file()[44], 1);
+    EXPECT_EQ(file().substr(kMap + 12, 4), number(1));
+    EXPECT_EQ(file().substr(kMap + 96, 97), std::string(96, 'x') + '\0');
+    make(block(0, 250, std::string(8000, 'e')) + block(0, 0, ""));
+    add(std::string(95, 'x'));
+    EXPECT_EQ(file()[44], 0);
+    EXPECT_EQ(file().substr(kMap + 12, 4), number(251));
+    EXPECT_EQ(file().substr(kMap + 8192).find_first_not_of('\0'), std::string::npos);
+}
+
+TEST_F(BinaryLog, RoomForAnEntry) {
+    struct Case {
+        uint32_t data_pos;
+        uint32_t count;
+        int32_t length;
+        int32_t result;
+        int32_t cut;
+    };
+    for (const auto& c : std::vector<Case>{{0, 254, 10, 0, 10},
+                                           {0, 0, 9000, 1, 8128},
+                                           {0, 0, 8095, 1, 8095},
+                                           {0, 0, 8129, 1, 8128},
+                                           {0, 1, 8063, 1, 8063},
+                                           {0, 1, 8064, 0, 8064},
+                                           {100, 1, 7963, 1, 7963},
+                                           {100, 1, 7964, 0, 7964},
+                                           {0, 0xFFFFFFFF, 1, 0, 1},
+                                           {0xFFFFFFFF, 1, 1, 0, 1},
+                                           {0xFFFFFFFF, 0, 9000, 1, 8128}}) {
+        BERRLOG_BLOCK bytes;
+        std::memcpy(&bytes, block(c.data_pos, c.count, "").data(), sizeof bytes);
+        int32_t length = c.length;
+        EXPECT_EQ(BERRLOG_UTIL_CanHoldLog(&bytes, &length), c.result) << c.count << " " << c.length;
+        EXPECT_EQ(length, c.cut);
+    }
+    EXPECT_EQ(BERRLOG_UTIL_CutLen(8128) + BERRLOG_UTIL_CutLen(8129) + BERRLOG_UTIL_CutLen(-2),
+              16254);
+}
+
+TEST_F(BinaryLog, LongTextsStayInTheBlock) {
+    const std::string neighbour = block(0, 0, std::string(8160, 'n'));
+    struct Case {
+        size_t length;
+        uint32_t offset;
+        size_t kept;
+    };
+    for (const auto& c : std::vector<Case>{
+             {4096, 4096, 4096}, {4097, 4097, 4095}, {8128, 8128, 64}, {100000, 8128, 64}}) {
+        for (uint32_t entries : {0U, 200U}) {
+            make(block(0, entries, "") + neighbour);
+            add(std::string(c.length, 'x'));
+            const std::string bytes = file();
+            EXPECT_EQ(bytes.substr(kMap + 8192), neighbour) << c.length;
+            EXPECT_EQ(bytes.substr(kMap + 40, 8), number(c.offset) + number(c.offset));
+            EXPECT_EQ(bytes.substr(kMap + 8192 - c.kept, c.kept), std::string(c.kept, 'x'));
+        }
+    }
+    // Numbers of a hostile block: nothing outside it is touched, and it begins again or is filled.
+    for (uint32_t position : {8100U, 0x7FFFFFFFU, 0xFFFFFFF0U}) {
+        make(block(position, 0, "") + neighbour);
+        add(std::string(50, 'x'));
+        EXPECT_EQ(file().substr(kMap + 8192), neighbour);
+    }
+}
+
+TEST_F(BinaryLog, RetrievesUpToTheFirstThatIsTooOld) {
+    make(block(0, 3, entry(500, 200, 5) + entry(400, 205, 4) + entry(300, 0, 8192), 200,
+               "newesnext"));
+    std::string text;
+    EXPECT_EQ(retrieve(400, &text, 9), 2);
+    EXPECT_EQ(text, "newesnext");
+    EXPECT_EQ(retrieve(501), 0);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(retrieve(0), -1);  // on to the end of the file
+    EXPECT_EQ(GetRvexErrNo(), 3U);
+    EXPECT_EQ(history_of_this_thread(), "145 oxerrlog, 287 oxerrlog");
+    // On through blocks whose entries are all new, to one that has an older.
+    make(block(0, 2, entry(500, 200, 5) + entry(500, 8190, 100), 200, "01234") + block(0, 0, "") +
+         block(0, 2, entry(600, 300, 2) + entry(100, 0, 9), 300, "56"));
+    EXPECT_EQ(retrieve(400, &text, 9), 3);
+    EXPECT_EQ(text, std::string("01234\0\00056", 9));
+}
+
+TEST_F(BinaryLog, HostileBlocksAreRefusedOrCut) {
+    make(block(0, 256, std::string(8160, '\1')));
+    EXPECT_EQ(retrieve(0x01010102), 0);  // the first entry is too old
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(retrieve(0), -1);
+    EXPECT_EQ(error_of_this_thread(), "298 oxerrlog");
+    make(block(0, 0xFFFFFFFF, ""));
+    EXPECT_EQ(retrieve(0), -1);
+    make(block(0, 4,
+               entry(5, 0xFFFFFFFF, 0xFFFFFFFF) + entry(5, 8192, 1) + entry(5, 8000, 0x80000000) +
+                   entry(1, 0, 0),
+               8000, std::string(192, 't')));
+    std::string text;
+    EXPECT_EQ(retrieve(2, &text, 192), 3);
+    EXPECT_EQ(text, std::string(192, 't'));
+    std::string many;
+    for (int i = 0; i < 255; ++i) many += entry(9, 32, 8160);
+    make(block(0, 255, many) + block(0, 1, entry(1, 0, 0)));  // 2 MB of text
+    EXPECT_EQ(retrieve(5, &text, size_t{255} * 8160), 255);
+    EXPECT_EQ(text.substr(size_t{254} * 8160), many);
+    make("short");
+    EXPECT_EQ(retrieve(0), -1);
+    EXPECT_EQ(add("text"), 0);
+    EXPECT_NE(history_of_this_thread().find("145 oxerrlog, 213 oxerrlog"), std::string::npos);
+    EXPECT_EQ(fs::file_size(path()), kMap + 5);
+}
+
+TEST_F(BinaryLog, ParametersThatAreNone) {
+    EXPECT_EQ(BERRLOG_AddLog(nullptr, "x", 1), 0);
+    EXPECT_EQ(BERRLOG_AddLog(path().c_str(), nullptr, 1), 0);
+    EXPECT_EQ(BERRLOG_AddLog(path().c_str(), "x", -1), 0);
+    EXPECT_FALSE(fs::exists(path()));
+    EXPECT_EQ(BERRLOG_RetrLog(path().c_str(), nullptr, nullptr, nullptr), -1);
+    ORVEX_Err_ClearError();
+    BERRLOG_FILE file;
+    EXPECT_EQ(BERRLOG_OpenFile(path().c_str(), &file), -1);
+    EXPECT_EQ(history_of_this_thread(), "99 oxerrlog");
+    EXPECT_EQ(BERRLOG_ReadRawData(&file, 0, nullptr, 1), -1);
+    EXPECT_EQ(BERRLOG_CloseFile(&file), 1);
+}
+
+TEST_F(BinaryLog, TheFirstByteIsLocked) {
+    BERRLOG_CreateFile(path().c_str(), 0);
+    BERRLOG_FILE file;
+    ASSERT_EQ(BERRLOG_OpenFile(path().c_str(), &file), 1);
+    EXPECT_EQ(file.n64FileLen, 1049600);
+    ORVEX_HFILE* other = ORVEX_HFILE_Open(path().c_str(), 0);
+    EXPECT_EQ(ORVEX_FileRecordLock(other->fd, 2, 0, 1), -1);
+    EXPECT_EQ(BERRLOG_CloseFile(&file), 1);
+    EXPECT_EQ(file.pFile, nullptr);
+    EXPECT_GE(ORVEX_FileRecordLock(other->fd, 2, 0, 1), 0);
+    ORVEX_HFILE_Close(&other);
+}
+
+// Entry count 20 means that none of two processes took the file of the other away.
+CHILD_ROLE(adds_entries) {
+    hear_parent();
+    const std::string text(200, args[1][0]);
+    for (int i = 0; i < 10; ++i) BERRLOG_AddLog(args[0].c_str(), text.data(), 200);
+    return 0;
+}
+
+TEST_F(BinaryLog, TwoProcessesAdd) {
+    ChildProcess one("adds_entries", {path(), "a"});
+    ChildProcess two("adds_entries", {path(), "b"});
+    one.send_line("go");
+    two.send_line("go");
+    EXPECT_EQ(one.wait(), 0);
+    EXPECT_EQ(two.wait(), 0);
+    EXPECT_EQ(file().substr(kMap + 12, 4), number(20));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()), 1);
+}
+
+TEST_F(BinaryLog, ManyThreadsMakeTheFileOnce) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([this] {
+            add(std::string(300, 't'));
+            MOLTE_THDATA_FreeData();
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(file().substr(kMap + 12, 4), number(4));
+    EXPECT_EQ(file().size(), 1049600U);
+}
+
+TEST(BinaryLogOfTheInstallation, LivesInTheLogFolder) {
+    const Installation installation;
+    char path[256];
+    EXPECT_EQ(MOLTE_BERRLOG_PathFileName(path), 1);
+    EXPECT_EQ(std::string(path), installation.str() + "\\LOG\\berrlog.dat");
+    EXPECT_EQ(MOLTE_BERRLOG_AddLog(nullptr, 5), 0);
+    EXPECT_EQ(MOLTE_BERRLOG_AddLog("x", 0), 0);
+    EXPECT_FALSE(fs::exists(installation.log_folder() / "berrlog.dat"));
+    EXPECT_EQ(MOLTE_BERRLOG_AddLog("some text", 9), 0);
+    EXPECT_EQ(fs::file_size(installation.log_folder() / "berrlog.dat"), 1049600U);
+    BERRLOG_ENTRY* entries = nullptr;
+    char* text = nullptr;
+    BERRLOG_FILTER filter{};
+    std::memset(filter.tTime, 0xFF, 4);
+    EXPECT_EQ(MOLTE_BERRLOG_Retr(&entries, &text, &filter), 0);
+    EXPECT_EQ(MOLTE_ERRLOG_UnLock(), 1);  // not held: nothing happens
+    EXPECT_EQ(MOLTE_ERRLOG_Lock(), 1);
+    std::thread([] { EXPECT_EQ(MOLTE_ERRLOG_Lock(), 1); }).join();  // doesn't exclude
+}
+
+}  // namespace

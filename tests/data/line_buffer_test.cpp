@@ -1,0 +1,294 @@
+#include "support/test.h"
+
+namespace {
+
+class LineBuffer : public testing::Test {
+ protected:
+    LineBuffer() { EXPECT_EQ(OLINEBUF_Init(&buf_, "test", 1), 1); }
+    ~LineBuffer() override { EXPECT_EQ(OLINEBUF_Release(&buf_), 1); }
+
+    int32_t add(const std::string& line) {
+        return OLINEBUF_AddLine(&buf_, line.data(), static_cast<int32_t>(line.size()));
+    }
+    // One line of a block's own each: fills the blocks up to and including that one.
+    void fill_blocks(int32_t count) {
+        for (int32_t i = 0; i < count; ++i) add(std::string(4000, static_cast<char>('a' + i % 26)));
+    }
+    std::string line(uint64_t id, int32_t size = 8192) {
+        std::vector<char> out(8192, '#');
+        int32_t length = -7;
+        const int32_t result = OLINEBUF_GetLine(&buf_, out.data(), size, &length, &id);
+        if (result < 1) return "none";
+        EXPECT_EQ(length, result);
+        EXPECT_EQ(out[static_cast<size_t>(result)], '#');  // no terminator
+        return {out.data(), static_cast<size_t>(result)};
+    }
+    std::string lines(uint64_t* id, int32_t size) {
+        std::string out(static_cast<size_t>(size) + 1, '#');
+        const int32_t length = OLINEBUF_GetMultiLine(&buf_, out.data(), size, id);
+        EXPECT_EQ(std::strlen(out.c_str()), static_cast<size_t>(length));
+        EXPECT_EQ(out.back(), '#');
+        return out.c_str();
+    }
+    std::vector<int32_t> walk(int32_t (*step)(const OLINEBUF*, int32_t*)) {
+        std::vector<int32_t> blocks;
+        int32_t at = -1;
+        while (step(&buf_, &at) == 1 && blocks.size() < 100) blocks.push_back(at);
+        return blocks;
+    }
+    OLINEBUF buf_;
+};
+
+TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
+    struct Case {
+        int32_t size;
+        int32_t blocks;
+    };
+    for (const auto& c : std::vector<Case>{{-5, 16},
+                                           {1, 16},
+                                           {65536, 16},
+                                           {65537, 17},
+                                           {70000, 18},
+                                           {16777216, 4096},
+                                           {100000000, 4096}}) {
+        OLINEBUF buf;
+        ASSERT_EQ(OLINEBUF_Init(&buf, std::string(200, 'n').c_str(), c.size), 1);
+        EXPECT_EQ(buf.nBlocks, c.blocks) << c.size;
+        EXPECT_EQ(buf.nBufSize, c.blocks * 4096);
+        EXPECT_EQ(std::string(buf.szName), std::string(119, 'n'));
+        OLINEBUF_Release(&buf);
+        EXPECT_EQ(buf.pBuf, nullptr);
+        EXPECT_EQ(OLINEBUF_AddLine(&buf, "x", 1), -1);
+        EXPECT_EQ(error_of_this_thread(), "50 olinebuf");
+    }
+}
+
+TEST_F(LineBuffer, IdentifiersCount) {
+    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 0U);
+    EXPECT_EQ(line(0), "none");
+    for (const char* text : {"one", "two", "three"}) add(text);
+    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 3U);
+    EXPECT_EQ(line(0) + line(1) + line(2) + line(3), "onetwothreenone");
+    EXPECT_EQ(line(2, 5) + line(2, 6) + line(2, 1) + line(2, 0), "threthreenonenone");
+    EXPECT_EQ(OLINEBUF_AddLine(&buf_, nullptr, 3), 0);
+    EXPECT_EQ(OLINEBUF_AddLine(&buf_, "x", 0), 0);
+    EXPECT_EQ(OLINEBUF_AddLine(&buf_, "x", -1), 0);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 3U);
+}
+
+TEST_F(LineBuffer, ABlockByteForByte) {
+    add("abc");
+    add("defgh");
+    const std::string head("\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0", 24);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf), 24), head);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf) + 4088, 8), "defghabc");
+    const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
+    EXPECT_EQ(OLINEBUF_UTIL_BufLeft(block), 508 * 8 - 8);
+    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 4056), 1);
+    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 4057), 0);
+}
+
+TEST_F(LineBuffer, ABlockTakes4080BytesOfLinesAndTheirTable) {
+    EXPECT_EQ(add(std::string(5000, 'x')), 4000);
+    EXPECT_EQ(add(std::string(72, 'y')), 72);  // 509 * 8 - 4000
+    EXPECT_EQ(buf_.nCurBlock, 0);
+    add("z");
+    EXPECT_EQ(buf_.nCurBlock, 1);
+    EXPECT_EQ(line(0), std::string(4000, 'x'));
+    EXPECT_EQ(line(1) + line(2), std::string(72, 'y') + "z");
+    for (int i = 0; i < 453; ++i) add("z");  // each costs 9 of 4080
+    EXPECT_EQ(buf_.nCurBlock, 1);
+    add("z");
+    EXPECT_EQ(buf_.nCurBlock, 2);
+}
+
+TEST_F(LineBuffer, TheOldestBlockGoesWhole) {
+    add(std::string(100, 'f'));  // no line of 4000 fits behind it
+    fill_blocks(16);
+    EXPECT_EQ(buf_.bWrapped, 1);
+    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 1U);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 17U);
+    EXPECT_EQ(line(0), "none");
+    EXPECT_EQ(line(1), std::string(4000, 'a'));
+    EXPECT_EQ(line(16), std::string(4000, 'p'));
+    uint64_t next = 0;
+    EXPECT_EQ(lines(&next, 4001), std::string(4000, 'a'));  // from the oldest one held
+    EXPECT_EQ(next, 2U);
+    next = 0;
+    EXPECT_EQ(lines(&next, 4000), "");
+    EXPECT_EQ(next, 0U);
+    EXPECT_EQ(lines(&next, 16 * 4000 + 1).size(), 64000U);  // round the end of the ring
+    EXPECT_EQ(next, 17U);
+    EXPECT_EQ(lines(&next, 100), "");
+    EXPECT_EQ(next, 17U);
+}
+
+TEST_F(LineBuffer, LinesGoInWhole) {
+    OLINEBUF_AddMultiLine(&buf_, "123456789\nab\n\nlast");
+    uint64_t next = 0;
+    EXPECT_EQ(lines(&next, 10), "");
+    EXPECT_EQ(next, 0U);
+    EXPECT_EQ(lines(&next, 11), "123456789\n");
+    EXPECT_EQ(lines(&next, 5), "ab\n\n");
+    EXPECT_EQ(next, 3U);
+    EXPECT_EQ(lines(&next, 100), "last");
+    EXPECT_EQ(OLINEBUF_GetMultiLine(&buf_, nullptr, 1, &next), -1);
+    OLINEBUF_AddMultiLine(&buf_, "a\n");
+    OLINEBUF_AddMultiLine(&buf_, "");
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 5U);
+}
+
+TEST_F(LineBuffer, StepsThroughTheBlocksInUse) {
+    using Blocks = std::vector<int32_t>;
+    fill_blocks(3);
+    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID), (Blocks{2, 1, 0}));
+    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), (Blocks{0, 1, 2}));
+    fill_blocks(15);  // block 1 is the current one again
+    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID),
+              (Blocks{1, 0, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2}));
+    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID),
+              (Blocks{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1}));
+    fill_blocks(14);  // the last one: the walk on sees it alone
+    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), Blocks{15});
+    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID).size(), 16U);
+    int32_t block = -1;
+    int32_t index = -1;
+    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 31, &block, &index), 1);
+    EXPECT_EQ(block, 15);
+    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 16, &block, &index), 1);
+    EXPECT_EQ(block, 0);
+    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 15, &block, &index), 0);
+    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 32, &block, &index), 0);
+}
+
+TEST_F(LineBuffer, PlacesThatAreNone) {
+    char out[16];
+    OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
+    EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, 16), nullptr);
+    EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, -1), nullptr);
+    EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 0, 0, out, 16, nullptr), 0);
+    EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 99, 0, out, 16, nullptr), 0);
+    EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4090, "1234567", 7), -1);
+    EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, -1, out, 1), -1);
+    EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, INT32_MAX, out, INT32_MAX), -1);
+    EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4089, "1234567", 7), 1);
+    EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, 4090, out, 6), 1);
+    EXPECT_EQ(std::string(out, 6), "234567");
+}
+
+std::string bytes_of(const OLINEBUF_STAT& stat) {
+    return {reinterpret_cast<const char*>(&stat), sizeof stat};
+}
+
+TEST_F(LineBuffer, StatisticsByteForByte) {
+    OLINEBUF_STAT stat;
+    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+    EXPECT_EQ(bytes_of(stat), std::string("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20\0\0\0\17\0\0\17\360"
+                                          "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
+                                          40) +
+                                  std::string(24, '\0'));
+    fill_blocks(18);  // all blocks in use, of each 72 bytes are free
+    OLINEBUF_DoStatistics(&buf_, &stat);
+    EXPECT_EQ(bytes_of(stat), std::string("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20\0\0\0\0\0\0\4\200"
+                                          "\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22",
+                                          40) +
+                                  std::string(24, '\0'));
+}
+
+// Each line tells who wrote it, its number there, and ends as it must: no reader sees another.
+TEST_F(LineBuffer, ManyWriteWhileManyRead) {
+    constexpr int kWriters = 8;
+    constexpr int kLines = 3000;
+    std::atomic<int> writing{kWriters};
+    std::atomic<int> bad{0};
+    std::vector<std::thread> threads;
+    for (int who = 0; who < kWriters; ++who) {
+        threads.emplace_back([this, who, &writing] {
+            for (int n = 0; n < kLines; ++n) {
+                std::string text = std::to_string(who) + " " + std::to_string(n) + " ";
+                text.append(static_cast<size_t>(n % 300), static_cast<char>('a' + who));
+                add(text + ".\n");
+            }
+            --writing;
+            MOLTE_THDATA_FreeData();
+        });
+    }
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([this, &writing, &bad] {
+            uint64_t next = 0;
+            std::vector<int> seen(kWriters, -1);
+            for (bool last = false; !last;) {
+                last = writing == 0;
+                for (;;) {
+                    std::string text = lines(&next, 20000);
+                    if (text.empty()) break;
+                    for (size_t at = 0, end; at < text.size(); at = end + 1) {
+                        end = text.find('\n', at);
+                        int who = -1;
+                        int n = -1;
+                        int used = 0;
+                        std::sscanf(text.c_str() + at, "%d %d %n", &who, &n, &used);
+                        const bool fine = end != std::string::npos && who >= 0 && who < kWriters &&
+                                          n > seen[static_cast<size_t>(who)] &&
+                                          text.substr(at + static_cast<size_t>(used),
+                                                      end - at - static_cast<size_t>(used)) ==
+                                              std::string(static_cast<size_t>(n % 300),
+                                                          static_cast<char>('a' + who)) +
+                                                  ".";
+                        if (!fine) {
+                            ++bad;
+                            return;
+                        }
+                        seen[static_cast<size_t>(who)] = n;
+                    }
+                }
+            }
+            MOLTE_THDATA_FreeData();
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(bad, 0);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), static_cast<uint64_t>(kWriters * kLines));
+}
+
+TEST(LineBufferList, FindsByName) {
+    const Installation installation;
+    OLINEBUF a;
+    OLINEBUF same;
+    OLINEBUF_Init(&a, "list one", 1);
+    OLINEBUF_Init(&same, "list one", 1);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), nullptr);
+    EXPECT_EQ(error_of_this_thread(),
+              "117 moltevar line buf with given name list one  does not exist\n");
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(MOLTE_UTIL_AddLineBuf(&a), 1);
+    EXPECT_EQ(GetRvexErrNo(), 117U);  // of the search; it stays
+    EXPECT_EQ(MOLTE_UTIL_AddLineBuf(&same), -1);
+    EXPECT_EQ(MOLTE_UTIL_AddLineBuf(nullptr), -1);
+    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), &a);
+    OLINEBUF_AddMultiLine(&a, "1\n2\n");
+    char text[16];
+    uint64_t next = 1;
+    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("list one", text, sizeof text, &next), 2);
+    EXPECT_STREQ(text, "2\n");
+    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("list two", text, sizeof text, &next), -1);
+
+    EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked", 1, OXMSG_TO_INNER, 5), 1);
+    MOLTE_OutMsg(OXMSG_TO_INNER | OXMSG_INNER | OXMSG_INFO, "text %d", 7);
+    next = 0;
+    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("hooked", text, sizeof text, &next), 6);
+    EXPECT_STREQ(text, "text 7");
+    EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked too", 1, OXMSG_TO_INNER, 5), -1);  // same id
+    EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked", 1, 0, 6), -1);
+    OTXTHOOK_Release();  // the hook's buffer is gone, and its name with it
+    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("hooked"), nullptr);
+    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), &a);
+    OLINEBUF_Release(&same);
+    g_stBv.stLineBufList.nCount = 0;
+    OLINEBUF_Release(&a);
+}
+
+}  // namespace
