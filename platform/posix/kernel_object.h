@@ -57,7 +57,7 @@ enum class Taken { nothing, signal, abandoned };
 struct Kind {
     ObjectType type;
     bool has_owner;                                     // a wait makes the thread its owner
-    bool (*ready)(const Object& object, DWORD thread);  // whether a wait would get it
+    bool (*ready)(const Object& object, DWORD thread);  // whether a wait would get it; null: can't
     Taken (*take)(Object& object, DWORD thread);        // what a wait takes
     void (*give_back)(Object& object, Taken taken);     // as if the take hadn't been
     void (*signal)(Object& object);                     // what a signal does; null: takes none

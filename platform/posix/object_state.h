@@ -11,7 +11,14 @@
 
 namespace platform {
 
-enum class ObjectType : std::uint32_t { event = 1, mutex = 2, semaphore = 3, thread = 4, bell = 5 };
+enum class ObjectType : std::uint32_t {
+    event = 1,
+    mutex = 2,
+    semaphore = 3,
+    thread = 4,
+    bell = 5,
+    process = 6
+};
 
 struct State {
     // Event: signals there are for the taking. Semaphore: its count. Thread: 1 when it ended.

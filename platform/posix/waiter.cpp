@@ -134,6 +134,10 @@ bool Waiter::begin(const HANDLE* handles, DWORD count, bool all) {
     for (DWORD i = 0; i < count; ++i) {
         Object* object = find_object(handles[i]);
         if (object == nullptr) return false;
+        if (object->kind->ready == nullptr) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return false;
+        }
         if (all && std::find(objects_, objects_ + count_, object) != objects_ + count_) {
             SetLastError(ERROR_INVALID_PARAMETER);
             return false;
