@@ -8,7 +8,9 @@
 #include "core/identity.h"
 #include "core/report.h"
 #include "moltelib/application.h"
+#include "moltelib/application_version.h"
 #include "moltelib/array.h"
+#include "moltelib/error.h"
 #include "moltelib/error_log.h"
 #include "moltelib/file.h"
 #include "moltelib/memory.h"
@@ -71,6 +73,16 @@ void name_program() {
     name.copy(g_stBv.szAppShortName, sizeof g_stBv.szAppShortName - 1);
 }
 
+// A program need not have a version: that is no failure, and leaves no error.
+void version_program() {
+    if (g_stBv.szAppVersion[0] != '\0' || g_stBv.szAppName[0] == '\0') return;
+    ORVEX_ERRDATA before;
+    ORVEX_CopyErrData(&before);
+    if (MOLTE_GetAppVerString(g_stBv.szAppName, g_stBv.szAppVersion) < 0) {
+        *ORVEX_GetErrData() = before;
+    }
+}
+
 void measure_program() {
     OXSTAT64 state{};
     const bool known = ORVEX_FileStatByFileName(g_stBv.szAppName, &state) >= 0;
@@ -89,6 +101,7 @@ int32_t bring_up_rest() {
     if (make_line_buffer_list() < 0) return kModule.trace(389);
     close_hooks_at_exit();
     name_program();
+    version_program();
     measure_program();
     set_parameter_defaults();
     MOLTE_InitCrit(&g_stBv.stCounterLock);

@@ -14,7 +14,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -44,7 +43,7 @@ inline std::string taken_error() {
     return error;
 }
 
-// Results and fields as a list that compares and prints.
+// The six fields of a moment and so on, as a list that compares and prints.
 using Ints = std::vector<int32_t>;
 
 // The names in a folder, in order.
@@ -57,20 +56,19 @@ inline Texts names_in(const fs::path& folder) {
     return names;
 }
 
-// Whether a call's result says that it failed.
-inline bool is_failure(int64_t result) {
-    return result == -1;
-}
-inline bool is_failure(const void* result) {
-    return result == nullptr;
-}
-
-// The error that a failed call left, as error_of_this_thread gives it; and its number alone.
+// The error that a call left whose result says that it failed, as error_of_this_thread gives it.
 template <typename Result>
 std::string error_of(Result result) {
-    return is_failure(result) ? error_of_this_thread() : "no failure";
+    const bool failed = result == Result{} - 1;
+    return failed ? error_of_this_thread() : "no failure: " + std::to_string(result);
 }
+template <typename Pointed>
+std::string error_of(Pointed* result) {
+    return result == nullptr ? error_of_this_thread() : "no failure";
+}
+// Its number alone.
 template <typename Result>
 uint32_t error_number_of(Result result) {
-    return is_failure(result) ? GetRvexErrNo() : 0;
+    EXPECT_LT(error_of(result).find(' '), 4U) << error_of(result);
+    return GetRvexErrNo();
 }

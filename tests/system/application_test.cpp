@@ -8,10 +8,10 @@ TEST(Application, PathAndCommandLineOfThisProgram) {
     ASSERT_EQ(MOLTE_GetCommandLine(line, sizeof line), 1);
     EXPECT_NE(std::strstr(line, "application_test"), nullptr);
     ASSERT_EQ(MOLTE_Win_GetExeName(path, sizeof path), 1);
-    EXPECT_EQ(std::filesystem::path(path).stem(), "application_test");
+    EXPECT_EQ(fs::path(path).stem(), "application_test");
     char name[256];
     ASSERT_EQ(MOLTE_GetAppName(name, sizeof name), 1);
-    EXPECT_EQ(std::filesystem::path(name).stem(), "application_test");
+    EXPECT_EQ(fs::path(name).stem(), "application_test");
 
     char small[5];
     EXPECT_EQ(MOLTE_GetAppName(small, sizeof small), 1);
@@ -28,6 +28,68 @@ TEST(Application, TextsGivenByTheProgramAreCut) {
     EXPECT_EQ(MOLTE_SetAppVersion(std::string(40, 'v').c_str()), 1);
     EXPECT_EQ(std::string(g_stBv.szAppVersion), std::string(31, 'v'));
     EXPECT_EQ(MOLTE_SetAppName(nullptr), -1);
+}
+
+TEST(Application, WithoutAVersionIsBroughtUpWithNoErrorOfIt) {
+    MOLTE_SetAppName("");
+    MOLTE_SetAppVersion("");
+    ORVEX_Err_ClearError();
+    const Installation installation;
+    EXPECT_STREQ(g_stBv.szAppVersion, "");
+    EXPECT_NE(GetRvexErrNo(), 273u);
+}
+
+CHILD_ROLE(prints_no_version) {
+    char* words[] = {const_cast<char*>("x"), const_cast<char*>("-printver")};
+    return UTIL_IsPrintVer(2, words);
+}
+
+TEST(Application, WithoutAVersionTellsTheError) {
+    ChildProcess child("prints_no_version");
+    std::string all;
+    for (int line = 0; line < 20; ++line) all += child.read_line();
+    EXPECT_NE(all.find("273"), std::string::npos) << all;
+    EXPECT_EQ(child.wait(), 1);
+}
+
+TEST(Application, NamesOfImages) {
+    const struct {
+        int32_t image_class;
+        int32_t item;
+        const char* name;
+    } cases[] = {
+        {1, 1, "R.Thumb"},
+        {1, 5, "R.Little"},
+        {1, 6, "L.Thumb"},
+        {1, 10, "L.Little"},
+        {1, 11, "R.Thumb"},
+        {1, -1, "R.Thumb"},
+        {1, 0, nullptr},
+        {2, 1, "R.palm"},
+        {2, 7, "L.palm thumb lower"},
+        {2, 8, nullptr},
+        {2, 10, nullptr},
+        {2, 11, "R.palm"},
+        {2, 0, nullptr},
+        {3, 4, "L.plain four fingers"},
+        {3, 5, "R.plain Thumb"},
+        {3, 6, "R.plain Thumb"},
+        {3, 0, nullptr},
+        {4, 2, "Left portrait"},
+        {4, 9, "Right portrait"},
+        {4, 11, "Front portrait"},
+        {4, 0, nullptr},
+        {8, 2, "R.plain Index"},
+        {8, 10, "L.plain Little"},
+        {8, 0, nullptr},
+        {5, 1, nullptr},
+        {0, 1, nullptr},
+        {-1, 1, nullptr},
+    };
+    for (const auto& c : cases) {
+        const char* name = MOLTE_ImagePrtItemName(c.image_class, c.item);
+        EXPECT_STREQ(name, c.name) << c.image_class << ' ' << c.item;
+    }
 }
 
 }  // namespace

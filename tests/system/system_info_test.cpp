@@ -1,5 +1,13 @@
 #include "../../source/system/os_type.h"
+
 #include "support/test.h"
+
+#if !defined(_WIN32)
+#include <pwd.h>
+#include <sys/resource.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -54,6 +62,257 @@ TEST(SystemInfo, ComputerNameIsCutToTheBuffer) {
     EXPECT_EQ(ORVEX_GetComputerName(nullptr, 5), -1);
     EXPECT_EQ(ORVEX_GetComputerNameWithOptW(nullptr, 5, 1), -1);
     EXPECT_EQ(error_of(ORVEX_GetComputerName(name, 0)), "50 oxsysutl");
+}
+
+TEST(SystemInfo, WhichTypesAreOfTheNtSeries) {
+    for (int32_t type = -1; type < 21; ++type) {
+        const bool in = type == 3 || type == 4 || type == 5 || type == 7 || type == 14;
+        EXPECT_EQ(ORVEX_IsWinNTSeries(type), in) << type;
+    }
+    EXPECT_EQ(ORVEX_PlatformIsNT(), ORVEX_GetOsType() != 11);
+}
+
+TEST(SystemInfo, ClassOfTheProcessor) {
+    const struct {
+        uint32_t speed, count;
+        uint32_t model, fast, reference;
+    } cases[] = {{2000, 1, 4, 0, 1500},
+                 {2000, 2, 4, 1, 1125},
+                 {1200, 8, 3, 0, 1200},
+                 {1201, 1, 4, 0, 900},
+                 {1201, 2, 4, 1, 675},
+                 {0, 0, 3, 0, 0},
+                 {0xFFFFFFFF, 2, 4, 1, 2415919103}};
+    for (const auto& c : cases) {
+        ORVEX_SYSINFO info{};
+        info.nCpuSpeedInMhz = c.speed;
+        info.nCpuCount = c.count;
+        EXPECT_EQ(ORVEX_GetCPUProp(&info), 1);
+        EXPECT_EQ(info.nCpuClass, 1u);
+        EXPECT_EQ(info.nCpuModel, c.model) << c.speed;
+        EXPECT_EQ(info.bCpuFastMulti, c.fast) << c.speed;
+        EXPECT_EQ(info.nRefCPUSpeedInMhz, c.reference) << c.speed;
+    }
+}
+
+// The number behind a label in a file of the kernel's.
+[[maybe_unused]] uint64_t told(const char* file, const std::string& label) {
+    std::ifstream lines(file);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(label)) return std::strtoull(line.c_str() + label.size(), nullptr, 10);
+    }
+    return 0;
+}
+
+uint64_t number_at(const void* record, size_t offset, size_t size) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < size; ++i) {
+        value = value << 8 | static_cast<const uint8_t*>(record)[offset + i];
+    }
+    return value;
+}
+
+TEST(SystemInfo, MemoryProcessorsAndName) {
+    ORVEX_SYSINFO info;
+    std::memset(&info, 0xEE, sizeof info);
+    ASSERT_EQ(ORVEX_GetSysInfo(&info), 1);
+    EXPECT_EQ(info.nCpuCount, std::thread::hardware_concurrency());
+    EXPECT_EQ(info.nOsType, static_cast<uint32_t>(ORVEX_GetOsType()));
+    EXPECT_EQ(info.nCpuSpeedInMhz, info.nCpuSpeedInMhz2);
+    EXPECT_EQ(info.nReserved + info.anReserved[0] + info.anReserved[5], 0u);
+    int32_t speed = -1;
+    EXPECT_EQ(GetCPUSpeedInMhz(&speed), speed);
+    EXPECT_GE(speed, 0);
+    EXPECT_EQ(ORVEX_GetSimpSysInfo(nullptr), -1);
+
+    MOLTE_COMPUTERINFO computer;
+    std::memset(&computer, 0xEE, sizeof computer);
+    EXPECT_EQ(MOLTE_GetComputerInfo(&computer), 1);
+    char name[48];
+    ORVEX_GetComputerName(name, 32);
+    EXPECT_EQ(number_at(&computer, 0, 4), 128u);
+    EXPECT_EQ(number_at(&computer, 4, 4), info.nPhysicalMemInMB);
+    EXPECT_EQ(number_at(&computer, 8, 1), ORVEX_GetOsType() == 11 ? 0u : 1u);
+    EXPECT_EQ(number_at(&computer, 9, 1), info.nOsType);
+    EXPECT_EQ(number_at(&computer, 10, 2), info.nCpuCount);
+    EXPECT_STREQ(reinterpret_cast<const char*>(&computer) + 16, name);
+    EXPECT_EQ(number_at(&computer, 120, 8) + number_at(&computer, 12, 4), 0u);
+#if !defined(_WIN32)
+    EXPECT_EQ(info.nPhysicalMemInMB,
+              (told("/proc/meminfo", "MemTotal:") * 1024 + 0xA0000) / 1048576);
+    utsname system;
+    uname(&system);
+    const std::string node = system.nodename;
+    EXPECT_EQ(name, node.substr(0, node.find('.')).substr(0, 31));
+#endif
+}
+
+TEST(SystemInfo, MemoryInUse) {
+    MOLTE_MEMSTATUS status;
+    std::memset(&status, 0xEE, sizeof status);
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(MOLTE_GetMemStatus(&status), 1);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(90));
+    EXPECT_EQ(number_at(&status, 0, 4), 64u);
+    EXPECT_LE(number_at(&status, 5, 1), 100u);
+    EXPECT_EQ(number_at(&status, 6, 2) + number_at(&status, 56, 8), 0u);
+    const uint64_t total = number_at(&status, 8, 8);
+    EXPECT_LE(number_at(&status, 16, 8), total);
+    EXPECT_GE(number_at(&status, 24, 8), total);
+    EXPECT_LT(number_at(&status, 48, 8), number_at(&status, 40, 8));
+#if !defined(_WIN32)
+    const double available = 1024.0 * static_cast<double>(told("/proc/meminfo", "MemAvailable:"));
+    const double whole = 1024.0 * static_cast<double>(told("/proc/meminfo", "MemTotal:"));
+    EXPECT_EQ(static_cast<double>(total), whole);
+    EXPECT_NEAR(static_cast<double>(number_at(&status, 16, 8)), available, whole / 5);
+    EXPECT_NEAR(static_cast<double>(number_at(&status, 4, 1)), 100 * (1 - available / whole), 20);
+    EXPECT_EQ(number_at(&status, 24, 8) - total, told("/proc/meminfo", "SwapTotal:") * 1024);
+#endif
+}
+
+TEST(SystemInfo, AProcessorAtWorkIsSeen) {
+    std::atomic<bool> stop{false};
+    std::thread worker([&stop] {
+        while (!stop) {
+        }
+    });
+    const int32_t usage = MOLTE_GetCpuUsage();
+    stop = true;
+    worker.join();
+    EXPECT_TRUE(usage >= 0 && usage <= 100) << usage;
+#if !defined(_WIN32)
+    EXPECT_GE(usage, 50 / static_cast<int>(std::thread::hardware_concurrency()));
+#endif
+}
+
+MOLTE_PROCESSINFO of_process(int32_t number, int32_t result) {
+    MOLTE_PROCESSINFO info;
+    std::memset(&info, 0xEE, sizeof info);
+    uint4ToChar4(static_cast<uint32_t>(number), info.nProcessId);
+    EXPECT_EQ(MOLTE_GetProcessInfo(&info), result) << number;
+    EXPECT_EQ(number_at(&info, 0, 4), 128u);
+    EXPECT_EQ(number_at(&info, 28, 4), static_cast<uint32_t>(number));
+    EXPECT_EQ(number_at(&info, 4, 4) + number_at(&info, 32, 8) + number_at(&info, 120, 8), 0u);
+    return info;
+}
+
+int64_t utc_taken_for_local(time_t moment) {
+    const tm utc = *std::gmtime(&moment);
+    return ORVEX_MkTime(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min,
+                        utc.tm_sec);
+}
+
+TEST(SystemInfo, ThisProcess) {
+#if !defined(_WIN32)
+    setenv("TZ", "XYZ-3", 1);
+    tzset();
+#endif
+    const time_t begin = std::time(nullptr);
+    std::vector<uint8_t> used(64 << 20, 1);
+    while (std::clock() < CLOCKS_PER_SEC * 6 / 10) {
+    }
+    const MOLTE_PROCESSINFO info = of_process(MOLTE_GetProcessID(), 1);
+    EXPECT_GE(number_at(&info, 8, 4), 65536u);
+    EXPECT_GE(number_at(&info, 12, 4), 65536u);
+    EXPECT_GE(number_at(&info, 76, 4), number_at(&info, 8, 4));
+    EXPECT_GE(number_at(&info, 80, 4), number_at(&info, 12, 4));
+    const auto created = static_cast<int64_t>(number_at(&info, 24, 4));
+    EXPECT_LE(created, utc_taken_for_local(begin) + 1);
+    EXPECT_GE(created, utc_taken_for_local(begin) - 300);
+#if !defined(_WIN32)
+    EXPECT_NEAR(static_cast<double>(number_at(&info, 12, 4)),
+                static_cast<double>(told("/proc/self/status", "VmRSS:")), 4096);
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& t) {
+        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
+    };
+    EXPECT_NEAR(static_cast<double>(number_at(&info, 16, 4)), seconds(usage.ru_utime), 0.6);
+    EXPECT_NEAR(static_cast<double>(number_at(&info, 20, 4)), seconds(usage.ru_stime), 0.6);
+#endif
+    EXPECT_EQ(used.back(), 1);
+}
+
+CHILD_ROLE(tells_its_number) {
+    tell_parent(std::to_string(MOLTE_GetProcessID()));
+    hear_parent();
+    return 0;
+}
+
+TEST(SystemInfo, AnotherProcessWhileItLives) {
+    ChildProcess child("tells_its_number");
+    const int32_t number = std::stoi(child.read_line());
+    EXPECT_NE(number, MOLTE_GetProcessID());
+    const MOLTE_PROCESSINFO info = of_process(number, 1);
+    EXPECT_GT(number_at(&info, 12, 4), 0u);
+    child.send_line("end");
+    EXPECT_EQ(child.wait(), 0);
+    for (const int32_t gone : {0, -1, 0x7FFFFFF0}) {
+        of_process(gone, -1);
+        EXPECT_EQ(error_of_this_thread(), "276 oxsysutl open process error. 87") << gone;
+    }
+}
+
+TEST(SystemInfo, FileSystems) {
+    const struct {
+        const char* name;
+        int32_t type;
+    } cases[] = {{"FAT16", 1}, {"FAT32", 2}, {"NTFS", 3}, {"JFS", 10}, {"JFS2", 11}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(MOLTE_FileSystemName2Type(c.name), c.type);
+        EXPECT_STREQ(MOLTE_FileSystemType2Name(c.type), c.name);
+    }
+    EXPECT_EQ(MOLTE_FileSystemName2Type("ntfs"), 3);
+    EXPECT_EQ(MOLTE_FileSystemName2Type("jfs3"), 0);
+    EXPECT_EQ(MOLTE_FileSystemName2Type(nullptr), 1);
+    EXPECT_STREQ(MOLTE_FileSystemType2Name(4), "unknown");
+
+    const struct {
+        const char* path;
+        const char* error;
+    } refused[] = {{nullptr, "path too short"}, {"", "path too short"},  {"C", "path too short"},
+                   {"1:", "FORMAT ERROR"},      {"CC:", "FORMAT ERROR"}, {"[:\\x", "FORMAT ERROR"},
+                   {"Q:\\x", "Q:\\x"}};
+    MOLTE_FILESYSTEMINFO info;
+    for (const auto& c : refused) {
+        std::memset(&info, 0xEE, sizeof info);
+        EXPECT_EQ(MOLTE_GetFileSystemInfo(c.path, &info), -1);
+        EXPECT_EQ(error_of_this_thread(), std::string("101 oxsysutl ") + c.error);
+        EXPECT_EQ(number_at(&info, 0, 4), 256u);
+        EXPECT_EQ(number_at(&info, 8, 1), 0u);
+    }
+}
+
+TEST(SystemInfo, FileSystemOfADrive) {
+    const TempFolder folder;
+    int32_t expected = 3;  // what the emulator's C: is told to be, and most are
+#if !defined(_WIN32)
+    ASSERT_EQ(chdir(folder.str().c_str()), 0);
+    fs::create_directory("c:");
+    expected = 0;  // no file system of this system has a number but one, which is rare
+#endif
+    MOLTE_FILESYSTEMINFO info;
+    EXPECT_EQ(MOLTE_GetFileSystemInfo("c:\\any\\thing", &info), 1);
+    EXPECT_EQ(number_at(&info, 8, 1), static_cast<uint64_t>(expected));
+#if !defined(_WIN32)
+    ASSERT_EQ(chdir("/"), 0);
+#endif
+}
+
+TEST(SystemInfo, NameOfTheUser) {
+    char name[300];
+    char same[300];
+    ASSERT_EQ(ORVEX_GetLogonUserName(name, sizeof name), 1);
+    ASSERT_EQ(ORVEX_GetEffectiveUserName(same, sizeof same), 1);
+    EXPECT_STREQ(name, same);
+    const auto length = static_cast<int32_t>(std::strlen(name));
+    EXPECT_EQ(ORVEX_GetLogonUserName(same, length + 1), 1);
+    EXPECT_EQ(ORVEX_GetLogonUserName(same, length), -1);
+    EXPECT_EQ(error_of_this_thread(), "265 oxsysutl get logon user name failed");
+    EXPECT_EQ(ORVEX_GetLogonUserName(nullptr, 5), -1);
+#if !defined(_WIN32)
+    EXPECT_STREQ(name, getpwuid(geteuid())->pw_name);
+#endif
 }
 
 }  // namespace

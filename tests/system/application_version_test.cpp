@@ -1,0 +1,168 @@
+// The program has a version of its own, from application_version_test_version.c.
+
+#include "support/test.h"
+
+#if !defined(_WIN32)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+std::string own_path() {
+    char path[4096] = "";
+    MOLTE_Win_GetExeName(path, sizeof path);
+    return path;
+}
+
+TEST(ApplicationVersion, OfThisProgram) {
+    MOLTE_APPVERSION version;
+    ASSERT_EQ(MOLTE_GetAppVersion(own_path().c_str(), &version), 1);
+    EXPECT_EQ(std::memcmp(&version, "\x00\x01\xFF\xFF\x00\x03\x9C\x40", 8), 0);
+    char text[MOLTE_APPVERSION_TEXT_SIZE];
+    ASSERT_EQ(MOLTE_GetAppVerString(own_path().c_str(), text), 1);
+    EXPECT_STREQ(text, "1.65535.3.40000");
+    const Installation installation;
+    EXPECT_STREQ(g_stBv.szAppVersion, "1.65535.3.40000");
+}
+
+CHILD_ROLE(prints_version) {
+    char* words[] = {const_cast<char*>("-printver"), const_cast<char*>(args[0].c_str())};
+    if (UTIL_IsPrintVer(2, words) == 0) tell_parent("no");
+    return 0;
+}
+
+TEST(ApplicationVersion, IsPrintedForTheExactOption) {
+    const struct {
+        const char* option;
+        const char* line;
+    } cases[] = {{"-printver", "1.65535.3.40000. 64 bit Release"},
+                 {"-printvers", "no"},
+                 {"-PRINTVER", "no"},
+                 {"printver", "no"}};
+    for (const auto& c : cases) {
+        ChildProcess child("prints_version", {c.option});
+        EXPECT_EQ(child.read_line(), c.line);
+    }
+    EXPECT_EQ(UTIL_IsPrintVer(0, nullptr), 0);
+}
+
+TEST(ApplicationVersion, TextAndOrder) {
+    const MOLTE_APPVERSION a = {{0, 1}, {0, 2}, {0, 3}, {0, 4}};
+    const MOLTE_APPVERSION b = {{0, 1}, {0, 2}, {0, 3}, {0, 5}};
+    const MOLTE_APPVERSION c = {{0, 2}, {0, 0}, {0, 0}, {0, 0}};
+    const MOLTE_APPVERSION most = {{255, 255}, {255, 255}, {255, 255}, {255, 255}};
+    const MOLTE_APPVERSION* rising[] = {&a, &b, &c, &most};
+    for (int i = 0; i < 4; ++i) {
+        for (int k = 0; k < 4; ++k) {
+            EXPECT_EQ(MOLTE_CmpAppVersion(rising[i], rising[k]), (i > k) - (i < k));
+        }
+    }
+    char text[MOLTE_APPVERSION_TEXT_SIZE];
+    EXPECT_STREQ(MOLTE_AppVersionToString(&most, text), "65535.65535.65535.65535");
+    EXPECT_EQ(UITL_uint2Cmp(0x8000, 1), 1);
+    EXPECT_EQ(UITL_uint2Cmp(0, 0xFFFF), -1);
+    EXPECT_EQ(UITL_uint2Cmp(7, 7), 0);
+    EXPECT_EQ(MOLTE_CmpAppVersion(nullptr, &a) + MOLTE_GetAppVersion(nullptr, nullptr) +
+                  MOLTE_VER_Output(nullptr),
+              -3);
+    EXPECT_EQ(MOLTE_AppVersionToString(nullptr, text), nullptr);
+}
+
+TEST(ApplicationVersion, FilesWithoutOne) {
+    const TempFolder folder;
+    const std::string paths[] = {folder / "none", folder.write("empty", ""), folder.str(),
+                                 folder.write("text", "#!/bin/sh\n" + std::string(9000, 'x'))};
+    for (const std::string& path : paths) {
+        char text[MOLTE_APPVERSION_TEXT_SIZE];
+        EXPECT_EQ(MOLTE_GetAppVerString(path.c_str(), text), -1);
+        EXPECT_EQ(error_of_this_thread(), "273 oxsysutl " + path.substr(0, 144));
+        EXPECT_EQ(history_of_this_thread(), "3573 oxsysutl");
+    }
+}
+
+#if !defined(_WIN32)
+
+// An ELF file by hand: header, two segments, and the notes of the second.
+class Elf {
+ public:
+    Elf(bool wide, bool big) : wide_(wide), big_(big) {
+        const unsigned header = wide ? 64 : 52;
+        const unsigned segment = wide ? 56 : 32;
+        bytes_ =
+            "\x7F"
+            "ELF";
+        put(wide ? 2 : 1, 1), put(big ? 2 : 1, 1), put(1, 1), bytes_ += std::string(9, '\0');
+        put(2, 2), put(62, 2), put(1, 4), put_word(0), put_word(header), put_word(0), put(0, 4);
+        put(header, 2), put(segment, 2), put(2, 2), put(0, 6);
+        add_segment(1, 0, 16);
+        const unsigned notes = header + 2 * segment;
+        add_segment(4, notes, 24 + 32);
+        put(4, 4), put(5, 4), put(3, 4), bytes_ += std::string("GNU\0abcde\0\0\0", 12);
+        put(9, 4), put(8, 4), put(1, 4), bytes_ += std::string("moltelib\0\0\0\0", 12);
+        bytes_ += "\x01\x02\x03\x04\x05\x06\x07\x08";
+    }
+    [[nodiscard]] const std::string& bytes() const { return bytes_; }
+
+ private:
+    void put(uint64_t value, int size) {
+        for (int i = 0; i < size; ++i) {
+            bytes_ += static_cast<char>(value >> 8 * (big_ ? size - 1 - i : i));
+        }
+    }
+    void put_word(uint64_t value) { put(value, wide_ ? 8 : 4); }
+    void add_segment(unsigned type, unsigned offset, unsigned size) {
+        put(type, 4);
+        if (wide_) put(4, 4);
+        put_word(offset), put_word(0), put_word(0), put_word(size), put_word(size);
+        if (!wide_) put(4, 4);
+        put_word(4);
+    }
+
+    bool wide_;
+    bool big_;
+    std::string bytes_;
+};
+
+int32_t read_version(const std::string& bytes, MOLTE_APPVERSION* version) {
+    static const int file = memfd_create("program", 0);
+    EXPECT_EQ(ftruncate(file, 0), 0);
+    EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+    return MOLTE_GetAppVersion(("/proc/self/fd/" + std::to_string(file)).c_str(), version);
+}
+
+TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
+    std::mt19937 random(1);
+    for (const bool wide : {false, true}) {
+        for (const bool big : {false, true}) {
+            const std::string whole = Elf(wide, big).bytes();
+            MOLTE_APPVERSION version;
+            ASSERT_EQ(read_version(whole, &version), 1) << wide << big;
+            EXPECT_EQ(std::memcmp(&version, "\x01\x02\x03\x04\x05\x06\x07\x08", 8), 0);
+            for (size_t size = 0; size < whole.size(); ++size) {
+                EXPECT_EQ(read_version(whole.substr(0, size), &version), -1) << size;
+            }
+            // Each field of up to eight bytes filled with what overflows, then anything anywhere.
+            for (size_t at = 4; at < whole.size(); ++at) {
+                for (const size_t size : {1, 2, 4, 8}) {
+                    for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
+                        std::string broken = whole;
+                        broken.replace(at, size, size, value);
+                        read_version(broken, &version);
+                    }
+                }
+            }
+            for (int i = 0; i < 1000; ++i) {
+                std::string broken = whole;
+                for (int k = 0; k < 4; ++k) {
+                    broken[random() % whole.size()] = static_cast<char>(random());
+                }
+                read_version(broken, &version);
+            }
+        }
+    }
+}
+
+#endif
+
+}  // namespace

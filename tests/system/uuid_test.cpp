@@ -1,0 +1,168 @@
+#include "support/test.h"
+
+#if !defined(_WIN32)
+#include <sys/random.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using Uuid = std::array<uint8_t, ORVEX_UUID_SIZE>;
+
+std::vector<Uuid> many(size_t count) {
+    std::vector<Uuid> uuids(count);
+    for (Uuid& uuid : uuids) EXPECT_EQ(ORVEX_UUID_Gen(uuid.data()), 1);
+    return uuids;
+}
+
+void expect_no_repeat(std::vector<Uuid> uuids) {
+    std::sort(uuids.begin(), uuids.end());
+    EXPECT_EQ(std::adjacent_find(uuids.begin(), uuids.end()), uuids.end());
+}
+
+TEST(Uuid, AMillionWithoutARepeat) {
+    constexpr int kCount = 1'000'000;
+    const std::vector<Uuid> uuids = many(kCount);
+    int ones[128] = {};
+    for (const Uuid& uuid : uuids) {
+        for (size_t bit = 0; bit < 128; ++bit) ones[bit] += uuid[bit / 8] >> (7 - bit % 8) & 1;
+    }
+    for (size_t bit = 0; bit < 128; ++bit) {
+        const bool version = bit >= 48 && bit < 52;
+        const bool variant = bit == 64 || bit == 65;
+        if (version || variant) {
+            EXPECT_EQ(ones[bit], bit == 49 || bit == 64 ? kCount : 0) << bit;
+        } else {
+            EXPECT_NEAR(ones[bit], kCount / 2, 4000) << bit;  // eight standard deviations
+        }
+    }
+    expect_no_repeat(uuids);
+}
+
+TEST(Uuid, TextAndComparison) {
+    uint8_t zero[16] = {};
+    const uint8_t uuid[16] = {0x00, 0x1A, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
+                              0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+    char text[ORVEX_UUID_TEXT_SIZE];
+    EXPECT_EQ(ORVEX_UUID_ToString(uuid, text), 1);
+    EXPECT_STREQ(text, "001A2233-4455-6677-8899-AABBCCDDEEFF");
+    EXPECT_EQ(ORVEX_UUID_ToString(zero, text), 1);
+    EXPECT_STREQ(text, "00000000-0000-0000-0000-000000000000");
+    EXPECT_EQ(ORVEX_UUID_IsEmpty(zero), 1);
+    EXPECT_EQ(ORVEX_UUID_IsEqual(zero, uuid), 0);
+    zero[15] = 1;
+    EXPECT_EQ(ORVEX_UUID_IsEmpty(zero), 0);
+    EXPECT_EQ(ORVEX_UUID_IsEqual(uuid, uuid), 1);
+    EXPECT_EQ(ORVEX_UUID_IsEmpty(nullptr), -1);
+    EXPECT_EQ(ORVEX_UUID_Gen(nullptr) + UTIL_UUID_Gen(nullptr) + UTIL_UUID_GetHWAddress(nullptr),
+              -3);
+    EXPECT_EQ(error_of_this_thread(), "50 oxsysutl");
+}
+
+// The six lowest bytes of a double: what they leave out are sign, exponent and four bits more.
+TEST(Uuid, ByTimeAndNoise) {
+    uint8_t uuid[18] = {};
+    uint8_t other[16];
+    uuid[16] = 77;
+    const int64_t before = ORVEX_Time();
+    EXPECT_EQ(UTIL_UUID_Gen(uuid), 1);
+    EXPECT_EQ(UTIL_UUID_Gen(other), 1);
+    const uint32_t time = Char4To_uint4(uuid);
+    EXPECT_TRUE(time >= before && time <= ORVEX_Time());
+    EXPECT_NE(std::memcmp(uuid, other, 16), 0);
+    EXPECT_EQ(uuid[16], 77);
+    uint8_t noise[7] = {0, 0, 0, 0, 0, 0, 77};
+    EXPECT_EQ(UTIL_UUID_GetHWAddress(noise), 1);
+    EXPECT_TRUE(std::any_of(noise, noise + 6, [](uint8_t b) { return b != 0; }));
+    EXPECT_EQ(noise[6], 77);
+}
+
+}  // namespace
+
+#if !defined(_WIN32)
+
+// The kernel's seed, or what a test puts in its place: zeros, or nothing.
+static thread_local enum { kReal, kZeros, kNone } seed = kReal;
+extern "C" [[gnu::visibility("default")]] ssize_t getrandom(void* bytes, size_t size,
+                                                            unsigned flags) {
+    if (seed == kReal) return syscall(SYS_getrandom, bytes, size, flags);
+    if (seed == kNone) return -1;
+    std::memset(bytes, 0, size);
+    return static_cast<ssize_t>(size);
+}
+
+namespace {
+
+// Test vectors 1 and 2 of RFC 8439, A.1: from the 33rd byte on, for the first are the next key.
+TEST(Uuid, IsTheKeyStreamOfTheCipher) {
+    const uint8_t expected[2][16] = {{0x7c, 0x59, 0x41, 0xda, 0x57, 0x51, 0x4d, 0x48, 0xb7, 0x24,
+                                      0xe0, 0x3f, 0xb8, 0xd8, 0x4a, 0x37},
+                                     {0xf4, 0xb8, 0x43, 0x6a, 0x18, 0x15, 0x41, 0xa1, 0x83, 0x87,
+                                      0xb6, 0x69, 0xb2, 0xee, 0x65, 0x86}};
+    std::thread([&] {
+        seed = kZeros;
+        uint8_t uuid[16];
+        for (const auto& one : expected) {
+            ORVEX_UUID_Gen(uuid);
+            uuid[6] = one[6], uuid[8] = one[8];  // version and variant
+            EXPECT_EQ(std::memcmp(uuid, one, 16), 0);
+        }
+    }).join();
+}
+
+TEST(Uuid, WithoutASeedComesFromTheTime) {
+    std::thread([] {
+        seed = kNone;
+        uint8_t uuid[16];
+        const int64_t before = ORVEX_Time();
+        EXPECT_EQ(ORVEX_UUID_Gen(uuid), 1);
+        EXPECT_TRUE(Char4To_uint4(uuid) >= before && Char4To_uint4(uuid) <= ORVEX_Time());
+    }).join();
+}
+
+// A second process by fork, or without its handlers, and a grandchild.
+pid_t begin_child(bool bare) {
+    return bare ? static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, 0))
+                : fork();
+}
+
+std::vector<Uuid> of_a_child(bool bare, int depth) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = begin_child(bare);
+    if (child == 0) {
+        std::vector<Uuid> uuids = many(50);
+        if (depth > 0) {
+            const std::vector<Uuid> below = of_a_child(bare, depth - 1);
+            uuids.insert(uuids.end(), below.begin(), below.end());
+        }
+        _exit(write(ends[1], uuids.data(), uuids.size() * sizeof(Uuid)) > 0 ? 0 : 1);
+    }
+    close(ends[1]);
+    std::vector<Uuid> uuids(200);
+    const ssize_t size = read(ends[0], uuids.data(), uuids.size() * sizeof(Uuid));
+    uuids.resize(size > 0 ? static_cast<size_t>(size) / sizeof(Uuid) : 0);
+    close(ends[0]);
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    return uuids;
+}
+
+TEST(Uuid, ParentChildAndGrandchildDiffer) {
+    for (const bool bare : {false, true}) {
+        std::vector<Uuid> all = many(3);
+        for (int i = 0; i < 2; ++i) {
+            const std::vector<Uuid> below = of_a_child(bare, 1);
+            EXPECT_EQ(below.size(), 100u);
+            all.insert(all.end(), below.begin(), below.end());
+        }
+        const std::vector<Uuid> more = many(50);
+        all.insert(all.end(), more.begin(), more.end());
+        expect_no_repeat(all);
+    }
+}
+
+}  // namespace
+
+#endif
