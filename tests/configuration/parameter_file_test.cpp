@@ -406,10 +406,29 @@ TEST_F(DefaultFile, TheListOfServers) {
     EXPECT_EQ(error_line_of_this_thread(), 446);
 }
 
+TEST_F(DefaultFile, TheIdentityOfTheMachine) {
+    uint8_t id[16] = {};
+    uint8_t again[16] = {};
+    ASSERT_EQ(ORVEX_PARAMETER_GetServerID(id), 2);
+    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(again), 1);
+    EXPECT_EQ(std::memcmp(id, again, 16), 0);
+    EXPECT_EQ(read_bytes(root_.path() / "CONF" / "serverid.dat"),
+              std::string(reinterpret_cast<char*>(id), 16));
+    write("serverid.dat", std::string(15, 'x'));  // too short: made anew
+    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(again), 2);
+    EXPECT_EQ(error_line_of_this_thread(), 494);
+    EXPECT_NE(std::memcmp(id, again, 16), 0);
+    EXPECT_EQ(fs::file_size(root_.path() / "CONF" / "serverid.dat"), 16U);
+    EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), 0);
+    EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), -1);
+    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(nullptr), -1);
+}
+
 CHILD_ROLE(without_a_main_path) {
     char slot[256];
     int32_t number = 0;
     char* list = nullptr;
+    uint8_t id[16];
     const char* name = "n";
     const std::string before = "28 oxfname, 36 oxfname, 54 oxfname, ";
     const auto leaves = [&before](int32_t result, const std::string& lines) {
@@ -429,8 +448,11 @@ CHILD_ROLE(without_a_main_path) {
             return leaves(ORVEX_PARAMETER_CFGEXFFileName(slot), "378 oxparam");
         case 4:
             return leaves(ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0), "378 oxparam, 443 oxparam");
+        case 5:
+            return leaves(ORVEX_PARAMETER_DelServerID(), "471 oxparam");
         default:
-            return ORVEX_PARAMETER_GetCFGEXFServer(&list, &number) == -1;
+            return ORVEX_PARAMETER_GetServerID(id) == -1 &&
+                   ORVEX_PARAMETER_GetCFGEXFServer(&list, &number) == -1;
     }
 }
 
@@ -440,7 +462,7 @@ TEST(NoMainPath, EveryFunctionLeavesItsLines) {
 #else
     const TempFolder registry;
     setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 7; ++i) {
         ChildProcess child("without_a_main_path", {std::to_string(i)});
         EXPECT_EQ(child.wait(), 1) << i << ' ' << child.read_line();
     }
