@@ -52,7 +52,11 @@ MOLTE_API int32_t ORVEX_TimeIsSameYearMonDay(const ORVEXDATETIME* pA, const ORVE
 
 /* ---- Text for people ---- */
 
-/* The printf formats of a time and of a date; the date's ends in a blank. Not to be freed. */
+/*
+ * The printf formats of a time and of a date, not to be freed. The date ends in a blank; where the
+ * language of messages and that of the user are Chinese it has the Chinese words instead of
+ * slashes.
+ */
 MOLTE_API const char* UTIL_GetTimeStrFormat(void);
 MOLTE_API const char* UTIL_GetDateStrFormat(void);
 

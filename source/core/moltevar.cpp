@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "configuration/rcxmlpro.h"
 #include "core/identity.h"
 #include "core/report.h"
 #include "moltelib/application.h"
@@ -13,6 +14,7 @@
 #include "moltelib/error.h"
 #include "moltelib/error_log.h"
 #include "moltelib/file.h"
+#include "moltelib/language.h"
 #include "moltelib/memory.h"
 #include "moltelib/state.h"
 #include "moltelib/text_hook.h"
@@ -103,8 +105,10 @@ int32_t bring_up_rest() {
     name_program();
     version_program();
     measure_program();
+    if (OXLANG_Init() < 0) return kModule.trace(413);
     set_parameter_defaults();
     MOLTE_InitCrit(&g_stBv.stCounterLock);
+    molte::RCXML_Init();  // without texts an error reads "Unknown"
     return 1;
 }
 
@@ -143,6 +147,7 @@ int32_t ORVEX_BASE_ReleaseVar(void) {
     ORVEX_ERRLOG_LogEx(ORVEX_ERRLOG_CLOSE, nullptr);
     OTXTHOOK_Release();
     if (is_up()) release_state();
+    molte::RCXML_Release();
     return 1;
 }
 

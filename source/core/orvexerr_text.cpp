@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "configuration/rcxmlpro.h"
 #include "moltelib/error.h"
 #include "platform/system.h"
 
@@ -18,11 +19,6 @@ int32_t monitor_errors;
 int32_t monitor_messages;
 ORVEX_MONITORFUN monitor;
 
-// The text of an error in the language of messages, or null: no language has texts yet.
-const char* resource_text(uint32_t) {
-    return nullptr;
-}
-
 // Shows the kept text, also after an error that has a text of its own. This is meant.
 void show_error() {
     if (monitor_errors == 0) return;
@@ -34,7 +30,7 @@ void show_error() {
 }  // namespace
 
 const char* GetRVEXErrStrByErrno(uint32_t nErrNo) {
-    const char* const text = resource_text(nErrNo);
+    const char* const text = molte::RCXML_GetString(nErrNo);
     return text != nullptr ? text : "Unknown";
 }
 

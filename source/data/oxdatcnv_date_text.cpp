@@ -6,6 +6,8 @@
 #include "core/report.h"
 #include "data/date_fields.h"
 #include "moltelib/date_time.h"
+#include "moltelib/language.h"
+#include "platform/system.h"
 
 namespace {
 
@@ -53,7 +55,10 @@ const char* UTIL_GetTimeStrFormat(void) {
 }
 
 const char* UTIL_GetDateStrFormat(void) {
-    return "%4d/%2d/%2d ";
+    // Both the messages' and the user's language must be Chinese. Year, month and day in GBK.
+    const bool chinese = OXLANG_LID_Get(OXLANG_KIND_MESSAGE) == OXLANG_CHINESE &&
+                         GetUserDefaultLangID() == OXLANG_CHINESE;
+    return chinese ? "%4d\xC4\xEA%2d\xD4\xC2%2d\xC8\xD5" : "%4d/%2d/%2d ";
 }
 
 int32_t ORVEX_TimeToStr(const ORVEXTIME* pTime, char* pszDst) {

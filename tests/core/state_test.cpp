@@ -17,7 +17,10 @@ namespace {
 
 class State : public testing::Test {
  protected:
-    void SetUp() override { TearDown(); }
+    void SetUp() override {
+        TearDown();
+        ORVEX_SetMainPath("no folder");  // known, which is all that bring-up needs
+    }
     void TearDown() override {
         ORVEX_BASE_ReleaseVar();
         std::memset(g_stBv.szAppName, 0, sizeof g_stBv.szAppName);
@@ -57,6 +60,7 @@ TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
 constexpr char kLongName[] = "C:\\some folder\\a_program_name_of_forty_characters_whole";
 
 CHILD_ROLE(has_long_name) {
+    ORVEX_SetMainPath("no folder");
     if (ORVEX_BASE_InitVar() != 1 || std::strcmp(g_stBv.szAppName, kLongName) != 0) return 1;
     return std::strcmp(g_stBv.szAppShortName, "a_program_name_of_forty_charact") == 0 ? 0 : 2;
 }
@@ -78,6 +82,20 @@ int run_role_as(const char* name, const char* role) {
     waitpid(pid, &status, 0);
     return WEXITSTATUS(status);
 #endif
+}
+
+CHILD_ROLE(has_no_main_path) {
+    if (ORVEX_BASE_InitVar() != -1 || history_of_this_thread() != "413 moltevar") return 1;
+    if (GetRvexErrNo() != 1000 || g_stBv.stCounterLock.bInited != 0) return 2;
+    return ORVEX_BASE_InitVar() == 0 && ORVEX_BASE_ReleaseVar() == 1 ? 0 : 3;
+}
+
+TEST_F(State, WithoutAMainPathBringUpFailsOnceAndForAll) {
+    const TempFolder registry;
+#if !defined(_WIN32)
+    setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
+#endif
+    EXPECT_EQ(ChildProcess("has_no_main_path").wait(), 0);
 }
 
 TEST_F(State, AShortNameHas31CharactersAndAGivenNameHasNone) {

@@ -123,6 +123,7 @@ TEST_F(ThreadData, ATraceKeepsTheEndOfNamesAndSkipsWithoutMemory) {
 }
 
 TEST_F(ThreadData, TheFirstFrameOfAThreadStandsTwice) {
+    ORVEX_SetMainPath("no folder");
     ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
     EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 10), 1);
     EXPECT_EQ(history(), "oxthrdat10\noxthrdat10\n");
@@ -174,6 +175,7 @@ CHILD_ROLE(without_keys) {
     if (MOLTE_THITEMDAT_Add("x", nullptr) != -1) return 4;
     if (MOLTE_THDATA_GetBuffer() != nullptr || MOLTE_THDATA_IsInnerThread() != 0) return 5;
     ORVEX_Err_ClearError();
+    ORVEX_SetMainPath("no folder");
     if (ORVEX_BASE_InitVar() != -1 || g_stBv.nInitCount != 0) return 6;
     tell_parent(error_of_this_thread() + ": " + history_of_this_thread());
     std::thread([] { tell_parent(error_of_this_thread()); }).join();  // the one record of all

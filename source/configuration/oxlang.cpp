@@ -1,0 +1,157 @@
+// The language in use, and names of languages.
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+
+#include "core/report.h"
+#include "moltelib/language.h"
+#include "moltelib/main_path.h"
+#include "moltelib/parameter_file.h"
+#include "platform/code_page.h"
+#include "platform/system.h"
+
+OXLANG_VAR g_stLangVar;
+
+namespace {
+
+constexpr molte::Module kModule("oxlang");
+constexpr uint32_t kBadArgument = 50;
+constexpr uint32_t kLocaleFailed = 134;
+constexpr uint32_t kNoMainPath = 1000;
+
+constexpr OXLANG_NAMEROW kLanguages[OXLANG_LANGUAGE_COUNT] = {{"Lang_Default", 0},
+                                                              {"Lang_Chs", OXLANG_CHINESE},
+                                                              {"Lang_English", OXLANG_ENGLISH},
+                                                              {"Lang_Spanish", OXLANG_SPANISH}};
+
+int32_t default_language_or(int32_t otherwise) {
+    int32_t language = 0;
+    return ORVEX_PARAMETER_GetValueInt("DEF_LANG_ID", &language) > 0 ? language : otherwise;
+}
+
+// The id of that kind; null for the kinds that stand for all languages.
+int32_t* id_of(int32_t kind) {
+    int32_t* const ids[] = {&g_stLangVar.nMsgLID, &g_stLangVar.nTimeLID, &g_stLangVar.nDateLID,
+                            &g_stLangVar.nLatCollID, &g_stLangVar.nMBCollID};
+    return kind < 1 || kind > 5 ? nullptr : ids[kind - 1];
+}
+
+const char* locale_name(int32_t language) {
+    constexpr int32_t kPrimaryLanguage = 0x3FF;
+    if (language == OXLANG_CHINESE) return "chs";
+    return (language & kPrimaryLanguage) == OXLANG_SPANISH ? "esp" : "us";
+}
+
+// The rows that are filled: none before OXLANG_Init.
+const OXLANG_NAMEROW* rows_end() {
+    const OXLANG_LANGTABLE& table = g_stLangVar.stLangName;
+    return table.astRow + (table.nCount == OXLANG_LANGUAGE_COUNT ? OXLANG_LANGUAGE_COUNT : 0);
+}
+
+}  // namespace
+
+int32_t OXLANG_Init(void) {
+    if (g_stLangVar.bInited != 0) return 0;
+    if (InitMainPath() < 0) return kModule.trace(178);
+    // An empty one is what a failure that nobody looked at has left: see InitMainPath.
+    const char* main_path = GetMainPath();
+    if (main_path == nullptr || *main_path == '\0') return kModule.fail(molte::here(), kNoMainPath);
+    OXLANG_COLLATE_InitName(g_stLangVar.astCollName);
+    OXLANG_LANG_Init(&g_stLangVar.stLangName);
+    OXLANG_LID_Init();
+    // A second reading decides on the language when the parameter is absent.
+    if (OXLANG_SetDefLang() < 0) return kModule.trace(186);
+    g_stLangVar.bInited = 1;
+    return 1;
+}
+
+int32_t OXLANG_LID_Get(int32_t nKind) {
+    const int32_t* id = id_of(nKind);
+    return id != nullptr ? *id : g_stLangVar.nDefLID;
+}
+
+int32_t OXLANG_LID_Set(int32_t nKind, int32_t nId) {
+    if (int32_t* id = id_of(nKind); id != nullptr) {
+        const int32_t old = *id;
+        *id = nId;
+        return old;
+    }
+    g_stLangVar.nDefLID = nId;
+    g_stLangVar.nMsgLID = nId;
+    g_stLangVar.nTimeLID = nId;
+    g_stLangVar.nDateLID = nId;
+    return OXLANG_SetLocale(nId) < 0 ? kModule.trace(130) : 1;
+}
+
+int32_t OXLANG_LID_Init(void) {
+    const int32_t language = default_language_or(-1);
+    const int32_t result = OXLANG_LID_Set(OXLANG_KIND_DEFAULT, language < 0 ? 0 : language);
+    g_stLangVar.nLatCollID = 0;
+    g_stLangVar.nMBCollID = 50;
+    return result < 0 ? kModule.trace(143) : 1;
+}
+
+int32_t OXLANG_SetDefLang(void) {
+    return OXLANG_LID_Set(OXLANG_KIND_DEFAULT, default_language_or(OXLANG_CHINESE));
+}
+
+int32_t OXLANG_SetLocale(int32_t nId) {
+    const char* name = locale_name(nId);
+    if (platform::set_locale(name) != nullptr) return 1;
+    return kModule.fail(308, kLocaleFailed, molte::SystemError::runtime, "set locale error. %s",
+                        name);
+}
+
+int32_t OXLANG_GetLID(void) {
+    return g_stLangVar.nDefLID;
+}
+
+int32_t OXLANG_GetMsgLID(void) {
+    return g_stLangVar.nMsgLID;
+}
+
+int32_t OLANG_GetOsUILangID(void) {
+    return GetUserDefaultLCID() == OXLANG_CHINESE ? OXLANG_CHINESE : OXLANG_ENGLISH;
+}
+
+int32_t OXLANG_GetRVEXLangID(void) {
+    return OXLANG_Init() < 0 ? OLANG_GetOsUILangID() : g_stLangVar.nDefLID;
+}
+
+OXLANG_VAR* OXLANG_GetLocale(void) {
+    return &g_stLangVar;
+}
+
+OXLANG_NAMEROW* OXLANG_GetCollName(void) {
+    return g_stLangVar.astCollName;
+}
+
+OXLANG_LANGTABLE* OXLANG_GetLangName(void) {
+    return &g_stLangVar.stLangName;
+}
+
+int32_t OXLANG_LANG_Init(OXLANG_LANGTABLE* pTable) {
+    if (pTable == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    pTable->nCount = OXLANG_LANGUAGE_COUNT;
+    std::memcpy(pTable->astRow, kLanguages, sizeof kLanguages);
+    return 1;
+}
+
+int32_t OXLANG_UTIL_IsValidLID(int32_t nId) {
+    return nId == 0 || nId == OXLANG_CHINESE || nId == OXLANG_ENGLISH ? 1
+                                                                      : 0;  // not Spanish: meant
+}
+
+int32_t OXLANG_LANGStr2LID(const char* pszName) {
+    for (const auto* row = g_stLangVar.stLangName.astRow; row != rows_end(); ++row) {
+        if (pszName != nullptr && std::strcmp(row->pszName, pszName) == 0) return row->nId;
+    }
+    return OXLANG_CHINESE;
+}
+
+const char* OXLANG_LANGLID2Str(int32_t nId) {
+    for (const auto* row = g_stLangVar.stLangName.astRow; row != rows_end(); ++row) {
+        if (row->nId == nId) return row->pszName;
+    }
+    return "Lang_Chs";
+}

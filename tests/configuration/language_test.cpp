@@ -1,0 +1,185 @@
+#include "support/test.h"
+
+namespace {
+
+// The library finds this installation; nothing is up yet.
+class Language : public testing::Test {
+ protected:
+    Language() {
+        ORVEX_SetMainPath(root_.str().c_str());
+        fs::create_directory(root_.path() / "CONF");
+        g_stLangVar = {};
+        OXLANG_SetLocale(OXLANG_ENGLISH);
+        ORVEX_Err_ClearError();
+    }
+    void configure(const std::string& text) const { root_.write("CONF/rvexinit.ini", text); }
+
+    TempFolder root_;
+};
+
+Ints languages() {
+    return {OXLANG_LID_Get(0), OXLANG_LID_Get(1), OXLANG_LID_Get(2),
+            OXLANG_LID_Get(3), OXLANG_LID_Get(4), OXLANG_LID_Get(5)};
+}
+
+// Which of the three locales is in force, by what the code page makes of two bytes.
+std::string locale() {
+    wchar_t wide[3] = {};
+    if (MOLTE_STR_mbstowcs("\xD6\xD0", wide, 3) < 0) return "none";
+    return wide[0] == 0x4E2D ? "chs" : wide[0] == 0xD6 ? "latin" : "other";
+}
+
+TEST_F(Language, InitReadsTheParameterTwice) {
+    struct Row {
+        Text parameters;
+        int32_t language;
+        Text locale;
+    };
+    for (const Row& row :
+         {Row{"", 2052, "chs"}, Row{"DEF_LANG_ID = 0\n", 0, "latin"},
+          Row{"DEF_LANG_ID = 1033\n", 1033, "latin"}, Row{"DEF_LANG_ID = 2052\n", 2052, "chs"},
+          Row{"DEF_LANG_ID = -5\n", -5, "latin"}}) {
+        g_stLangVar = {};
+        configure(row.parameters);
+        EXPECT_EQ(OXLANG_Init(), 1);
+        const int32_t id = row.language;
+        EXPECT_EQ(languages(), (Ints{id, id, id, id, 0, 50})) << row.parameters;
+        EXPECT_EQ(locale(), row.locale) << row.parameters;
+        OXLANG_LID_Set(4, 3);
+        EXPECT_EQ(OXLANG_Init(), 0);
+        EXPECT_EQ(OXLANG_LID_Get(4), 3) << "done already";
+    }
+    EXPECT_EQ(OXLANG_LID_Init(), 1);
+    EXPECT_EQ(languages(), (Ints{0, 0, 0, 0, 0, 50})) << "a negative one counts as 0 here";
+    configure("");
+    EXPECT_EQ(OXLANG_SetDefLang(), 1);
+    EXPECT_EQ(OXLANG_GetLID() + OXLANG_GetMsgLID(), 2 * 2052);
+    EXPECT_EQ(OXLANG_GetRVEXLangID(), 2052);
+}
+
+TEST_F(Language, OneKindOrAll) {
+    EXPECT_EQ(OXLANG_LID_Set(0, 7), 1);
+    for (int32_t kind = 1; kind <= 5; ++kind) {
+        EXPECT_EQ(OXLANG_LID_Set(kind, 100 + kind), kind <= 3 ? 7 : 0) << "the old one";
+    }
+    EXPECT_EQ(languages(), (Ints{7, 101, 102, 103, 104, 105}));
+    EXPECT_EQ(OXLANG_LID_Get(-1) + OXLANG_LID_Get(6), 14);
+    for (const int32_t kind : {-1, 6, INT32_MAX}) {
+        EXPECT_EQ(OXLANG_LID_Set(kind, 2052), 1);
+        EXPECT_EQ(locale(), "chs");
+        EXPECT_EQ(OXLANG_LID_Set(kind, 3082), 1) << "Spanish of Spain";
+        EXPECT_EQ(locale(), "latin");
+    }
+    EXPECT_EQ(languages(), (Ints{3082, 3082, 3082, 3082, 104, 105}));
+    EXPECT_EQ(OXLANG_GetLocale(), &g_stLangVar);
+}
+
+TEST_F(Language, NamesOfLanguages) {
+    EXPECT_EQ(OXLANG_LANGStr2LID("Lang_English"), 2052) << "no table yet";
+    EXPECT_STREQ(OXLANG_LANGLID2Str(1033), "Lang_Chs");
+    ASSERT_EQ(OXLANG_Init(), 1);
+    const std::pair<Text, int32_t> rows[] = {
+        {"Lang_Default", 0}, {"Lang_Chs", 2052}, {"Lang_English", 1033}, {"Lang_Spanish", 10}};
+    for (const auto& [name, id] : rows) {
+        EXPECT_EQ(OXLANG_LANGStr2LID(name), id);
+        EXPECT_STREQ(OXLANG_LANGLID2Str(id), name);
+    }
+    EXPECT_EQ(OXLANG_LANGStr2LID("nosuch"), 2052);
+    EXPECT_EQ(OXLANG_LANGStr2LID(nullptr), 2052);
+    EXPECT_STREQ(OXLANG_LANGLID2Str(7), "Lang_Chs");
+    EXPECT_EQ(OXLANG_GetLangName()->nCount, 4);
+    for (const int32_t id : {0, 2052, 1033}) EXPECT_EQ(OXLANG_UTIL_IsValidLID(id), 1);
+    for (const int32_t id : {10, 3082, -1, 1}) EXPECT_EQ(OXLANG_UTIL_IsValidLID(id), 0) << id;
+    EXPECT_EQ(OXLANG_LANG_Init(nullptr), -1);
+    EXPECT_EQ(taken_error(), "50 oxlang");
+}
+
+TEST_F(Language, NamesOfCollations) {
+    const std::pair<Text, int32_t> rows[] = {{"Lat_Default", 0}, {"Lat_Bin", 1},     {"Lat_Ci", 2},
+                                             {"Lat_Cs", 3},      {"MB_Default", 50}, {"MB_Bin", 51},
+                                             {"MB_Py", 52},      {"MB_VarPy", 53}};
+    OXLANG_NAMEROW table[8] = {};
+    EXPECT_EQ(OXLANG_COLLATE_InitName(table), 1);
+    for (size_t i = 0; i < 8; ++i) {
+        const auto& [name, id] = rows[i];
+        EXPECT_STREQ(table[i].pszName, name);
+        EXPECT_EQ(table[i].nId, id);
+        int32_t latin = 9;
+        EXPECT_EQ(OXLANG_COLLATE_Name2ID(name, &latin), id);
+        EXPECT_EQ(latin, id < 4 ? 1 : 0);
+        char copy[16];
+        EXPECT_STREQ(OXLANG_COLLATE_ID2Name(id, copy), name);
+        EXPECT_STREQ(copy, name);
+        EXPECT_EQ(OXLANG_COLLATE_IsValidLatID(id), id < 4 ? 1 : 0);
+        EXPECT_EQ(OXLANG_COLLATE_IsValidMBID(id), id < 4 ? 0 : 1);
+    }
+    for (const int32_t id : {-1, 4, 49, 54}) {
+        EXPECT_EQ(OXLANG_COLLATE_ID2Name(id, nullptr), nullptr);
+        EXPECT_EQ(OXLANG_COLLATE_IsValidLatID(id) + OXLANG_COLLATE_IsValidMBID(id), 0) << id;
+    }
+    EXPECT_EQ(OXLANG_COLLATE_Name2ID("lat_ci", nullptr), -1);
+    EXPECT_EQ(OXLANG_COLLATE_Name2ID(nullptr, nullptr), -1);
+}
+
+TEST_F(Language, CollationTextsAreWritten) {
+    const tuple<int32_t, int32_t, Text> rows[] = {
+        {2, 52, "Lat_Ci"},  // never a multi-byte name
+        {2, 99, "Lat_Ci"}, {2, 1, "Lat_Bin_Lat_Ci"}, {0, 0, "Lat_Default_Lat_Default"},
+        {9, 3, "Lat_Cs"},  {9, 51, nullptr},         {-1, -1, nullptr}};
+    for (const auto& [latin, second, expected] : rows) {
+        char text[24] = "?";
+        EXPECT_EQ(OXLANG_COLLATE_ID2Str(latin, second, text), expected != nullptr ? 1 : -1);
+        EXPECT_STREQ(text, expected != nullptr ? expected : "?");
+    }
+    EXPECT_EQ(error_line_of_this_thread(), 333);
+    EXPECT_EQ(taken_error(), "250 oxlang at least one coll id is valid. lat=-1 mb=-1");
+    EXPECT_EQ(error_of(OXLANG_COLLATE_ID2Str(1, 1, nullptr)), "50 oxlang");
+}
+
+TEST_F(Language, CollationTextsAreRead) {
+    const std::string long_text(200, 'x');
+    const tuple<std::string, int32_t, int32_t, bool> rows[] = {
+        {"MB_Py_Lat_Ci", 2, 52, true},
+        {"Lat_Cs_MB_VarPy", 3, 53, true},
+        {"MB_Py", 1, 52, true},
+        {"Lat_Default", 0, 51, true},
+        {"Lat_Ci_Lat_Cs", 3, 51, true},
+        {"LatCi", 1, 51, false},
+        {"", 1, 51, false},
+        {"Lat_No", 1, 51, false},
+        {"Lat_Ci_", 2, 51, false},
+        {"Lat_Ci_MB", 2, 51, false},
+        {"_Lat_Ci", 1, 51, false},
+        {"Lat_Ci_MB_Py_Lat_Cs", 2, 51, false},
+        {long_text, 1, 51, false}};
+    for (const auto& [text, latin, multi_byte, good] : rows) {
+        int32_t ids[2] = {};
+        EXPECT_EQ(OXLANG_COLLATE_Str2ID(text.c_str(), &ids[0], &ids[1]), good ? 1 : -1) << text;
+        EXPECT_EQ((Ints{ids[0], ids[1]}), (Ints{latin, multi_byte})) << text;
+        const std::string data = text.substr(0, 120) + " : bad collate type";
+        EXPECT_EQ(taken_error(), good ? "" : "251 oxlang " + data);
+    }
+    EXPECT_EQ(error_of(OXLANG_COLLATE_Str2ID(nullptr, nullptr, nullptr)), "50 oxlang");
+}
+
+#if !defined(_WIN32)  // where the user's language is the environment's
+TEST_F(Language, TheUsersLanguage) {
+    const tuple<Text, int32_t, int32_t, Text> rows[] = {
+        {"zh_CN.UTF-8", 2052, 2052, "2024\xC4\xEA 6\xD4\xC2 4\xC8\xD5"},
+        {"zh_CN.UTF-8", 1033, 2052, "2024/ 6/ 4 "},
+        {"zh_TW.UTF-8", 2052, 1033, "2024/ 6/ 4 "},
+        {"en_US.UTF-8", 2052, 1033, "2024/ 6/ 4 "}};
+    for (const auto& [name, messages, language, date] : rows) {
+        setenv("LC_ALL", name, 1);
+        EXPECT_EQ(OLANG_GetOsUILangID(), language) << name;
+        OXLANG_LID_Set(OXLANG_KIND_MESSAGE, messages);
+        ORVEXDATE day{};
+        ORVEX_SetDate(&day, 2024, 6, 4);
+        char text[32];
+        EXPECT_EQ(ORVEX_DateToStr(&day, text), static_cast<int32_t>(std::strlen(date)));
+        EXPECT_STREQ(text, date) << name;
+    }
+}
+#endif
+
+}  // namespace

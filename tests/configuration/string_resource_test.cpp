@@ -1,0 +1,336 @@
+#include "configuration/rcxmlpro.h"
+
+#include <map>
+
+#include "support/test.h"
+
+namespace {
+
+using molte::RC_TABLE;
+
+struct Table : RC_TABLE {
+    Table() : RC_TABLE{} {}
+    ~Table() { molte::free_table(*this); }
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+};
+
+const std::string kRootLines = "2502 oxsysutl, 217 rcxmlpro";  // of each root, which has no parent
+
+std::string in_table(const std::string& items) {
+    return "<ORVEX_RESOURCE version='1.0' langid='804'><STRINGTABLE>" + items +
+           "</STRINGTABLE></ORVEX_RESOURCE>";
+}
+
+int32_t parse(Table& table, const std::string& text) {
+    ORVEX_Err_ClearError();
+    return molte::RCXML_ParseBuffer(table, text.data(), static_cast<int32_t>(text.size()));
+}
+
+// The texts of a table as "id=text;id=text;".
+std::string texts_of(const RC_TABLE& table) {
+    std::string all;
+    for (int32_t i = 0; i < table.nCount; ++i) {
+        const char* text = molte::text_of(table.pItems[i]);
+        EXPECT_EQ(std::strlen(text), static_cast<size_t>(table.pItems[i].nLen));
+        all += std::to_string(table.pItems[i].nId) + "=" + text + ";";
+    }
+    return all;
+}
+
+class StringResource : public testing::Test {
+ protected:
+    StringResource() { molte::RCXML_SetLocale(2052); }
+};
+
+TEST_F(StringResource, ElementsAndTexts) {
+    const std::string outside = "<ORVEX_RESOURCE langid='409'>";
+    struct Row {
+        std::string xml;
+        std::string texts;
+        std::string history;  // behind that of the root
+    };
+    const Row rows[] = {
+        {in_table("<ITEM id='7' value='b'/><item ID='3' Value='a' strid='x'/>"), "3=a;7=b;", ""},
+        {in_table("<ITEM id='1' value='A\\nB\\\\n\\'/>"), "1=A \nB\\ \n\\;", ""},
+        {in_table("<ITEM id='1' value='a'><STRDATA>b</STRDATA> c <STRDATA/></ITEM>"), "1=ab;", ""},
+        {in_table("<ITEM id='1'><STRDATA> \t\n </STRDATA></ITEM>"), "1=;", ""},
+        {in_table("<ITEM id='1'><STRDATA> a b \n c\t\n</STRDATA></ITEM>"), "1= a b c;", ""},
+        {in_table("<ITEM id='1'><ITEM id='2' value='i'/><STRDATA>o</STRDATA></ITEM>"), "1=o;2=i;",
+         ""},
+        {in_table("<ITEM id='1'><STRDATA>&lt;<![CDATA[<x>]]>&#65;</STRDATA></ITEM>"), "1=<<x>A;",
+         ""},
+        {in_table("<ITEM id='-2' value='n'/><ITEM id='99999999999' value='h'/>"
+                  "<ITEM id='12x' value='t'/>"),
+         "0=h;12=t;4294967294=n;", ""},
+        {in_table("<ITEM id='1' value='\xE5\x95\x8A\xE4\xB9\x97n'/>"), "1=\xB0\xA1\x81\x5Cn;", ""},
+        {in_table("<ITEM id='1' value='a\xF0\x9F\x98\x80'/><ITEM id='2' value='z'/>"), "1=;2=z;",
+         ", 79 rcxmlpro"},
+        {outside + "<ITEM id='1' value='a'><STRDATA>x</STRDATA></ITEM></ORVEX_RESOURCE>", "",
+         ", 263 rcxmlpro, 267 rcxmlpro"},
+        {"<STRINGTABLE><ITEM id='1'/></STRINGTABLE>", "", ", 260 rcxmlpro, 263 rcxmlpro"},
+        {in_table("<STRINGTABLE/><STRDATA>x</STRDATA><ITEM id='1' value='a'/>"), "1=a;",
+         ", 260 rcxmlpro, 267 rcxmlpro"},
+        {in_table("<ITEM version='1' id='1' value='a'/><ITEM id='2' value='b'/>"), "0=;2=b;", ""},
+    };
+    for (const Row& row : rows) {
+        Table table;
+        EXPECT_EQ(parse(table, row.xml), 1) << row.xml;
+        EXPECT_EQ(texts_of(table), row.texts) << row.xml;
+        EXPECT_EQ(history_of_this_thread(), kRootLines + row.history) << row.xml;
+    }
+    Table table;
+    EXPECT_EQ(parse(table, in_table("<ITEM strid='" + std::string(40, 's') + "'/>")), 1);
+    EXPECT_EQ(table.pItems[0].szStrId, std::string(31, 's'));
+    EXPECT_EQ(table.nLangId, 0x804);
+    EXPECT_EQ(molte::RCXML_ParseBuffer(table, nullptr, 0), -1);
+}
+
+TEST_F(StringResource, UnknownNamesAreReportedAndTheRestIsUsed) {
+    for (const char* unknown :
+         {"<FOO><ITEM id='9'/><STRDATA>x</STRDATA></FOO>", "<ITEM FOO='1' id='9' value='y'/>"}) {
+        Table table;
+        EXPECT_EQ(parse(table, in_table(unknown + "<ITEM id='5' value='e'/>"s)), 1);
+        EXPECT_EQ(texts_of(table), unknown[1] == 'F' ? "5=e;" : "0=;5=e;");
+        EXPECT_EQ(error_of_this_thread(), "120 rcxmlpro FOO");
+        EXPECT_EQ(error_line_of_this_thread(), 130);
+    }
+}
+
+TEST_F(StringResource, LongTextsMoveToTheHeap) {
+    for (const int length : {79, 80, 2000, 2045}) {
+        Table table;
+        const std::string text(static_cast<size_t>(length), 'v');
+        ASSERT_EQ(parse(table, in_table("<ITEM id='1' value='" + text + "'/>")), 1);
+        EXPECT_EQ(molte::text_of(table.pItems[0]), text);
+        EXPECT_EQ(table.pItems[0].bHeap + table.pItems[0].bOwned, length < 80 ? 0 : 2);
+        EXPECT_EQ(table.pItems[0].nCapacity, length < 80 ? 0 : length + 1);
+    }
+    // Text of several runs: one a line.
+    const tuple<int, int, int> rows[] = {
+        {79, 1, 0}, {80, 1, 1024}, {1000, 2, 2048}, {1000, 5, 5120}, {2040, 600, 1024 * 1024}};
+    for (const auto& [length, runs, capacity] : rows) {
+        Table table;
+        std::string text;
+        const std::string run(static_cast<size_t>(length), 'd');
+        for (int i = 0; i < runs; ++i) text += run + "\n";
+        ASSERT_EQ(parse(table, in_table("<ITEM><STRDATA>" + text + "</STRDATA></ITEM>")), 1);
+        const molte::RC_STRING& string = table.pItems[0];
+        EXPECT_EQ(string.nCapacity, capacity);
+        EXPECT_EQ(string.nLen, std::min(length * runs, (1 << 20) / length * length))
+            << "1 MB at most";
+        EXPECT_EQ(std::string(molte::text_of(string)).find_first_not_of('d'), std::string::npos);
+    }
+    EXPECT_EQ(GetRvexErrNo(), 124U);
+    Table table;
+    EXPECT_EQ(parse(table, in_table("<ITEM value='" + std::string(2046, 'v') + "'/>")), 1);
+    EXPECT_EQ(texts_of(table), "0=;");
+    EXPECT_EQ(history_of_this_thread(), kRootLines + ", 74 rcxmlpro");
+}
+
+TEST_F(StringResource, Encodings) {
+    const std::string gbk = in_table("<ITEM id='1' value='\xB0\xA1\x81\x5C'/>");
+    const std::string utf16 = "\xFF\xFE<\0O\0R\0V\0E\0X\0_\0R\0E\0S\0O\0U\0R\0C\0E\0/\0>\0"s;
+    const tuple<std::string, bool, std::string> rows[] = {
+        {"<?xml version='1.0' encoding='gb2312'?>" + gbk, true, "1=\xB0\xA1\x81\x5C;"},
+        {"<?xml version='1.0' encoding='GB18030'?>" + gbk, true, "1=\xB0\xA1\x81\x5C;"},
+        {"<?xml version='1.0' encoding='big5'?>" + gbk, false, ""},
+        {"<?xml version='1.0' encoding='gb2312'?>" + in_table("<ITEM value='\xB0\x31'/>"), false,
+         ""},
+        {gbk, false, ""},
+        {utf16, true, ""}};
+    for (const auto& [text, good, texts] : rows) {
+        Table table;
+        EXPECT_EQ(parse(table, text), good ? 1 : -1) << text;
+        EXPECT_EQ(texts_of(table), texts);
+        EXPECT_EQ(history_of_this_thread().ends_with("451 rcxmlpro"), !good) << text;
+    }
+}
+
+TEST_F(StringResource, HostileFiles) {
+    std::string bomb = "<!DOCTYPE ORVEX_RESOURCE [<!ENTITY a 'aaaaaaaaaaaaaaaa'>";
+    for (char c = 'b'; c <= 'l'; ++c) {
+        bomb += "<!ENTITY "s + c + " '";
+        for (int i = 0; i < 16; ++i) bomb += "&"s + static_cast<char>(c - 1) + ";";
+        bomb += "'>";
+    }
+    bomb += "]>" + in_table("<ITEM><STRDATA>&l;</STRDATA></ITEM>");
+    std::string deep = "<ORVEX_RESOURCE><STRINGTABLE>";
+    for (int i = 0; i < 100000; ++i) deep += "<ITEM>";
+    const std::string good = in_table("<ITEM id='1' value='x'/>");
+    for (const std::string& text :
+         {bomb, deep, "<"s, "x"s, "<ORVEX_RESOURCE><STRINGTABLE></ORVEX_RESOURCE>"s, good + good,
+          good.substr(0, good.size() - 1), "\0"s, in_table("\xFF"), std::string(70000, '\n')}) {
+        Table table;
+        EXPECT_EQ(parse(table, text), -1) << text.substr(0, 80);
+        EXPECT_EQ(table.pItems, nullptr);
+    }
+    Table table;
+    EXPECT_EQ(molte::RCXML_ParseBuffer(table, good.c_str(), 0), 1) << "up to its terminator";
+    EXPECT_EQ(texts_of(table), "1=x;");
+}
+
+// More than is parsed in one go, with a run and an element at each place.
+TEST_F(StringResource, LargeFilesAreReadWhole) {
+    const TempFolder folder;
+    for (const Text line_end : {"\n", ""}) {
+        std::string items;
+        std::string expected;
+        for (int i = 1000; i > 0; --i) {
+            const std::string number = std::to_string(i);
+            items += "<ITEM id='" + number + "'><STRDATA>a b " + line_end + std::string(50, 'c') +
+                     " d" + std::string(static_cast<size_t>(i % 90), 'e') + line_end +
+                     "f</STRDATA></ITEM>" + line_end + std::string(100, ' ');
+        }
+        for (int i = 1; i <= 1000; ++i) {
+            expected += std::to_string(i) + "=a b" + (*line_end != '\0' ? "" : " ") +
+                        std::string(50, 'c') + " d" +
+                        std::string(static_cast<size_t>(i % 90), 'e') + "f;";
+        }
+        Table table;
+        const std::string file = folder.write("large.xml", "\xEF\xBB\xBF" + in_table(items));
+        EXPECT_EQ(molte::RCXML_LoadFile(table, file.c_str()), 1);
+        EXPECT_EQ(texts_of(table), expected);
+    }
+    Table table;
+    EXPECT_EQ(molte::RCXML_LoadFile(table, (folder / "missing.xml").c_str()), -1);
+    EXPECT_EQ(molte::RCXML_LoadFile(table, folder.write("empty.xml", "").c_str()), -1);
+    EXPECT_TRUE(history_of_this_thread().ends_with("451 rcxmlpro"));
+}
+
+TEST_F(StringResource, RowsOfLanguages) {
+    molte::RCXML_LangTable();
+    EXPECT_EQ(molte::RCXML_LangTable(), 1);
+    const tuple<uint32_t, Text, Text> rows[] = {{2052, "zh cn 2052", "zh default 4"},
+                                                {4, "zh default 4", "zh default 4"},
+                                                {1033, "en us 1033", "en default 9"},
+                                                {11274, "es ar 11274", "es default 10"},
+                                                {2060, nullptr, "fr default 12"},
+                                                {1, "ar default 1", "ar default 1"},
+                                                {0x7F, nullptr, nullptr},
+                                                {0xFFFFFC04, nullptr, "zh default 4"}};
+    const auto name = [](const molte::RC_LANG* row) {
+        return row == nullptr
+                   ? ""s
+                   : row->szLang + " "s + row->szLocale + " " + std::to_string(row->nLCID);
+    };
+    for (const auto& [lcid, exact_row, neutral_row] : rows) {
+        const molte::RC_LANG* exact = nullptr;
+        const molte::RC_LANG* neutral = nullptr;
+        const bool found = exact_row != nullptr || neutral_row != nullptr;
+        EXPECT_EQ(molte::RCXML_FindLang(lcid, &exact, &neutral), found ? 1 : -1);
+        EXPECT_EQ(name(exact), exact_row != nullptr ? exact_row : "") << lcid;
+        EXPECT_EQ(name(neutral), neutral_row != nullptr ? neutral_row : "") << lcid;
+    }
+}
+
+class LoadedResource : public testing::Test {
+ protected:
+    LoadedResource() {
+        ORVEX_SetMainPath(root_.str().c_str());
+        fs::create_directory(root_.path() / "CONF");
+        for (const auto& [path, text] : {std::pair<Text, Text>{"zh/cn/moltelibrc_zh.xml", "cn"},
+                                         {"zh/tw/moltelibrc_zh.xml", "tw"},
+                                         {"zh/default/moltelibrc_zh.xml", "zh"},
+                                         {"es/default/moltelibrc_es.xml", "es"}}) {
+            fs::create_directories((root_.path() / "resource" / path).parent_path());
+            root_.write("resource/"s + path, in_table("<ITEM id='20' value='"s + text + "'/>"));
+        }
+    }
+    ~LoadedResource() override { molte::RCXML_Release(); }
+
+    // The text that error 20 has with these parameters.
+    std::string text_with(const std::string& parameters) {
+        root_.write("CONF/rvexinit.ini", parameters);
+        molte::RCXML_Init();
+        return GetRVEXErrStrByErrno(20);
+    }
+
+    TempFolder root_;
+};
+
+TEST_F(LoadedResource, TheFileOfTheLanguage) {
+    EXPECT_STREQ(GetRVEXErrStrByErrno(20), "Unknown");
+    const std::pair<Text, Text> rows[] = {
+        {"DEF_LANG_ID = 2052\n", "cn"},
+        {"DEF_LANG_ID = 2052\nDEF_LOCAL_ID = tw\n", "cn"},  // loaded already
+        {"DEF_LANG_ID = 4\n", "zh"},
+        {"DEF_LANG_ID = 2052\nDEF_LOCAL_ID = tw\n", "tw"},
+        {"DEF_LANG_ID = 1033\nDEF_LOCAL_ID = tw\n", "cn"},  // none in English
+        {"DEF_LANG_ID = 1028\nDEF_LOCAL_ID = nosuch\n", "tw"},
+        {"DEF_LANG_ID = 3082\n", "es"},
+        {"DEF_LANG_ID = 127\n", "cn"}};
+    for (const auto& [parameters, text] : rows)
+        EXPECT_EQ(text_with(parameters), text) << parameters;
+    EXPECT_STREQ(GetRVEXErrStrByErrno(21), "Unknown");
+    EXPECT_EQ(molte::RCXML_GetString(21), nullptr);
+    EXPECT_EQ(molte::RCXML_GetString(0), nullptr);
+    EXPECT_EQ(molte::RCXML_Release(), 1);
+    EXPECT_EQ(molte::RCXML_GetString(20), nullptr);
+    for (const Text folder : {"cn", "tw", "default"})
+        fs::remove_all(root_.path() / "resource/zh" / folder);
+    EXPECT_EQ(text_with("DEF_LANG_ID = 1033\n"), "Unknown");
+    fs::create_directories(root_.path() / "resource/en/us");
+    root_.write("resource/en/us/moltelibrc_en.xml", "<broken");
+    EXPECT_EQ(text_with("DEF_LANG_ID = 1033\n"), "Unknown");
+    EXPECT_EQ(text_with("DEF_LANG_ID = 10\n"), "es");
+}
+
+// The numbers that the library raises.
+std::vector<uint32_t> raised_numbers() {
+    constexpr std::pair<uint32_t, uint32_t> ranges[] = {
+        {1, 5},       {7, 7},      {10, 10},   {12, 15},   {17, 17},   {20, 20},     {23, 23},
+        {26, 29},     {36, 36},    {50, 52},   {72, 76},   {78, 87},   {101, 101},   {103, 103},
+        {115, 115},   {117, 117},  {120, 120}, {124, 124}, {127, 128}, {132, 132},   {134, 134},
+        {140, 143},   {146, 147},  {202, 202}, {250, 251}, {253, 263}, {265, 265},   {271, 277},
+        {283, 283},   {286, 289},  {291, 294}, {296, 303}, {305, 305}, {401, 410},   {412, 419},
+        {421, 429},   {432, 435},  {501, 501}, {900, 900}, {930, 936}, {1000, 1001}, {1200, 1208},
+        {2624, 2624}, {3501, 3504}};
+    std::vector<uint32_t> numbers;
+    for (const auto& [first, last] : ranges) {
+        for (uint32_t n = first; n <= last; ++n) numbers.push_back(n);
+    }
+    for (const uint32_t base : {20001U, 20101U, 20201U, 20301U, 20401U}) {
+        for (uint32_t item = 0; item < 6; ++item) numbers.push_back(base + item);
+    }
+    return numbers;
+}
+
+TEST(ShippedResource, EveryNumberHasOneTextInEveryLanguage) {
+    for (const auto& [path, lcid] : {std::pair<Text, int32_t>{"zh/cn/moltelibrc_zh.xml", 0x804},
+                                     {"en/us/moltelibrc_en.xml", 0x409},
+                                     {"es/es2/moltelibrc_es.xml", 0x40A}}) {
+        molte::RCXML_SetLocale(static_cast<uint32_t>(lcid));
+        Table table;
+        ORVEX_Err_ClearError();
+        ASSERT_EQ(molte::RCXML_LoadFile(table, (RESOURCE_FOLDER "/"s + path).c_str()), 1);
+        EXPECT_EQ(history_of_this_thread(), kRootLines) << "no fault in it";
+        EXPECT_EQ(table.nLangId, lcid);
+        std::map<uint32_t, std::string> texts;
+        for (int32_t i = 0; i < table.nCount; ++i) {
+            EXPECT_TRUE(texts.emplace(table.pItems[i].nId, molte::text_of(table.pItems[i])).second)
+                << table.pItems[i].nId << " is there twice";
+        }
+        for (const uint32_t number : raised_numbers()) EXPECT_NE(texts[number], "") << number;
+    }
+}
+
+TEST(ShippedResource, TextsComeUpWithTheLibrary) {
+    const TempFolder root;
+    fs::create_directory(root.path() / "CONF");
+    fs::copy(RESOURCE_FOLDER, root.path() / "resource", fs::copy_options::recursive);
+    ORVEX_SetMainPath(root.str().c_str());
+    const std::pair<Text, Text> rows[] = {{"1033", "Out of memory"},
+                                          {"2052", "\xC4\xDA\xB4\xE6\xB2\xBB\xD7\xE3"},
+                                          {"1034", "Memoria insuficiente"}};
+    for (const auto& [language, text] : rows) {
+        root.write("CONF/rvexinit.ini", "DEF_LANG_ID = "s + language + "\n");
+        g_stLangVar.bInited = 0;
+        ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
+        EXPECT_STREQ(GetRVEXErrStrByErrno(20), text);
+        ORVEX_BASE_ReleaseVar();
+        EXPECT_STREQ(GetRVEXErrStrByErrno(20), "Unknown");
+    }
+}
+
+}  // namespace
