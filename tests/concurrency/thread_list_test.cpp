@@ -1,3 +1,5 @@
+#include <future>
+
 #include "support/test.h"
 
 namespace {
@@ -45,26 +47,24 @@ std::vector<uint32_t> ids(const MOLTE_THREADLIST& list) {
 TEST(ThreadList, ThreadsComeAndGoInAnyOrder) {
     List owner;
     std::thread threads[3];
-    std::atomic<bool> leave[3] = {};
+    std::promise<void> added[3];
+    std::promise<void> leave[3];
     for (size_t i = 0; i < 3; ++i) {
-        std::atomic<bool> added{false};
-        threads[i] = std::thread([&owner, &added, &leave = leave[i]] {
+        threads[i] = std::thread([&owner, &added = added[i], &leave = leave[i]] {
             MOLTE_THREADLIST_Add(&owner.list, "visitor", 1);
-            added = true;
-            added.notify_one();
-            leave.wait(false);
+            added.set_value();
+            leave.get_future().wait();
             MOLTE_THREADLIST_Remove(&owner.list);
             MOLTE_THDATA_GetData()->pCallTrace = nullptr;
             MOLTE_THDATA_FreeData();
         });
-        added.wait(false);
+        added[i].get_future().wait();
     }
     const std::vector<uint32_t> all = ids(owner.list);
     std::vector<uint32_t> there = all;
     ASSERT_EQ(all.size(), 3U);
     for (const size_t i : {1U, 0U, 2U}) {
-        leave[i] = true;
-        leave[i].notify_one();
+        leave[i].set_value();
         threads[i].join();
         std::erase(there, all[i]);
         EXPECT_EQ(ids(owner.list), there);
