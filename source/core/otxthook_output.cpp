@@ -7,6 +7,7 @@
 #include "moltelib/clock.h"
 #include "moltelib/error.h"
 #include "moltelib/thread_data.h"
+#include "platform/ticks.h"
 
 using namespace molte::hooks;
 
@@ -31,9 +32,12 @@ bool may_be_taken(uint32_t mask) {
     return agree(mask, installed_bits.load(std::memory_order_acquire));
 }
 
-int32_t seconds_of(int64_t ticks) {
+// Adds a span to a sum of ticks; the whole seconds of the sum follow it.
+void add_time(int64_t span, int64_t* ticks, int32_t* seconds) {
     static const int64_t per_second = MOLTE_HiResoTickPerSec();
-    return static_cast<int32_t>(ticks / per_second);
+    *ticks += span;
+    const int64_t rest = *ticks - *seconds * per_second;
+    if (rest < 0 || rest >= per_second) *seconds = static_cast<int32_t>(*ticks / per_second);
 }
 
 // Gives a text to the hooks that take it, newest first, and counts the time. The clock is read once
@@ -41,20 +45,20 @@ int32_t seconds_of(int64_t ticks) {
 template <typename Takes>
 void offer(uint32_t mask, const char* text, int32_t length, Takes takes) {
     const Walk walk;
-    int64_t first = 0;
-    int64_t last = 0;
+    int64_t total = 0;
+    uint64_t last = 0;
     for (OTXTHOOK_NODE* node = state().pHead; node != nullptr; node = node->pNext) {
         if (!takes(*node)) continue;
-        if (first == 0) first = last = MOLTE_HiResoTickCount();
+        if (last == 0) last = platform::span_reading();
         node->pfnOutText(mask, node->pUserData, node->nDataSize, text, length);
-        const int64_t now = MOLTE_HiResoTickCount();
-        node->n64TotalTicks += now - last;
-        node->nTotalSec = seconds_of(node->n64TotalTicks);
+        const uint64_t now = platform::span_reading();
+        const int64_t span = platform::span_ticks(last, now);
+        add_time(span, &node->n64TotalTicks, &node->nTotalSec);
+        total += span;
         last = now;
     }
-    if (first == 0 || state().bInited == 0) return;
-    state().n64OutputTicks += last - first;
-    state().nOutputSec = seconds_of(state().n64OutputTicks);
+    if (last == 0 || state().bInited == 0) return;
+    add_time(total, &state().n64OutputTicks, &state().nOutputSec);
 }
 
 // The length of what vsnprintf has put into a buffer.

@@ -1,5 +1,6 @@
 // Adding to the binary error log and retrieving from it.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "core/owners.h"
@@ -7,6 +8,7 @@
 #include "moltelib/array.h"
 #include "moltelib/binary_error_log.h"
 #include "moltelib/byte_field.h"
+#include "moltelib/clock.h"
 #include "moltelib/date_time.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
@@ -19,6 +21,7 @@ constexpr molte::Module kModule("oxerrlog");
 constexpr uint32_t kBadArgument = 50;
 constexpr uint32_t kBadLog = 298;
 constexpr uint8_t kKind = 1;
+constexpr int32_t kOpenTries = 10;
 constexpr size_t kPathSize = 256;
 constexpr int32_t kEntriesAtOnce = 64;
 constexpr int32_t kKiB = 1024;
@@ -59,6 +62,16 @@ int32_t make_log(const char* path) {
     return _access(path, 0) == 0 ? 1 : BERRLOG_CreateFile(path, 0);
 }
 
+// On Windows a file can't be opened in the moment in which it gets its name.
+bool open_when_named(const char* path, OpenLog* log) {
+    for (int32_t tries = 0; tries < kOpenTries; ++tries) {
+        if (log->open(path)) return true;
+        if (errno != EACCES) return false;
+        ORVEX_SleepMilli(1);
+    }
+    return false;
+}
+
 // The next block, from its beginning. The handle counts no blocks, so this is always block 0: a
 // full block is begun again at the same place. This is meant.
 void begin_block_again(OpenLog* log, BERRLOG_BLOCK* block, int32_t* number) {
@@ -92,7 +105,7 @@ int32_t add_entry(const char* path, const char* text, int32_t length) {
     if (block == nullptr) return kModule.trace(205);
     if (_access(path, 0) != 0 && make_log(path) < 0) return kModule.trace(208);
     OpenLog log;
-    if (!log.open(path)) return kModule.trace(210);
+    if (!open_when_named(path, &log)) return kModule.trace(210);
     auto number = static_cast<int32_t>(Char4To_uint4(log.map()->nCurBlock));
     if (BERRLOG_ReadBlock(log.get(), number, block.get()) < 0) return kModule.trace(213);
     if (BERRLOG_UTIL_CanHoldLog(block.get(), &length) == 0) {

@@ -2,6 +2,8 @@
 // platform/time.h.
 #pragma once
 
+#include <cstdint>
+
 #include "platform/time.h"
 #include "platform/types.h"
 
@@ -25,3 +27,14 @@ DWORD GetTickCount();
 void Sleep(DWORD milliseconds);
 
 #endif
+
+namespace platform {
+
+// For measuring short spans at the least cost: a reading of the processor's own counter where the
+// system keeps its time by it, else of the clock. Readings mean something in differences alone.
+std::uint64_t span_reading();
+
+// The ticks of QueryPerformanceCounter between two readings; 0 for readings in the wrong order.
+std::int64_t span_ticks(std::uint64_t from, std::uint64_t to);
+
+}  // namespace platform
