@@ -80,7 +80,7 @@ int32_t MOLTE_GetAppVersion(const char* pszPath, MOLTE_APPVERSION* pVersion) {
 
 int32_t MOLTE_GetAppVerString(const char* pszPath, char* pszDst) {
     if (pszDst == nullptr) return bad_argument();
-    MOLTE_APPVERSION version;
+    MOLTE_APPVERSION version{};
     if (MOLTE_GetAppVersion(pszPath, &version) < 0) return kModule.trace(3573);
     MOLTE_AppVersionToString(&version, pszDst);
     return 1;
@@ -111,7 +111,7 @@ int32_t UTIL_IsPrintVer(int32_t nArgc, char** ppszArgv) {
     if (!has_option(nArgc, ppszArgv, "-printver")) return 0;
     char path[4096];
     const bool known = MOLTE_Win_GetExeName(path, sizeof path) > 0;
-    MOLTE_APPVERSION version;
+    MOLTE_APPVERSION version{};
     if (MOLTE_GetAppVersion(known ? path : ppszArgv[0], &version) > 0) {
         print_version(version);
     } else {
