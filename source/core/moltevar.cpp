@@ -16,6 +16,7 @@
 #include "moltelib/file.h"
 #include "moltelib/language.h"
 #include "moltelib/memory.h"
+#include "moltelib/parameter_registry.h"
 #include "moltelib/state.h"
 #include "moltelib/text_hook.h"
 #include "moltelib/thread.h"
@@ -75,25 +76,16 @@ void name_program() {
     name.copy(g_stBv.szAppShortName, sizeof g_stBv.szAppShortName - 1);
 }
 
-// A program need not have a version: that is no failure, and leaves no error.
+// A program need not have a version.
 void version_program() {
     if (g_stBv.szAppVersion[0] != '\0' || g_stBv.szAppName[0] == '\0') return;
-    ORVEX_ERRDATA before;
-    ORVEX_CopyErrData(&before);
-    if (MOLTE_GetAppVerString(g_stBv.szAppName, g_stBv.szAppVersion) < 0) {
-        *ORVEX_GetErrData() = before;
-    }
+    MOLTE_GetAppVerString(g_stBv.szAppName, g_stBv.szAppVersion);
 }
 
 void measure_program() {
     OXSTAT64 state{};
     const bool known = ORVEX_FileStatByFileName(g_stBv.szAppName, &state) >= 0;
     g_stBv.nAppFileSize = known ? static_cast<int32_t>(state.st_size) : 0;
-}
-
-// What the library's parameters give as soon as they are read.
-void set_parameter_defaults() {
-    g_stBv.bSupportStackTrace = 1;
 }
 
 // All steps behind the count: a failure here is final.
@@ -105,22 +97,17 @@ int32_t bring_up_rest() {
     name_program();
     version_program();
     measure_program();
+    if (MOLTE_PARAMADM_Init(&g_stBv.stParamAdm) < 0) return kModule.trace(410);
     if (OXLANG_Init() < 0) return kModule.trace(413);
-    set_parameter_defaults();
+    if (MOLTE_PARAM_Init() < 0) return kModule.trace(415);
     MOLTE_InitCrit(&g_stBv.stCounterLock);
     molte::RCXML_Init();  // without texts an error reads "Unknown"
     return 1;
 }
 
-void release_parameters() {
-    MOLTE_ReleaseCrit(&g_stBv.stParamAdm.stLock);
-    ORVEX_free(g_stBv.stParamAdm.stItems.pData);
-    g_stBv.stParamAdm = {};
-}
-
 void release_state() {
     PA_Release(&g_stBv.stLineBufList);
-    release_parameters();
+    MOLTE_PARAMADM_Release(&g_stBv.stParamAdm);
     MOLTE_ReleaseCrit(&g_stBv.stCounterLock);
     MOLTE_THDATA_FreeData();
     MOLTE_THDATA_Destroy();
@@ -140,7 +127,13 @@ int32_t ORVEX_BASE_InitVar(void) {
     MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
     molte::remember_host_name();
     raise_count();
-    return bring_up_rest();
+    // What the INI file or the program lacks is no failure: who comes here by the way of a report
+    // keeps the error he has.
+    ORVEX_ERRDATA before;
+    ORVEX_CopyErrData(&before);
+    const int32_t result = bring_up_rest();
+    if (result > 0) ORVEX_SetErrData(&before);
+    return result;
 }
 
 int32_t ORVEX_BASE_ReleaseVar(void) {

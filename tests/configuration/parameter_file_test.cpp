@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "support/test.h"
 #include "support/unprivileged.h"
 
@@ -175,28 +177,22 @@ TEST_F(ParameterFile, AFileIsTouchedOnlyToChange) {
 TEST_F(ParameterFile, RefusedArgumentsAndFiles) {
     char value[MOLTE_PARAM_SLOT] = "v";
     const char* no_name[] = {nullptr};
-    EXPECT_EQ(PARAMETER_GetValue(nullptr, "n", value), -1);
-    EXPECT_EQ(PARAMETER_GetValue(path_.c_str(), nullptr, value), -1);
-    EXPECT_EQ(PARAMETER_GetValue(path_.c_str(), "n", nullptr), -1);
-    EXPECT_EQ(PARAMETER_SetValueArray(path_.c_str(), no_name, value, 1), -1);
+    const char* path = path_.c_str();
+    const int32_t results[] = {
+        PARAMETER_GetValue(nullptr, "n", value),  PARAMETER_GetValue(path, nullptr, value),
+        PARAMETER_GetValue(path, "n", nullptr),   PARAMETER_SetValueArray(path, no_name, value, 1),
+        PARAMETER_SetValue(path, "a\nb", "1"),    PARAMETER_SetValue(path, "", "1"),
+        PARAMETER_SetValue(path, "a", "1\nb = 2")};
+    for (const int32_t result : results) EXPECT_EQ(result, -1);
     EXPECT_EQ(error_of_this_thread(), "50 oxparam");
-    for (const auto& [name, text] : std::vector<tuple<const char*, const char*>>{
-             {"a\nb", "1"}, {"", "1"}, {"a", "1\nb = 2"}}) {
-        EXPECT_EQ(PARAMETER_SetValue(path_.c_str(), name, text), -1);
-        EXPECT_EQ(GetRvexErrNo(), 50U);
-    }
     EXPECT_EQ(read_bytes(path_), "");
-
-    const std::string dir = folder_.str();
-    EXPECT_EQ(PARAMETER_GetValue(dir.c_str(), "n", value), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxparam " + dir.substr(0, 144));
-    EXPECT_EQ(error_line_of_this_thread(), 119);
-    EXPECT_STREQ(value, "v");
     ORVEX_Err_ClearError();
-    EXPECT_EQ(PARAMETER_SetValue(dir.c_str(), "n", "1"), -1);
-    EXPECT_EQ(history_of_this_thread(), "200 oxparam, 226 oxparam");
-    const std::string nowhere = folder_ / "none/p.ini";
-    EXPECT_EQ(PARAMETER_GetValue(nowhere.c_str(), "n", value), -1);
+    const std::string dir = folder_.str();
+    EXPECT_EQ(told(PARAMETER_GetValue(dir.c_str(), "n", value)), "1 oxparam " + dir + " @119");
+    EXPECT_EQ(told(PARAMETER_SetValue(dir.c_str(), "n", "1")),
+              "1 oxparam " + dir + " @119 < 200 oxparam, 226 oxparam");
+    EXPECT_STREQ(value, "v");
+    EXPECT_EQ(PARAMETER_GetValue((folder_ / "none/p.ini").c_str(), "n", value), -1);
     EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], ENOENT);
 }
 
@@ -209,9 +205,8 @@ TEST_F(ParameterFile, WithoutPermission) {
     EXPECT_EQ(value_of(path_, "Name"), "1");  // to be read is enough
     EXPECT_EQ(PARAMETER_SetValue(path_.c_str(), "Name", "1"), 1);
     EXPECT_EQ(PARAMETER_SetValue(path_.c_str(), "Name", "2"), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxparam " + path_);
-    EXPECT_EQ(error_line_of_this_thread(), 231);
     EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], EACCES);
+    EXPECT_EQ(told(-1), "1 oxparam " + path_ + " @231");
 }
 #endif
 
@@ -229,12 +224,9 @@ CHILD_ROLE(sets_a_thousand_times) {
 // Whoever waits for the lock waits a second, in which the other is long done.
 TEST_F(ParameterFile, ProcessesLoseNothingOfEachOther) {
     folder_.write("p.ini", "# head\n\nOne = 0\nKept = as it is\nTwo = 0\n  odd # 1\n");
-    {
-        ChildProcess one("sets_a_thousand_times", {path_, "One"});
-        ChildProcess two("sets_a_thousand_times", {path_, "Two"});
-        EXPECT_EQ(one.wait(), 0);
-        EXPECT_EQ(two.wait(), 0);
-    }
+    ChildProcess one("sets_a_thousand_times", {path_, "One"});
+    ChildProcess two("sets_a_thousand_times", {path_, "Two"});
+    EXPECT_EQ(one.wait() + two.wait(), 0);
     EXPECT_EQ(read_bytes(path_),
               "# head\n\nOne = One1000\nKept = as it is\nTwo = Two1000\n  odd # 1\n");
 }
@@ -243,144 +235,116 @@ TEST_F(ParameterFile, ProcessesLoseNothingOfEachOther) {
 
 class DefaultFile : public testing::Test {
  protected:
-    DefaultFile() { write_ini(""); }
-    void write_ini(const std::string& bytes) { write("rvexinit.ini", bytes); }
+    DefaultFile() {
+        fs::create_directory(conf());
+        ORVEX_SetMainPath(root_.str().c_str());
+        ORVEX_Err_ClearError();
+    }
+    [[nodiscard]] fs::path conf() const { return root_.path() / "CONF"; }
     void write(const std::string& name, const std::string& bytes) {
         root_.write("CONF/" + name, bytes);
     }
     [[nodiscard]] std::string read(const std::string& name) const {
-        std::string bytes = read_bytes(root_.path() / "CONF" / name);
+        std::string bytes = read_bytes(conf() / name);
         std::erase(bytes, '\r');
         return bytes;
     }
-    void SetUp() override {
-        ORVEX_SetMainPath(root_.str().c_str());
-        ORVEX_Err_ClearError();
-    }
-    struct Root : TempFolder {
-        Root() { fs::create_directory(path() / "CONF"); }
-    } root_;
+    TempFolder root_;
 };
 
 TEST_F(DefaultFile, Texts) {
-    char value[MOLTE_PARAM_SLOT];
+    char value[2][MOLTE_PARAM_SLOT];
+    const char* names[] = {"Absent", "Name"};
     EXPECT_EQ(ORVEX_PARAMETER_SetValue("Name", "some text"), 1);
     EXPECT_EQ(read("rvexinit.ini"), "Name = some text\n");
-    EXPECT_EQ(ORVEX_PARAMETER_GetValue("Name", value), 1);
-    EXPECT_STREQ(value, "some text");
-    EXPECT_EQ(get_RVEX_src("Absent", value), -1);
-    EXPECT_EQ(error_of_this_thread(), "52 oxparam Absent");
-    EXPECT_EQ(error_line_of_this_thread(), 364);
-    const char* names[] = {"Absent", "Name"};
-    char values[2][MOLTE_PARAM_SLOT];
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueArray(names, values[0], 2), 1);
-    EXPECT_STREQ(values[1], "some text");
+    EXPECT_EQ(ORVEX_PARAMETER_GetValue("Name", value[0]), 1);
+    EXPECT_EQ(ORVEX_PARAMETER_GetValueArray(names, value[0], 2), 1);
+    EXPECT_STREQ(value[1], "some text");
+    EXPECT_EQ(told(get_RVEX_src("Absent", value[0])), "52 oxparam Absent @364");
     EXPECT_EQ(ORVEX_PARAMETER_SetValueInt("Name", INT32_MIN), 1);
     EXPECT_EQ(read("rvexinit.ini"), "Name = -2147483648\n");
+
+    int32_t x = 0;
+    int32_t y = 0;
     EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName("other.ini"), 1);
-    EXPECT_EQ(ORVEX_PARAMETER_SetValueByFN("x.cfg", "X", "7"), 1);
     EXPECT_EQ(ORVEX_PARAMETER_SetValue("Y", "8"), 1);
-    int32_t number = 0;
-    EXPECT_EQ(ORVEX_PARAMETER_GetIntValueByFN("x.cfg", "X", &number), 1);
-    EXPECT_EQ(number, 7);
-    EXPECT_EQ(ORVEX_PARAMETER_GetIntValueByFN(nullptr, "Y", &number), 1);  // the default file
-    EXPECT_EQ(number, 8);
+    EXPECT_EQ(ORVEX_PARAMETER_GetIntValueByFN(nullptr, "Y", &y), 1);  // the default file
     EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName("rvexinit.ini"), 1);
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueByFN("x.cfg", "Y", value), -1);
-    EXPECT_EQ(error_of_this_thread(), "52 oxparam Y");
-    EXPECT_EQ(ORVEX_PARAMETER_SetValueByFN(nullptr, "X", "7"), -1);
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueByFN(std::string(600, 'n').c_str(), "X", value), -1);
-    EXPECT_EQ(GetRvexErrNo(), 50U);
-    EXPECT_EQ(ORVEX_PARAMETER_GetDefaultUserName(nullptr), -1);
+    EXPECT_EQ(ORVEX_PARAMETER_SetValueByFN("x.cfg", "X", "7"), 1);
+    EXPECT_EQ(ORVEX_PARAMETER_GetIntValueByFN("x.cfg", "X", &x), 1);
+    EXPECT_EQ(x * 10 + y, 78);
+    EXPECT_EQ(error_of(ORVEX_PARAMETER_GetValueByFN("x.cfg", "Y", value[0])), "52 oxparam Y");
+    EXPECT_EQ(error_number_of(ORVEX_PARAMETER_SetValueByFN(nullptr, "X", "7")), 50U);
+    const std::string endless(600, 'n');
+    EXPECT_EQ(error_number_of(ORVEX_PARAMETER_SetValueByFN(endless.c_str(), "X", "7")), 50U);
 }
 
-TEST_F(DefaultFile, Numbers) {
-    write_ini(
-        "a = 12 # x\nb = -5x\nc = x\nd =  +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n");
-    using Read = int32_t (*)(const char*, int32_t*);
-    const Read read_int = ORVEX_PARAMETER_GetValueInt;
-    const Read read_bool = ORVEX_PARAMETER_GetValueBool;
-    const Read read_by_name = [](const char* name, int32_t* out) {
-        return ORVEX_PARAMETER_GetIntValueByFN("rvexinit.ini", name, out);
+TEST_F(DefaultFile, NumbersMomentsServers) {
+    write("rvexinit.ini",
+          "a = 12 # x\nb = -5x\nc = x\nd =  +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n"
+          "t = 20240229235958 and more\ns = 2024022923595\nDBServerName = db\n");
+    int32_t value = 0;
+    const auto read_int = [&](Text name) { return ORVEX_PARAMETER_GetValueInt(name, &value); };
+    const auto read_bool = [&](Text name) { return ORVEX_PARAMETER_GetValueBool(name, &value); };
+    const auto read_from = [&](Text name) {
+        return ORVEX_PARAMETER_GetIntValueByFN("rvexinit.ini", name, &value);
     };
-    struct Case {
-        Read read;
-        const char* name;
-        int32_t result, value;
-        const char* error;
-        int line;
-        const char* history;
-    };
-    for (const auto& c : std::vector<Case>{
-             {read_int, "a", 1, 12, "0 ", 0, ""},
-             {read_int, "b", 1, -5, "0 ", 0, ""},
-             {read_int, "d", 1, 7, "0 ", 0, ""},
-             {read_int, "e", 1, 1, "0 ", 0, ""},
-             {read_int, "c", -1, 99, "257 oxparam name=c val=x", 47, ""},
-             {read_int, "z", -1, 99, "52 oxparam z", 364, "44 oxparam"},
-             {read_bool, "h", 1, 1, "0 ", 0, ""},
-             {read_bool, "f", -1, 99, "413 oxparam name=f value=2 not 0 or 1", 75, ""},
-             {read_bool, "c", -1, 99, "258 oxparam name=c val=x", 70, ""},
-             {read_bool, "z", -1, 99, "52 oxparam z", 364, "67 oxparam"},
-             {read_by_name, "c", -1, 99, "257 oxparam name=c val=x", 542, ""},
-         }) {
-        ORVEX_Err_ClearError();
-        int32_t value = 99;
-        EXPECT_EQ(c.read(c.name, &value), c.result) << c.name;
-        EXPECT_EQ(value, c.value) << c.name;
-        EXPECT_EQ(error_of_this_thread(), c.error);
-        EXPECT_EQ(error_line_of_this_thread(), c.line);
-        EXPECT_EQ(history_of_this_thread(), c.history);
-        EXPECT_EQ(c.read(c.name, nullptr), -1);
-    }
-    ORVEX_Err_ClearError();
-    int32_t number = 0;
-    EXPECT_EQ(read_by_name("z", &number), -1);
-    EXPECT_EQ(history_of_this_thread(), "539 oxparam");
-    int64_t large = 0;
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueLong("g", &large), 1);
-    EXPECT_EQ(large, INT64_C(-9000000000));
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueLong("c", &large), 1);  // any text counts
-    EXPECT_EQ(large, 0);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueLong("z", &large), -1);
-    EXPECT_EQ(history_of_this_thread(), "58 oxparam");
-}
-
-TEST_F(DefaultFile, MomentsAndServers) {
-    write_ini("t = 20240229235958 and more\ns = 2024022923595\n");
+    int64_t large = 99;
+    const auto read_long = [&](Text name) { return ORVEX_PARAMETER_GetValueLong(name, &large); };
     ORVEXDATETIME moment{};
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueDateTime("t", &moment), 1);
+    const auto read_moment = [&](Text name) {
+        return ORVEX_PARAMETER_GetValueDateTime(name, &moment);
+    };
+    char server[MOLTE_PARAM_SLOT] = "";
+    const auto read_server = [&](Text) {
+        return ORVEX_PARAMETER_GetServerNameAndPort(server, &value);
+    };
+    const std::vector<tuple<std::function<int32_t(Text)>, Text, std::string, int32_t>> cases = {
+        {read_int, "a", "1", 12},
+        {read_int, "b", "1", -5},
+        {read_int, "d", "1", 7},
+        {read_int, "e", "1", 1},
+        {read_int, "c", "257 oxparam name=c val=x @47", 99},
+        {read_int, "z", "52 oxparam z @364 < 44 oxparam", 99},
+        {read_bool, "h", "1", 1},
+        {read_bool, "f", "413 oxparam name=f value=2 not 0 or 1 @75", 99},
+        {read_bool, "c", "258 oxparam name=c val=x @70", 99},
+        {read_bool, "z", "52 oxparam z @364 < 67 oxparam", 99},
+        {read_from, "c", "257 oxparam name=c val=x @542", 99},
+        {read_long, "z", "52 oxparam z @364 < 58 oxparam", 99},
+        {read_moment, "t", "1", 99},
+        {read_moment, "s", "50 oxdatcnv bad format @458", 99},
+        {read_moment, "z", "52 oxparam z @364 < 87 oxparam", 99},
+        {read_server, "", "1", 6798},
+    };
+    for (const auto& [call, name, result, left] : cases) {
+        value = 99;
+        EXPECT_EQ(told(call(name)), result);
+        EXPECT_EQ(value, left) << name;
+    }
+    EXPECT_EQ(read_from("z"), -1);
+    EXPECT_EQ(history_of_this_thread(), "539 oxparam");
+    EXPECT_EQ(read_long("g"), 1);
+    EXPECT_EQ(large, INT64_C(-9000000000));
+    EXPECT_EQ(read_long("c"), 1);  // any text counts
+    EXPECT_EQ(large, 0);
     char text[32];
     ORVEX_DateTime_DBFmt2DispFmt(&moment, text);
     EXPECT_STREQ(text, "20240229235958");
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueDateTime("s", &moment), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxdatcnv bad format");
-    EXPECT_EQ(error_line_of_this_thread(), 458);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_PARAMETER_GetValueDateTime("z", &moment), -1);
-    EXPECT_EQ(history_of_this_thread(), "87 oxparam");
-
-    char server[MOLTE_PARAM_SLOT];
-    int32_t port = 0;
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerNameAndPort(server, &port), -1);
-    EXPECT_EQ(history_of_this_thread(), "33 oxparam");
-    EXPECT_EQ(port, 6798);
-    write_ini("DBServerName = db\n");
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerNameAndPort(server, &port), 1);
-    EXPECT_EQ(error_of_this_thread(), "52 oxparam DBServerPort");
-    write_ini("DBServerName = db\nDBServerPort = 9\n");
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerNameAndPort(server, &port), 1);
     EXPECT_STREQ(server, "db");
-    EXPECT_EQ(port, 9);
+    EXPECT_EQ(read_server(""), 1);
+    EXPECT_EQ(error_of_this_thread(), "52 oxparam DBServerPort");  // a missing port leaves it
+    ORVEX_PARAMETER_SetValue("DBServerPort", "9");
+    EXPECT_EQ(read_server(""), 1);
+    EXPECT_EQ(value, 9);
+    write("rvexinit.ini", "");
+    EXPECT_EQ(told(read_server("")), "52 oxparam DBServerName @364 < 33 oxparam");
 }
 
 TEST_F(DefaultFile, TheListOfServers) {
     char* list = nullptr;
     int32_t count = 5;
-    EXPECT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), -1);
-    EXPECT_EQ(GetRvexErrNo(), 23U);
+    EXPECT_EQ(error_number_of(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count)), 23U);
     EXPECT_EQ(count, 0);
     ASSERT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("one\0two\0\0three", 4), 1);
     EXPECT_EQ(read("exfsvr.cfg"), "one\ntwo\n\nthree\n");
@@ -400,73 +364,66 @@ TEST_F(DefaultFile, TheListOfServers) {
     EXPECT_EQ(std::string(list), std::string(515, 'a'));
     ORVEX_free(list);
     EXPECT_EQ(ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 1), -1);
-    fs::remove(root_.path() / "CONF" / "exfsvr.cfg");
-    fs::create_directory(root_.path() / "CONF" / "exfsvr.cfg");
+    fs::remove(conf() / "exfsvr.cfg");
+    fs::create_directory(conf() / "exfsvr.cfg");
     EXPECT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("x", 1), -1);
     EXPECT_EQ(error_line_of_this_thread(), 446);
 }
 
 TEST_F(DefaultFile, TheIdentityOfTheMachine) {
-    uint8_t id[16] = {};
-    uint8_t again[16] = {};
-    ASSERT_EQ(ORVEX_PARAMETER_GetServerID(id), 2);
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(again), 1);
-    EXPECT_EQ(std::memcmp(id, again, 16), 0);
-    EXPECT_EQ(read_bytes(root_.path() / "CONF" / "serverid.dat"),
-              std::string(reinterpret_cast<char*>(id), 16));
+    uint8_t id[2][16] = {};
+    ASSERT_EQ(ORVEX_PARAMETER_GetServerID(id[0]), 2);
+    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(id[1]), 1);
+    EXPECT_EQ(std::memcmp(id[0], id[1], 16), 0);
+    EXPECT_EQ(read_bytes(conf() / "serverid.dat"), std::string(reinterpret_cast<char*>(id), 16));
     write("serverid.dat", std::string(15, 'x'));  // too short: made anew
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(again), 2);
+    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(id[1]), 2);
     EXPECT_EQ(error_line_of_this_thread(), 494);
-    EXPECT_NE(std::memcmp(id, again, 16), 0);
-    EXPECT_EQ(fs::file_size(root_.path() / "CONF" / "serverid.dat"), 16U);
+    EXPECT_NE(std::memcmp(id[0], id[1], 16), 0);
+    EXPECT_EQ(fs::file_size(conf() / "serverid.dat"), 16U);
     EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), 0);
     EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), -1);
-    EXPECT_EQ(ORVEX_PARAMETER_GetServerID(nullptr), -1);
 }
 
+#if !defined(_WIN32)  // there the registry of the machine is shared with other programs
+// Only the first failure in a process tells that there is no main path.
 CHILD_ROLE(without_a_main_path) {
     char slot[256];
     int32_t number = 0;
     char* list = nullptr;
     uint8_t id[16];
-    const char* name = "n";
-    const std::string before = "28 oxfname, 36 oxfname, 54 oxfname, ";
-    const auto leaves = [&before](int32_t result, const std::string& lines) {
-        const bool as_told = result == -1 && history_of_this_thread() == before + lines;
-        if (!as_told) tell_parent(history_of_this_thread());
-        return as_told;
+    const std::function<int32_t()> calls[] = {
+        [&] { return ORVEX_PARAMETER_GetValue("n", slot); },
+        [&] { return ORVEX_PARAMETER_SetValue("n", "1"); },
+        [&] { return ORVEX_PARAMETER_GetValueInt("n", &number); },
+        [&] { return ORVEX_PARAMETER_CFGEXFFileName(slot); },
+        [&] { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); },
+        [&] { return ORVEX_PARAMETER_DelServerID(); },
+        [&] { return ORVEX_PARAMETER_GetServerID(id); },
+        [&] { return ORVEX_PARAMETER_GetCFGEXFServer(&list, &number); },
     };
-    switch (std::stoi(args.at(0))) {
-        case 0:
-            return leaves(ORVEX_PARAMETER_GetValue(name, slot), "151 oxfname, 186 oxparam");
-        case 1:
-            return leaves(ORVEX_PARAMETER_SetValue(name, "1"), "151 oxfname, 356 oxparam");
-        case 2:
-            return leaves(ORVEX_PARAMETER_GetValueInt(name, &number),
-                          "151 oxfname, 186 oxparam, 44 oxparam");
-        case 3:
-            return leaves(ORVEX_PARAMETER_CFGEXFFileName(slot), "378 oxparam");
-        case 4:
-            return leaves(ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0), "378 oxparam, 443 oxparam");
-        case 5:
-            return leaves(ORVEX_PARAMETER_DelServerID(), "471 oxparam");
-        default:
-            return ORVEX_PARAMETER_GetServerID(id) == -1 &&
-                   ORVEX_PARAMETER_GetCFGEXFServer(&list, &number) == -1;
-    }
+    const int32_t result = calls[std::stoul(args.at(0))]();
+    tell_parent(result == -1 ? history_of_this_thread() : "no failure");
+    return 0;
 }
 
 TEST(NoMainPath, EveryFunctionLeavesItsLines) {
-#if defined(_WIN32)
-    GTEST_SKIP() << "the registry of the machine is shared with other programs here";
-#else
     const TempFolder registry;
     setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
-    for (int i = 0; i < 7; ++i) {
+    const Texts lines = {"151 oxfname, 186 oxparam",
+                         "151 oxfname, 356 oxparam",
+                         "151 oxfname, 186 oxparam, 44 oxparam",
+                         "378 oxparam",
+                         "378 oxparam, 443 oxparam",
+                         "471 oxparam",
+                         "",
+                         ""};
+    for (size_t i = 0; i < lines.size(); ++i) {
         ChildProcess child("without_a_main_path", {std::to_string(i)});
-        EXPECT_EQ(child.wait(), 1) << i << ' ' << child.read_line();
+        const std::string history = child.read_line();
+        EXPECT_EQ(history.find("28 oxfname, 36 oxfname, 54 oxfname, " + lines[i]), 0U) << history;
     }
-#endif
 }
+#endif
 
 }  // namespace

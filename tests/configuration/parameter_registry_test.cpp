@@ -267,12 +267,226 @@ TEST_F(Registry, BodiesOfSetters) {
     }
 }
 
+// ---- The library's own parameters ----
+
+// An installation with this INI file, in which the library is up.
+class Running {
+ public:
+    explicit Running(const std::string& ini) {
+        ORVEX_SetMainPath(root_.str().c_str());
+        fs::create_directory(root_.path() / "CONF");
+        write_ini(ini);
+        ORVEX_Err_ClearError();
+        EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
+        EXPECT_EQ(taken_error(), "");  // what the file lacks leaves no error
+    }
+    ~Running() { ORVEX_BASE_ReleaseVar(); }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    void write_ini(const std::string& text) { root_.write("CONF/rvexinit.ini", text); }
+    [[nodiscard]] std::string root() const { return root_.str(); }
+
+ private:
+    TempFolder root_;
+};
+
+// The value as the network sees it.
+std::string value_of(const std::string& name) {
+    Record record = record_of(name.c_str());
+    MOLTE_PARAMADM_GetNetVal(&record, 1);
+    const uint8_t* value = record.abyValue;
+    if (record.bValid != 1) return "not there";
+    if (record.nType == 1) return reinterpret_cast<const char*>(value);
+    return std::to_string(record.nType == 0 ? static_cast<int32_t>(Char4To_uint4(value))
+                                            : static_cast<int64_t>(Char8To_uint8(value)));
+}
+
+// The value after the setter ran, with a record of this number or text.
+std::string after(const std::string& name, int32_t mode, int32_t value = 0, Text text = nullptr) {
+    Record record = record_of(name.c_str());
+    uint4ToChar4(static_cast<uint32_t>(value), record.abyValue);
+    if (text != nullptr) std::strcpy(reinterpret_cast<char*>(record.abyValue), text);
+    EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(&record, 1, mode), 1);
+    return value_of(name);
+}
+
+// A row of library_parameters.txt.
+struct Row {
+    std::string name, kind, room, rule, value;
+};
+
+std::vector<Row> rows() {
+    std::ifstream file(TEST_DATA "/library_parameters.txt");
+    std::vector<Row> all;
+    for (Row row; file >> row.name >> row.kind >> row.room >> row.rule >> row.value;) {
+        all.push_back(row);
+    }
+    EXPECT_EQ(all.size(), 35U);
+    return all;
+}
+
+void set_what_parameters_show() {
+    int64_t* const counters = &g_stBv.n64ReadCount;  // six in a row
+    for (int64_t i = 0; i < 6; ++i) counters[i] = i + 1;
+    *counters = INT64_C(-5000000000);
+    std::strcpy(g_stBv.szAppVersion, "7.7.7.7");
+}
+
+TEST(LibraryParameters, ValuesOfAFreshInstallation) {
+    set_what_parameters_show();
+    const int64_t before = std::time(nullptr);
+    const Running system("");
+    const PA& items = g_stBv.stParamAdm.stItems;
+    ASSERT_GE(items.nCount, 35);  // behind those of the text hooks
+    const auto* item = static_cast<Item* const*>(items.pData) + items.nCount - 35;
+    for (const Row& row : rows()) {
+        EXPECT_EQ((*item)->pszName, row.name);
+        EXPECT_EQ(std::to_string((*item)->nType) + " " + std::to_string((*item)->nMaxLen),
+                  row.kind + " " + row.room);
+        EXPECT_TRUE(row.value == "?" || row.value == value_of(row.name)) << value_of(row.name);
+        EXPECT_EQ(*item, &g_stBv.astParam[(*item)->nId]);
+        EXPECT_EQ((*item++)->pOwner, &g_stBv);
+    }
+    const ORVEX_SYSINFO& info = g_stBv.stSysInfo;
+    EXPECT_EQ(value_of("CpuCount"), std::to_string(info.nCpuCount));
+    EXPECT_EQ(value_of("PhysicalMemInMB"), std::to_string(info.nPhysicalMemInMB));
+    EXPECT_EQ(value_of("OsType"), std::to_string(ORVEX_GetOsType() & 0xFF));
+    EXPECT_EQ(value_of("OsPlatform"), MOLTE_UTIL_MacroOs());
+    EXPECT_EQ(value_of("MainPath"), system.root().substr(0, 79));
+    EXPECT_EQ(value_of("HiResoTickPerSec"), std::to_string(MOLTE_HiResoTickPerSec()));
+    char text[32];
+    const int64_t start = g_stBv.nStartupTimeInt;
+    EXPECT_GE(start, before);
+    EXPECT_EQ(value_of("SystemStartupTimeInt"), std::to_string(start));
+    EXPECT_EQ(value_of("SystemStartupTime"), ORVEX_ctime(&start, text));
+    EXPECT_EQ(g_stBv.astParam[47].nId, 47);
+    EXPECT_EQ(MOLTE_PARAM_Set(&g_stBv.astParam[35], nullptr, 1), 0);
+    EXPECT_EQ(MOLTE_PARAM_Set(nullptr, nullptr, 1), -1);
+}
+
+// What each rule makes of the INI file at bring-up, of a record, of the INI file again, and of the
+// way back to the default.
+TEST(LibraryParameters, Rules) {
+    set_what_parameters_show();
+    const std::vector<Row> all = rows();
+    std::string five;
+    for (const Row& row : all) five += row.rule == "own" ? "" : row.name + " = 5\n";
+    std::string six = five;
+    std::replace(six.begin(), six.end(), '5', '6');
+    Texts fresh;
+    {
+        const Running system("");
+        for (const Row& row : all) fresh.push_back(value_of(row.name));
+    }
+    set_what_parameters_show();
+    Running system(five);
+    system.write_ini(six);
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Row& row = all[i];
+        const Text sent = row.kind == "1" ? "9" : nullptr;
+        const Texts values = {value_of(row.name), after(row.name, 4, 9, sent), after(row.name, 2),
+                              after(row.name, 3)};
+        const Texts expected = row.rule == "always" ? Texts{"5", "9", "6", fresh[i]}
+                               : row.rule == "once" ? Texts(4, "5")
+                                                    : Texts(4, fresh[i]);
+        const bool varies = row.name == "MainPath" || row.name == "SystemStartupTime";
+        if (!varies && row.rule != "own") {
+            EXPECT_EQ(values, expected) << row.name;
+        }
+    }
+    EXPECT_EQ(after("CpuCount", 4, 0), "1");
+    system.write_ini("");
+    EXPECT_EQ(after("BackupErrLogFile", 4, 0), "0");
+    EXPECT_EQ(after("BackupErrLogFile", 2), "1");  // it is 1 before each call
+    EXPECT_EQ(after("SupportStackTrace", 4, 0), "0");
+    EXPECT_EQ(after("SupportStackTrace", 2), "0");
+}
+
+TEST(LibraryParameters, ListenBacklogHasBounds) {
+    Running system("ListenBacklogCnt = 31\n");
+    EXPECT_EQ(value_of("ListenBacklogCnt"), "32");
+    for (const auto& [sent, kept] : std::vector<tuple<int32_t, Text>>{{1000, "200"},
+                                                                      {201, "200"},
+                                                                      {32, "32"},
+                                                                      {10, "32"},
+                                                                      {-2, "32"},
+                                                                      {100, "100"},
+                                                                      {-1, "2147483647"}}) {
+        EXPECT_EQ(after("ListenBacklogCnt", 4, sent), kept);
+    }
+    system.write_ini("");
+    EXPECT_EQ(after("ListenBacklogCnt", 2), "200");  // what stays is bounded again
+    EXPECT_EQ(after("ListenBacklogCnt", 3), "64");
+}
+
+TEST(LibraryParameters, TextsAndLanguageAndLog) {
+    Running system("DefaultUserName = a name beyond sixteen\nDBININAME = x.ini\n");
+    char user[16];
+    EXPECT_EQ(ORVEX_PARAMETER_GetDefaultUserName(user), 1);
+    EXPECT_STREQ(user, "a name beyond s");
+    char path[512];
+    ORVEX_DBCFG_PathFileName(path);
+    EXPECT_EQ(path, system.root() + "\\CONF\\x.ini");
+
+    EXPECT_EQ(after("DEF_LANG_ID", 4, 1033), "1033");
+    EXPECT_EQ((Ints{g_stLangVar.nMsgLID, g_stLangVar.nTimeLID, g_stLangVar.nDateLID}),
+              (Ints{1033, 1033, 1033}));
+    EXPECT_EQ(after("DEF_LANG_ID", 3), "1033");
+    EXPECT_EQ(after("DEF_LANG_ID", 4, 2052), "2052");
+
+    constexpr uint32_t kOuterText = 65536 + 128 + 32;
+    const std::string log = system.root() + "/text.log";
+    ASSERT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), kOuterText, 1), 1);
+    EXPECT_EQ(after("DisableTxtLog", 4, 1), "1");
+    MOLTE_OutMsg(kOuterText, "lost\n");
+    EXPECT_EQ(after("DisableTxtLog", 4, 0), "0");
+    MOLTE_OutMsg(kOuterText, "kept\n");
+    system.write_ini("DisableTxtLog = 1\n");
+    EXPECT_EQ(after("DisableTxtLog", 2), "0");  // it is 0 before each call, and isn't read
+    ORVEX_BASE_ReleaseVar();
+    EXPECT_EQ(read_bytes(log).substr(0, 4), "kept");
+}
+
+TEST(LibraryParameters, ABadValueCostsOnlyItsItem) {
+    const Running system("FastExpandFile = yes\nSockSafeClose = 1\n");
+    EXPECT_EQ(value_of("FastExpandFile") + value_of("SockSafeClose"), "01");
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(told(MOLTE_PARAM_Set(&g_stBv.astParam[24], nullptr, 2)),
+              "257 oxparam name=FastExpandFile val=yes @47 < 222 paramadm, 242 moltevar");
+    g_stBv.astParam[24].tChanged = 0;
+    EXPECT_EQ(MOLTE_PARAM_Set(&g_stBv.astParam[24], nullptr, 3), 0);
+    EXPECT_NE(g_stBv.astParam[24].tChanged, 0U);
+}
+
+// The file that comes with an installation tells of every parameter, and says what holds without.
+TEST(LibraryParameters, TheSampleFileChangesNothing) {
+    const auto values = [] {
+        Texts all;
+        for (const Row& row : rows()) {
+            const bool varies = row.name == "MainPath" || row.name.find("Time") < row.name.size();
+            all.push_back(row.name + " = " + (varies ? "" : value_of(row.name)));
+        }
+        return all;
+    };
+    set_what_parameters_show();
+    Texts fresh;
+    {
+        const Running system("");
+        fresh = values();
+    }
+    set_what_parameters_show();
+    const std::string sample = read_bytes(SAMPLE_INI);
+    const Running system(sample);
+    EXPECT_EQ(values(), fresh);
+    for (const Row& row : rows()) EXPECT_NE(sample.find(row.name), std::string::npos) << row.name;
+}
+
 TEST(ParameterNames, HaveTheirNumbers) {
     const char* names[MOLTE_PARAMNAME_COUNT];
     std::fill(std::begin(names), std::end(names), "not filled");
     ASSERT_EQ(MOLTE_PARAMNAME_Init(names), 1);
     EXPECT_EQ(MOLTE_PARAMNAME_Init(nullptr), -1);
-    std::ifstream list(PARAMETER_NAMES);
+    std::ifstream list(TEST_DATA "/parameter_names.txt");
     size_t count = 0;
     size_t index = 0;
     std::string name;

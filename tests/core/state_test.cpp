@@ -34,7 +34,7 @@ TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
     EXPECT_EQ((std::vector<int32_t>{list.nItemSize, list.nCount, list.nCapacity, list.nGrowBy}),
               (std::vector<int32_t>{8, 0, 4, 16}));
     EXPECT_EQ(g_stBv.nPrintErrorMask, 8200U);
-    EXPECT_EQ(g_stBv.nListenBacklogCnt, 100);
+    EXPECT_EQ(g_stBv.nListenBacklogCnt, 64);  // as its parameter says
     const std::filesystem::path program(g_stBv.szAppName);
     EXPECT_EQ(program.filename().string(), g_stBv.szAppShortName);
     EXPECT_EQ(program.stem(), "state_test");

@@ -72,3 +72,16 @@ uint32_t error_number_of(Result result) {
     EXPECT_LT(error_of(result).find(' '), 4U) << error_of(result);
     return GetRvexErrNo();
 }
+
+// What a call told: its result, or for a negative one "error module data @line", and " < " with the
+// lines of those who passed it on; cleared for the next.
+inline std::string told(int64_t result) {
+    std::string text = std::to_string(result);
+    if (result < 0) {
+        text = error_of_this_thread() + " @" + std::to_string(error_line_of_this_thread());
+        const std::string history = history_of_this_thread();
+        if (!history.empty()) text += " < " + history;
+    }
+    ORVEX_Err_ClearError();
+    return text;
+}
