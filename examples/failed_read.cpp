@@ -7,7 +7,9 @@
 #include <cstring>
 #include <string>
 
+#include "installation.h"
 #include "moltelib.h"
+#include "terminal.h"
 
 namespace {
 
@@ -39,13 +41,6 @@ int32_t read_all_records(ORVEX_HFILE* file) {
     }
 }
 
-// The folders of an installation; its programs log to LOG, which no program makes by itself.
-bool make_installation(const std::string& folder) {
-    if (ORVEX_SetMainPath(folder.c_str()) < 0 || ORVEX_SYS_CreatePath() < 0) return false;
-    char log[512];
-    return ORVEX_LOG_PathName(log) > 0 && ORVEX_DirCreateRecur(log, kOwnerReadWrite) > 0;
-}
-
 void show_log() {
     char name[512];
     uint8_t* text = nullptr;
@@ -62,12 +57,12 @@ void show_log() {
 
 int fail(const char* what) {
     std::printf("%s\n", what);
-    ORVEX_Err_Print();
+    terminal::show_error();
     return 1;
 }
 
 int run(const std::string& installation, const char* given) {
-    if (!make_installation(installation)) return fail("The installation can't be made.");
+    if (!make_installation(installation.c_str())) return fail("The installation can't be made.");
     if (ORVEX_BASE_InitVar() < 0) return fail("The library can't be brought up.");
 
     std::string name = given != nullptr ? given : installation + "\\TEMP\\sample.dat";
@@ -90,7 +85,7 @@ int run(const std::string& installation, const char* given) {
 
     read_all_records(file);  // ends by failing at the end of the file
     std::printf("---- the error record of this thread\n");
-    ORVEX_Err_Print();
+    terminal::show_error();
     ORVEX_HFILE_Close(&file);
 
     show_log();
