@@ -10,12 +10,8 @@ TEST(NetworkAddress, Text) {
     EXPECT_STREQ(MOLTE_UTIL_Mac2String(mac, 1, text, 3), "00");
     EXPECT_STREQ(MOLTE_UTIL_Mac2String(mac, 0, text, 1), "");
     EXPECT_STREQ(MOLTE_UTIL_Mac2String(nullptr, -1, text, 1), "");
-    const struct {
-        int32_t length, room;
-    } refused[] = {{6, 17}, {1, 2}, {0, 0}, {-5, 0}, {0x60000000, 18}};
-    for (const auto& c : refused) {
-        EXPECT_EQ(MOLTE_UTIL_Mac2String(mac, c.length, text, c.room), nullptr) << c.length;
-        EXPECT_EQ(error_of_this_thread(), "50 oxsysutl");
+    for (const auto& [size, room] : {tuple(6, 17), {1, 2}, {0, 0}, {-5, 0}, {0x60000000, 18}}) {
+        EXPECT_EQ(error_of(MOLTE_UTIL_Mac2String(mac, size, text, room)), "50 oxsysutl") << size;
     }
     EXPECT_EQ(MOLTE_UTIL_GetMacAddress(nullptr), -1);
 }
@@ -80,23 +76,18 @@ namespace {
 TEST(NetworkAddress, AtMostTenAdaptersFit) {
     for (const int there : {0, 1, 2, 3, 10, 11, 20}) {
         made_up = there;
-        uint8_t bytes[65];
-        std::memset(bytes, 0xEE, sizeof bytes);
-        MOLTE_MACLIST list;
-        const int expected = std::min(there, 10);
-        EXPECT_EQ(MOLTE_UTIL_GetMacAddress(&list), expected) << there;
-        std::memcpy(bytes, &list, sizeof list);
-        EXPECT_EQ(bytes[0], expected);
-        for (int i = 0; i < 10; ++i) {
-            for (int k = 0; k < 6; ++k) {
-                EXPECT_EQ(bytes[4 + 6 * i + k], i < expected ? 16 * k + i : 0) << i << ' ' << k;
-            }
+        std::string expected(64, '\0');
+        expected[0] = static_cast<char>(std::min(there, 10));
+        for (int i = 0; i < expected[0]; ++i) {
+            for (int k = 0; k < 6; ++k) expected[4 + 6 * i + k] = static_cast<char>(16 * k + i);
         }
+        MOLTE_MACLIST list;
+        EXPECT_EQ(MOLTE_UTIL_GetMacAddress(&list), expected[0]) << there;
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(&list), 64), expected);
     }
     made_up = -2;
     MOLTE_MACLIST list;
-    EXPECT_EQ(MOLTE_UTIL_GetMacAddress(&list), -1);
-    EXPECT_EQ(error_of_this_thread(), "101 oxsysutl get mac address");
+    EXPECT_EQ(error_of(MOLTE_UTIL_GetMacAddress(&list)), "101 oxsysutl get mac address");
     made_up = -1;
 }
 
