@@ -46,6 +46,7 @@ void start() {
     const std::string conf = std::string(mkdtemp(root)) + "/CONF";
     mkdir(conf.c_str(), 0700);
     ORVEX_SetMainPath(root);
+    ORVEX_BASE_InitVar();  // with the library's own parameters
     set_number(&items[0], nullptr, MOLTE_PARAM_REGISTER, 0);
     set_large(&items[1], nullptr, MOLTE_PARAM_REGISTER, 0);
     set_text(&items[2], nullptr, MOLTE_PARAM_REGISTER, 0);
