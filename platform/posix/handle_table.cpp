@@ -1,6 +1,6 @@
 // A handle is the place of its object in a table, and how often the place was used before: so a
-// handle that was closed is known as such when its place has another object. It is odd and its upper
-// half isn't 0, as with no other handle of the platform.
+// handle that was closed is known as such when its place has another object. It is odd and its
+// upper half isn't 0, as with no other handle of the platform.
 #include <array>
 #include <mutex>
 #include <utility>
