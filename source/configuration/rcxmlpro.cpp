@@ -87,14 +87,14 @@ int32_t RCXML_Release() {
 const char* RCXML_GetString(uint32_t id) {
     const RC_TABLE& table = resource.stTable;
     if (resource.nState != kXml || table.nCount < 1) return nullptr;
-    // Halves without a jump that can't be foretold: first ends at the last record not above id.
-    const RC_STRING* first = table.pItems;
+    // Halves without a jump that can't be foretold: first ends at the last number not above id.
+    const uint32_t* first = table.pnIds;
     for (int32_t left = table.nCount; left > 1;) {
         const int32_t half = left / 2;
-        first += first[half].nId <= id ? half : 0;
+        first += first[half] <= id ? half : 0;
         left -= half;
     }
-    return first->nId == id ? text_of(*first) : nullptr;
+    return *first == id ? text_of(table.pItems[first - table.pnIds]) : nullptr;
 }
 
 void free_strings(RC_STRING* strings, int32_t count) {
@@ -105,7 +105,10 @@ void free_strings(RC_STRING* strings, int32_t count) {
 }
 
 void free_table(RC_TABLE& table) {
-    if (table.bOwned != 0) free_strings(table.pItems, table.nCount);
+    if (table.bOwned != 0) {
+        free_strings(table.pItems, table.nCount);
+        ORVEX_free(table.pnIds);
+    }
     table = {};
 }
 

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +20,7 @@ namespace {
 
 constexpr uint32_t kOpenFailed = 1;
 constexpr uint32_t kReadFailed = 3;
+constexpr uint32_t kOutOfMemory = 20;
 constexpr uint32_t kBadArgument = 50;
 constexpr uint32_t kNotFound = 120;
 constexpr uint32_t kFileTooLarge = 303;
@@ -42,29 +42,66 @@ enum Name : int32_t {
     kValue = 9,
 };
 
-// In the order of their numbers, in capitals.
-constexpr std::string_view kNames[] = {"ORVEX_RESOURCE", "STRINGTABLE", "ITEM", "STRDATA",
-                                       "VERSION",        "LANGID",      "ID",   "STRID",
-                                       "VALUE"};
-
-constexpr char upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+constexpr char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool is_name(std::string_view text, std::string_view name) {
-    return text.size() == name.size() && std::equal(text.begin(), text.end(), name.begin(),
-                                                    [](char a, char b) { return upper(a) == b; });
-}
-
-Name name_of(const char* text) {
-    const std::string_view view(text);
-    int32_t number = 0;
-    for (const std::string_view name : kNames) {
-        ++number;
-        if (is_name(view, name)) return static_cast<Name>(number);
+// Whether a text is a name that is given in small letters.
+constexpr bool is_name(const char* text, std::string_view name) {
+    for (const char c : name) {
+        if (lower(*text++) != c) return false;  // also at the end of the text
     }
+    return *text == '\0';
+}
+
+// A name of up to eight letters as a number, without regard to case; 0 for a longer one. Nothing
+// else that XML has in names becomes a letter by this.
+constexpr uint64_t short_name(const char* text) {
+    uint64_t number = 0;
+    for (int i = 0; *text != '\0'; ++i) {
+        if (i == 8) return 0;
+        number = number << 8 | static_cast<uint8_t>(*text++ | 0x20);
+    }
+    return number;
+}
+
+// Every start of an element asks for several names, so they are told apart by one number.
+Name name_of(const char* text) {
+    switch (short_name(text)) {
+        case short_name("item"):
+            return kItem;
+        case short_name("strdata"):
+            return kStrData;
+        case short_name("version"):
+            return kVersion;
+        case short_name("langid"):
+            return kLangId;
+        case short_name("id"):
+            return kId;
+        case short_name("strid"):
+            return kStrId;
+        case short_name("value"):
+            return kValue;
+        default:
+            break;
+    }
+    if (is_name(text, "orvex_resource")) return kRoot;
+    if (is_name(text, "stringtable")) return kStringTable;
     kResourceModule.fail_text(130, kNotFound, SystemError::none, text);
     return kNone;
+}
+
+// A decimal number, or 0 for one that doesn't fit and for none. What follows it is ignored.
+int32_t number_of(const char* text) {
+    while (*text == ' ') ++text;
+    const bool negative = *text == '-';
+    if (*text == '-' || *text == '+') ++text;
+    int64_t value = 0;
+    for (; *text >= '0' && *text <= '9'; ++text) {
+        value = value * 10 + (*text - '0');
+        if (value > INT32_MAX) return 0;
+    }
+    return static_cast<int32_t>(negative ? -value : value);
 }
 
 // ---- What a parser keeps ----
@@ -72,11 +109,13 @@ Name name_of(const char* text) {
 // An open element.
 struct Element {
     int32_t nName;
-    int32_t bPlaced;  // it stands where it may; what is inside of any other is passed over
-    int32_t nItem;    // the record that its text belongs to
-    int32_t nReserved;
+    int32_t bPlaced;     // it stands where it may; what is inside of any other is passed over
+    int32_t nItem;       // the record that its text belongs to
+    int32_t bOuterText;  // its parent's text is wanted
 };
 static_assert(sizeof(Element) == 16);
+
+void on_characters(void* reader, const char* text, int length);
 
 class Reader {
  public:
@@ -89,14 +128,17 @@ class Reader {
     Reader& operator=(const Reader&) = delete;
 
     int32_t prepare();
+    void use(XML_ParserStruct* parser) { parser_ = parser; }
     int32_t start(const char* name, const char** attributes);
-    int32_t end(const char* name);
+    int32_t end();
     int32_t characters(const char* text, int32_t length);
-    // Sorts what was read and hands it over.
-    void give(RC_TABLE& table);
+    // Sorts what was read and hands it over; 1 or -1.
+    int32_t give(RC_TABLE& table);
 
  private:
+    void want_text(bool wanted);
     Element parent();
+    void note_order();
     int32_t place(Element& element, const Element& parent);
     int32_t add_string(Element& element);
     int32_t take_attribute(const Element& element, Name name, const char* value);
@@ -104,11 +146,16 @@ class Reader {
     int32_t take_item_attribute(RC_STRING& string, Name name, const char* value);
     RC_STRING& string_at(int32_t index) { return static_cast<RC_STRING*>(strings_.pData)[index]; }
 
+    XML_ParserStruct* parser_ = nullptr;
+    bool text_wanted_ = false;
     MOLTE_STACK open_{};
     PA strings_{};
+    TextConverter converter_;
     int32_t major_ = 0;
     int32_t minor_ = 0;
     int32_t language_ = 0;
+    bool sorted_ = true;
+    uint32_t last_id_ = 0;
 };
 
 int32_t Reader::prepare() {
@@ -119,6 +166,13 @@ int32_t Reader::prepare() {
     return 1;
 }
 
+// Only the text of STRDATA is wanted, and expat isn't asked for any other.
+void Reader::want_text(bool wanted) {
+    if (wanted == text_wanted_) return;
+    text_wanted_ = wanted;
+    XML_SetCharacterDataHandler(parser_, wanted ? on_characters : nullptr);
+}
+
 // The root has none, which leaves its lines in the history.
 Element Reader::parent() {
     Element parent{};
@@ -126,7 +180,17 @@ Element Reader::parent() {
     return parent;
 }
 
+// Files are written in the order of their numbers, and then nothing is to be sorted.
+void Reader::note_order() {
+    const int32_t count = strings_.nCount;
+    if (count < 1) return;
+    const uint32_t id = string_at(count - 1).nId;
+    sorted_ = sorted_ && (count == 1 || id > last_id_);
+    last_id_ = id;
+}
+
 int32_t Reader::add_string(Element& element) {
+    note_order();
     if (PA_AllocMem(&strings_, strings_.nCount) < 0) return kResourceModule.trace(209);
     element.nItem = strings_.nCount++;  // zeroed when it was allocated
     return 1;
@@ -162,16 +226,14 @@ int32_t Reader::take_root_attribute(Name name, const char* value) {
 }
 
 int32_t Reader::take_item_attribute(RC_STRING& string, Name name, const char* value) {
-    if (name == kValue) return set_text(string, value);
+    if (name == kValue) return converter_.set(string, value);
     if (name == kStrId) {
-        std::snprintf(string.szStrId, sizeof string.szStrId, "%s", value);
+        const size_t size = strnlen(value, sizeof string.szStrId - 1);
+        std::memcpy(string.szStrId, value, size);
         return 1;
     }
     if (name != kId) return -1;
-    // A number that doesn't fit is none, and the id stays 0.
-    int32_t id = 0;
-    std::from_chars(value, value + std::strlen(value), id);
-    string.nId = static_cast<uint32_t>(id);
+    string.nId = static_cast<uint32_t>(number_of(value));
     return 1;
 }
 
@@ -189,11 +251,12 @@ int32_t Reader::take_attribute(const Element& element, Name name, const char* va
 // Every element is pushed, also one that isn't known or stands in a wrong place, so that its end
 // takes off what its start put on.
 int32_t Reader::start(const char* name, const char** attributes) {
-    Element element{name_of(name), 0, 0, 0};
+    Element element{name_of(name), 0, 0, text_wanted_ ? 1 : 0};
     if (element.nName != kNone) element.bPlaced = place(element, parent()) > 0 ? 1 : 0;
     if (MOLTE_STACK_Push(&open_, &element) < 0) {
         return kResourceModule.trace(element.nName == kRoot ? 295 : 271);
     }
+    want_text(element.nName == kStrData && element.bPlaced != 0);
     if (element.bPlaced == 0) return -1;
     for (; attributes[0] != nullptr; attributes += 2) {
         const Name attribute = name_of(attributes[0]);
@@ -202,10 +265,12 @@ int32_t Reader::start(const char* name, const char** attributes) {
     return 1;
 }
 
-int32_t Reader::end(const char* name) {
+// The name is that of the start: expat sees to it.
+int32_t Reader::end() {
     Element element{};
     if (MOLTE_STACK_Pop(&open_, &element) < 0) return kResourceModule.trace(349);
-    return element.nName == kNone || is_name(name, kNames[element.nName - 1]) ? 1 : -1;
+    want_text(element.bOuterText != 0);
+    return 1;
 }
 
 bool is_white(char c) {
@@ -216,9 +281,8 @@ int32_t Reader::characters(const char* text, int32_t length) {
     while (length > 0 && is_white(text[length - 1])) --length;
     if (length == 0) return 0;
     Element element{};
-    if (MOLTE_STACK_IsEmpty(&open_) != 0 || MOLTE_STACK_GetTop(&open_, &element) < 0) return 0;
-    if (element.nName != kStrData || element.bPlaced == 0) return 0;
-    return add_text(string_at(element.nItem), text, length);
+    if (MOLTE_STACK_GetTop(&open_, &element) < 0) return -1;
+    return converter_.add(string_at(element.nItem), text, length);
 }
 
 int compare_ids(const void* a, const void* b) {
@@ -227,15 +291,19 @@ int compare_ids(const void* a, const void* b) {
     return first < second ? -1 : first > second ? 1 : 0;
 }
 
-void Reader::give(RC_TABLE& table) {
-    auto* const begin = static_cast<RC_STRING*>(strings_.pData);
-    auto* const end = begin + strings_.nCount;
-    // Files are written in the order of their numbers.
-    const bool sorted = std::is_sorted(
-        begin, end, [](const RC_STRING& a, const RC_STRING& b) { return a.nId < b.nId; });
-    if (!sorted) std::qsort(begin, static_cast<size_t>(end - begin), sizeof *begin, compare_ids);
-    table = {begin, strings_.nCount, language_, 1};
+int32_t Reader::give(RC_TABLE& table) {
+    auto* const items = static_cast<RC_STRING*>(strings_.pData);
+    const int32_t count = strings_.nCount;
+    note_order();
+    if (!sorted_) {
+        std::qsort(items, static_cast<size_t>(count), sizeof *items, compare_ids);
+    }
+    Heap<uint32_t> ids = allocate<uint32_t>(count);
+    if (ids == nullptr && count > 0) return kResourceModule.trace(here());
+    for (int32_t i = 0; i < count; ++i) ids[static_cast<size_t>(i)] = items[i].nId;
+    table = {items, ids.release(), count, language_, 1};
     strings_ = {};
+    return 1;
 }
 
 // ---- expat's handlers: it takes no notice of results, so a fault doesn't end the parsing ----
@@ -244,8 +312,8 @@ void on_start(void* reader, const char* name, const char** attributes) {
     static_cast<Reader*>(reader)->start(name, attributes);
 }
 
-void on_end(void* reader, const char* name) {
-    static_cast<Reader*>(reader)->end(name);
+void on_end(void* reader, const char*) {
+    static_cast<Reader*>(reader)->end();
 }
 
 void on_characters(void* reader, const char* text, int length) {
@@ -261,7 +329,7 @@ int to_wide(void*, const char* bytes) {
 
 // The Chinese encodings by the code page in use, so in a double-byte one only.
 int on_unknown_encoding(void*, const char* name, XML_Encoding* encoding) {
-    if (!is_name(name, "GB2312") && !is_name(name, "GB18030")) return 0;
+    if (!is_name(name, "gb2312") && !is_name(name, "gb18030")) return 0;
     for (int byte = 0; byte < 256; ++byte) {
         encoding->map[byte] = platform::is_lead_byte(static_cast<unsigned char>(byte)) ? -2 : byte;
     }
@@ -283,54 +351,35 @@ Parser make_parser(Reader& reader) {
     XML_SetUnknownEncodingHandler(parser.get(), on_unknown_encoding, nullptr);
     XML_SetStartElementHandler(parser.get(), on_start);
     XML_SetEndElementHandler(parser.get(), on_end);
-    XML_SetCharacterDataHandler(parser.get(), on_characters);
     XML_SetUserData(parser.get(), &reader);
+    reader.use(parser.get());
     return parser;
-}
-
-// How much of a text is parsed in one go. expat copies what it is given, so pieces keep it in the
-// cache; a piece ends at the end of a line, where a run of characters ends anyway. There are few of
-// them, because what isn't complete at the end of one is looked at again with the next. A text that
-// isn't of single bytes, which shows in its first character, stays whole.
-int32_t piece_of(const char* text, int32_t left, int32_t whole) {
-    constexpr int32_t kLeastPiece = 1 << 16;
-    constexpr int32_t kMostPieces = 16;
-    const int32_t wanted = std::max(kLeastPiece, whole / kMostPieces);
-    if (left <= wanted) return left;
-    const auto* end = static_cast<const char*>(
-        std::memchr(text + wanted, '\n', static_cast<size_t>(left - wanted)));
-    return end == nullptr ? left : static_cast<int32_t>(end + 1 - text);
-}
-
-bool parse(XML_ParserStruct* parser, const char* text, int32_t length) {
-    const bool single_bytes = text[0] == '<' && text[1] != '\0';
-    int32_t done = 0;
-    XML_Status status = XML_STATUS_OK;
-    do {
-        const int32_t left = length - done;
-        const int32_t piece = single_bytes ? piece_of(text + done, left, length) : left;
-        done += piece;
-        status = XML_Parse(parser, text + done - piece, piece, done == length);
-    } while (status == XML_STATUS_OK && done < length);
-    return status == XML_STATUS_OK;
 }
 
 struct CloseStream {
     void operator()(FILE* stream) const { std::fclose(stream); }
 };
 
-// Reads a whole file as text into a block of size bytes and four more; its length, or -1.
-int64_t read_text(const char* path, char* block, int64_t size) {
-    const std::unique_ptr<FILE, CloseStream> stream(platform::open_stream(path, "rt"));
-    if (stream == nullptr) {
-        return kResourceModule.fail_text(483, kOpenFailed, SystemError::runtime, path);
-    }
-    const size_t count = std::fread(block, 1, static_cast<size_t>(size), stream.get());
-    if (std::ferror(stream.get()) != 0) {
+using Stream = std::unique_ptr<FILE, CloseStream>;
+
+// Takes over what was parsed, if it could be.
+int32_t finish(Reader& reader, XML_Status status, RC_TABLE& table) {
+    if (status != XML_STATUS_OK) return kResourceModule.trace(451);
+    return reader.give(table);
+}
+
+// Reads a stream to its end into a buffer of the parser's own, so that the text is there only once,
+// and parses it.
+int32_t parse_stream(XML_ParserStruct* parser, FILE* stream, int64_t size, const char* path,
+                     XML_Status& status) {
+    void* block = XML_GetBuffer(parser, static_cast<int>(size) + 4);
+    if (block == nullptr) return kResourceModule.fail(479, kOutOfMemory);
+    const size_t count = std::fread(block, 1, static_cast<size_t>(size), stream);
+    if (std::ferror(stream) != 0) {
         return kResourceModule.fail_text(486, kReadFailed, SystemError::runtime, path);
     }
-    block[count] = '\0';
-    return static_cast<int64_t>(count);
+    status = XML_ParseBuffer(parser, static_cast<int>(count), 1);
+    return 1;
 }
 
 }  // namespace
@@ -343,9 +392,7 @@ int32_t RCXML_ParseBuffer(RC_TABLE& table, const char* text, int32_t length) {
     const Parser parser = make_parser(reader);
     if (parser == nullptr) return kResourceModule.trace(441);
     const int size = length > 0 ? length : static_cast<int>(std::strlen(text));
-    if (!parse(parser.get(), text, size)) return kResourceModule.trace(451);
-    reader.give(table);
-    return 1;
+    return finish(reader, XML_Parse(parser.get(), text, size, 1), table);
 }
 
 int32_t RCXML_LoadFile(RC_TABLE& table, const char* path) {
@@ -356,15 +403,19 @@ int32_t RCXML_LoadFile(RC_TABLE& table, const char* path) {
         return kResourceModule.fail(here(), kFileTooLarge, SystemError::none,
                                     "file size too big max 1GB");
     }
-    const Heap<char> block = allocate<char>(state.st_size + 4);
-    if (block == nullptr) return kResourceModule.trace(479);
-    const int64_t length = read_text(path, block.get(), state.st_size);
-    if (length < 0) return -1;
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    const bool marked = std::string_view(block.get()).starts_with(kByteOrderMark);
-    const size_t skip = marked ? kByteOrderMark.size() : 0;
-    return RCXML_ParseBuffer(table, block.get() + skip,
-                             static_cast<int32_t>(length) - static_cast<int32_t>(skip));
+    char buffer[1 << 16];  // must outlast the stream
+    const Stream stream(platform::open_stream(path, "rt"));
+    if (stream == nullptr) {
+        return kResourceModule.fail_text(483, kOpenFailed, SystemError::runtime, path);
+    }
+    std::setvbuf(stream.get(), buffer, _IOFBF, sizeof buffer);
+    Reader reader;
+    if (reader.prepare() < 0) return kResourceModule.trace(439);
+    const Parser parser = make_parser(reader);
+    if (parser == nullptr) return kResourceModule.trace(441);
+    XML_Status status = XML_STATUS_ERROR;
+    if (parse_stream(parser.get(), stream.get(), state.st_size, path, status) < 0) return -1;
+    return finish(reader, status, table);
 }
 
 }  // namespace molte

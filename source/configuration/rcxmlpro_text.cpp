@@ -9,64 +9,21 @@
 namespace molte {
 namespace {
 
-constexpr int32_t kConvertedSize = 2048;  // of a text, or of one run of it
-constexpr int32_t kLeastRoom = 4;         // before each character
 constexpr int32_t kHeapStep = 1024;
 constexpr int32_t kMaxText = 1 << 20;
 constexpr int32_t kLastSingleUnit = 0xFFFF;
 constexpr uint32_t kTooLong = 124;
+constexpr uint64_t kOnes = 0x0101010101010101;  // times a byte: eight of it
 
-// A text in the code page.
-struct Converted {
-    char text[kConvertedSize];
-    int32_t length = 0;
-
-    [[nodiscard]] bool has_room() const { return kConvertedSize - length >= kLeastRoom; }
-};
-
-// Takes over plain characters, which are the same in each code page, up to the next of another
-// kind; how many bytes they are.
-int32_t copy_plain(Converted& to, const char* from, int32_t length) {
-    const int32_t room = kConvertedSize - kLeastRoom + 1 - to.length;
-    const int32_t most = length < room ? length : room;
-    int32_t count = 0;
-    while (count<most&& static_cast<signed char>(from[count])> 0 && from[count] != '\\') {
-        to.text[to.length + count] = from[count];
-        ++count;
-    }
-    to.length += count;
-    return count;
+// The three bytes at p, of four that are there, as a number.
+uint32_t form_at(const char* p) {
+    uint8_t bytes[4];
+    std::memcpy(bytes, p, sizeof bytes);
+    return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16;
 }
 
-// One character that isn't plain: its bytes, or -1.
-int32_t convert_character(Converted& to, const char* from, int32_t length) {
-    if (from[0] == '\\' && length > 1 && from[1] == 'n') {
-        to.text[to.length++] = ' ';
-        to.text[to.length++] = '\n';
-        return 2;
-    }
-    int32_t size = 0;
-    const int32_t character = UTF8CharToInt(from, &size);
-    if (character < 0 || size > length) return kResourceModule.trace(74);
-    const int written =
-        character > kLastSingleUnit
-            ? -1
-            : platform::wide_to_char(to.text + to.length, static_cast<wchar_t>(character));
-    if (written < 0) return kResourceModule.trace(79);
-    to.length += written;
-    return size;
-}
-
-bool convert(Converted& to, const char* utf8, int32_t length) {
-    for (const char* const end = utf8 + length; utf8 < end;) {
-        if (!to.has_room()) return kResourceModule.trace(74) > 0;
-        const auto left = static_cast<int32_t>(end - utf8);
-        const int32_t plain = copy_plain(to, utf8, left);
-        const int32_t size = plain > 0 ? plain : convert_character(to, utf8, left);
-        if (size < 0) return false;
-        utf8 += size;
-    }
-    return true;
+bool is_plain(char byte) {
+    return static_cast<signed char>(byte) > 0 && byte != '\\';
 }
 
 char* heap_text(const RC_STRING& string) {
@@ -111,30 +68,114 @@ const char* text_of(const RC_STRING& string) {
     return string.bHeap != 0 ? heap_text(string) : string.abyText;
 }
 
-int32_t set_text(RC_STRING& string, const char* utf8) {
-    Converted made;
-    if (!convert(made, utf8, static_cast<int32_t>(std::strlen(utf8)))) return -1;
-    char* to = string.abyText;
-    if (made.length >= static_cast<int32_t>(sizeof string.abyText)) {
-        to = allocate<char>(made.length + 1).release();
-        if (to == nullptr) return kResourceModule.trace(313);
-        keep_on_heap(string, to, made.length + 1);
+// Takes over what stands in each code page alike, up to a character of another kind or to a
+// backslash, eight bytes at a time while there are so many. More may be written than is taken.
+const char* TextConverter::copy_plain(const char* from, const char* end, char*& place) {
+    char* to = place;
+    const char* const last = text_ + kSize - kLeastRoom;
+    while (end - from >= 8 && last - to >= 8) {
+        uint64_t bytes = 0;
+        std::memcpy(&bytes, from, sizeof bytes);
+        std::memcpy(to, &bytes, sizeof bytes);
+        const uint64_t slashes = bytes ^ kOnes * '\\';
+        if (((bytes | ((slashes - kOnes) & ~slashes)) & kOnes * 0x80) != 0) break;
+        from += 8;
+        to += 8;
     }
-    std::memcpy(to, made.text, static_cast<size_t>(made.length));
-    to[made.length] = '\0';
-    string.nLen = made.length;
+    while (from < end && to <= last && is_plain(*from)) *to++ = *from++;
+    place = to;
+    return from;
+}
+
+// Nearly all that isn't plain is a character of three bytes that was met before: no need to decode
+// it again. Takes over as many of them as stand here.
+const char* TextConverter::copy_known(const char* from, const char* end, char*& place) const {
+    char* to = place;
+    const char* const last = text_ + kSize - kLeastRoom;
+    while (end - from >= 4 && to <= last) {
+        const uint32_t form = form_at(from);
+        const Known& known = known_[place_of(form)];
+        if (known.nForm != form) break;
+        std::memcpy(to, known.abyBytes, sizeof known.abyBytes);
+        to += known.nSize;
+        from += 3;
+    }
+    place = to;
+    return from;
+}
+
+// A character that isn't plain; where the next one stands, or null.
+const char* TextConverter::convert_character(const char* from, const char* end, char*& to) {
+    if (*from == '\\') {
+        const bool line_feed = end - from > 1 && from[1] == 'n';
+        std::memcpy(to, line_feed ? " \n" : "\\", 2);
+        to += line_feed ? 2 : 1;
+        return from + (line_feed ? 2 : 1);
+    }
+    int32_t size = 0;
+    const int32_t character = UTF8CharToInt(from, &size);
+    if (character < 0 || size > end - from) {
+        kResourceModule.trace(74);
+        return nullptr;
+    }
+    const int written = character > kLastSingleUnit
+                            ? -1
+                            : platform::wide_to_char(to, static_cast<wchar_t>(character));
+    if (written < 0) {
+        kResourceModule.trace(79);
+        return nullptr;
+    }
+    if (size == 3 && end - from >= 4) remember(form_at(from), to, written);
+    to += written;
+    return from + size;
+}
+
+void TextConverter::remember(uint32_t form, const char* bytes, int size) {
+    Known& known = known_[place_of(form)];
+    known.nForm = form;
+    known.nSize = static_cast<uint16_t>(size);
+    std::memcpy(known.abyBytes, bytes, static_cast<size_t>(size));
+}
+
+bool TextConverter::convert(const char* utf8, int32_t length) {
+    const char* const end = utf8 + length;
+    char* to = text_;
+    while (utf8 < end) {
+        if (text_ + kSize - to < kLeastRoom) return kResourceModule.trace(74) > 0;
+        if (is_plain(*utf8)) {
+            utf8 = copy_plain(utf8, end, to);
+        } else {
+            const char* const behind = copy_known(utf8, end, to);
+            utf8 = behind != utf8 ? behind : convert_character(utf8, end, to);
+            if (utf8 == nullptr) return false;
+        }
+    }
+    length_ = static_cast<int32_t>(to - text_);
+    return true;
+}
+
+int32_t TextConverter::set(RC_STRING& string, const char* utf8) {
+    if (!convert(utf8, static_cast<int32_t>(std::strlen(utf8)))) return -1;
+    char* to = string.abyText;
+    if (length_ >= static_cast<int32_t>(sizeof string.abyText)) {
+        to = allocate<char>(length_ + 1).release();
+        if (to == nullptr) return kResourceModule.trace(313);
+        keep_on_heap(string, to, length_ + 1);
+    }
+    std::memcpy(to, text_, static_cast<size_t>(length_));
+    to[length_] = '\0';
+    string.nLen = length_;
     return 1;
 }
 
-int32_t add_text(RC_STRING& string, const char* utf8, int32_t length) {
-    Converted made;
-    if (!convert(made, utf8, length)) return -1;
-    const int32_t total = string.nLen + made.length;
+int32_t TextConverter::add(RC_STRING& string, const char* utf8, int32_t length) {
+    if (!convert(utf8, length)) return -1;
+    const int32_t total = string.nLen + length_;
     if (total >= kMaxText) return kResourceModule.fail(here(), kTooLong);
     const bool in_record = string.bHeap == 0 && total < static_cast<int32_t>(sizeof string.abyText);
     char* to = in_record ? string.abyText : grow_text(string, total + 1);
     if (to == nullptr) return -1;
-    std::memcpy(to + string.nLen, made.text, static_cast<size_t>(made.length));
+    std::memcpy(to + string.nLen, text_, static_cast<size_t>(length_));
     to[total] = '\0';
     string.nLen = total;
     return 1;
