@@ -90,14 +90,14 @@ int32_t ORVEX_PARAMETER_SetValue(const char* pszName, const char* pszValue) {
 
 int32_t ORVEX_PARAMETER_GetValueInt(const char* pszName, int32_t* pnValue) {
     if (pnValue == nullptr) return kModule.fail(here(), kBadArgument);
-    Value value;
+    Value value = "";
     if (ORVEX_PARAMETER_GetValue(pszName, value) < 0) return kModule.trace(44);
     return read_int(value, pnValue) ? 1 : fail_number(47, kNoNumber, pszName, value);
 }
 
 int32_t ORVEX_PARAMETER_GetValueLong(const char* pszName, int64_t* pn64Value) {
     if (pn64Value == nullptr) return kModule.fail(here(), kBadArgument);
-    Value value;
+    Value value = "";
     if (ORVEX_PARAMETER_GetValue(pszName, value) < 0) return kModule.trace(58);
     *pn64Value = _atoi64(value);
     return 1;
@@ -105,7 +105,7 @@ int32_t ORVEX_PARAMETER_GetValueLong(const char* pszName, int64_t* pn64Value) {
 
 int32_t ORVEX_PARAMETER_GetValueBool(const char* pszName, int32_t* pbValue) {
     if (pbValue == nullptr) return kModule.fail(here(), kBadArgument);
-    Value value;
+    Value value = "";
     if (ORVEX_PARAMETER_GetValue(pszName, value) < 0) return kModule.trace(67);
     int32_t number = 0;
     if (!read_int(value, &number)) return fail_number(70, kNoBool, pszName, value);
@@ -118,14 +118,14 @@ int32_t ORVEX_PARAMETER_GetValueBool(const char* pszName, int32_t* pbValue) {
 }
 
 int32_t ORVEX_PARAMETER_SetValueInt(const char* pszName, int32_t nValue) {
-    Value value;
+    Value value = "";
     _i64toa(nValue, value, 10);
     return ORVEX_PARAMETER_SetValue(pszName, value);
 }
 
 int32_t ORVEX_PARAMETER_GetValueDateTime(const char* pszName, ORVEXDATETIME* pDateTime) {
     if (pDateTime == nullptr) return kModule.fail(here(), kBadArgument);
-    Value value;
+    Value value = "";
     if (ORVEX_PARAMETER_GetValue(pszName, value) < 0) return kModule.trace(87);
     return ORVEX_DateTime_DispFmt2DBFmt(value, pDateTime) < 0 ? -1 : 1;
 }
@@ -134,7 +134,7 @@ int32_t ORVEX_PARAMETER_GetServerNameAndPort(char* pszName, int32_t* pnPort) {
     if (pnPort == nullptr) return kModule.fail(here(), kBadArgument);
     *pnPort = kDefaultServerPort;
     if (ORVEX_PARAMETER_GetValue("DBServerName", pszName) < 0) return kModule.trace(33);
-    Value port;
+    Value port = "";
     if (ORVEX_PARAMETER_GetValue("DBServerPort", port) > 0) read_int(port, pnPort);
     return 1;
 }
@@ -156,7 +156,7 @@ int32_t ORVEX_PARAMETER_GetValueByFN(const char* pszFile, const char* pszName, c
 int32_t ORVEX_PARAMETER_GetIntValueByFN(const char* pszFile, const char* pszName,
                                         int32_t* pnValue) {
     if (pnValue == nullptr) return kModule.fail(here(), kBadArgument);
-    Value value;
+    Value value = "";
     if (ORVEX_PARAMETER_GetValueByFN(pszFile, pszName, value) < 0) return kModule.trace(539);
     return read_int(value, pnValue) ? 1 : fail_number(542, kNoNumber, pszName, value);
 }

@@ -10,7 +10,6 @@
 
 using namespace molte::ini;
 using molte::here;
-using molte::SystemError;
 
 namespace {
 
