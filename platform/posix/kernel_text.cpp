@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -13,21 +14,23 @@ namespace platform {
 KernelText::KernelText(const char* path) : KernelText(AT_FDCWD, path) {}
 
 KernelText::KernelText(int folder, const char* name) {
-    const OpenFile file(openat(folder, name, O_RDONLY | O_CLOEXEC));
-    size_t size = 0;
-    ssize_t part = 0;
-    while (file.valid() && size < sizeof text_ - 1) {
-        part = read(file.get(), text_ + size, sizeof text_ - 1 - size);
-        if (part < 0 && errno == EINTR) continue;
-        if (part <= 0) break;
-        size += static_cast<size_t>(part);
-    }
-    text_[size] = '\0';
+    OpenFile descriptor(openat(folder, name, O_RDONLY | O_CLOEXEC));
+    FILE* file = descriptor.valid() ? fdopen(descriptor.get(), "r") : nullptr;
+    if (file == nullptr) return;
+    static_cast<void>(descriptor.release());
+    char* text = nullptr;
+    size_t room = 0;
+    const bool told = getdelim(&text, &room, '\0', file) >= 0;
+    const int error = errno;
+    text_.reset(text);
+    if (!told) text_.reset();
+    fclose(file);
+    errno = error;
 }
 
 uint64_t KernelText::number(const char* label) const {
     const size_t length = strlen(label);
-    const char* line = text_;
+    const char* line = text();
     while (line != nullptr && strncmp(line, label, length) != 0) {
         line = strchr(line, '\n');
         if (line != nullptr) ++line;

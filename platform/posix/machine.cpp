@@ -9,10 +9,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <string_view>
 
 #include "kernel_text.h"
 #include "path.h"
@@ -44,51 +43,35 @@ uint64_t difference(uint64_t a, uint64_t b) {
     return a > b ? a - b : 0;
 }
 
-// A text with its terminator into room bytes.
-bool copy(char* destination, DWORD room, const char* text) {
-    const size_t size = strlen(text) + 1;
-    if (destination == nullptr || size > room) {
+// A text into room bytes, terminated.
+bool copy(char* destination, DWORD room, std::string_view text) {
+    if (destination == nullptr || text.size() >= room) {
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return false;
     }
-    memcpy(destination, text, size);
+    memcpy(destination, text.data(), text.size());
+    destination[text.size()] = '\0';
     return true;
 }
 
-struct Free {
-    void operator()(char* text) const { free(text); }
-};
-struct Close {
-    void operator()(FILE* file) const { fclose(file); }
-};
-
 // Of the lines "36 35 98:0 / /mnt rw,noatime master:1 - ext4 /dev/root rw" the one of a mount.
-class MountLine {
- public:
-    explicit MountLine(uint64_t mount) {
-        const std::unique_ptr<FILE, Close> list(fopen("/proc/self/mountinfo", "re"));
-        char* line = nullptr;
-        size_t room = 0;
-        found_ = false;
-        while (list != nullptr && !found_ && getline(&line, &room, list.get()) >= 0) {
-            found_ = strtoull(line, nullptr, 10) == mount;
-        }
-        line_.reset(line);
+std::string_view line_of(const KernelText& mounts, uint64_t mount) {
+    const char* line = mounts.text();
+    while (*line != '\0' && strtoull(line, nullptr, 10) != mount) {
+        line = strchrnul(line, '\n');
+        if (*line != '\0') ++line;
     }
+    return {line, strchrnul(line, '\n')};
+}
 
-    // The name of the file system, or null.
-    [[nodiscard]] const char* type() {
-        char* type = found_ ? strstr(line_.get(), " - ") : nullptr;
-        if (type == nullptr) return nullptr;
-        type += strlen(" - ");
-        type[strcspn(type, " \n")] = '\0';
-        return type;
-    }
-
- private:
-    std::unique_ptr<char, Free> line_;
-    bool found_;
-};
+// The name of its file system, or nothing.
+std::string_view type_of(std::string_view line) {
+    constexpr std::string_view before = " - ";
+    const size_t dash = line.find(before);
+    if (dash == std::string_view::npos) return {};
+    line.remove_prefix(dash + before.size());
+    return line.substr(0, line.find(' '));
+}
 
 }  // namespace
 
@@ -151,9 +134,10 @@ BOOL GetVolumeInformationA(const char* folder, char* volume, DWORD, DWORD* seria
         platform::set_last_error_from_errno();
         return FALSE;
     }
-    MountLine line(status.stx_mnt_id);
-    const char* type = (status.stx_mask & STATX_MNT_ID) != 0 ? line.type() : nullptr;
-    if (type == nullptr) {
+    const KernelText mounts("/proc/self/mountinfo");
+    const bool told = (status.stx_mask & STATX_MNT_ID) != 0;
+    const std::string_view type = told ? type_of(line_of(mounts, status.stx_mnt_id)) : "";
+    if (type.empty()) {
         SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }

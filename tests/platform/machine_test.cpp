@@ -3,11 +3,15 @@
 
 #include "platform/machine.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <numeric>
 #include <thread>
+#include <vector>
 
 #include "platform/processes.h"
 
@@ -30,6 +34,42 @@ TEST(Machine, FileSystemsByTheirMount) {
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_FALSE(GetVolumeInformationA("/none", nullptr, 0, nullptr, nullptr, nullptr, small, 5));
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+// The kernel lists them in front of the memory.
+TEST(Machine, AProcessOfManyGroups) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root gives groups";
+    const pid_t child = fork();
+    if (child == 0) {
+        std::vector<gid_t> groups(5000);
+        std::iota(groups.begin(), groups.end(), 1'000'000'000);
+        PROCESS_MEMORY_COUNTERS memory{};
+        const bool told = setgroups(groups.size(), groups.data()) == 0 &&
+                          GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory) != 0;
+        _exit(told && memory.WorkingSetSize > 0 && memory.PeakWorkingSetSize > 0 ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Machine, AProcessThatIsGone) {
+    const pid_t child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    const HANDLE handle = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, static_cast<DWORD>(child));
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(kill(child, SIGKILL), 0);
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    FILETIME times[4];
+    EXPECT_FALSE(GetProcessTimes(handle, &times[0], &times[1], &times[2], &times[3]));
+    EXPECT_EQ(GetLastError(), ERROR_NOT_FOUND);
+    PROCESS_MEMORY_COUNTERS memory;
+    EXPECT_FALSE(GetProcessMemoryInfo(handle, &memory, sizeof memory));
+    EXPECT_EQ(GetLastError(), ERROR_NOT_FOUND);
+    EXPECT_TRUE(CloseHandle(handle));
 }
 
 TEST(Machine, HandlesOfProcesses) {
