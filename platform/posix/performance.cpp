@@ -51,18 +51,6 @@ int64_t busy_percent(const Query& query) {
 
 }  // namespace
 
-PDH_STATUS PdhMakeCounterPathA(PDH_COUNTER_PATH_ELEMENTS_A* elements, char* path, DWORD* size,
-                               DWORD flags) {
-    if (elements == nullptr || size == nullptr || elements->szObjectName == nullptr ||
-        elements->szCounterName == nullptr || flags != 0) {
-        return PDH_INVALID_ARGUMENT;
-    }
-    const int length =
-        snprintf(path, *size, "\\%s\\%s", elements->szObjectName, elements->szCounterName);
-    const DWORD room = std::exchange(*size, static_cast<DWORD>(length + 1));
-    return *size <= room ? 0 : PDH_MORE_DATA;
-}
-
 PDH_STATUS PdhOpenQueryA(const char*, std::uintptr_t, PDH_HQUERY* query) {
     std::unique_ptr<Query> made = platform::OpenTable<Query>::make();
     if (made == nullptr) return static_cast<PDH_STATUS>(ERROR_NOT_ENOUGH_MEMORY);

@@ -20,26 +20,11 @@ constexpr PDH_STATUS PDH_CSTATUS_NO_COUNTER = static_cast<PDH_STATUS>(0xC0000BB9
 constexpr PDH_STATUS PDH_INVALID_HANDLE = static_cast<PDH_STATUS>(0xC0000BBC);
 constexpr PDH_STATUS PDH_INVALID_ARGUMENT = static_cast<PDH_STATUS>(0xC0000BBD);
 constexpr PDH_STATUS PDH_INVALID_DATA = static_cast<PDH_STATUS>(0xC0000BC6);
-constexpr PDH_STATUS PDH_MORE_DATA = static_cast<PDH_STATUS>(0x800007D2);
-
-struct PDH_COUNTER_PATH_ELEMENTS_A {
-    char* szMachineName;
-    char* szObjectName;
-    char* szInstanceName;
-    char* szParentInstance;
-    DWORD dwInstanceIndex;
-    char* szCounterName;
-};
 
 struct PDH_FMT_COUNTERVALUE {
     DWORD CStatus;
     std::int64_t largeValue;
 };
-
-// "\object\counter" into *size bytes; PDH_MORE_DATA where it doesn't fit. The other elements must
-// be null and the flags 0.
-PDH_STATUS PdhMakeCounterPathA(PDH_COUNTER_PATH_ELEMENTS_A* elements, char* path, DWORD* size,
-                               DWORD flags);
 
 PDH_STATUS PdhOpenQueryA(const char* none, std::uintptr_t unused, PDH_HQUERY* query);
 // The counters go with it.
