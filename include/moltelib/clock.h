@@ -15,7 +15,8 @@ MOLTE_API double MOLTE_HiResoTickToSec(int64_t nTicks);
 
 /*
  * Sleep for a number of SECONDS, milliseconds or microseconds; below 1 not at all. Of microseconds
- * the fraction of a millisecond is dropped: 999 don't sleep. The result is the argument.
+ * the fraction of a millisecond is dropped: 999 don't sleep. The result of the first is its
+ * argument, of the others 1.
  */
 MOLTE_API int32_t ORVEX_Sleep(int32_t nSeconds);
 MOLTE_API int32_t ORVEX_SleepMilli(int32_t nMilliSeconds);

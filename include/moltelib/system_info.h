@@ -114,7 +114,8 @@ MOLTE_API int32_t ORVEX_GetEffectiveUserName(char* dst, int32_t nLen);
 MOLTE_API int32_t ORVEX_GetComputerNameWithOpt(char* dst, int32_t nLen, int32_t bReport);
 MOLTE_API int32_t ORVEX_GetComputerName(char* dst, int32_t nLen); /* reports */
 
-/* The same as wide text; nLen counts characters. */
+/* The same as wide text; nLen counts characters. One that doesn't fit is NOT cut: error 2624, -1.
+ */
 MOLTE_API int32_t ORVEX_GetComputerNameWithOptW(wchar_t* dst, int32_t nLen, int32_t bReport);
 MOLTE_API int32_t ORVEX_GetComputerNameW(wchar_t* dst, int32_t nLen);
 

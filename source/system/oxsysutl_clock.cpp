@@ -40,10 +40,9 @@ int32_t ORVEX_SleepMilli(int32_t nMilliSeconds) {
     ORVEX_Sleep(nMilliSeconds / kMilliPerSecond);
     const int32_t rest = nMilliSeconds % kMilliPerSecond;
     if (rest > 0) Sleep(static_cast<DWORD>(rest));
-    return nMilliSeconds;
+    return 1;
 }
 
 int32_t ORVEX_SleepMicro(int32_t nMicroSeconds) {
-    ORVEX_SleepMilli(nMicroSeconds / kMicroPerMilli);
-    return nMicroSeconds;
+    return ORVEX_SleepMilli(nMicroSeconds / kMicroPerMilli);
 }

@@ -1,0 +1,39 @@
+#include "support/test.h"
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+TEST(Clock, SleepsInThreeUnits) {
+    const struct {
+        int32_t (*sleep)(int32_t);
+        int32_t argument, result;
+        double least;
+    } cases[] = {
+        {ORVEX_Sleep, 0, 0, 0},
+        {ORVEX_Sleep, -5, -5, 0},
+        {ORVEX_SleepMilli, 1020, 1, 1.02},
+        {ORVEX_SleepMilli, -1, 1, 0},
+        {ORVEX_SleepMicro, 20'999, 1, 0.02},
+        {ORVEX_SleepMicro, 999, 1, 0},
+        {ORVEX_SleepMicro, INT32_MIN, 1, 0},
+    };
+    for (const auto& c : cases) {
+        const auto begin = std::chrono::steady_clock::now();
+        const int64_t ticks = MOLTE_HiResoTickCount();
+        EXPECT_EQ(c.sleep(c.argument), c.result);
+        const double counted = MOLTE_HiResoTickToSec(MOLTE_HiResoTickCount() - ticks);
+        const Seconds passed = std::chrono::steady_clock::now() - begin;
+        EXPECT_GE(counted, c.least - 0.002) << c.argument;
+        EXPECT_LE(counted, passed.count() + 0.001);
+        EXPECT_LT(passed.count(), c.least + 10) << c.argument;
+    }
+}
+
+TEST(Clock, TheFractionOfAMillisecondIsDropped) {
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20'000; ++i) ORVEX_SleepMicro(999);
+    EXPECT_LT(Seconds(std::chrono::steady_clock::now() - begin).count(), 10);
+}
+
+}  // namespace
