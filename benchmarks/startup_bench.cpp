@@ -1,44 +1,57 @@
-// What bring-up and tear-down add to a process that does nothing else.
-#include <cstring>
-
-#if defined(_WIN32)
-#include <process.h>
-#else
+// What bring-up and tear-down, with a parameter file and string resources, add to a process that
+// does nothing else.
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#endif
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
 
 #include "moltelib.h"
 #include "pair.h"
 
 namespace {
 
-void run(const char* program, const char* role) {
-#if defined(_WIN32)
-    _spawnl(_P_WAIT, program, program, role, nullptr);
-#else
-    char* const argv[] = {const_cast<char*>(program), const_cast<char*>(role), nullptr};
+namespace fs = std::filesystem;
+
+void run(std::string role, std::string installation) {
+    std::string program = "startup_bench";
+    char* const argv[] = {program.data(), role.data(), installation.data(), nullptr};
     pid_t pid = 0;
     int status = 0;
-    if (posix_spawn(&pid, "/proc/self/exe", nullptr, nullptr, argv, environ) == 0) {
-        waitpid(pid, &status, 0);
+    if (posix_spawn(&pid, "/proc/self/exe", nullptr, nullptr, argv, environ) != 0 ||
+        waitpid(pid, &status, 0) != pid || status != 0) {
+        std::abort();
     }
-#endif
 }
 
-int up_and_down() {
+int up_and_down(const char* installation) {
+    ORVEX_SetMainPath(installation);
     const bool up = ORVEX_BASE_InitVar() == 1;
+    const bool speaks = std::string(GetRVEXErrStrByErrno(1)) != "Unknown";
     ORVEX_BASE_ReleaseVar();
-    return up ? 0 : 1;
+    return up && speaks ? 0 : 1;
+}
+
+std::string make_installation() {
+    char root_template[] = "/tmp/moltelib-bench-XXXXXX";
+    const std::string root = mkdtemp(root_template);
+    fs::copy(RESOURCE_FOLDER, root + "/resource", fs::copy_options::recursive);
+    fs::create_directory(root + "/CONF");
+    fs::copy_file(RESOURCE_FOLDER "/rvexinit.ini", root + "/CONF/rvexinit.ini");
+    return root;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1) return std::strcmp(argv[1], "library") == 0 ? up_and_down() : 0;
+    if (argc > 2) return std::string(argv[1]) == "library" ? up_and_down(argv[2]) : 0;
+    const std::string root = make_installation();
     molte_bench::pair(
-        "process with and without", [argv] { run(argv[0], "library"); },
-        [argv] { run(argv[0], "nothing"); }, 25);
-    molte_bench::alone("bring-up and tear-down again", [] { molte_bench::keep(up_and_down()); });
+        "process with and without", [&] { run("library", root); }, [&] { run("nothing", root); },
+        25);
+    molte_bench::alone("bring-up and tear-down again",
+                       [&] { molte_bench::keep(up_and_down(root.c_str())); });
+    fs::remove_all(root);
 }
