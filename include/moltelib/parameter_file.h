@@ -19,7 +19,7 @@
  * Every call opens the file, locks it, walks it through and closes it: nothing is kept in memory,
  * and threads and processes may call at any time. A file that is missing is made, empty. A change
  * rewrites the file in place and keeps all other lines byte for byte; a crash in between can lose
- * it. When no value changes the file isn't touched.
+ * it, a full disk leaves it as it was. When no value changes the file isn't touched.
  *
  * Results are 1, or -1 with an error of module "oxparam", unless told otherwise: 1 (the path) the
  * file can't be opened, 2 it can't be locked, 20 no memory, 50 a null argument or, to be written,

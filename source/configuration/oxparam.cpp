@@ -1,7 +1,6 @@
 // Parameter files by path: values read, compared and set.
 #include <algorithm>
 #include <cstring>
-#include <string>
 
 #include "configuration/parameter_file.h"
 #include "configuration/parameter_lines.h"
@@ -14,8 +13,6 @@ using molte::here;
 namespace {
 
 constexpr size_t kLongestValue = MOLTE_PARAM_SLOT - 1;
-constexpr int64_t kMostText = 0x40000000;
-constexpr uint32_t kTooLarge = 303;
 
 bool all_given(const char* path, const char* const* names, const char* values, int32_t count) {
     if (path == nullptr) return false;
@@ -89,7 +86,7 @@ int32_t Rewrite::allocate(std::string_view text) {
     for (int32_t i = 0; i < names_.count(); ++i) {
         room += std::strlen(names_.at(i)) + value_at(values_, i).size() + MOLTE_PARAM_SLOT;
     }
-    if (room >= kMostText) return kModule.fail(here(), kTooLarge);
+    if (room >= kSizeLimit) return kModule.fail(here(), kTooLarge);
     text_ = molte::allocate<char>(static_cast<int64_t>(room));
     if (text_ == nullptr) return kModule.trace(246);
     found_ = molte::allocate<bool>(names_.count());
@@ -165,7 +162,10 @@ int32_t rewrite(const char* path, const Names& names, const char* values) {
     FileText text_now;
     if (file.open(path, "r+b", "w+b", 323) < 0 || text_now.load(file.fd()) < 0) return -1;
     if (text_now.text() != text.text() && changed.make(text_now.text()) < 0) return -1;
-    return file.replace(changed.result());
+    if (file.replace(changed.result()) > 0) return 1;
+    // What was there has its room even on a full disk.
+    static_cast<void>(file.replace(text_now.text()));
+    return -1;
 }
 
 }  // namespace

@@ -15,8 +15,6 @@ using molte::SystemError;
 
 namespace {
 
-constexpr uint32_t kNotRead = 3;
-constexpr uint32_t kNotWritten = 4;
 constexpr int32_t kRead = 32768;
 constexpr int32_t kUpdate = 32770;
 constexpr int32_t kMakeAnew = 33538;

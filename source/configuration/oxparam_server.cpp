@@ -14,8 +14,6 @@ using molte::here;
 namespace {
 
 constexpr size_t kLongestServerLine = 515;
-constexpr int64_t kSizeLimit = 0x40000000;
-constexpr uint32_t kTooLarge = 303;
 constexpr size_t kPathSize = 256;
 
 // The bytes used. A terminator takes the place of each line end; a piece of a long line has none.

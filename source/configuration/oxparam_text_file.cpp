@@ -9,10 +9,6 @@ namespace molte::ini {
 
 namespace {
 
-constexpr uint32_t kNotRead = 3;
-constexpr uint32_t kNotWritten = 4;
-constexpr uint32_t kTooLarge = 303;
-constexpr int64_t kSizeLimit = 0x40000000;
 constexpr int32_t kLockWaiting = 1;
 
 int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int64_t size) {

@@ -29,23 +29,6 @@ MOLTE_PARAMITEM** items() {
     return static_cast<MOLTE_PARAMITEM**>(registry().stItems.pData);
 }
 
-// A text of a record, that may fill its field, with a terminator.
-template <size_t kSize>
-class Terminated {
- public:
-    explicit Terminated(const void* field) {
-        std::memcpy(text_, field, kSize);
-        text_[kSize] = '\0';
-    }
-    [[nodiscard]] const char* text() const { return text_; }
-
- private:
-    char text_[kSize + 1];
-};
-
-using NetName = Terminated<sizeof(MOLTE_PARAMNETITEM::szName)>;
-using NetText = Terminated<sizeof(MOLTE_PARAMNETITEM::abyValue)>;
-
 bool all_given(const void* records, int32_t count) {
     return records != nullptr || count < 1;
 }

@@ -1,5 +1,4 @@
 // The usual bodies of setters, one algorithm for the three kinds of value.
-#include <cstring>
 #include <ctime>
 
 #include "configuration/paramadm.h"
@@ -65,11 +64,8 @@ struct TextValue {
         ORVEX_strncpy(value, text, size);
         return 1;
     }
-    // The text may fill the record.
     void take(const MOLTE_PARAMNETITEM& record) const {
-        char text[sizeof record.abyValue + 1] = {};
-        std::memcpy(text, record.abyValue, sizeof record.abyValue);
-        ORVEX_strncpy(value, text, size);
+        ORVEX_strncpy(value, NetText(record.abyValue).text(), size);
     }
 };
 

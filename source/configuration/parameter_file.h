@@ -14,8 +14,13 @@ namespace molte::ini {
 inline constexpr Module kModule("oxparam");
 
 inline constexpr uint32_t kNotOpened = 1;
+inline constexpr uint32_t kNotRead = 3;
+inline constexpr uint32_t kNotWritten = 4;
 inline constexpr uint32_t kBadArgument = 50;
 inline constexpr uint32_t kAbsent = 52;
+inline constexpr uint32_t kTooLarge = 303;
+
+inline constexpr int64_t kSizeLimit = 0x40000000;  // no file is this large
 
 // A file that is open and locked from open() to close() or the end of the block.
 class LockedFile {
