@@ -64,8 +64,9 @@ MOLTE_API int32_t BERRLOG_CreateFile(const char* pszPath, int64_t nSize);
 
 /*
  * Adds an entry to a file, which is made first if need be; always 0. A text that doesn't fit behind
- * the others begins the block again, one of more than 8128 bytes is cut to that. Of a text of more
- * than 4096 bytes only what fits between its offset and the end of the block is kept.
+ * the others begins the block again; in an empty block one of more than 8128 bytes is cut to that.
+ * Of a text of more than 4096 bytes only what fits between its offset and the end of the block is
+ * kept: NOTHING OF ONE OF 8192 BYTES that begins a full block again.
  */
 MOLTE_API int32_t BERRLOG_AddLog(const char* pszPath, const char* pszText, int32_t nLen);
 
@@ -98,7 +99,7 @@ MOLTE_API int32_t BERRLOG_OpenFile(const char* pszPath, BERRLOG_FILE* pFile);
 /* Unlocks and closes, frees the map and zeroes *pFile; 1. */
 MOLTE_API int32_t BERRLOG_CloseFile(BERRLOG_FILE* pFile);
 
-/* Write and read nLen bytes at a position; 1. */
+/* Write and read nLen bytes at a position; 1, or -1, also for a negative nLen. */
 MOLTE_API int32_t BERRLOG_SaveRawData(BERRLOG_FILE* pFile, int64_t nOffset, const void* pData,
                                       int32_t nLen);
 MOLTE_API int32_t BERRLOG_ReadRawData(BERRLOG_FILE* pFile, int64_t nOffset, void* pData,

@@ -142,7 +142,8 @@ MOLTE_API int32_t OLINEBUF_UTIL_FW_GetNextBKID(const OLINEBUF* pBuf, int32_t* pn
  * ---- The library's list of buffers ----
  *
  * A program's buffers by name. The list exists from bring-up to tear-down, has no lock of its own
- * and gives nothing up again. The module of its errors is "moltevar".
+ * and gives nothing up again but the buffer of a text hook that is closed. The module of its errors
+ * is "moltevar".
  */
 
 /* The buffer of exactly that name; null with error 117 ("line buf with given name NAME  does ...").

@@ -1,25 +1,33 @@
 #include "platform/critical_section.h"
 
+#include "futex.h"
+
+namespace {
+
+constexpr std::uint32_t kWaitedFor = 2;
+
+}  // namespace
+
 void InitializeCriticalSection(CRITICAL_SECTION* section) {
-    pthread_mutexattr_t recursive;
-    pthread_mutexattr_init(&recursive);
-    pthread_mutexattr_settype(&recursive, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(&section->mutex, &recursive);
-    pthread_mutexattr_destroy(&recursive);
+    section->state.store(0, std::memory_order_relaxed);
+    section->entered_again = 0;
+    section->holder.store(nullptr, std::memory_order_relaxed);
 }
 
-void DeleteCriticalSection(CRITICAL_SECTION* section) {
-    pthread_mutex_destroy(&section->mutex);
+void DeleteCriticalSection(CRITICAL_SECTION* /*section*/) {}
+
+namespace platform {
+
+// Who slept takes the section as one that is waited for: others may still sleep.
+void wait_for_section(CRITICAL_SECTION* section) {
+    while (section->state.exchange(kWaitedFor, std::memory_order_acquire) != 0) {
+        futex_sleep({&section->state, kWaitedFor, false}, nullptr);
+    }
+    section->holder.store(__builtin_thread_pointer(), std::memory_order_relaxed);
 }
 
-void EnterCriticalSection(CRITICAL_SECTION* section) {
-    pthread_mutex_lock(&section->mutex);
+void wake_waiter(CRITICAL_SECTION* section) {
+    futex_wake(section->state, 1, false);
 }
 
-void LeaveCriticalSection(CRITICAL_SECTION* section) {
-    pthread_mutex_unlock(&section->mutex);
-}
-
-BOOL TryEnterCriticalSection(CRITICAL_SECTION* section) {
-    return pthread_mutex_trylock(&section->mutex) == 0 ? TRUE : FALSE;
-}
+}  // namespace platform

@@ -168,8 +168,8 @@ int32_t OTXTHOOK_InstallHook(OTXTHOOK_OUTTEXT pfnOutText, OTXTHOOK_CLOSE pfnClos
         return kModule.fail(159, kBadHook, SystemError::none, "text hook=%p id=%d\n",
                             reinterpret_cast<void*>(pfnOutText), nId);
     }
-    if (OTXTHOOK_Init() < 0) return kModule.trace(164);
     const molte::CritGuard guard(list_lock());
+    if (OTXTHOOK_Init() < 0) return kModule.trace(164);
     // The search reports error 305 when it finds nothing, and that stays in the record of a
     // successful installation. This is meant.
     if (OTXTHOOK_UTIL_GetHook(pfnOutText, nId) != nullptr) {

@@ -55,8 +55,10 @@ int64_t part_inside(uint32_t offset, uint32_t length) {
 int32_t make_log(const char* path) {
     const auto name = molte::allocate<char>(static_cast<int64_t>(std::strlen(path)) + 64);
     if (name == nullptr) return -1;
-    if (ORVEX_UTIL_TempFNFromFN(path, name.get(), "berr") < 0) return BERRLOG_CreateFile(path, 0);
-    if (BERRLOG_CreateFile(name.get(), 0) < 0) return -1;
+    if (ORVEX_UTIL_TempFNFromFN(path, name.get(), "berr") < 0 ||
+        BERRLOG_CreateFile(name.get(), 0) < 0) {
+        return BERRLOG_CreateFile(path, 0);  // what fails then is told of the log itself
+    }
     if (platform::rename_file(name.get(), path) == 0) return 1;
     _unlink(name.get());
     return _access(path, 0) == 0 ? 1 : BERRLOG_CreateFile(path, 0);
@@ -110,7 +112,6 @@ int32_t add_entry(const char* path, const char* text, int32_t length) {
     if (BERRLOG_ReadBlock(log.get(), number, block.get()) < 0) return kModule.trace(213);
     if (BERRLOG_UTIL_CanHoldLog(block.get(), &length) == 0) {
         begin_block_again(&log, block.get(), &number);
-        length = BERRLOG_UTIL_CutLen(length);
     }
     const int64_t sequence = log.get()->n64Seq;
     put_entry(block.get(), text, length, sequence);
@@ -240,6 +241,7 @@ int32_t BERRLOG_RetrLog(const char* pszPath, BERRLOG_ENTRY** ppEntries, char** p
 }
 
 int32_t MOLTE_BERRLOG_PathFileName(char* pszDst) {
+    if (pszDst == nullptr) return kModule.fail(molte::here(), kBadArgument);
     if (ORVEX_LOG_PathName(pszDst) < 0) return kModule.trace(333);
     std::strcat(pszDst, "\\berrlog.dat");
     return 1;

@@ -130,14 +130,14 @@ int32_t BERRLOG_CloseFile(BERRLOG_FILE* pFile) {
 }
 
 int32_t BERRLOG_SaveRawData(BERRLOG_FILE* pFile, int64_t nOffset, const void* pData, int32_t nLen) {
-    if (!is_open(pFile)) return kModule.fail(molte::here(), kBadArgument);
-    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) != nOffset) return kModule.trace(132);
+    if (!is_open(pFile) || nLen < 0) return kModule.fail(molte::here(), kBadArgument);
+    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) < 0) return kModule.trace(132);
     return ORVEX_HFILE_Write(pFile->pFile, pData, nLen) == nLen ? 1 : kModule.trace(133);
 }
 
 int32_t BERRLOG_ReadRawData(BERRLOG_FILE* pFile, int64_t nOffset, void* pData, int32_t nLen) {
-    if (!is_open(pFile)) return kModule.fail(molte::here(), kBadArgument);
-    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) != nOffset) return kModule.trace(144);
+    if (!is_open(pFile) || nLen < 0) return kModule.fail(molte::here(), kBadArgument);
+    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) < 0) return kModule.trace(144);
     return ORVEX_HFILE_Read(pFile->pFile, pData, nLen) == nLen ? 1 : kModule.trace(145);
 }
 

@@ -112,7 +112,7 @@ int32_t OLINEBUF_UTIL_GetLine(const OLINEBUF* pBuf, int32_t nBlock, int32_t nInd
     const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(pBuf, nBlock);
     if (block == nullptr || nIndex < 0 || nIndex >= block->nLineCount) return 0;
     const OLINEBUF_LINE& line = block->astLine[nIndex];
-    const int32_t length = line.nLen < nOutSize ? line.nLen : std::max(nOutSize - 1, 0);
+    const int32_t length = line.nLen < nOutSize ? line.nLen : std::max(nOutSize, 1) - 1;
     if (OLINEBUF_UTIL_GetStr(block, line.nOffset, pszOut, length) < 0) {
         return kModule.trace(molte::here());
     }
@@ -126,9 +126,8 @@ int32_t OLINEBUF_UTIL_BW_GetNextBKID(const OLINEBUF* pBuf, int32_t* pnBlock) {
         *pnBlock = pBuf->nCurBlock;
         return 1;
     }
-    int32_t next = *pnBlock - 1;
-    if (next < 0 && pBuf->bWrapped == 0) return 0;
-    if (next < 0) next = pBuf->nBlocks - 1;
+    if (*pnBlock <= 0 && pBuf->bWrapped == 0) return 0;
+    const int32_t next = (*pnBlock > 0 ? *pnBlock : pBuf->nBlocks) - 1;
     if (next == pBuf->nCurBlock) return 0;
     *pnBlock = next;
     return 1;

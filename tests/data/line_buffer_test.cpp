@@ -32,8 +32,8 @@ class LineBuffer : public testing::Test {
         EXPECT_EQ(out.back(), '#');
         return out.c_str();
     }
-    std::vector<int32_t> walk(int32_t (*step)(const OLINEBUF*, int32_t*)) {
-        std::vector<int32_t> blocks;
+    Ints walk(int32_t (*step)(const OLINEBUF*, int32_t*)) {
+        Ints blocks;
         int32_t at = -1;
         while (step(&buf_, &at) == 1 && blocks.size() < 100) blocks.push_back(at);
         return blocks;
@@ -42,13 +42,9 @@ class LineBuffer : public testing::Test {
 };
 
 TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
-    for (const auto& [size, blocks] : std::vector<tuple<int32_t, int32_t>>{{-5, 16},
-                                                                           {1, 16},
-                                                                           {65536, 16},
-                                                                           {65537, 17},
-                                                                           {70000, 18},
-                                                                           {16777216, 4096},
-                                                                           {100000000, 4096}}) {
+    constexpr int32_t rows[][2] = {{INT32_MIN, 16}, {1, 16},          {65536, 16},      {65537, 17},
+                                   {70000, 18},     {16777216, 4096}, {INT32_MAX, 4096}};
+    for (const auto& [size, blocks] : rows) {
         OLINEBUF buf;
         ASSERT_EQ(OLINEBUF_Init(&buf, std::string(200, 'n').c_str(), size), 1);
         EXPECT_EQ(buf.nBlocks, blocks) << size;
@@ -56,36 +52,30 @@ TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
         EXPECT_EQ(std::string(buf.szName), std::string(119, 'n'));
         OLINEBUF_Release(&buf);
         EXPECT_EQ(buf.pBuf, nullptr);
-        EXPECT_EQ(OLINEBUF_AddLine(&buf, "x", 1), -1);
-        EXPECT_EQ(error_of_this_thread(), "50 olinebuf");
+        EXPECT_EQ(error_of(OLINEBUF_AddLine(&buf, "x", 1)), "50 olinebuf");
     }
 }
 
 TEST_F(LineBuffer, IdentifiersCount) {
-    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 0U);
+    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_) + OLINEBUF_GetMaxLineID(&buf_), 0U);
     EXPECT_EQ(line(0), "none");
     for (const char* text : {"one", "two", "three"}) add(text);
-    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 3U);
     EXPECT_EQ(line(0) + line(1) + line(2) + line(3), "onetwothreenone");
-    EXPECT_EQ(line(2, 5) + line(2, 6) + line(2, 1) + line(2, 0), "threthreenonenone");
-    EXPECT_EQ(OLINEBUF_AddLine(&buf_, nullptr, 3), 0);
-    EXPECT_EQ(OLINEBUF_AddLine(&buf_, "x", 0), 0);
-    EXPECT_EQ(OLINEBUF_AddLine(&buf_, "x", -1), 0);
+    EXPECT_EQ(line(2, 5) + line(2, 6) + line(2, 1) + line(2, INT32_MIN), "threthreenonenone");
+    EXPECT_EQ(OLINEBUF_AddLine(&buf_, nullptr, 3) + OLINEBUF_AddLine(&buf_, "x", 0), 0);
+    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
     EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 3U);
 }
 
 TEST_F(LineBuffer, ABlockByteForByte) {
     add("abc");
     add("defgh");
-    const std::string head("\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0", 24);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf), 24), head);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf) + 4088, 8), "defghabc");
+    std::string bytes("\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0", 24);
+    bytes.append(4088 - bytes.size(), '\0').append("defghabc");
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf), 4096), bytes);
     const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
-    EXPECT_EQ(OLINEBUF_UTIL_BufLeft(block), 508 * 8 - 8);
-    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 4056), 1);
-    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 4057), 0);
+    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 508 * 8 - 8), 1);
+    EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 508 * 8 - 7), 0);
 }
 
 TEST_F(LineBuffer, ABlockTakes4080BytesOfLinesAndTheirTable) {
@@ -93,9 +83,7 @@ TEST_F(LineBuffer, ABlockTakes4080BytesOfLinesAndTheirTable) {
     EXPECT_EQ(add(std::string(72, 'y')), 72);  // 509 * 8 - 4000
     EXPECT_EQ(buf_.nCurBlock, 0);
     add("z");
-    EXPECT_EQ(buf_.nCurBlock, 1);
-    EXPECT_EQ(line(0), std::string(4000, 'x'));
-    EXPECT_EQ(line(1) + line(2), std::string(72, 'y') + "z");
+    EXPECT_EQ(line(0) + line(1) + line(2), std::string(4000, 'x') + std::string(72, 'y') + "z");
     for (int i = 0; i < 453; ++i) add("z");  // each costs 9 of 4080
     EXPECT_EQ(buf_.nCurBlock, 1);
     add("z");
@@ -105,20 +93,17 @@ TEST_F(LineBuffer, ABlockTakes4080BytesOfLinesAndTheirTable) {
 TEST_F(LineBuffer, TheOldestBlockGoesWhole) {
     add(std::string(100, 'f'));  // no line of 4000 fits behind it
     fill_blocks(16);
-    EXPECT_EQ(buf_.bWrapped, 1);
     EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 1U);
     EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 17U);
     EXPECT_EQ(line(0), "none");
-    EXPECT_EQ(line(1), std::string(4000, 'a'));
-    EXPECT_EQ(line(16), std::string(4000, 'p'));
+    EXPECT_EQ(line(1) + line(16), std::string(4000, 'a') + std::string(4000, 'p'));
     uint64_t next = 0;
+    EXPECT_EQ(lines(&next, 4000), "");
+    EXPECT_EQ(next, 0U);
     EXPECT_EQ(lines(&next, 4001), std::string(4000, 'a'));  // from the oldest one held
     EXPECT_EQ(next, 2U);
     next = 0;
-    EXPECT_EQ(lines(&next, 4000), "");
-    EXPECT_EQ(next, 0U);
     EXPECT_EQ(lines(&next, 16 * 4000 + 1).size(), 64000U);  // round the end of the ring
-    EXPECT_EQ(next, 17U);
     EXPECT_EQ(lines(&next, 100), "");
     EXPECT_EQ(next, 17U);
 }
@@ -126,12 +111,11 @@ TEST_F(LineBuffer, TheOldestBlockGoesWhole) {
 TEST_F(LineBuffer, LinesGoInWhole) {
     OLINEBUF_AddMultiLine(&buf_, "123456789\nab\n\nlast");
     uint64_t next = 0;
-    EXPECT_EQ(lines(&next, 10), "");
-    EXPECT_EQ(next, 0U);
-    EXPECT_EQ(lines(&next, 11), "123456789\n");
-    EXPECT_EQ(lines(&next, 5), "ab\n\n");
-    EXPECT_EQ(next, 3U);
-    EXPECT_EQ(lines(&next, 100), "last");
+    for (const auto& [size, text] :
+         {tuple{10, ""}, {11, "123456789\n"}, {5, "ab\n\n"}, {99, "last"}}) {
+        EXPECT_EQ(lines(&next, size), text);
+    }
+    EXPECT_EQ(next, 4U);
     EXPECT_EQ(OLINEBUF_GetMultiLine(&buf_, nullptr, 1, &next), -1);
     OLINEBUF_AddMultiLine(&buf_, "a\n");
     OLINEBUF_AddMultiLine(&buf_, "");
@@ -139,26 +123,28 @@ TEST_F(LineBuffer, LinesGoInWhole) {
 }
 
 TEST_F(LineBuffer, StepsThroughTheBlocksInUse) {
-    using Blocks = std::vector<int32_t>;
     fill_blocks(3);
-    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID), (Blocks{2, 1, 0}));
-    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), (Blocks{0, 1, 2}));
+    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID), (Ints{2, 1, 0}));
+    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), (Ints{0, 1, 2}));
     fill_blocks(15);  // block 1 is the current one again
     EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID),
-              (Blocks{1, 0, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2}));
+              (Ints{1, 0, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2}));
     EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID),
-              (Blocks{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1}));
+              (Ints{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1}));
     fill_blocks(14);  // the last one: the walk on sees it alone
-    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), Blocks{15});
+    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), Ints{15});
     EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID).size(), 16U);
-    int32_t block = -1;
-    int32_t index = -1;
-    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 31, &block, &index), 1);
-    EXPECT_EQ(block, 15);
-    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 16, &block, &index), 1);
-    EXPECT_EQ(block, 0);
-    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 15, &block, &index), 0);
-    EXPECT_EQ(OLINEBUF_UTIL_PosLineByID(&buf_, 32, &block, &index), 0);
+    int32_t at = INT32_MIN;  // no block: as below the first
+    EXPECT_EQ(OLINEBUF_UTIL_BW_GetNextBKID(&buf_, &at), 0);
+    for (const auto& [id, found] : {tuple{15U, Ints{0, -1, -1}},
+                                    {16U, Ints{1, 0, 0}},
+                                    {31U, Ints{1, 15, 0}},
+                                    {32U, Ints{0, -1, -1}}}) {
+        int32_t block = -1;
+        int32_t index = -1;
+        const int32_t result = OLINEBUF_UTIL_PosLineByID(&buf_, id, &block, &index);
+        EXPECT_EQ((Ints{result, block, index}), found) << id;
+    }
 }
 
 TEST_F(LineBuffer, PlacesThatAreNone) {
@@ -167,32 +153,25 @@ TEST_F(LineBuffer, PlacesThatAreNone) {
     EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, 16), nullptr);
     EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, -1), nullptr);
     EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 0, 0, out, 16, nullptr), 0);
-    EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 99, 0, out, 16, nullptr), 0);
     EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4090, "1234567", 7), -1);
-    EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, -1, out, 1), -1);
     EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, INT32_MAX, out, INT32_MAX), -1);
     EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4089, "1234567", 7), 1);
     EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, 4090, out, 6), 1);
     EXPECT_EQ(std::string(out, 6), "234567");
 }
 
-std::string bytes_of(const OLINEBUF_STAT& stat) {
-    return {reinterpret_cast<const char*>(&stat), sizeof stat};
-}
-
 TEST_F(LineBuffer, StatisticsByteForByte) {
-    OLINEBUF_STAT stat;
-    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
-    EXPECT_EQ(bytes_of(stat), std::string("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20\0\0\0\17\0\0\17\360"
-                                          "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
-                                          40) +
-                                  std::string(24, '\0'));
+    const auto statistics = [this] {
+        OLINEBUF_STAT stat;
+        EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+        return std::string(reinterpret_cast<const char*>(&stat), sizeof stat);
+    };
+    const std::string same("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20", 16);
+    EXPECT_EQ(statistics(), same + std::string("\0\0\0\17\0\0\17\360", 8) + std::string(40, '\0'));
     fill_blocks(18);  // all blocks in use, of each 72 bytes are free
-    OLINEBUF_DoStatistics(&buf_, &stat);
-    EXPECT_EQ(bytes_of(stat), std::string("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20\0\0\0\0\0\0\4\200"
-                                          "\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22",
-                                          40) +
-                                  std::string(24, '\0'));
+    EXPECT_EQ(statistics(),
+              same + std::string("\0\0\0\0\0\0\4\200\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22", 24) +
+                  std::string(24, '\0'));
 }
 
 // Each line tells who wrote it, its number there, and ends as it must: no reader sees another.
@@ -239,37 +218,29 @@ TEST_F(LineBuffer, ManyWriteWhileManyRead) {
 TEST(LineBufferList, FindsByName) {
     const Installation installation;
     OLINEBUF a;
-    OLINEBUF same;
     OLINEBUF_Init(&a, "list one", 1);
-    OLINEBUF_Init(&same, "list one", 1);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), nullptr);
-    EXPECT_EQ(error_of_this_thread(),
+    EXPECT_EQ(error_of(MOLTE_UTIL_GetLineBuf("list one")),
               "117 moltevar line buf with given name list one  does not exist\n");
     ORVEX_Err_ClearError();
     EXPECT_EQ(MOLTE_UTIL_AddLineBuf(&a), 1);
     EXPECT_EQ(GetRvexErrNo(), 117U);  // of the search; it stays
-    EXPECT_EQ(MOLTE_UTIL_AddLineBuf(&same), -1);
+    EXPECT_EQ(MOLTE_UTIL_AddLineBuf(&a), -1);
     EXPECT_EQ(MOLTE_UTIL_AddLineBuf(nullptr), -1);
-    EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), &a);
-    OLINEBUF_AddMultiLine(&a, "1\n2\n");
-    char text[16];
-    uint64_t next = 1;
-    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("list one", text, sizeof text, &next), 2);
-    EXPECT_STREQ(text, "2\n");
-    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("list two", text, sizeof text, &next), -1);
-
     EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked", 1, OXMSG_TO_INNER, 5), 1);
+    OLINEBUF_AddMultiLine(&a, "1\n2\n");
     MOLTE_OutMsg(OXMSG_TO_INNER | OXMSG_INNER | OXMSG_INFO, "text %d", 7);
-    next = 0;
-    EXPECT_EQ(MOLTE_UTIL_GetTxtInfo("hooked", text, sizeof text, &next), 6);
-    EXPECT_STREQ(text, "text 7");
+    char text[16] = "";
+    for (const auto& [name, first, result, found] :
+         {tuple("list one", 1, 2, "2\n"), tuple("hooked", 0, 6, "text 7"),
+          tuple("list two", 0, -1, "text 7")}) {
+        auto next = static_cast<uint64_t>(first);
+        EXPECT_EQ(MOLTE_UTIL_GetTxtInfo(name, text, sizeof text, &next), result);
+        EXPECT_STREQ(text, found);
+    }
     EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked too", 1, OXMSG_TO_INNER, 5), -1);  // same id
-    EXPECT_EQ(MOLTE_UTIL_AddMemTextHook("hooked", 1, 0, 6), -1);
     OTXTHOOK_Release();  // the hook's buffer is gone, and its name with it
     EXPECT_EQ(MOLTE_UTIL_GetLineBuf("hooked"), nullptr);
     EXPECT_EQ(MOLTE_UTIL_GetLineBuf("list one"), &a);
-    OLINEBUF_Release(&same);
     g_stBv.stLineBufList.nCount = 0;
     OLINEBUF_Release(&a);
 }
