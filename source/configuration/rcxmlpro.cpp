@@ -98,9 +98,7 @@ const char* RCXML_GetString(uint32_t id) {
 }
 
 void free_strings(RC_STRING* strings, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
-        if (strings[i].bOwned != 0) ORVEX_free(const_cast<char*>(text_of(strings[i])));
-    }
+    for (int32_t i = 0; i < count; ++i) free_text(strings[i]);
     ORVEX_free(strings);
 }
 

@@ -100,11 +100,14 @@ constexpr Module kResourceModule("rcxmlpro");
 
 const char* text_of(const RC_STRING& string);
 
+// The record has an empty text then.
+void free_text(RC_STRING& string);
+
 // Takes UTF-8 over into the code page; a backslash and "n" become a blank and a line feed. Knows
 // the characters that it met, so it serves one file, for as long as the code page stays.
 class TextConverter {
  public:
-    // The first sets the text of a new record, the second adds to it. 1, or -1 with the history.
+    // The first sets the text of a record, the second adds to it. 1, or -1 with the history.
     int32_t set(RC_STRING& string, const char* utf8);
     int32_t add(RC_STRING& string, const char* utf8, int32_t length);
 

@@ -91,17 +91,20 @@ Name name_of(const char* text) {
     return kNone;
 }
 
-// A decimal number, or 0 for one that doesn't fit and for none. What follows it is ignored.
-int32_t number_of(const char* text) {
-    while (*text == ' ') ++text;
+bool is_white(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// A decimal number, 0 for none, cut to its low 32 bits. What follows it is ignored.
+uint32_t number_of(const char* text) {
+    while (is_white(*text)) ++text;
     const bool negative = *text == '-';
     if (*text == '-' || *text == '+') ++text;
-    int64_t value = 0;
+    uint32_t value = 0;
     for (; *text >= '0' && *text <= '9'; ++text) {
-        value = value * 10 + (*text - '0');
-        if (value > INT32_MAX) return 0;
+        value = value * 10 + static_cast<uint32_t>(*text - '0');
     }
-    return static_cast<int32_t>(negative ? -value : value);
+    return negative ? 0 - value : value;
 }
 
 // ---- What a parser keeps ----
@@ -233,7 +236,7 @@ int32_t Reader::take_item_attribute(RC_STRING& string, Name name, const char* va
         return 1;
     }
     if (name != kId) return -1;
-    string.nId = static_cast<uint32_t>(number_of(value));
+    string.nId = number_of(value);
     return 1;
 }
 
@@ -271,10 +274,6 @@ int32_t Reader::end() {
     if (MOLTE_STACK_Pop(&open_, &element) < 0) return kResourceModule.trace(349);
     want_text(element.bOuterText != 0);
     return 1;
-}
-
-bool is_white(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 int32_t Reader::characters(const char* text, int32_t length) {

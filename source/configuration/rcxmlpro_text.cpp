@@ -1,4 +1,5 @@
 // From UTF-8 into the code page, and into a record.
+#include <cstdint>
 #include <cstring>
 
 #include "configuration/rcxmlpro.h"
@@ -10,7 +11,7 @@ namespace molte {
 namespace {
 
 constexpr int32_t kHeapStep = 1024;
-constexpr int32_t kMaxText = 1 << 20;
+constexpr int32_t kMaxText = INT32_MAX - 2 * kHeapStep;  // its block's size is an int32_t
 constexpr int32_t kLastSingleUnit = 0xFFFF;
 constexpr uint32_t kTooLong = 124;
 constexpr uint64_t kOnes = 0x0101010101010101;  // times a byte: eight of it
@@ -66,6 +67,15 @@ char* grow_text(RC_STRING& string, int32_t size) {
 
 const char* text_of(const RC_STRING& string) {
     return string.bHeap != 0 ? heap_text(string) : string.abyText;
+}
+
+void free_text(RC_STRING& string) {
+    if (string.bOwned != 0) ORVEX_free(heap_text(string));
+    string.bHeap = 0;
+    string.bOwned = 0;
+    string.nCapacity = 0;
+    string.nLen = 0;
+    string.abyText[0] = '\0';
 }
 
 // Takes over what stands in each code page alike, up to a character of another kind or to a
@@ -156,6 +166,7 @@ bool TextConverter::convert(const char* utf8, int32_t length) {
 
 int32_t TextConverter::set(RC_STRING& string, const char* utf8) {
     if (!convert(utf8, static_cast<int32_t>(std::strlen(utf8)))) return -1;
+    free_text(string);  // an item may have two: "value" and "VALUE"
     char* to = string.abyText;
     if (length_ >= static_cast<int32_t>(sizeof string.abyText)) {
         to = allocate<char>(length_ + 1).release();
@@ -170,8 +181,8 @@ int32_t TextConverter::set(RC_STRING& string, const char* utf8) {
 
 int32_t TextConverter::add(RC_STRING& string, const char* utf8, int32_t length) {
     if (!convert(utf8, length)) return -1;
+    if (string.nLen > kMaxText - length_) return kResourceModule.fail(here(), kTooLong);
     const int32_t total = string.nLen + length_;
-    if (total >= kMaxText) return kResourceModule.fail(here(), kTooLong);
     const bool in_record = string.bHeap == 0 && total < static_cast<int32_t>(sizeof string.abyText);
     char* to = in_record ? string.abyText : grow_text(string, total + 1);
     if (to == nullptr) return -1;
