@@ -9,7 +9,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxthrdop");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 void link_at_tail(MOLTE_THREADLIST* list, MOLTE_THREADLISTNODE* node) {
     const molte::CritGuard guard(list->stCrit);

@@ -18,7 +18,7 @@
 namespace {
 
 constexpr molte::Module kModule("moltevar");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 int32_t set_by_index(MOLTE_PARAMITEM* item, const MOLTE_PARAMNETITEM* record, int32_t mode,
                      int32_t /*index*/) {

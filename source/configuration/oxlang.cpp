@@ -15,7 +15,7 @@ OXLANG_VAR g_stLangVar;
 namespace {
 
 constexpr molte::Module kModule("oxlang");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kLocaleFailed = 134;
 constexpr uint32_t kNoMainPath = 1000;
 

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxlang");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNoCollation = 250;
 constexpr uint32_t kBadCollationText = 251;
 constexpr int32_t kFirstMultiByte = 50;

@@ -10,7 +10,7 @@
 namespace molte::paramadm {
 
 inline constexpr Module kModule("paramadm");
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 // A text of a record, that may fill its field, with a terminator.
 template <size_t kSize>

@@ -16,7 +16,7 @@ inline constexpr Module kModule("oxparam");
 inline constexpr uint32_t kNotOpened = 1;
 inline constexpr uint32_t kNotRead = 3;
 inline constexpr uint32_t kNotWritten = 4;
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 inline constexpr uint32_t kAbsent = 52;
 inline constexpr uint32_t kTooLarge = 303;
 

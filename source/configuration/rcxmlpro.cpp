@@ -1,11 +1,11 @@
 // The loaded resource.
 #include "configuration/rcxmlpro.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "moltelib/memory.h"
 #include "moltelib/parameter_file.h"
+#include "moltelib/text.h"
 #include "platform/system.h"
 
 namespace molte {
@@ -55,7 +55,7 @@ int32_t load(const char* path, uint32_t language, const char* locale) {
     }
     resource.nState = kXml;
     resource.nLangId = language;
-    std::snprintf(resource.szLocale, sizeof resource.szLocale, "%s", locale);
+    ORVEX_strncpy(resource.szLocale, locale, sizeof resource.szLocale);
     return 1;
 }
 

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr molte::Module kModule("moltevar");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 // The three counters of one direction.
 struct Counters {

@@ -17,7 +17,7 @@ namespace {
 using molte::base_name;
 
 constexpr molte::Module kModule("orvexerr");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kFirstSocketError = 71;
 constexpr uint32_t kLastSocketError = 83;
 constexpr uint8_t kPlatformText = 2;  // bit of the option: the number is the platform's

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr molte::Module kModule("orvexerr");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 bool by_number(const ErrStringStruct& a, const ErrStringStruct& b) {
     return a.nErrNo < b.nErrNo;

@@ -12,7 +12,7 @@
 namespace molte::hooks {
 
 inline constexpr Module kModule("otxthook");
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 inline constexpr uint32_t kExists = 132;
 inline constexpr uint32_t kZeroMask = 432;
 

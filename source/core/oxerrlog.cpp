@@ -18,7 +18,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxerrlog");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kBadLog = 298;
 constexpr uint8_t kKind = 1;
 constexpr int32_t kOpenTries = 10;

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxerrlog");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kBadHead = 298;
 constexpr char kMagic[] = "erlogfileobject";
 constexpr int32_t kOwnerReadWrite = 384;

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kOutOfMemory = 20;
 constexpr int32_t kDefaultGrow = 16;
 

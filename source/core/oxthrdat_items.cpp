@@ -8,7 +8,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxthrdat");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNoRoom = 117;
 constexpr uint32_t kNotFound = 120;
 constexpr uint32_t kTooLong = 124;

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxthrdat");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 }  // namespace
 

@@ -18,6 +18,9 @@ enum class SystemError : uint8_t {
     socket = 4,    // errno; the socket's own error is taken as well
 };
 
+// The number that every family reports for an argument it can't use.
+inline constexpr uint32_t kBadArgument = 50;
+
 // The line of a report where no fixed number is required: that of the call.
 [[nodiscard]] constexpr int32_t here(int32_t line = __builtin_LINE()) {
     return line;

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr molte::Module kModule("moltevar");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNotInList = 117;
 
 OLINEBUF* buffer_at(int32_t index) {

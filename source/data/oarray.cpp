@@ -11,7 +11,7 @@
 namespace {
 
 constexpr molte::Module kModule("oarray");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr int64_t kMaxItems = std::numeric_limits<int32_t>::max();
 constexpr int32_t kInitLine = 20;
 

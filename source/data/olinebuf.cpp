@@ -13,7 +13,7 @@
 namespace {
 
 constexpr molte::Module kModule("olinebuf");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr int32_t kLeastSize = 65536;
 constexpr int32_t kMostSize = 16777216;
 

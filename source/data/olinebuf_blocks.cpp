@@ -8,7 +8,7 @@
 namespace {
 
 constexpr molte::Module kModule("olinebuf");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr int32_t kLineCost = sizeof(OLINEBUF_LINE);
 constexpr int32_t kTableRoom = 510;  // one entry less than a block has, as a margin
 

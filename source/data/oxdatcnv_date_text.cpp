@@ -12,7 +12,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxdatcnv");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr size_t kTextSize = 32;  // what a caller's buffer holds at least
 constexpr size_t kDateDigits = 8;
 constexpr size_t kTimeDigits = 6;

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr int64_t kStreamStep = 1024;
 constexpr int64_t kMaxSize = std::numeric_limits<int32_t>::max();
 

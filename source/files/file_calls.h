@@ -24,7 +24,7 @@ inline constexpr uint32_t kNotWritten = 4;
 inline constexpr uint32_t kNoPosition = 5;
 inline constexpr uint32_t kNoState = 10;
 inline constexpr uint32_t kSizeNotChanged = 15;
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 inline bool exists(const char* name) {
     return _access(name, 0) == 0;

@@ -15,7 +15,7 @@ inline constexpr Module kModule("ofilehop");
 using file::kMakeAnew;
 using file::kOwnerReadWrite;
 using file::kUpdate;
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 // Closes a handle at the end of the block.
 class Handle {

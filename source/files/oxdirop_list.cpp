@@ -20,7 +20,7 @@ using molte::directory::WalkPath;
 
 namespace {
 
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr int32_t kShortNameSize = 128;
 constexpr int32_t kFirstInFolder = 8;
 constexpr int32_t kFirstInTree = 1024;

@@ -14,7 +14,7 @@ using molte::directory::kModule;
 
 namespace {
 
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 bool is_wild(char c) {
     return c == '*' || c == '?';

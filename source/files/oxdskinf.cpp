@@ -16,7 +16,7 @@ namespace {
 constexpr molte::Module kModule("oxdskinf");
 constexpr int64_t kUnit = 1048576;
 constexpr int32_t kReserveUnits = 32;
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 // Disks of 2 PB and more are shown as the most that a result can hold.
 int32_t whole_units(int64_t bytes) {

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr size_t kNameSize = 256;
 
 bool program_path(char* path, DWORD size) {

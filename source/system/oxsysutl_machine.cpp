@@ -15,7 +15,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNoProcessorKey = 253;
 
 constexpr uint64_t kBelowFirstMegabyte = 0xA0000;  // which the system leaves out

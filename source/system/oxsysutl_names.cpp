@@ -14,7 +14,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNoComputerName = 127;
 constexpr uint32_t kNoUserName = 265;
 constexpr DWORD kNtPlatform = 2;

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kFailed = 101;
 constexpr size_t kFirstRoom = 704;  // bytes; few machines need more
 

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kProcessNotOpened = 276;
 
 class ProcessHandle {

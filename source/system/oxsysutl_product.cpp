@@ -14,7 +14,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 constexpr int32_t kTitleItem = 6;
 constexpr const char* kCompanyText = "Lumbra Software Inc";

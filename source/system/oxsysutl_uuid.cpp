@@ -16,7 +16,7 @@
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 
 std::mutex last_lock;
 uint8_t last_result[ORVEX_UUID_SIZE];

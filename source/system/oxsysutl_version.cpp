@@ -16,7 +16,7 @@ using molte::SystemError;
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kNoVersionInfo = 273;
 constexpr uint32_t kVersionInfoNotRead = 274;
 constexpr uint32_t kNoFixedInfo = 275;

@@ -14,7 +14,7 @@ using molte::SystemError;
 namespace {
 
 constexpr molte::Module kModule("oxsysutl");
-constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 constexpr uint32_t kFailed = 101;
 
 constexpr struct FileSystem {
