@@ -17,6 +17,7 @@
 #include "moltelib/language.h"
 #include "moltelib/memory.h"
 #include "moltelib/parameter_registry.h"
+#include "moltelib/pinyin.h"
 #include "moltelib/state.h"
 #include "moltelib/text_hook.h"
 #include "moltelib/thread.h"
@@ -140,6 +141,7 @@ int32_t ORVEX_BASE_ReleaseVar(void) {
     ORVEX_ERRLOG_LogEx(ORVEX_ERRLOG_CLOSE, nullptr);
     OTXTHOOK_Release();
     if (is_up()) release_state();
+    MOLTE_HZPY_Release(&g_stPinYin);
     molte::RCXML_Release();
     return 1;
 }

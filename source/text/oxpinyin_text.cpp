@@ -1,0 +1,198 @@
+// A mixed text to pinyin, with the characters of several readings left to the caller.
+#include "core/owners.h"
+#include "moltelib/array.h"
+#include "text/oxpinyin.h"
+
+using namespace molte::pinyin;
+using molte::here;
+using molte::SystemError;
+
+namespace {
+
+constexpr size_t kLongestText = 1024;
+constexpr size_t kWorkSize = 2048;  // with the terminator
+constexpr int32_t kFirstPoly = 16;
+
+int32_t fail_room(int32_t line) {
+    return kModule.fail(line, kNoRoom, SystemError::none, "buffer length not enough");
+}
+
+// The conversion of one text. What is plain so far collects in the work text; pieces are made only
+// when a character has several readings.
+class Conversion {
+ public:
+    explicit Conversion(size_t text_size)
+        : first_pieces_(static_cast<int32_t>(text_size / 2) + 1) {}
+    ~Conversion();
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+
+    [[nodiscard]] int32_t convert(const char* text);
+    [[nodiscard]] int32_t finish(char* out, int32_t out_size) const;
+    [[nodiscard]] bool has_choice() const { return poly_.nCount > 0; }
+    [[nodiscard]] int32_t store_rest();
+    void hand_over(MOLTE_HZPY_PYSEG** pieces, int32_t* piece_count, MOLTE_HZPY_ONEHZSTR** poly,
+                   int32_t* poly_count);
+
+ private:
+    void add(const char* bytes, size_t size);
+    void add_blank_if(bool wanted) {
+        if (wanted) add(" ", 1);
+    }
+    int32_t add_double(const char* bytes, const Glyph& glyph);
+    int32_t add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings);
+    int32_t store_piece(const char* text);
+    int32_t store_work();
+
+    char work_[kWorkSize];
+    size_t size_ = 0;
+    bool fits_ = true;
+    bool after_chinese_ = false;
+    int32_t first_pieces_;
+    PA pieces_{};
+    PA poly_{};
+};
+
+Conversion::~Conversion() {
+    MOLTE_HZPY_PYSEG_Free(static_cast<MOLTE_HZPY_PYSEG*>(pieces_.pData), pieces_.nCount);
+    PA_Release(&pieces_);
+    PA_Release(&poly_);
+}
+
+void Conversion::add(const char* bytes, size_t size) {
+    fits_ = fits_ && size < kWorkSize - size_;
+    if (!fits_) return;
+    std::memcpy(work_ + size_, bytes, size);
+    size_ += size;
+}
+
+int32_t Conversion::store_piece(const char* text) {
+    if (pieces_.nItemSize == 0 && PA_Init(&pieces_, sizeof(MOLTE_HZPY_PYSEG), first_pieces_) < 0) {
+        return kModule.trace(here());
+    }
+    MOLTE_HZPY_PYSEG piece;
+    if (MOLTE_HZPY_PYSEG_SetStr(&piece, text) < 0) return kModule.trace(here());
+    if (PA_Append(&pieces_, &piece) >= 0) return 1;
+    MOLTE_HZPY_PYSEG_Free(&piece, 1);
+    return kModule.trace(here());
+}
+
+int32_t Conversion::store_work() {
+    work_[size_] = '\0';
+    size_ = 0;
+    return store_piece(work_);
+}
+
+int32_t Conversion::store_rest() {
+    return size_ > 0 ? store_work() : 1;
+}
+
+int32_t Conversion::add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings) {
+    if (size_ > 0) {
+        add_blank_if(pieces_.nCount > 0);
+        if (store_work() < 0) return -1;
+    }
+    char character[3]{};
+    std::memcpy(character, bytes, static_cast<size_t>(size));
+    if (store_piece(character) < 0) return -1;
+    if (poly_.nItemSize == 0 && PA_Init(&poly_, sizeof(MOLTE_HZPY_ONEHZSTR), kFirstPoly) < 0) {
+        return kModule.trace(here());
+    }
+    MOLTE_HZPY_ONEHZSTR choice;
+    MOLTE_HZPY_ONEHZ2Str(&readings, &choice);
+    choice.nSegIndex = pieces_.nCount - 1;
+    return PA_Append(&poly_, &choice) < 0 ? kModule.trace(here()) : 1;
+}
+
+int32_t Conversion::add_double(const char* bytes, const Glyph& glyph) {
+    MOLTE_HZPY_ONEHZ readings;
+    if (MOLTE_HZPY_HzCode2Py(glyph.code, &readings) < 0) return kModule.trace(here());
+    after_chinese_ = true;
+    if (readings.nCount > 1) return add_choice(bytes, glyph.size, readings);
+    if (readings.nCount == 0) {
+        add_blank_if(true);  // also at the head of the text: meant
+        add(bytes, static_cast<size_t>(glyph.size));
+        return 1;
+    }
+    add_blank_if(size_ > 0 || pieces_.nCount > 0);
+    const Syllable reading(g_stPinYin.stPY, readings.abyPair[0]);
+    add(reading.text(), reading.size());
+    return 1;
+}
+
+int32_t Conversion::convert(const char* text) {
+    for (Glyph glyph = glyph_at(text); glyph.size > 0; glyph = glyph_at(text += glyph.size)) {
+        if (glyph.is_double) {
+            if (add_double(text, glyph) < 0) return -1;
+        } else {
+            add_blank_if(after_chinese_);
+            add(text, 1);
+            after_chinese_ = false;
+        }
+        if (!fits_) return fail_room(here());
+    }
+    return 1;
+}
+
+int32_t Conversion::finish(char* out, int32_t out_size) const {
+    if (size_ >= static_cast<size_t>(out_size)) return fail_room(here());
+    std::memcpy(out, work_, size_);
+    out[size_] = '\0';
+    return 1;
+}
+
+void Conversion::hand_over(MOLTE_HZPY_PYSEG** pieces, int32_t* piece_count,
+                           MOLTE_HZPY_ONEHZSTR** poly, int32_t* poly_count) {
+    *pieces = static_cast<MOLTE_HZPY_PYSEG*>(pieces_.pData);
+    *piece_count = pieces_.nCount;
+    *poly = static_cast<MOLTE_HZPY_ONEHZSTR*>(poly_.pData);
+    *poly_count = poly_.nCount;
+    pieces_ = {};
+    poly_ = {};
+}
+
+}  // namespace
+
+int32_t MOLTE_HZPY_PYSEG_SetStr(MOLTE_HZPY_PYSEG* pSeg, const char* pszText) {
+    if (pSeg == nullptr) return kModule.fail(here(), kBadArgument);
+    const char* text = pszText != nullptr ? pszText : "";
+    const size_t size = std::strlen(text) + 1;
+    auto copy = molte::allocate<char>(static_cast<int64_t>(size));
+    if (copy == nullptr) return kModule.trace(here());
+    std::memcpy(copy.get(), text, size);
+    *pSeg = {copy.release(), static_cast<int32_t>(size)};
+    return 1;
+}
+
+int32_t MOLTE_HZPY_PYSEG_Free(MOLTE_HZPY_PYSEG* pSegs, int32_t n) {
+    if (pSegs == nullptr && n > 0) return kModule.fail(here(), kBadArgument);
+    for (int32_t i = 0; i < n; ++i) {
+        ORVEX_free(pSegs[i].pszText);
+        pSegs[i] = {};
+    }
+    return 1;
+}
+
+int32_t MOLTE_HZPY_Str2Py(const char* pszText, char* pszOut, int32_t nOutSize,
+                          MOLTE_HZPY_PYSEG** ppSegs, int32_t* pnSegs, MOLTE_HZPY_ONEHZSTR** ppPoly,
+                          int32_t* pnPoly) {
+    if (pszText == nullptr || pszOut == nullptr || nOutSize < 1 || ppSegs == nullptr ||
+        pnSegs == nullptr || ppPoly == nullptr || pnPoly == nullptr) {
+        return kModule.fail(here(), kBadCall);
+    }
+    *ppSegs = nullptr;
+    *ppPoly = nullptr;
+    *pnSegs = *pnPoly = 0;
+    const size_t size = std::strlen(pszText);
+    if (size == 0) return 0;
+    if (size > kLongestText) {
+        return kModule.fail(here(), kTextTooLong, SystemError::none, "max=%zu cur=%zu",
+                            kLongestText, size);
+    }
+    Conversion conversion(size);
+    if (conversion.convert(pszText) < 0) return -1;
+    if (!conversion.has_choice()) return conversion.finish(pszOut, nOutSize);
+    if (conversion.store_rest() < 0) return -1;
+    conversion.hand_over(ppSegs, pnSegs, ppPoly, pnPoly);
+    return 0;
+}

@@ -1,0 +1,243 @@
+#include "pinyin_table.h"
+
+namespace {
+
+// a1 ZHANG, a2 ZHANG and CHANG, a3 SAN, a4 nine readings, a5 ER, a6 A; codes from B0A1 on.
+constexpr char kLines[] =
+    "zhang\xB0\xA1 x\xB0\xA2\r\n"
+    "chang\xB0\xA2\xB0\xA2\n"
+    "San:\xB0\xA3\xB0\n"
+    "-ba\xB0\xA7\nabcdefghijklmnop\xB0\xA7\n"
+    "abcdefghijklmno\xB0\xA8\n"
+    "er\xB0\xA5\na\xB0\xA6\nghost\xB0\xA9\n"
+    "ba\xB0\xA4\nbe\xB0\xA4\nbi\xB0\xA4\nbo\xB0\xA4\nbu\xB0\xA4\nca\xB0\xA4\nce\xB0\xA4\n"
+    "ci\xB0\xA4\nce\xB0\xA4\nlv\xFE\xFE";
+
+int32_t compare(int32_t a, int32_t b, uint8_t mode = 0, uint8_t by_pinyin = 1) {
+    const MOLTE_HZPY_CMPOPT opt{mode, by_pinyin, {}};
+    return MOLTE_HZPY_Cmp(&g_stPinYin, static_cast<uint16_t>(a), static_cast<uint16_t>(b), &opt);
+}
+
+// What a conversion tells: "result:text", or "0:piece|piece|" and " readings@piece" for a choice.
+std::string converted(const std::string& text, int32_t room = 2048) {
+    std::string out(static_cast<size_t>(std::max(room, 1)), '?');
+    MOLTE_HZPY_PYSEG* pieces = nullptr;
+    MOLTE_HZPY_ONEHZSTR* choices = nullptr;
+    int32_t piece_count = -1;
+    int32_t choice_count = -1;
+    const int32_t result = MOLTE_HZPY_Str2Py(text.c_str(), out.data(), room, &pieces, &piece_count,
+                                             &choices, &choice_count);
+    if (result < 0) return taken_error();
+    std::string told = std::to_string(result) + ":";
+    if (result == 1) told += out.c_str();
+    for (int i = 0; i < piece_count; ++i) {
+        EXPECT_EQ(static_cast<size_t>(pieces[i].nSize), std::strlen(pieces[i].pszText) + 1);
+        told += pieces[i].pszText + "|"s;
+    }
+    for (int i = 0; i < choice_count; ++i) {
+        told += " "s + choices[i].aszPY[0] + "," + choices[i].aszPY[1] + "@" +
+                std::to_string(choices[i].nSegIndex);
+    }
+    MOLTE_HZPY_PYSEG_Free(pieces, piece_count);
+    ORVEX_free(pieces);
+    ORVEX_free(choices);
+    return told;
+}
+
+TEST(Pinyin, table_is_built_once_from_its_file) {
+    const PinyinTable table(kLines);
+    EXPECT_EQ(table.built(), 1);
+    EXPECT_EQ(MOLTE_HZPY_Init(&g_stPinYin), 0);
+    EXPECT_EQ(g_stPinYin.stHZ.nFirstCode, 0xB0A1);
+    EXPECT_EQ(g_stPinYin.stHZ.nCount, 65536 - 0xB0A1);
+    const std::vector<tuple<int32_t, Text>> cases = {
+        {0xB0A1, "ZHANG"},
+        {0xB0A2, "ZHANG CHANG"},
+        {0xB0A3, "SAN"},
+        {0xB0A4, "BA BE BI BO BU CA CE"},
+        {0xB0A5, "ER"},
+        {0xB0A6, "A"},
+        {0xB0A7, ""},       // no letters, and 16 of them
+        {0xB0A8, "ABCDE"},  // a part has five letters
+        {0xB00A, ""},       // a lead byte that ends a line
+        {0xB0A9, "GHOST"},
+        {0xFEFE, "LV"},
+        {0xB0A0, ""},
+        {-1, ""},
+        {65536, "932 oxpinyin hz code=65536"},
+    };
+    for (const auto& [code, readings] : cases) EXPECT_EQ(readings_of(code), readings) << code;
+    const auto& shengmu = g_stPinYin.stPY.stShengmu;
+    EXPECT_EQ(shengmu.nCapacity % 16, 0);
+    EXPECT_GE(MOLTE_HZPY_UTIL_GetPyIndex(&shengmu, "GH"), 0);
+    EXPECT_EQ(error_of(MOLTE_HZPY_UTIL_GetPyIndex(&shengmu, "G")), "930 oxpinyin py=G max=8");
+    MOLTE_HZPY_ONEHZ character;
+    EXPECT_EQ(MOLTE_HZPY_HzChar2Py("\xB0\xA1", &character), 1);
+    EXPECT_EQ(error_of(MOLTE_HZPY_HzChar2Py("x", &character)), "934 oxpinyin str=x. 120 byte=1");
+    EXPECT_EQ(MOLTE_HZPY_HzChar2Py("\xB0", &character), 0);
+    char text[3] = "??";
+    MOLTE_HZ_Code2Str(0xB0A1, text);
+    EXPECT_EQ(text, "\xB0\xA1"s);
+}
+
+TEST(Pinyin, other_languages_and_other_tables) {
+    MOLTE_HZPY_TABLE other{};
+    EXPECT_EQ(error_of(MOLTE_HZPY_Init(&other)), "931 oxpinyin");
+    {
+        const PinyinTable table(kLines, OXLANG_ENGLISH);
+        EXPECT_EQ(table.built(), 1);
+        EXPECT_EQ(readings_of(0xB0A1), "");
+        ORVEX_BASE_ReleaseVar();
+        EXPECT_EQ(g_stPinYin.stHZ.pEntries, nullptr);
+        EXPECT_EQ(g_stPinYin.bInited, 1);  // stays
+        EXPECT_EQ(readings_of(0xB0A1), "");
+        EXPECT_EQ(compare(0xB0A1, 0xB0A2), -1);
+    }
+    EXPECT_EQ(readings_of(0xB0A1), "933 oxpinyin");
+    const PinyinTable table(kLines);
+    fs::remove(table.folder() / "PINYIN.TXT");
+    g_stPinYin.bInited = 0;
+    EXPECT_EQ(error_number_of(MOLTE_HZPY_Init(&g_stPinYin)), 1U);
+    EXPECT_EQ(g_stPinYin.stHZ.nCount, 0);
+    EXPECT_EQ(g_stPinYin.bInited, 0);
+}
+
+TEST(Pinyin, lists_hold_256_parts) {
+    MOLTE_HZPY_PHTABLE list{};
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_EQ(MOLTE_HZPY_UTIL_AddPy(&list, std::to_string(i).c_str()), i);
+    }
+    EXPECT_EQ(taken_error(), "930 oxpinyin py=255 max=255");  // left behind by a success
+    EXPECT_EQ(MOLTE_HZPY_UTIL_AddPy(&list, "256"), -1);
+    EXPECT_EQ(MOLTE_HZPY_UTIL_AddPy(&list, "255"), 255);
+    MOLTE_HZPY_FreePHTable(&list);
+    EXPECT_EQ(list.nCount, 0);
+
+    MOLTE_HZPY_HZTABLE characters;
+    ASSERT_EQ(MOLTE_HZPY_InitHZTable(&characters), 1);
+    for (uint8_t i = 0; i < 9; ++i) {
+        const uint8_t pair[2] = {1, i};
+        EXPECT_EQ(MOLTE_HZPY_AddHz(&characters, pair, 65535), 1);
+        EXPECT_EQ(MOLTE_HZPY_AddHz(&characters, pair, 65535), i < 7 ? 0 : 1);
+        EXPECT_EQ(MOLTE_HZPY_AddHz(&characters, pair, i % 2 == 0 ? 65536 : -1), -1);
+    }
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(&characters.pEntries[65535]), 16),
+              "\1\0\1\1\1\2\1\3\1\4\1\5\1\6\7\0"s);
+    MOLTE_HZPY_FreeHZTable(&characters);
+}
+
+TEST(Pinyin, comparison) {
+    const PinyinTable table(kLines);
+    struct Case {
+        int32_t a, b;
+        uint8_t mode, by_pinyin;
+        int32_t result;
+    };
+    const std::vector<Case> cases = {
+        {0xB0A3, 0xB0A1, 0, 0, 2},   {0xB0A1, 0xFEFE, 97, 0, 0xB0A1 - 0xFEFE},
+        {0xB0A1, 0xB0A2, 0, 1, 0},  // they share a reading
+        {0xB0A1, 0xB0A1, 98, 1, 0},  {0xB0A3, 0xB0A1, 0, 1, -1},
+        {0xB0A1, 0xB0A3, 97, 1, 1},  {0xB0A3, 0xB0A1, 98, 1, -1},
+        {0xB0A2, 0xB0A4, 0, 1, 1},    // by the first readings
+        {0xB0A1, 0xB0A0, 0, 1, 1},    // in front of the table
+        {0xB0A1, 0xB0A7, 97, 1, -6},  // no reading
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(compare(c.a, c.b, c.mode, c.by_pinyin), c.result) << c.a << " " << c.b;
+    }
+    // The empty shengmu comes first by parts, where the joined text would come later.
+    EXPECT_EQ(compare(0xB0A5, 0xB0A4, 0), -1);
+    EXPECT_EQ(compare(0xB0A5, 0xB0A4, 97), 1);
+}
+
+TEST(Pinyin, partners_are_kept_and_change_no_comparison) {
+    const PinyinTable table("zhang\xB0\xA1\nzang\xB0\xA2\nzhan\xB0\xA3\n");
+    auto& py = g_stPinYin.stPY;
+    py.stOpt.bZhZ = py.stOpt.bAngAn = 1;
+    py.stOpt.bNL = 1;  // no such shengmu: an error stays, the pass goes on
+    EXPECT_EQ(MOLTE_HZPY_FuzzyChange(&py), 1);
+    EXPECT_EQ(taken_error(), "930 oxpinyin py=N max=2");
+    const auto bytes = [](const MOLTE_HZPY_PHTABLE& list, int i) {
+        return std::string(reinterpret_cast<const char*>(list.pEntries + i), 8);
+    };
+    EXPECT_EQ(bytes(py.stShengmu, 0), "ZH\0\0\0\0\1\1"s);
+    EXPECT_EQ(bytes(py.stShengmu, 1), "Z\0\0\0\0\0\0\0"s);
+    EXPECT_EQ(bytes(py.stYunmu, 0), "ANG\0\0\0\1\1"s);
+    EXPECT_EQ(compare(0xB0A1, 0xB0A2, 97), 1);
+    EXPECT_EQ(compare(0xB0A1, 0xB0A3, 98), 1);
+    EXPECT_EQ(MOLTE_HZPY_UTIL_SetFuzzy(&py.stShengmu, 0, "?", "?"), 0);
+    py.stOpt = {};
+    MOLTE_HZPY_FuzzyChange(&py);
+    EXPECT_EQ(bytes(py.stShengmu, 0).substr(6, 1), "\0"s);
+    EXPECT_EQ(MOLTE_HZPY_GetFuzzyTable() + MOLTE_HZPY_SetFuzzyTable(), 0);
+}
+
+TEST(Pinyin, options_are_read_and_reset) {
+    const PinyinTable table(kLines);
+    const fs::path file = table.folder() / "HZFUZZY.DAT";
+    const auto write = [&](const std::string& bytes) {
+        std::ofstream(file, std::ios::binary) << bytes;
+    };
+    MOLTE_HZPY_FUZZYOPT opt;
+    std::memset(&opt, 1, sizeof opt);
+    EXPECT_EQ(MOLTE_HZPY_LoadOpt(&opt), 0);
+    EXPECT_EQ(opt.bZhZ, 0);
+    opt.bZhZ = 1;
+    EXPECT_EQ(MOLTE_HZPY_SaveOpt(&opt), 0);
+    EXPECT_EQ(opt.bZhZ, 0);
+    EXPECT_FALSE(fs::exists(file));
+    write("\0\0\0\0\1\0\1"s + std::string(7, '\0') + "\2" + std::string(17, '\3') + "behind");
+    EXPECT_EQ(MOLTE_HZPY_LoadOpt(&opt), 1);
+    EXPECT_EQ(opt.bZhZ + opt.bShS * 10 + opt.bChC * 100 + opt.bUangUan * 1000, 2101);
+    fs::permissions(file, fs::perms::owner_read);
+    EXPECT_EQ(MOLTE_HZPY_SaveOpt(&opt), 1);
+    EXPECT_EQ(read_bytes(file), std::string(32, '\0'));
+    write(std::string(31, '\1'));
+    EXPECT_EQ(error_of(MOLTE_HZPY_LoadOpt(&opt)).substr(0, 14), "3 oxpinyin fd=");
+    char path[MOLTE_HZPY_PATH_SIZE];
+    EXPECT_EQ(MOLTE_HZPY_HzTablePathFN(path), 1);
+    EXPECT_TRUE(std::string(path).ends_with("\\CONF\\LANG\\HZ\\PINYIN.TXT"));
+}
+
+TEST(Pinyin, text) {
+    const PinyinTable table(kLines);
+    const std::vector<tuple<std::string, Text>> cases = {
+        {"", "0:"},
+        {"ab", "1:ab"},
+        {"\xB0\xA1\xB0\xA3", "1:ZHANG SAN"},
+        {"x\xB0\xA1y\xB0\xA3 ", "1:x ZHANG y SAN  "},
+        {"\xD7\xD7y", "1: \xD7\xD7 y"},  // no reading: a blank at the head as well
+        {"\xB0\xA1\xD7\xD7", "1:ZHANG \xD7\xD7"},
+        {"\xB0\xA2", "0:\xB0\xA2| ZHANG,CHANG@0"},
+        {"\xB0\xA2\xB0\xA4", "0:\xB0\xA2|\xB0\xA4| ZHANG,CHANG@0 BA,BE@1"},
+        {"a\xB0\xA2"
+         "b\xB0\xA4\xB0\xA3",
+         "0:a|\xB0\xA2| b |\xB0\xA4| SAN| ZHANG,CHANG@1 BA,BE@3"},
+        {"a\xB0", "1:a \xB0"},
+        {std::string(1025, 'x'), "936 oxpinyin max=1024 cur=1025"},
+    };
+    for (const auto& [text, result] : cases) EXPECT_EQ(converted(text), result) << text;
+    EXPECT_EQ(converted(std::string(1024, 'x')), "1:" + std::string(1024, 'x'));
+    EXPECT_EQ(converted("abc", 4), "1:abc");
+    EXPECT_EQ(converted("abc", 3), "124 oxpinyin buffer length not enough");
+    EXPECT_EQ(converted("abc", 0), "935 oxpinyin");
+    // 2047 bytes of the work text: 341 times "ZHANG " less one blank, and the rest.
+    std::string full;
+    for (int i = 0; i < 341; ++i) full += "\xB0\xA1";
+    EXPECT_EQ(converted(full + "x").size(), 2 + 2045U + 2);
+    EXPECT_EQ(converted(full + "x", 4096), converted(full + "x"));
+    EXPECT_EQ(converted(full + "xy", 4096), "124 oxpinyin buffer length not enough");
+}
+
+TEST(Pinyin, dumps) {
+    const PinyinTable table("zhang\xB0\xA1\na\xB0\xA1\n");
+    testing::internal::CaptureStdout();
+    MOLTE_HZPY_PrintPYTable(&g_stPinYin.stPY);
+    MOLTE_HZPY_PrintHz(&g_stPinYin);
+    std::string text = testing::internal::GetCapturedStdout();
+    std::erase(text, '\r');
+    EXPECT_EQ(text,
+              "Shengmu\ni=00  ZH\ni=01  \n\nYunmu\ni=00  ANG\ni=01  A\n\xB0\xA1 ZH-ANG  -A  \n");
+}
+
+}  // namespace
