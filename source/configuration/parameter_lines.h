@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "data/text_lines.h"
+
 namespace molte::ini {
 
 constexpr bool is_blank(char c) {
@@ -15,18 +17,10 @@ inline void skip_blanks(std::string_view& text) {
     while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
 }
 
-// Pieces of lines are taken from the front of a text. One ends with LF, with the text, or is cut
-// before it gets longer than this many bytes, CR LF counted as one.
 inline constexpr size_t kLongestLine = 2047;
 
 inline std::string_view take_line(std::string_view& text, size_t longest = kLongestLine) {
-    std::string_view line = text.substr(0, longest + 1);
-    line = line.substr(0, line.find('\n') + 1);
-    if (line.empty() || (line.size() > longest && !line.ends_with("\r\n"))) {
-        line = text.substr(0, longest);
-    }
-    text.remove_prefix(line.size());
-    return line;
+    return molte::take_line(text, longest);
 }
 
 // LF, CR LF or nothing: what a line ends with.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 
 #include "moltelib/base.h"
@@ -25,6 +26,11 @@ template <typename T>
 [[nodiscard]] Heap<T> allocate(int64_t count) {
     return Heap<T>(static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
 }
+
+struct StreamClose {
+    void operator()(FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<FILE, StreamClose>;
 
 // A critical section for a static in a function: made at its first use, and never deleted, for
 // other threads may need it while the process ends.

@@ -1,7 +1,6 @@
 // Whole files into memory, and back.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "core/owners.h"
 #include "files/file_calls.h"
@@ -12,17 +11,13 @@
 
 using namespace molte::file;
 using molte::here;
+using molte::Stream;
 using molte::SystemError;
 
 namespace {
 
 constexpr int64_t kTooLarge = 0x40000000;
 constexpr uint32_t kFileTooLarge = 303;
-
-struct StreamClose {
-    void operator()(FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<FILE, StreamClose>;
 
 int64_t length_of(const char* name) {
     return ORVEX_FileLenByFileName(name);

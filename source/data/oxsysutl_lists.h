@@ -1,0 +1,31 @@
+// What the files of sorted lists and arrays share.
+#pragma once
+
+#include <cstdint>
+
+#include "core/report.h"
+#include "data/key_order.h"
+
+namespace molte::lists {
+
+inline constexpr Module kModule("oxsysutl");
+
+// A bad argument; -1.
+inline int32_t refuse(int32_t line = __builtin_LINE()) {
+    constexpr uint32_t kBadArgument = 50;
+    return kModule.fail(line, kBadArgument);
+}
+
+// Whether a list can be read: it may be null when it is empty.
+inline bool readable(const void* list, int32_t count) {
+    return list != nullptr || count < 1;
+}
+
+inline size_t length(int32_t count) {
+    return count < 1 ? 0 : static_cast<size_t>(count);
+}
+
+// MOLTE_KeyInList, once the list is known to have a key.
+int32_t find_key(const Key* keys, int32_t count, const Key& key);
+
+}  // namespace molte::lists

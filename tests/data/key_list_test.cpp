@@ -1,0 +1,341 @@
+#include <set>
+
+#include "support/test.h"
+
+namespace {
+
+#if defined(_WIN32)
+const std::string kLineEnd = "\r\n";
+#else
+const std::string kLineEnd = "\n";
+#endif
+constexpr size_t kSlot = MOLTE_KEY_SLOT;
+
+// A list of keys; what stands behind a key's terminator is never the same.
+struct Keys : std::vector<char> {
+    Keys(const Texts& texts) : std::vector<char>(texts.size() * kSlot) {  // NOLINT: as an argument
+        static char noise = 0;
+        for (size_t i = 0; i < texts.size(); ++i) {
+            for (size_t k = 0; k < kSlot; ++k) (*this)[i * kSlot + k] = ++noise;
+            std::memcpy(data() + i * kSlot, texts[i].c_str(), texts[i].size() + 1);
+        }
+    }
+    [[nodiscard]] int32_t count() const { return static_cast<int32_t>(size() / kSlot); }
+};
+
+Texts texts(const char* list, int32_t count) {
+    Texts result;
+    for (int32_t i = 0; i < count; ++i) result.emplace_back(list + static_cast<size_t>(i) * kSlot);
+    return result;
+}
+Texts texts(const Keys& keys) {
+    return texts(keys.data(), keys.count());
+}
+
+Texts taken(char* list, int32_t count) {
+    Texts result = texts(list, count);
+    ORVEX_free(list);
+    return result;
+}
+
+Texts load(const std::string& file) {
+    char* list = nullptr;
+    const int32_t count = MOLTE_LoadKeyList(file.c_str(), &list);
+    EXPECT_EQ(count > 0, list != nullptr);
+    return taken(list, count);
+}
+
+using Combine = int32_t (*)(const char*, int32_t, char*, int32_t, char**);
+Texts combine(Combine function, const Keys& a, Keys b) {
+    char* out = nullptr;
+    const int32_t count = function(a.data(), a.count(), b.data(), b.count(), &out);
+    EXPECT_EQ(count > 0, out != nullptr);
+    return taken(out, count);
+}
+
+// Keys that share beginnings of any length, so that every eight bytes decide somewhere.
+Texts random_texts(std::mt19937& random, size_t count) {
+    Texts result(count);
+    for (std::string& text : result) {
+        text.assign(random() % 4 * 8, 'x');
+        const size_t more = std::min<size_t>(random() % 9, 31 - text.size());
+        for (size_t i = 0; i < more; ++i) text += "\x01z\x80\xFF"[random() % 4];
+    }
+    return result;
+}
+
+TEST(KeyList, SortsByUnsignedBytesWhateverStandsBehind) {
+    std::mt19937 random(1);
+    for (const size_t count : {0U, 1U, 2U, 63U, 64U, 1023U, 1024U, 5000U}) {
+        Texts expected = random_texts(random, count);
+        Keys keys(expected);
+        MOLTE_SortKeyList(keys.data(), keys.count());
+        std::sort(expected.begin(), expected.end());  // std::string compares unsigned
+        EXPECT_EQ(texts(keys), expected) << count;
+    }
+}
+
+TEST(KeyList, RemovesDuplicatesAndDeletedSlots) {
+    const struct {
+        Texts keys, without_deleted, without_duplicates;
+    } table[] = {
+        {{}, {}, {}},
+        {{"a"}, {"a"}, {"a"}},
+        {{"", "a", "b"}, {"a", "b"}, {"", "a", "b"}},  // no duplicate: nothing moves
+        {{"", "a", "a", "b"}, {"a", "a", "b"}, {"a", "b"}},
+        {{"", "", "b"}, {"b"}, {"b"}},
+        {{"a", "a", "a", "b", "c", "c"}, {"a", "a", "a", "b", "c", "c"}, {"a", "b", "c"}},
+    };
+    for (const auto& row : table) {
+        Keys keys(row.keys);
+        int32_t count = MOLTE_RemoveZeroHeadKey(keys.data(), keys.count());
+        EXPECT_EQ(texts(keys.data(), count), row.without_deleted);
+        keys = Keys(row.keys);
+        const Keys before = keys;
+        count = MOLTE_RemoveDupKey(keys.data(), keys.count());
+        EXPECT_EQ(texts(keys.data(), count), row.without_duplicates);
+        // The last of a run survives, with its noise.
+        if (count > 0) {
+            EXPECT_EQ(
+                0, std::memcmp(&keys[size_t(count - 1) * kSlot], &*(before.end() - kSlot), kSlot));
+        }
+    }
+    EXPECT_EQ(MOLTE_RemoveDupKey(nullptr, -3), -3);
+    EXPECT_EQ(MOLTE_RemoveZeroHeadKey(nullptr, -3), 0);
+}
+
+TEST(KeyList, AgreesWithASetOver100000Operations) {
+    std::mt19937 random(2);
+    Keys keys(Texts(600));
+    int32_t count = 0;
+    std::set<std::string> model;
+    const auto compare = [](const void* a, const void* b) {
+        return std::strcmp(static_cast<const char*>(a), static_cast<const char*>(b));
+    };
+    for (int step = 0; step < 100000; ++step) {
+        const std::string key = "K" + std::to_string(random() % 500);
+        const int32_t index = MOLTE_KeyInList(keys.data(), count, key.c_str());
+        ASSERT_EQ(index, model.contains(key) ? std::distance(model.begin(), model.find(key)) : -1);
+        if (index >= 0) {
+            ASSERT_EQ(MOLTE_DelKeyInList(keys.data(), count--, index), 1);
+            model.erase(key);
+        } else {
+            const Keys slot({key});
+            const int32_t at = MOLTE_FindInsPos(slot.data(), keys.data(), count++, kSlot, compare);
+            const auto place = keys.begin() + at * static_cast<int32_t>(kSlot);
+            keys.insert(place, slot.begin(), slot.end());
+            keys.resize(600 * kSlot);
+            model.insert(key);
+        }
+        if (step % 1000 == 0) {
+            ASSERT_EQ(texts(keys.data(), count), Texts(model.begin(), model.end()));
+        }
+    }
+    EXPECT_EQ(MOLTE_DelKeyInList(keys.data(), count, count), 0);
+    EXPECT_EQ(MOLTE_DelKeyInList(keys.data(), count, -1), 0);
+}
+
+TEST(KeyList, FindsTheEndsAndNothingOutside) {
+    const Keys two({"b", "d"});
+    for (const auto& [key, index] :
+         std::vector<std::pair<Text, int>>{{"a", -1},
+                                           {"b", 0},
+                                           {"c", -1},
+                                           {"d", 1},
+                                           {"e", -1},
+                                           {"", -1},
+                                           {"dddddddddddddddddddddddddddddddddddddd", -1}}) {
+        EXPECT_EQ(MOLTE_KeyInList(two.data(), 2, key), index) << key;
+    }
+    EXPECT_EQ(MOLTE_KeyInList(nullptr, 0, "a"), -1);
+}
+
+// The union as it is described, with nothing clever about it.
+Texts plain_union(const Texts& a, Texts b) {
+    std::sort(b.begin(), b.end());
+    if (const auto end = std::unique(b.begin(), b.end()); end != b.end()) {
+        b.erase(end, b.end());
+        std::erase(b, "");  // a deleted slot goes with the duplicates
+    }
+    for (const std::string& key : a) {
+        const Keys so_far(b);
+        if (MOLTE_KeyInList(so_far.data(), so_far.count(), key.c_str()) < 0) b.push_back(key);
+    }
+    return b;
+}
+
+TEST(KeyList, CombinesAsSetsInTheOrderOfTheFirst) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 200; ++round) {
+        const bool large = round % 50 == 0;
+        Texts a = random_texts(random, random() % (large ? 2000 : 40));
+        const Texts b = random_texts(random, 1 + random() % (large ? 2000 : 40));
+        if (round % 3 == 0) std::sort(a.begin(), a.end());
+        const std::set<std::string> in_b(b.begin(), b.end());
+        Texts both;
+        Texts only_a;
+        for (const std::string& key : a) (in_b.contains(key) ? both : only_a).push_back(key);
+        EXPECT_EQ(combine(MOLTE_KeyListIntersect, a, b), both);
+        EXPECT_EQ(combine(MOLTE_KeyListSub, a, b), only_a);
+        if (!large) {
+            EXPECT_EQ(combine(MOLTE_KeyListUnion, a, b), plain_union(a, b));
+        }
+    }
+    // Duplicates pass because the tail isn't sorted, of b's keys too.
+    EXPECT_EQ(combine(MOLTE_KeyListUnion, Texts{"z", "a", "m", "z"}, Texts{"m", "k", "m"}),
+              (Texts{"k", "m", "z", "a", "m", "z"}));
+    Keys b({"c", "a", "b"});
+    char* out = b.data();
+    EXPECT_EQ(MOLTE_KeyListSub(nullptr, -7, b.data(), 3, &out), -7);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(texts(b), (Texts{"c", "a", "b"}));
+    EXPECT_EQ(MOLTE_KeyListIntersect(nullptr, 0, b.data(), 3, &out), 0);
+    EXPECT_EQ(texts(b), (Texts{"a", "b", "c"}));
+    EXPECT_EQ(MOLTE_KeyListUnion(nullptr, 0, nullptr, -1, &out), 0);
+}
+
+TEST(KeyFile, ReadsEveryKindOfLine) {
+    const std::string k31(31, 'k');
+    const std::string blanks(120, ' ');
+    const std::vector<std::pair<std::string, Texts>> table = {
+        {"b\na\nb\n", {"a", "b"}},
+        {"b\r\na\r\n", {"a", "b"}},
+        {"b\r\n\r\na", {"a", "b"}},  // no line end at the end
+        {" \t b b\t \n \t \n\n", {"b b"}},
+        {"b\r\r\n", {"b\r"}},  // one CR belongs to the line end
+        {"\x82\n\x81 \nz\n", {"z", "\x81", "\x82"}},
+        {k31 + "\n" + std::string(32, 'l') + "\n  " + std::string(31, 'm') + " \t\n",
+         {k31, std::string(31, 'm')}},
+        {"a\0b\nc\n"s, {"a", "c"}},
+        // 127 bytes are a line; what follows is the next.
+        {blanks + "1234567890\n", {"1234567", "890"}},
+        {blanks + "1234567\r\nx", {"1234567", "x"}},
+        {std::string(127, 'q') + "tail\n", {"tail"}},
+        {"  \n\t\r\n", {}},
+        {std::string(32, 'l'), {}},
+    };
+    const TempFolder folder;
+    for (const auto& [bytes, keys] : table) {
+        EXPECT_EQ(load(folder.write("keys", bytes)), keys) << bytes;
+    }
+    EXPECT_EQ(GetRvexErrNo(), 0U);
+    char* list = nullptr;
+    ASSERT_EQ(MOLTE_LoadKeyList(folder.write("keys", "ab").c_str(), &list), 1);
+    EXPECT_EQ(std::string(list, kSlot), "ab" + std::string(30, '\0'));
+    ORVEX_free(list);
+}
+
+TEST(KeyFile, OfSidsIsReadAsNumbers) {
+    const TempFolder folder;
+    const auto load_sids = [&](const std::string& bytes) {
+        uint64_t* sids = nullptr;
+        const int32_t count = MOLTE_LoadSIDList(folder.write("sids", bytes).c_str(), &sids);
+        std::vector<uint64_t> result(sids, sids + std::max(count, 0));
+        ORVEX_free(sids);
+        return result;
+    };
+    using Sids = std::vector<uint64_t>;
+    EXPECT_EQ(load_sids("10\n9\r\n 10 \n\n"), (Sids{9, 10}));
+    EXPECT_EQ(load_sids("-1\n"), Sids{});
+    EXPECT_EQ(load_sids("x\n-2\n9223372036854775808\n7 dwarfs"),
+              (Sids{0, 7, INT64_MAX, UINT64_MAX - 1}));
+    EXPECT_EQ(load_sids(std::string(32, '0') + "\n" + std::string(30, '0') + "5"), (Sids{5}));
+    uint64_t mark = 0;
+    uint64_t* kept = &mark;
+    EXPECT_EQ(MOLTE_LoadSIDList(folder.write("sids", "-1").c_str(), &kept), 0);
+    EXPECT_EQ(kept, &mark);  // not cleared: meant
+
+    const uint64_t saved[] = {UINT64_MAX, 0};
+    EXPECT_EQ(MOLTE_SaveSIDList((folder / "out").c_str(), saved, 2), 2);
+    EXPECT_EQ(read_bytes(folder / "out"), "18446744073709551615"s + kLineEnd + "0" + kLineEnd);
+    uint64_t sids[] = {3, 1, UINT64_MAX, 1, 3};
+    MOLTE_SortSIDList(sids, 5);
+    EXPECT_EQ(MOLTE_RemoveDupSID(sids, 5), 3);
+    EXPECT_EQ(Sids(sids, sids + 3), (Sids{1, 3, UINT64_MAX}));
+    EXPECT_EQ(MOLTE_RemoveDupSID(sids, 0), 1);
+    EXPECT_EQ(Ints({MOLTE_CompSID(&sids[0], &sids[2]), MOLTE_CompSID(&sids[2], &sids[0]),
+                    MOLTE_CompSID(sids, sids)}),
+              (Ints{-1, 1, 0}));
+}
+
+TEST(KeyFile, SavesAndKeepsWhatItShould) {
+    const TempFolder folder;
+    const std::string file = folder.write("keys", "old");
+    fs::permissions(file, fs::perms::owner_read);
+    Keys keys({"b", "", "a"});
+    EXPECT_EQ(MOLTE_SaveKeyList(file.c_str(), keys.data(), 0), 0);
+    EXPECT_EQ(read_bytes(file), "old");
+    EXPECT_EQ(MOLTE_SaveKeyList(file.c_str(), keys.data(), 3), 3);
+    EXPECT_EQ(read_bytes(file), "b" + kLineEnd + kLineEnd + "a" + kLineEnd);
+    std::fill(keys.begin(), keys.end(), 'f');  // no terminator: a slot is all there is
+    EXPECT_EQ(MOLTE_SaveKeyList(file.c_str(), keys.data(), 1), 1);
+    EXPECT_EQ(read_bytes(file), std::string(32, 'f') + kLineEnd);
+}
+
+TEST(KeyFile, FailuresNameTheirCause) {
+    const TempFolder folder;
+    const Keys keys({"a"});
+    char* list = nullptr;
+    uint64_t* sids = nullptr;
+    EXPECT_EQ(error_of(MOLTE_LoadKeyList(nullptr, &list)), "50 oxsysutl");
+    EXPECT_EQ(error_of(MOLTE_LoadKeyList("x", nullptr)), "50 oxsysutl");
+    EXPECT_EQ(error_of(MOLTE_LoadSIDList("x", nullptr)), "50 oxsysutl");
+    EXPECT_EQ(error_number_of(MOLTE_LoadKeyList((folder / "absent").c_str(), &list)), 23U);
+    EXPECT_NE(history_of_this_thread().find("oxsysutl"), std::string::npos);
+    EXPECT_EQ(error_of(MOLTE_LoadKeyList(folder.str().c_str(), &list)),
+              "1 oxsysutl " + folder.str());
+    const std::string nowhere = folder / "no" + "/file";
+    EXPECT_EQ(error_of(MOLTE_SaveKeyList(nowhere.c_str(), keys.data(), 1)),
+              "1 oxsysutl " + nowhere);
+    EXPECT_EQ(error_of(MOLTE_SaveKeyList(nowhere.c_str(), nullptr, 1)), "50 oxsysutl");
+    const std::string file = folder.write("long", "x");
+    fs::resize_file(file, 10485761);
+    EXPECT_EQ(error_of(MOLTE_LoadSIDList(file.c_str(), &sids)),
+              "124 oxsysutl file length too long");
+    EXPECT_EQ(MOLTE_LoadKeyList(file.c_str(), &list), 1);
+    ORVEX_free(list);
+    fs::resize_file(file, 10485761LL * 20);
+    EXPECT_EQ(error_of(MOLTE_LoadKeyList(file.c_str(), &list)),
+              "124 oxsysutl file length too long");
+    EXPECT_EQ(list, nullptr);
+#if !defined(_WIN32)
+    EXPECT_EQ(error_of(MOLTE_SaveKeyList("/dev/full", keys.data(), 1)), "4 oxsysutl /dev/full");
+#endif
+}
+
+TEST(KeyFile, AnEmptyOneStaysOpen) {
+    const TempFolder folder;
+    const std::string file = folder.write("empty", "");
+    const int before = ORVEX_FileOpenByChmod(file.c_str(), 32768);
+    ORVEX_FileCloseByChmod(before);
+    char* list = nullptr;
+    EXPECT_EQ(MOLTE_LoadKeyList(file.c_str(), &list), 0);
+    const int after = ORVEX_FileOpenByChmod(file.c_str(), 32768);
+    EXPECT_GT(after, before);
+    ORVEX_FileCloseByChmod(after);
+    ORVEX_FileCloseByChmod(before);  // what was left open
+}
+
+TEST(KeyFile, OfTenMillionLines) {
+    const TempFolder folder;
+    std::string bytes;
+    constexpr int kLines = 10000000;
+    bytes.reserve(size_t{kLines} * 9);
+    for (uint32_t i = 0; i < kLines; ++i) {
+        // Every key of seven digits below 5,000,000 twice, in no order.
+        uint32_t value = static_cast<uint32_t>(uint64_t{i} * 2654435761U % 5000000U);
+        char line[] = "0000000\n";
+        for (char* digit = line + 6; value != 0; value /= 10)
+            *digit-- = static_cast<char>('0' + value % 10);
+        bytes.append(line, 8);
+    }
+    char* list = nullptr;
+    const int32_t count = MOLTE_LoadKeyList(folder.write("many", bytes).c_str(), &list);
+    ASSERT_EQ(count, 5000000);
+    for (int32_t i = 0; i < count; i += 999) {
+        ASSERT_EQ(std::atoi(list + static_cast<size_t>(i) * kSlot), i);
+    }
+    ORVEX_free(list);
+}
+
+}  // namespace
