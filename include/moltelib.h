@@ -17,6 +17,7 @@
 #include "moltelib/event.h"
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
+#include "moltelib/id_range.h"
 #include "moltelib/key_list.h"
 #include "moltelib/language.h"
 #include "moltelib/line_buffer.h"
