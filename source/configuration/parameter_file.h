@@ -2,8 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string_view>
 
 #include "core/owners.h"
@@ -34,10 +32,7 @@ class LockedFile {
     [[nodiscard]] int32_t replace(std::string_view text) const;
 
  private:
-    struct Close {
-        void operator()(FILE* stream) const { std::fclose(stream); }
-    };
-    std::unique_ptr<FILE, Close> stream_;
+    Stream stream_;
     int32_t fd_ = -1;
 };
 

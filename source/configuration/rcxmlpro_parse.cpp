@@ -355,12 +355,6 @@ Parser make_parser(Reader& reader) {
     return parser;
 }
 
-struct CloseStream {
-    void operator()(FILE* stream) const { std::fclose(stream); }
-};
-
-using Stream = std::unique_ptr<FILE, CloseStream>;
-
 // Takes over what was parsed, if it could be.
 int32_t finish(Reader& reader, XML_Status status, RC_TABLE& table) {
     if (status != XML_STATUS_OK) return kResourceModule.trace(451);
