@@ -21,7 +21,6 @@ namespace {
 constexpr uint32_t kOpenFailed = 1;
 constexpr uint32_t kReadFailed = 3;
 constexpr uint32_t kOutOfMemory = 20;
-using molte::kBadArgument;
 constexpr uint32_t kNotFound = 120;
 constexpr uint32_t kFileTooLarge = 303;
 constexpr int64_t kMaxFileSize = 0x40000000;
