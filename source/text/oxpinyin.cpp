@@ -71,7 +71,8 @@ void add_characters(MOLTE_HZPY_HZTABLE* table, std::string_view characters, cons
         const auto lead = static_cast<unsigned char>(characters[i]);
         if (!platform::is_lead_byte(lead)) continue;
         const int32_t code = lead * 256 + static_cast<unsigned char>(characters[++i]);
-        if (entry_of(*table, code) != nullptr) MOLTE_HZPY_AddHz(table, pair, code);
+        MOLTE_HZPY_ONEHZ* character = entry_of(*table, code);
+        if (character != nullptr) add_reading(character, pair);
     }
 }
 
@@ -89,8 +90,8 @@ int32_t add_line(MOLTE_HZPY_TABLE* table, std::string_view line) {
 // Leaves the entries from the first one with a reading.
 int32_t cut_front(MOLTE_HZPY_HZTABLE* table) {
     const auto* end = table->pEntries + table->nCount;
-    const auto* first = std::find_if(table->pEntries + 0, table->pEntries + table->nCount,
-                                     [](const auto& entry) { return entry.nCount > 0; });
+    const auto* first = std::find_if<const MOLTE_HZPY_ONEHZ*>(
+        table->pEntries, end, [](const auto& entry) { return entry.nCount > 0; });
     if (first == table->pEntries || first == end) return 1;
     auto rest = molte::allocate<MOLTE_HZPY_ONEHZ>(end - first);
     if (rest == nullptr) return kModule.trace(here());

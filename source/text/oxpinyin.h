@@ -41,12 +41,54 @@ inline int32_t readings_in(const MOLTE_HZPY_ONEHZ& character) {
     return std::min<int32_t>(character.nCount, MOLTE_HZPY_MAX_READINGS);
 }
 
-// Writes a part to room for 6 bytes; its end, without terminator.
-inline char* write_part(char* at, const MOLTE_HZPY_PHENTRY& part) {
+// The readings of a code, perhaps none; null, with a report, for a code that is too large and when
+// the table isn't built.
+inline const MOLTE_HZPY_ONEHZ* readings_of(int32_t code) {
+    static constexpr MOLTE_HZPY_ONEHZ kNone{};
+    if (code > 0xFFFF) {
+        kModule.fail(here(), kCodeTooLarge, SystemError::none, "hz code=%d", code);
+        return nullptr;
+    }
+    if (g_stPinYin.bInited == 0) {
+        kModule.fail(here(), kNotBuilt);
+        return nullptr;
+    }
+    const MOLTE_HZPY_ONEHZ* entry = entry_of(g_stPinYin.stHZ, code);
+    return entry != nullptr ? entry : &kNone;
+}
+
+// 0 when the character has the reading already; else 1, also when it is full.
+inline int32_t add_reading(MOLTE_HZPY_ONEHZ* character, const uint8_t* pair) {
+    const int32_t count = readings_in(*character);
+    for (int32_t i = 0; i < count; ++i) {
+        if (std::memcmp(character->abyPair[i], pair, 2) == 0) return 0;
+    }
+    if (count == MOLTE_HZPY_MAX_READINGS) return 1;  // dropped: meant
+    std::memcpy(character->abyPair[count], pair, 2);
+    character->nCount = static_cast<uint8_t>(count + 1);
+    return 1;
+}
+
+// Writes a part to room for 6 bytes; its end, without terminator. Parts are so short that counting
+// by steps without a branch is the fastest way.
+[[gnu::always_inline]] inline char* write_part(char* at, const MOLTE_HZPY_PHENTRY& part) {
+    static_assert(sizeof part.szText == 6);
     std::memcpy(at, part.szText, sizeof part.szText);
-    size_t size = 0;
-    while (size < sizeof part.szText && part.szText[size] != '\0') ++size;
-    return at + size;
+    const char* text = part.szText;
+    const unsigned one = text[0] != '\0';
+    const unsigned two = one & (text[1] != '\0');
+    const unsigned three = two & (text[2] != '\0');
+    const unsigned four = three & (text[3] != '\0');
+    const unsigned five = four & (text[4] != '\0');
+    const unsigned six = five & (text[5] != '\0');
+    return at + (one + two + three + four + five + six);
+}
+
+// Writes a reading to room for kReadingRoom bytes; its end, without terminator.
+inline constexpr size_t kReadingRoom = 12;
+inline char* write_reading(char* at, const MOLTE_HZPY_PYTABLE& table, const uint8_t* pair) {
+    return write_part(write_part(at, part_at(table.stShengmu, pair[0])),
+                      part_at(table.stYunmu, pair[1]));
 }
 
 // A syllable as text.

@@ -52,6 +52,17 @@ class Output {
         std::memcpy(at_, text, size);
         at_ += size;
     }
+    // A blank and the reading.
+    void add_reading(const uint8_t* pair) {
+        if (end_ - at_ > static_cast<ptrdiff_t>(kReadingRoom)) {
+            *at_++ = ' ';
+            at_ = write_reading(at_, g_stPinYin.stPY, pair);
+            return;
+        }
+        const Syllable reading(g_stPinYin.stPY, pair);
+        add(' ');
+        add(reading.text(), reading.size());
+    }
     void add_upper(const char* text, int32_t size) {
         for (int32_t i = 0; i < size; ++i) {
             const bool lower = text[i] >= 'a' && text[i] <= 'z';
@@ -65,14 +76,10 @@ class Output {
 };
 
 int32_t write_readings(int32_t code, Output* out) {
-    MOLTE_HZPY_ONEHZ character;
-    if (MOLTE_HZPY_HzCode2Py(code, &character) < 0) return kModule.trace(here());
-    const int32_t count = readings_in(character);
-    for (int32_t i = 0; i < count; ++i) {
-        const Syllable reading(g_stPinYin.stPY, character.abyPair[i]);
-        out->add(' ');
-        out->add(reading.text(), reading.size());
-    }
+    const MOLTE_HZPY_ONEHZ* character = readings_of(code);
+    if (character == nullptr) return kModule.trace(here());
+    const int32_t count = readings_in(*character);
+    for (int32_t i = 0; i < count; ++i) out->add_reading(character->abyPair[i]);
     if (count > 0) out->add(' ');
     return 1;
 }

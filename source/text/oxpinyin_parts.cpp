@@ -78,9 +78,8 @@ int32_t MOLTE_HZPY_UTIL_GetPyIndex(const MOLTE_HZPY_PHTABLE* pPH, const char* ps
     if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
     for (int32_t i = 0; i < pPH->nCount; ++i) {
         const char* text = pPH->pEntries[i].szText;
-        if (text[0] == pszText[0] &&
-            std::strncmp(text, pszText, sizeof(MOLTE_HZPY_PHENTRY::szText)) == 0)
-            return i;
+        if (text[0] != pszText[0] || (text[0] != '\0' && text[1] != pszText[1])) continue;
+        if (std::strncmp(text, pszText, sizeof(MOLTE_HZPY_PHENTRY::szText)) == 0) return i;
     }
     return kModule.fail(here(), kNoSuchPart, molte::SystemError::none, "py=%s max=%d", pszText,
                         pPH->nCount);
@@ -120,12 +119,5 @@ int32_t MOLTE_HZPY_AddHz(MOLTE_HZPY_HZTABLE* pHZ, const uint8_t* pPair, int32_t 
     if (pHZ == nullptr || pPair == nullptr) return kModule.fail(here(), kBadArgument);
     MOLTE_HZPY_ONEHZ* character = entry_of(*pHZ, nCode);
     if (character == nullptr) return kModule.fail(here(), kBadArgument);
-    const int32_t count = readings_in(*character);
-    for (int32_t i = 0; i < count; ++i) {
-        if (std::memcmp(character->abyPair[i], pPair, 2) == 0) return 0;
-    }
-    if (count == MOLTE_HZPY_MAX_READINGS) return 1;  // dropped: meant
-    std::memcpy(character->abyPair[count], pPair, 2);
-    character->nCount = static_cast<uint8_t>(count + 1);
-    return 1;
+    return add_reading(character, pPair);
 }

@@ -45,17 +45,12 @@ bool share_reading(const MOLTE_HZPY_PYTABLE& table, const MOLTE_HZPY_ONEHZ& a,
 }  // namespace
 
 int32_t MOLTE_HZPY_HzCode2Py(int32_t nCode, MOLTE_HZPY_ONEHZ* pOneHz) {
-    constexpr int32_t kLargestCode = 65535;
     if (pOneHz == nullptr) return kModule.fail(here(), kBadArgument);
     *pOneHz = {};
-    if (nCode > kLargestCode) {
-        return kModule.fail(here(), kCodeTooLarge, SystemError::none, "hz code=%d", nCode);
-    }
-    if (g_stPinYin.bInited == 0) return kModule.fail(here(), kNotBuilt);
-    const MOLTE_HZPY_ONEHZ* entry = entry_of(g_stPinYin.stHZ, nCode);
-    if (entry == nullptr) return 0;
-    *pOneHz = *entry;
-    return entry->nCount > 0 ? 1 : 0;
+    const MOLTE_HZPY_ONEHZ* readings = readings_of(nCode);
+    if (readings == nullptr) return -1;
+    *pOneHz = *readings;
+    return readings->nCount > 0 ? 1 : 0;
 }
 
 int32_t MOLTE_HZPY_HzChar2Py(const char* pszText, MOLTE_HZPY_ONEHZ* pOneHz) {
@@ -78,9 +73,9 @@ int32_t MOLTE_HZPY_ONEHZ2Str(const MOLTE_HZPY_ONEHZ* pOneHz, MOLTE_HZPY_ONEHZSTR
     *pStr = {};
     pStr->nCount = readings_in(*pOneHz);
     for (int32_t i = 0; i < pStr->nCount; ++i) {
-        const Syllable reading(g_stPinYin.stPY, pOneHz->abyPair[i]);
-        std::memcpy(pStr->aszPY[i], reading.text(),
-                    std::min(reading.size(), sizeof pStr->aszPY[i] - 1));
+        char reading[kReadingRoom]{};
+        write_reading(reading, g_stPinYin.stPY, pOneHz->abyPair[i]);
+        std::memcpy(pStr->aszPY[i], reading, sizeof pStr->aszPY[i] - 1);
     }
     return 1;
 }

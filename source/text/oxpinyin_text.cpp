@@ -35,10 +35,11 @@ class Conversion {
                    int32_t* poly_count);
 
  private:
-    void add(const char* bytes, size_t size);
-    void add_blank_if(bool wanted) {
-        if (wanted) add(" ", 1);
+    void add(char c) {
+        fits_ = fits_ && size_ < kWorkSize - 1;
+        if (fits_) work_[size_++] = c;
     }
+    void add_reading_text(const uint8_t* pair);
     int32_t add_double(const char* bytes, const Glyph& glyph);
     int32_t add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings);
     int32_t store_piece(const char* text);
@@ -54,16 +55,19 @@ class Conversion {
 };
 
 Conversion::~Conversion() {
+    if (pieces_.nItemSize == 0) return;
     MOLTE_HZPY_PYSEG_Free(static_cast<MOLTE_HZPY_PYSEG*>(pieces_.pData), pieces_.nCount);
     PA_Release(&pieces_);
     PA_Release(&poly_);
 }
 
-void Conversion::add(const char* bytes, size_t size) {
-    fits_ = fits_ && size < kWorkSize - size_;
-    if (!fits_) return;
-    std::memcpy(work_ + size_, bytes, size);
-    size_ += size;
+void Conversion::add_reading_text(const uint8_t* pair) {
+    if (kWorkSize - size_ > kReadingRoom) {
+        size_ = static_cast<size_t>(write_reading(work_ + size_, g_stPinYin.stPY, pair) - work_);
+        return;
+    }
+    const Syllable reading(g_stPinYin.stPY, pair);
+    for (size_t i = 0; i < reading.size(); ++i) add(reading.text()[i]);
 }
 
 int32_t Conversion::store_piece(const char* text) {
@@ -89,7 +93,7 @@ int32_t Conversion::store_rest() {
 
 int32_t Conversion::add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings) {
     if (size_ > 0) {
-        add_blank_if(pieces_.nCount > 0);
+        if (pieces_.nCount > 0) add(' ');
         if (store_work() < 0) return -1;
     }
     char character[3]{};
@@ -105,18 +109,17 @@ int32_t Conversion::add_choice(const char* bytes, int32_t size, const MOLTE_HZPY
 }
 
 int32_t Conversion::add_double(const char* bytes, const Glyph& glyph) {
-    MOLTE_HZPY_ONEHZ readings;
-    if (MOLTE_HZPY_HzCode2Py(glyph.code, &readings) < 0) return kModule.trace(here());
+    const MOLTE_HZPY_ONEHZ* readings = readings_of(glyph.code);
+    if (readings == nullptr) return kModule.trace(here());
     after_chinese_ = true;
-    if (readings.nCount > 1) return add_choice(bytes, glyph.size, readings);
-    if (readings.nCount == 0) {
-        add_blank_if(true);  // also at the head of the text: meant
-        add(bytes, static_cast<size_t>(glyph.size));
+    if (readings->nCount > 1) return add_choice(bytes, glyph.size, *readings);
+    if (readings->nCount == 0) {
+        add(' ');  // also at the head of the text: meant
+        for (int32_t i = 0; i < glyph.size; ++i) add(bytes[i]);
         return 1;
     }
-    add_blank_if(size_ > 0 || pieces_.nCount > 0);
-    const Syllable reading(g_stPinYin.stPY, readings.abyPair[0]);
-    add(reading.text(), reading.size());
+    if (size_ > 0 || pieces_.nCount > 0) add(' ');
+    add_reading_text(readings->abyPair[0]);
     return 1;
 }
 
@@ -125,8 +128,8 @@ int32_t Conversion::convert(const char* text) {
         if (glyph.is_double) {
             if (add_double(text, glyph) < 0) return -1;
         } else {
-            add_blank_if(after_chinese_);
-            add(text, 1);
+            if (after_chinese_) add(' ');
+            add(*text);
             after_chinese_ = false;
         }
         if (!fits_) return fail_room(here());

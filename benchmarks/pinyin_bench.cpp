@@ -1,0 +1,210 @@
+// Pinyin beside a bare walk of the same table that writes the same bytes, and the table's building
+// beside reading its file.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "pair.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int32_t kRoom = 256;
+
+bool is_double(const char* text) {
+    return static_cast<unsigned char>(*text) >= 0x81;
+}
+
+int32_t code_at(const char* text) {
+    return static_cast<unsigned char>(text[0]) * 256 + static_cast<unsigned char>(text[1]);
+}
+
+const MOLTE_HZPY_ONEHZ& entry_at(const char* text) {
+    return g_stPinYin.stHZ.pEntries[code_at(text) - g_stPinYin.stHZ.nFirstCode];
+}
+
+char* write(char* out, const char* text) {
+    while (*text != '\0') *out++ = *text++;
+    return out;
+}
+
+char* write_reading(char* out, const uint8_t* pair) {
+    out = write(out, g_stPinYin.stPY.stShengmu.pEntries[pair[0]].szText);
+    return write(out, g_stPinYin.stPY.stYunmu.pEntries[pair[1]].szText);
+}
+
+// What MOLTE_Name2Pinyin writes, for names of Chinese characters and letters.
+void walk_all_readings(const char* name, char* out) {
+    while (*name != '\0') {
+        if (!is_double(name)) {
+            *out++ = ' ';
+            while (*name != '\0' && !is_double(name)) *out++ = *name++;
+            *out++ = ' ';
+            continue;
+        }
+        const MOLTE_HZPY_ONEHZ& entry = entry_at(name);
+        for (int i = 0; i < entry.nCount; ++i) {
+            *out++ = ' ';
+            out = write_reading(out, entry.abyPair[i]);
+        }
+        if (entry.nCount > 0) *out++ = ' ';
+        name += 2;
+    }
+    *out = '\0';
+}
+
+// What MOLTE_HZPY_Str2Py writes for a name of characters with one reading each.
+void walk_one_reading(const char* name, char* out) {
+    for (const char* at = name; *at != '\0'; at += 2) {
+        if (at != name) *out++ = ' ';
+        out = write_reading(out, entry_at(at).abyPair[0]);
+    }
+    *out = '\0';
+}
+
+// What it hands over for any name of characters: a heap text for each piece, and the choices.
+void walk_choices(const char* name, char* out) {
+    std::unique_ptr<MOLTE_HZPY_PYSEG[]> pieces;
+    size_t count = 0;
+    std::unique_ptr<MOLTE_HZPY_ONEHZSTR[]> choices;
+    int choice_count = 0;
+    char* end = out;
+    const size_t most = std::strlen(name) + 1;
+    const auto store = [&](const char* text, size_t size) {
+        if (pieces == nullptr) pieces = std::make_unique<MOLTE_HZPY_PYSEG[]>(most);
+        pieces[count] = {static_cast<char*>(std::malloc(size + 1)), static_cast<int32_t>(size + 1)};
+        std::memcpy(pieces[count].pszText, text, size);
+        pieces[count++].pszText[size] = '\0';
+    };
+    for (; *name != '\0'; name += 2) {
+        const MOLTE_HZPY_ONEHZ& entry = entry_at(name);
+        if (entry.nCount < 2) {
+            if (end != out || count > 0) *end++ = ' ';
+            end = write_reading(end, entry.abyPair[0]);
+            continue;
+        }
+        if (end != out) {
+            if (count > 0) *end++ = ' ';
+            store(out, static_cast<size_t>(end - out));
+            end = out;
+        }
+        store(name, 2);
+        if (choices == nullptr) choices = std::make_unique<MOLTE_HZPY_ONEHZSTR[]>(16);
+        MOLTE_HZPY_ONEHZSTR& choice = choices[static_cast<size_t>(choice_count++)];
+        for (int i = 0; i < entry.nCount; ++i) {
+            *write_reading(choice.aszPY[i], entry.abyPair[i]) = '\0';
+        }
+        choice.nCount = entry.nCount;
+        choice.nSegIndex = static_cast<int32_t>(count) - 1;
+    }
+    *end = '\0';
+    if (choice_count == 0) return;
+    if (end != out) store(out, static_cast<size_t>(end - out));
+    for (size_t i = 0; i < count; ++i) std::free(pieces[i].pszText);
+}
+
+void str2py(const char* name, char* out) {
+    MOLTE_HZPY_PYSEG* pieces;
+    MOLTE_HZPY_ONEHZSTR* choices;
+    int32_t piece_count;
+    int32_t choice_count;
+    if (MOLTE_HZPY_Str2Py(name, out, kRoom, &pieces, &piece_count, &choices, &choice_count) > 0) {
+        return;
+    }
+    MOLTE_HZPY_PYSEG_Free(pieces, piece_count);
+    ORVEX_free(pieces);
+    ORVEX_free(choices);
+}
+
+// Names of two to four common characters, of all of them or of those with one reading, as GB 2312
+// has them in its first level.
+std::vector<std::string> make_names(bool one_reading, bool with_letters) {
+    std::mt19937 random(1);
+    std::uniform_int_distribution<int> lead(0xB0, 0xD6);
+    std::uniform_int_distribution<int> trail(0xA1, 0xFE);
+    std::vector<std::string> names(100000);
+    for (std::string& name : names) {
+        const size_t size = 2 * (2 + random() % 3);
+        while (name.size() < size) {
+            const char bytes[3] = {static_cast<char>(lead(random)),
+                                   static_cast<char>(trail(random)), 0};
+            if (one_reading ? entry_at(bytes).nCount == 1 : entry_at(bytes).nCount > 0)
+                name += bytes;
+        }
+        if (with_letters && random() % 8 == 0) name += "Ming";
+    }
+    return names;
+}
+
+template <typename Ours, typename Peer>
+void pair_over(const char* title, const std::vector<std::string>& names, Ours ours, Peer peer) {
+    char text[kRoom];
+    char other[kRoom];
+    for (const std::string& name : names) {
+        text[0] = other[0] = '\0';
+        ours(name.c_str(), text);
+        peer(name.c_str(), other);
+        if (text[0] != '\0' && std::strcmp(text, other) != 0) std::printf("differ: %s\n", text);
+    }
+    const auto all = [&](auto& operation) {
+        for (const std::string& name : names) {
+            operation(name.c_str(), text);
+            molte_bench::keep(text);
+        }
+    };
+    molte_bench::pair(
+        title, [&] { all(ours); }, [&] { all(peer); });
+}
+
+// As text, line by line.
+void read_lines() {
+    static char line[65536];
+    FILE* file = std::fopen("CONF/LANG/HZ/PINYIN.TXT", "r");
+    while (std::fgets(line, sizeof line, file) != nullptr) molte_bench::keep(line);
+    std::fclose(file);
+}
+
+void read_whole() {
+    const int fd = open("CONF/LANG/HZ/PINYIN.TXT", O_RDONLY);
+    struct stat status {};
+    fstat(fd, &status);
+    std::vector<char> block(static_cast<size_t>(status.st_size));
+    if (read(fd, block.data(), block.size()) < 1) std::abort();
+    close(fd);
+    molte_bench::keep(block);
+}
+
+}  // namespace
+
+int main() {
+    fs::current_path(RESOURCE_FOLDER);
+    ORVEX_SetMainPath(".");
+    OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE);
+    if (MOLTE_HZPY_Init(&g_stPinYin) < 0) return 1;
+
+    const auto to_all = [](const char* name, char* out) { MOLTE_Name2Pinyin(name, out, kRoom); };
+    pair_over("all readings, bare walk", make_names(false, true), to_all, walk_all_readings);
+    pair_over("one reading each, bare walk", make_names(true, false), str2py, walk_one_reading);
+    pair_over("with choices, bare walk", make_names(false, false), str2py, walk_choices);
+
+    const auto build = [] {
+        MOLTE_HZPY_Release(&g_stPinYin);
+        g_stPinYin.bInited = 0;
+        MOLTE_HZPY_Init(&g_stPinYin);
+    };
+    molte_bench::pair("building, reading the lines", build, read_lines);
+    molte_bench::pair("building, reading in one call", build, read_whole);
+    MOLTE_HZPY_Release(&g_stPinYin);
+    ORVEX_BASE_ReleaseVar();
+}
