@@ -76,10 +76,11 @@ int32_t MOLTE_HZPY_FreeHZTable(MOLTE_HZPY_HZTABLE* pHZ) {
 
 int32_t MOLTE_HZPY_UTIL_GetPyIndex(const MOLTE_HZPY_PHTABLE* pPH, const char* pszText) {
     if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
+    // A part is compared with the terminator, where it has one.
+    const size_t size = std::min(std::strlen(pszText) + 1, sizeof(MOLTE_HZPY_PHENTRY::szText));
     for (int32_t i = 0; i < pPH->nCount; ++i) {
-        const char* text = pPH->pEntries[i].szText;
-        if (text[0] != pszText[0] || (text[0] != '\0' && text[1] != pszText[1])) continue;
-        if (std::strncmp(text, pszText, sizeof(MOLTE_HZPY_PHENTRY::szText)) == 0) return i;
+        const char* part = pPH->pEntries[i].szText;
+        if (part[0] == pszText[0] && std::memcmp(part, pszText, size) == 0) return i;
     }
     return kModule.fail(here(), kNoSuchPart, molte::SystemError::none, "py=%s max=%d", pszText,
                         pPH->nCount);
