@@ -189,8 +189,8 @@ int32_t MOLTE_HZPY_Str2Py(const char* pszText, char* pszOut, int32_t nOutSize,
     const size_t size = std::strlen(pszText);
     if (size == 0) return 0;
     if (size > kLongestText) {
-        return kModule.fail(here(), kTextTooLong, SystemError::none, "max=%zu cur=%zu",
-                            kLongestText, size);
+        return kModule.fail(here(), kTextTooLong, SystemError::none, "max=%d cur=%d",
+                            static_cast<int>(kLongestText), static_cast<int>(size));
     }
     Conversion conversion(size);
     if (conversion.convert(pszText) < 0) return -1;
