@@ -34,7 +34,7 @@ class MergeSort {
 
     void insert(Item* items, size_t count) const {
         for (size_t i = 1; i < count; ++i) {
-            const Item item = items[i];
+            alignas(std::max_align_t) const Item item = items[i];  // as the caller needs it
             size_t at = i;
             for (; at > 0 && is_below(item, items[at - 1]); --at) items[at] = items[at - 1];
             items[at] = item;

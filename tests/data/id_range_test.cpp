@@ -232,8 +232,11 @@ TEST(IdRangeArray, GrowsBySixteensAndAddsAsItIs) {
     EXPECT_EQ(array.nCapacity, 48);
     OX_IDRANGEARRAY_AddRange(&array, ranges.data(), 1, 2);
     EXPECT_EQ(array.ranges(), (Ranges{{1, 3}, {5, 6}, {9, 9}}));
+    OX_IDRANGEARRAY_Release(&array);
     EXPECT_EQ(OX_IDRANGEARRAY_InitByBuf(&array, 0), 1);
     EXPECT_EQ(array.pRange, nullptr);
+    EXPECT_EQ(OX_IDRANGEARRAY_InitByBuf(&array, 5), 1);
+    EXPECT_EQ(array.nCapacity, 5);
 }
 
 TEST(IdRangeArray, RemovalKeepsTheOrderUnlessItSplits) {

@@ -5,6 +5,7 @@
 namespace {
 
 int compare(const void* a, const void* b) {
+    EXPECT_EQ((reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) % 4, 0U);
     const int32_t x = *static_cast<const int32_t*>(a);
     const int32_t y = *static_cast<const int32_t*>(b);
     return x < y ? -1 : x > y ? 1 : 0;
@@ -37,8 +38,6 @@ TEST(SortedArray, SearchesAgreeWithTheStandardLibrary) {
             }
         }
         const bool repeated = std::adjacent_find(items.begin(), items.end()) != items.end();
-        EXPECT_EQ(MOLTE_HasDupItem(items.data(), length, length > 0 ? 4 : 0, compare),
-                  length > 0 ? 0 : -1);
         EXPECT_EQ(MOLTE_HasDupItem(items.data(), 4, length, compare), repeated ? 1 : 0);
         Ints unique = items;
         unique.erase(std::unique(unique.begin(), unique.end()), unique.end());
