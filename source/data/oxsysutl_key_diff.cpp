@@ -47,46 +47,25 @@ Set sorted_set(void* list, int32_t n, int32_t size, MOLTE_COMPARE cmp) {
     return {static_cast<uint8_t*>(list), static_cast<size_t>(count), step};
 }
 
-// The first item from FROM on that isn't below the key, and whether it is equal. What is looked for
-// in ascending order is found in steps that double, whether it lies near or far.
-size_t find_from(const Set& set, size_t from, const void* key, MOLTE_COMPARE cmp, bool* equal) {
-    size_t step = 1;
-    size_t end = from;
-    int order = 1;
-    while (end < set.count && (order = cmp(key, set.at(end))) > 0) {
-        from = end + 1;
-        end += step;
-        step *= 2;
-    }
-    end = std::min(end, set.count);
-    while (from < end) {
-        const size_t middle = from + (end - from) / 2;
-        const int middle_order = cmp(key, set.at(middle));
-        if (middle_order > 0) {
-            from = middle + 1;
-        } else {
-            end = middle;
-            order = middle_order;
-        }
-    }
-    *equal = end < set.count && order == 0;
-    return end;
-}
-
-// Marks the items of each set that the other one has; how many that are.
+// Marks the items of each set that the other one has; how many that are. Each step passes one item
+// or two, and which can't be foreseen: there is no jump for it. A mark holds when its item is
+// passed.
 size_t mark_common(const Set& probe, bool* in_probe, const Set& longer, bool* in_longer,
                    MOLTE_COMPARE cmp) {
-    std::fill_n(in_longer, longer.count, false);
     size_t hits = 0;
-    size_t at = 0;
-    for (size_t i = 0; i < probe.count; ++i) {
-        bool hit = false;
-        at = find_from(longer, at, probe.at(i), cmp, &hit);
-        in_probe[i] = hit;
-        if (!hit) continue;
-        in_longer[at++] = true;
-        ++hits;
+    size_t i = 0;
+    size_t k = 0;
+    while (i < probe.count && k < longer.count) {
+        const int order = cmp(probe.at(i), longer.at(k));
+        const bool same = order == 0;
+        in_probe[i] = same;
+        in_longer[k] = same;
+        hits += same ? 1 : 0;
+        i += order <= 0 ? 1 : 0;
+        k += order >= 0 ? 1 : 0;
     }
+    std::fill(in_probe + i, in_probe + probe.count, false);
+    std::fill(in_longer + k, in_longer + longer.count, false);
     return hits;
 }
 
@@ -97,13 +76,12 @@ bool fill(const Set& set, const bool* marks, bool wanted, size_t count, Output* 
     output->made = molte::allocate_list<uint8_t>(count * set.size);
     if (output->made == nullptr) return false;
     uint8_t* to = output->made.get();
-    const bool* const end = marks + set.count;
-    for (const bool* run = std::find(marks, end, wanted); run != end;) {
-        const bool* const run_end = std::find(run, end, !wanted);
-        const auto bytes = static_cast<size_t>(run_end - run) * set.size;
-        std::memcpy(to, set.at(static_cast<size_t>(run - marks)), bytes);
-        to += bytes;
-        run = std::find(run_end, end, wanted);
+    // Each item is copied, and stays if it is wanted; none is behind the last that is.
+    for (size_t i = 0, filled = 0; filled < count; ++i) {
+        const size_t step = marks[i] == wanted ? 1 : 0;
+        std::memcpy(to, set.at(i), set.size);
+        to += step * set.size;
+        filled += step;
     }
     return true;
 }

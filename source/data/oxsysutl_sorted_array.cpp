@@ -26,28 +26,31 @@ class Span {
     [[nodiscard]] size_t count() const { return count_; }
     [[nodiscard]] const uint8_t* first() const { return first_; }
     // The middle item; the lower one of an even count.
-    [[nodiscard]] const uint8_t* middle() const { return first_ + (count_ - 1) / 2 * size_; }
+    [[nodiscard]] const uint8_t* middle() const { return first_ + below_middle(); }
     [[nodiscard]] const uint8_t* behind(const uint8_t* item) const { return item + size_; }
     [[nodiscard]] int32_t index_of(const uint8_t* item) const {
         return static_cast<int32_t>(static_cast<size_t>(item - base_) / size_);
     }
 
-    // Asks for both items that can be the middle once this half or the other is gone.
+    // Asks for both items that can be the middle once this half or the other is gone, or nearly so.
     void ask_ahead() const {
-        const size_t half = (count_ - 1) / 2;
-        __builtin_prefetch(first_ + half / 2 * size_);
-        __builtin_prefetch(first_ + (half + 1 + (count_ - half) / 2 - 1) * size_);
+        const size_t half = below_middle();
+        __builtin_prefetch(first_ + half / 2);
+        __builtin_prefetch(first_ + half + half / 2);
     }
     // Drops the items up to the middle, or those behind it. Which one can't be foreseen, so the two
     // are computed and chosen between without a jump.
     void halve(bool drop_lower) {
         const size_t lower = (count_ + 1) / 2;
-        const uint8_t* upper_first = first_ + lower * size_;
+        const uint8_t* upper_first = first_ + below_middle() + size_;
         first_ = drop_lower ? upper_first : first_;
         count_ = drop_lower ? count_ - lower : lower;
     }
 
  private:
+    // In bytes.
+    [[nodiscard]] size_t below_middle() const { return (count_ - 1) / 2 * size_; }
+
     const uint8_t* base_;
     const uint8_t* first_;
     size_t size_;

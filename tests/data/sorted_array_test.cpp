@@ -142,6 +142,25 @@ TEST(SortedArray, SplitsSetsOfItemsOfAnySize) {
     }
 }
 
+// Nothing is lost, and nothing outside touched, when a comparison contradicts itself.
+TEST(SortedArray, SplitSurvivesAComparisonThatLies) {
+    std::mt19937 random(3);
+    Ints items(1000);
+    for (int32_t round = 0; round < 50; ++round) {
+        for (int32_t i = 0; i < 1000; ++i) items[static_cast<size_t>(i)] = i;
+        static std::mt19937* the_random;
+        the_random = &random;
+        ASSERT_EQ(
+            MOLTE_KeyDiff(
+                items.data(), 1000 - round, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr,
+                nullptr, [](const void*, const void*) { return (*the_random)() % 2 == 0 ? 1 : -1; },
+                4),
+            1);
+        std::sort(items.begin(), items.end());
+        for (int32_t i = 0; i < 1000; ++i) ASSERT_EQ(items[static_cast<size_t>(i)], i);
+    }
+}
+
 TEST(SortedArray, SplitGivesWhatIsWantedOfWhatIsThere) {
     Ints b{3, 1, 3, 2};
     void* list = &b;
