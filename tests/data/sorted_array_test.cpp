@@ -73,133 +73,100 @@ TEST(SortedArray, SearchesCompareInAFixedOrder) {
     EXPECT_EQ(compared_by(MOLTE_FindInsPos, items, 6), (Ints{3, 6, 7}));
 }
 
+int by_letter(const void* a, const void* b) {
+    return *static_cast<const char*>(a) - *static_cast<const char*>(b);
+}
+
 TEST(SortedArray, RemovesAllButTheFirstOfEquals) {
-    // Compared by the first byte alone.
     char items[] = "a1a2b1c1c2c3";
-    const auto by_letter = [](const void* a, const void* b) {
-        return *static_cast<const char*>(a) - *static_cast<const char*>(b);
-    };
     EXPECT_EQ(MOLTE_RemoveDupItem(items, 2, 6, by_letter), 3);
     EXPECT_EQ(std::string(items, 6), "a1b1c1");
 }
 
-template <size_t kSize>
-struct Record {
-    int32_t value;
-    uint8_t rest[kSize - 4];
+// The three parts of two lists.
+struct Split {
+    void* lists[3];
+    int32_t counts[3] = {9, 9, 9};
+    int32_t result;
+    Split(void* a, int32_t a_count, void* b, int32_t b_count, MOLTE_COMPARE cmp, int32_t size)
+        : result(MOLTE_KeyDiff(a, a_count, b, b_count, &lists[0], &counts[0], &lists[1], &counts[1],
+                               &lists[2], &counts[2], cmp, size)) {}
+    ~Split() {
+        for (void* list : lists) ORVEX_free(list);
+    }
+    // The numbers that items of this many numbers begin with.
+    [[nodiscard]] Ints numbers(int part, size_t item) const {
+        Ints result_numbers;
+        const auto* at = static_cast<const int32_t*>(lists[part]);
+        for (int32_t i = 0; i < counts[part]; ++i, at += item) result_numbers.push_back(*at);
+        EXPECT_EQ(lists[part] != nullptr, counts[part] > 0);
+        return result_numbers;
+    }
 };
-template <>
-struct Record<4> {
-    int32_t value;
-};
-
-template <size_t kSize>
-void check_diff(std::mt19937& random, uint32_t most_a, uint32_t most_b) {
-    std::vector<Record<kSize>> lists[2];
-    std::set<int32_t> models[2];
-    for (int side = 0; side < 2; ++side) {
-        lists[side].resize(random() % (side == 0 ? most_a : most_b));
-        for (auto& item : lists[side]) {
-            item = {};
-            item.value = static_cast<int32_t>(random() % 300);
-            models[side].insert(item.value);
-        }
-    }
-    Ints expected[3];
-    for (int32_t v : models[0]) expected[models[1].contains(v) ? 1 : 0].push_back(v);
-    for (int32_t v : models[1]) {
-        if (!models[0].contains(v)) expected[2].push_back(v);
-    }
-    void* out[3];
-    int32_t counts[3];
-    ASSERT_EQ(MOLTE_KeyDiff(lists[0].data(), static_cast<int32_t>(lists[0].size()), lists[1].data(),
-                            static_cast<int32_t>(lists[1].size()), &out[0], &counts[0], &out[1],
-                            &counts[1], &out[2], &counts[2], compare, kSize),
-              lists[0].empty() && lists[1].empty() && lists[0].data() == nullptr &&
-                      lists[1].data() == nullptr
-                  ? 0
-                  : 1);
-    for (int i = 0; i < 3; ++i) {
-        Ints values;
-        for (int32_t k = 0; k < counts[i]; ++k)
-            values.push_back(static_cast<Record<kSize>*>(out[i])[k].value);
-        ASSERT_EQ(values, expected[i]) << i;
-        ASSERT_EQ(out[i] != nullptr, counts[i] > 0);
-        ORVEX_free(out[i]);
-    }
-}
 
 TEST(SortedArray, SplitsSetsOfItemsOfAnySize) {
     std::mt19937 random(2);
-    for (int round = 0; round < 60; ++round) {
-        for (const auto& [most_a, most_b] : {std::pair{400U, 400U}, {5U, 600U}, {600U, 5U}}) {
-            check_diff<4>(random, most_a, most_b);
-            check_diff<8>(random, most_a, most_b);
-            check_diff<16>(random, most_a, most_b);
-            check_diff<20>(random, most_a, most_b);
-            check_diff<32>(random, most_a, most_b);
+    for (int round = 0; round < 900; ++round) {
+        const size_t item = std::array{1, 2, 4, 5, 8}[static_cast<size_t>(round % 5)];
+        const uint32_t most[] = {round % 3 == 1 ? 5U : 400U, round % 3 == 2 ? 5U : 400U};
+        Ints lists[2];
+        std::set<int32_t> models[2];
+        for (int side = 0; side < 2; ++side) {
+            lists[side].resize((1 + random() % most[side]) * item);
+            for (size_t i = 0; i < lists[side].size(); i += item) {
+                models[side].insert(lists[side][i] = static_cast<int32_t>(random() % 300));
+            }
         }
+        Ints expected[3];
+        for (int32_t v : models[0]) expected[models[1].contains(v) ? 1 : 0].push_back(v);
+        for (int32_t v : models[1]) {
+            if (!models[0].contains(v)) expected[2].push_back(v);
+        }
+        const auto length = static_cast<int32_t>(item);
+        const Split split(lists[0].data(), count_of(lists[0]) / length, lists[1].data(),
+                          count_of(lists[1]) / length, compare, length * 4);
+        for (int part = 0; part < 3; ++part) ASSERT_EQ(split.numbers(part, item), expected[part]);
     }
 }
 
 // Nothing is lost, and nothing outside touched, when a comparison contradicts itself.
 TEST(SortedArray, SplitSurvivesAComparisonThatLies) {
-    std::mt19937 random(3);
+    static std::mt19937 random(3);
     Ints items(1000);
     for (int32_t round = 0; round < 50; ++round) {
         for (int32_t i = 0; i < 1000; ++i) items[static_cast<size_t>(i)] = i;
-        static std::mt19937* the_random;
-        the_random = &random;
-        ASSERT_EQ(
-            MOLTE_KeyDiff(
-                items.data(), 1000 - round, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr,
-                nullptr, [](const void*, const void*) { return (*the_random)() % 2 == 0 ? 1 : -1; },
-                4),
-            1);
+        const auto lie = [](const void*, const void*) { return random() % 2 == 0 ? 1 : -1; };
+        EXPECT_EQ(Split(items.data(), 1000 - round, nullptr, 0, lie, 4).result, 1);
         std::sort(items.begin(), items.end());
         for (int32_t i = 0; i < 1000; ++i) ASSERT_EQ(items[static_cast<size_t>(i)], i);
     }
 }
 
-TEST(SortedArray, SplitGivesWhatIsWantedOfWhatIsThere) {
+TEST(SortedArray, SplitTakesWhatIsThere) {
     Ints b{3, 1, 3, 2};
-    void* list = &b;
-    void* none = &b;
-    int32_t count = 9;
-    ASSERT_EQ(MOLTE_KeyDiff(nullptr, 0, b.data(), 4, &none, nullptr, nullptr, nullptr, &list,
-                            &count, compare, 4),
-              1);
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(Ints(static_cast<int32_t*>(list), static_cast<int32_t*>(list) + count),
-              (Ints{1, 2, 3}));
+    const Split half(nullptr, 0, b.data(), 4, compare, 4);
+    EXPECT_EQ(half.result, 1);
+    EXPECT_EQ(half.numbers(0, 1), Ints{});
+    EXPECT_EQ(half.numbers(2, 1), (Ints{1, 2, 3}));
     EXPECT_EQ(Ints(b.begin(), b.begin() + 3), (Ints{1, 2, 3}));  // sorted in place
-    ORVEX_free(list);
-    Ints a{2};
+    const Split none(nullptr, 0, nullptr, 0, compare, 4);
+    EXPECT_EQ(none.result, 0);
+    EXPECT_EQ(none.numbers(2, 1), Ints{});
+    const Split empty(b.data(), 0, b.data() + 1, 0, compare, 4);  // no item is none, not one
+    EXPECT_EQ(empty.result, 1);
+    EXPECT_EQ(empty.numbers(0, 1), Ints{});
     int32_t both = 9;
-    EXPECT_EQ(MOLTE_KeyDiff(a.data(), 1, b.data(), 3, nullptr, nullptr, nullptr, &both, nullptr,
-                            &count, compare, 4),
-              1);
-    EXPECT_EQ(Ints({both, count}), (Ints{1, 2}));
-    EXPECT_EQ(MOLTE_KeyDiff(nullptr, 0, nullptr, 0, &list, &count, nullptr, nullptr, nullptr,
+    EXPECT_EQ(MOLTE_KeyDiff(b.data(), 1, &b[1], 2, nullptr, nullptr, nullptr, &both, nullptr,
                             nullptr, compare, 4),
-              0);
-    EXPECT_EQ(list, nullptr);
-    EXPECT_EQ(count, 0);
-    EXPECT_EQ(error_of(MOLTE_KeyDiff(a.data(), 1, nullptr, 0, &list, nullptr, nullptr, nullptr,
-                                     nullptr, nullptr, nullptr, 4)),
-              "50 oxsysutl");
+              1);
+    EXPECT_EQ(both, 0);
+    EXPECT_EQ(error_of(Split(b.data(), 1, nullptr, 0, nullptr, 4).result), "50 oxsysutl");
     // What both have comes from the shorter list; from the first of two equally long.
     char x[] = "a1c1";
     char y[] = "a2";
-    const auto by_letter = [](const void* p, const void* q) {
-        return *static_cast<const char*>(p) - *static_cast<const char*>(q);
-    };
     for (const auto& [n, taken] : {std::pair{2, "a2"}, {1, "a1"}}) {
-        ASSERT_EQ(MOLTE_KeyDiff(x, n, y, 1, nullptr, nullptr, &list, nullptr, nullptr, nullptr,
-                                by_letter, 2),
-                  1);
-        EXPECT_EQ(std::string(static_cast<char*>(list), 2), taken);
-        ORVEX_free(list);
+        const Split split(x, n, y, 1, by_letter, 2);
+        EXPECT_EQ(std::string(static_cast<char*>(split.lists[1]), 2), taken);
     }
 }
 
