@@ -12,7 +12,6 @@ inline constexpr Module kModule("oxsysutl");
 
 // A bad argument; -1.
 inline int32_t refuse(int32_t line = __builtin_LINE()) {
-    constexpr uint32_t kBadArgument = 50;
     return kModule.fail(line, kBadArgument);
 }
 

@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "core/owners.h"
+#include "data/text_lines.h"
 #include "moltelib/language.h"
 #include "platform/whole_read.h"
 #include "text/oxpinyin.h"
@@ -45,19 +46,6 @@ int32_t Content::load(const char* path) {
     }
     text_ = {block_.get(), static_cast<size_t>(count)};
     return 1;
-}
-
-// Takes the first line off a text, without its end.
-std::string_view take_line(std::string_view* text) {
-    std::string_view line = text->substr(0, kLongestLine);
-    const size_t end = line.find('\n');
-    line = line.substr(0, end);
-    text->remove_prefix(line.size() + (end != std::string_view::npos ? 1 : 0));
-    return line;
-}
-
-bool is_letter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
 size_t count_letters(std::string_view line) {
@@ -114,7 +102,9 @@ int32_t MOLTE_HZPY_BuildPY(MOLTE_HZPY_TABLE* pTable) {
     Content content;
     if (content.load(path) < 0) return -1;
     for (std::string_view text = content.text(); !text.empty();) {
-        if (add_line(pTable, take_line(&text)) < 0) return -1;
+        std::string_view line = molte::take_line(text, kLongestLine);
+        if (line.ends_with('\n')) line.remove_suffix(1);
+        if (add_line(pTable, line) < 0) return -1;
     }
     return cut_front(&pTable->stHZ);
 }

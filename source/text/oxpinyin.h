@@ -15,7 +15,7 @@ inline constexpr Module kModule("oxpinyin");
 inline constexpr uint32_t kNotOpened = 1;
 inline constexpr uint32_t kNotRead = 3;
 inline constexpr uint32_t kNotWritten = 4;
-inline constexpr uint32_t kBadArgument = 50;
+using molte::kBadArgument;
 inline constexpr uint32_t kNoRoom = 124;
 inline constexpr uint32_t kNoSuchPart = 930;
 inline constexpr uint32_t kForeignTable = 931;
@@ -24,6 +24,11 @@ inline constexpr uint32_t kNotBuilt = 933;
 inline constexpr uint32_t kSingleByte = 934;
 inline constexpr uint32_t kBadCall = 935;
 inline constexpr uint32_t kTextTooLong = 936;
+
+// Of ASCII, on every platform and in every locale.
+inline bool is_letter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
 // A part, or the empty one when the index is beyond the list.
 inline const MOLTE_HZPY_PHENTRY& part_at(const MOLTE_HZPY_PHTABLE& list, uint8_t index) {

@@ -8,10 +8,6 @@ using molte::here;
 
 namespace {
 
-bool is_letter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
 int32_t kind_of(char c) {
     return is_letter(c) ? MOLTE_NAMEPART_LETTERS : MOLTE_NAMEPART_OTHER;
 }
