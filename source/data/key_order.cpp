@@ -79,19 +79,6 @@ void KeyOrder::sort_equal_heads(size_t first, size_t count, size_t word) {
     for (size_t i = 0; i < count; ++i) entries[i].head = head;
 }
 
-void KeyOrder::drop_repeated() {
-    size_t kept = 0;
-    for (size_t i = 1; i < count_; ++i) {
-        ask_for_equal_heads(i + kKeysAhead);
-        const Entry& last = entries_[kept];
-        const bool same = entries_[i].head == last.head &&
-                          (!Key::goes_on(last.head) ||
-                           compare_keys(keys_[entries_[i].index], keys_[last.index], 1) == 0);
-        if (!same) entries_[++kept] = entries_[i];
-    }
-    count_ = std::min(count_, kept + 1);
-}
-
 size_t drop_repeated(Key* keys, size_t count) {
     size_t kept = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -120,15 +107,22 @@ Heap<Key> distinct_keys(Key* keys, size_t* count) {
     if (*count < kSomeEntries || is_sorted(keys, *count) || !order.make(keys, *count)) {
         sort_keys(keys, *count);
         *count = drop_repeated(keys, *count);
-        auto list = allocate_list<Key>(*count);
-        if (list != nullptr) std::memcpy(list.get(), keys, *count * sizeof(Key));
-        return list;
+        return exact_list(keys, *count);
     }
-    order.drop_repeated();
-    *count = order.count();
     auto list = allocate_list<Key>(*count);
     if (list == nullptr) return list;
-    visit_in_order(keys, order.entries(), *count, [&](size_t i, const Key& key) { list[i] = key; });
+    size_t kept = 0;
+    visit_in_order(keys, order.entries(), *count, [&](size_t, const Key& key) {
+        if (kept == 0 || !same_key(list[kept - 1], key)) list[kept++] = key;
+    });
+    if (kept == *count) return list;
+    *count = kept;
+    return exact_list(list.get(), kept);
+}
+
+Heap<Key> exact_list(const Key* keys, size_t count) {
+    auto list = allocate_list<Key>(count);
+    if (list != nullptr) std::memcpy(list.get(), keys, count * sizeof(Key));
     return list;
 }
 

@@ -63,6 +63,9 @@ void sort_keys(Key* keys, size_t count);
 // Keeps the last of each run of equal keys of a sorted list; the new count.
 size_t drop_repeated(Key* keys, size_t count);
 
+// A copy of a list in a block of its own. Null without memory.
+Heap<Key> exact_list(const Key* keys, size_t count);
+
 // The keys of a list, which it may reorder, sorted and each once. Null without memory.
 Heap<Key> distinct_keys(Key* keys, size_t* count);
 
@@ -76,10 +79,7 @@ class KeyOrder {
 
     // False when there is no memory for it.
     bool make(const Key* keys, size_t count);
-    // Keeps one entry of each run of equal keys.
-    void drop_repeated();
     [[nodiscard]] const Entry* entries() const { return entries_.get(); }
-    [[nodiscard]] size_t count() const { return count_; }
 
  private:
     void sort(size_t first, size_t count, size_t word);

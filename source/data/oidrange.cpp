@@ -32,6 +32,34 @@ void sort_unsorted(OX_IDRANGE* ranges, size_t count) {
     std::stable_sort(ranges, ranges + count, starts_below);
 }
 
+// Whether each range starts behind the one before: then none joins another.
+bool is_merged(const OX_IDRANGE* ranges, const OX_IDRANGE* end) {
+    return std::adjacent_find(ranges, end, [](const OX_IDRANGE& a, const OX_IDRANGE& b) {
+               return b.nStart <= a.nStart || b.nStart <= a.nEnd;
+           }) == end;
+}
+
+// Fits the range that stands behind merged ones in among them; the new end.
+OX_IDRANGE* join_last(OX_IDRANGE* ranges, OX_IDRANGE* last) {
+    OX_IDRANGE joined = *last;
+    OX_IDRANGE* first = std::upper_bound(ranges, last, joined, starts_below);
+    OX_IDRANGE* next = first;
+    if (first != ranges && joined.nStart <= first[-1].nEnd) {
+        --first;
+        joined = {first->nStart, std::max(first->nEnd, joined.nEnd)};
+    }
+    for (; next != last && next->nStart <= joined.nEnd; ++next) {
+        joined.nEnd = std::max(joined.nEnd, next->nEnd);
+    }
+    if (first == next) {
+        std::copy_backward(first, last, last + 1);
+        *first = joined;
+        return last + 1;
+    }
+    *first = joined;
+    return std::copy(next, last, first + 1);
+}
+
 OX_IDRANGE intersection(const OX_IDRANGE& a, const OX_IDRANGE& b) {
     if (!overlap(a, b)) return {};
     return {std::max(a.nStart, b.nStart), std::min(a.nEnd, b.nEnd)};
@@ -103,9 +131,12 @@ void OX_IDRANGE_Sort(OX_IDRANGE* pRanges, int32_t n) {
 int32_t OX_IDRANGE_Merge(OX_IDRANGE* pRanges, int32_t n) {
     if (n < 2) return n;
     if (!given(pRanges)) return -1;
+    OX_IDRANGE* const end = pRanges + n;
+    OX_IDRANGE* const last = end - 1;
+    if (is_merged(pRanges, last)) return static_cast<int32_t>(join_last(pRanges, last) - pRanges);
     OX_IDRANGE_Sort(pRanges, n);
     OX_IDRANGE* current = pRanges;
-    for (const OX_IDRANGE* next = pRanges + 1; next != pRanges + n; ++next) {
+    for (const OX_IDRANGE* next = pRanges + 1; next != end; ++next) {
         if (next->nStart <= current->nEnd) {
             current->nEnd = std::max(current->nEnd, next->nEnd);
         } else {

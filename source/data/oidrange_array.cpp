@@ -85,7 +85,7 @@ enum class Removal : uint8_t { done, again, failed };
 
 // Takes a range from the elements in turn. One that is split leaves the array in another order: the
 // rest is for the next turn.
-Removal remove(OX_IDRANGEARRAY* array, const OX_IDRANGE& range) {
+Removal remove(OX_IDRANGEARRAY* array, const OX_IDRANGE range) {
     OX_IDRANGE* kept = array->pRange;
     OX_IDRANGE* const end = end_of(*array);
     for (OX_IDRANGE* element = array->pRange; element != end; ++element) {
@@ -124,6 +124,16 @@ int32_t convert(const Source* source, Target* target, Convert convert_one) {
     }
     target->nCount = source->nCount;
     return 1;
+}
+
+// The lowest element that isn't empty, the earliest of several; the end for none.
+OX_IDRANGE* lowest_work(const OX_IDRANGEARRAY& array) {
+    OX_IDRANGE* const end = end_of(array);
+    OX_IDRANGE* lowest = std::find_if_not(array.pRange, end, is_empty);
+    for (OX_IDRANGE* element = lowest; element != end; ++element) {
+        if (element->nStart < lowest->nStart && !is_empty(*element)) lowest = element;
+    }
+    return lowest;
 }
 
 // The head of a range, of at most MOST identifiers.
@@ -244,12 +254,8 @@ int64_t OX_IDRANGEARRAY_GetReadySeg(OX_IDRANGEARRAY* pReady, OX_IDRANGEARRAY* pW
                                     OX_IDRANGE* pOut, uint32_t nMax) {
     if (!given(pOut) || !readable(pReady)) return -1;
     *pOut = {};
-    OX_IDRANGE* lowest = nullptr;
-    for (OX_IDRANGE* element = pReady->pRange; element != end_of(*pReady); ++element) {
-        if (is_empty(*element)) continue;
-        if (lowest == nullptr || element->nStart < lowest->nStart) lowest = element;
-    }
-    if (lowest == nullptr) return 0;
+    OX_IDRANGE* const lowest = lowest_work(*pReady);
+    if (lowest == end_of(*pReady)) return 0;
     const OX_IDRANGE head = head_of(*lowest, nMax);
     if (pWorking != nullptr) {
         const auto index = lowest - pReady->pRange;  // the two may be one array, and move

@@ -180,12 +180,10 @@ int32_t MOLTE_KeyListUnion(const char* pA, int32_t nA, char* pB, int32_t nB, cha
     if (places == nullptr) return kModule.trace(here());
     Union keys(list.get(), head);
     for (size_t i = 0; i < length(nA); ++i) keys.add_if_missing(a[i], places[i]);
-    if (keys.count() < room) {
-        auto exact = molte::allocate_list<Key>(static_cast<size_t>(keys.count()));
-        if (exact == nullptr) return kModule.trace(here());
-        std::memcpy(exact.get(), list.get(), static_cast<size_t>(keys.count()) * sizeof(Key));
-        list.swap(exact);
-    }
+    if (keys.count() == 0) return 0;  // b held nothing but deleted slots
+    if (keys.count() < room)
+        list = molte::exact_list(list.get(), static_cast<size_t>(keys.count()));
+    if (list == nullptr) return kModule.trace(here());
     *ppOut = list.release()->text;
     return static_cast<int32_t>(keys.count());
 }

@@ -115,8 +115,8 @@ int32_t MOLTE_SearchHigh(const void* pKey, const void* pBase, int32_t n, int32_t
 
 int32_t MOLTE_FindInsPos(const void* pKey, const void* pBase, int32_t n, int32_t size,
                          MOLTE_COMPARE cmp) {
-    if (!usable(pBase, n, size, cmp)) return refuse();
     if (n < 1) return 0;
+    if (!usable(pBase, n, size, cmp)) return refuse();
     Span span(pBase, n, size);
     while (span.count() > 1) {
         span.ask_ahead();
@@ -126,6 +126,7 @@ int32_t MOLTE_FindInsPos(const void* pKey, const void* pBase, int32_t n, int32_t
 }
 
 int32_t MOLTE_RemoveDupItem(void* pItems, int32_t size, int32_t n, MOLTE_COMPARE cmp) {
+    if (n < 2) return 1;
     if (!usable(pItems, n, size, cmp)) return refuse();
     auto* kept = static_cast<uint8_t*>(pItems);
     const auto step = static_cast<size_t>(size);
