@@ -123,8 +123,8 @@ MOLTE_API int32_t OX_IDRANGEARRAY_AddRange(OX_IDRANGEARRAY* pArray, const OX_IDR
                                            int32_t n, uint32_t nFlags);
 
 /*
- * Takes from the set all that n ranges hold, which must not lie in the array; 1. An element that is
- * cut in two has the whole array sorted and merged.
+ * Takes from the set all that n ranges hold; 1. An element that is cut in two has the whole array
+ * sorted and merged. Several ranges must not lie in the array.
  */
 MOLTE_API int32_t OX_IDRANGEARRAY_RemoveRange(OX_IDRANGEARRAY* pArray, const OX_IDRANGE* pRanges,
                                               int32_t n);

@@ -1,6 +1,7 @@
 #include "data/key_order.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "data/radix_sort.h"
 
@@ -102,22 +103,30 @@ void sort_keys(Key* keys, size_t count) {
     std::memcpy(keys, sorted.get(), count * sizeof(Key));
 }
 
-Heap<Key> distinct_keys(Key* keys, size_t* count) {
+namespace {
+
+// The keys in order, each once, in a block with room for all. Null without memory.
+Heap<Key> gather_distinct(const Key* keys, size_t count, size_t* kept) {
+    Heap<Key> list(scratch<Key>(count).release());
     KeyOrder order;
-    if (*count < kSomeEntries || is_sorted(keys, *count) || !order.make(keys, *count)) {
-        sort_keys(keys, *count);
-        *count = drop_repeated(keys, *count);
-        return exact_list(keys, *count);
-    }
-    auto list = allocate_list<Key>(*count);
-    if (list == nullptr) return list;
-    size_t kept = 0;
-    visit_in_order(keys, order.entries(), *count, [&](size_t, const Key& key) {
-        if (kept == 0 || !same_key(list[kept - 1], key)) list[kept++] = key;
+    if (list == nullptr || !order.make(keys, count)) return nullptr;
+    *kept = 0;
+    visit_in_order(keys, order.entries(), count, [&](size_t, const Key& key) {
+        if (*kept == 0 || !same_key(list[*kept - 1], key)) list[(*kept)++] = key;
     });
-    if (kept == *count) return list;
-    *count = kept;
-    return exact_list(list.get(), kept);
+    return list;
+}
+
+}  // namespace
+
+Heap<Key> distinct_keys(Key* keys, size_t* count) {
+    const size_t all = *count;
+    Heap<Key> list;
+    if (all >= kSomeEntries && !is_sorted(keys, all)) list = gather_distinct(keys, all, count);
+    if (list != nullptr) return *count == all ? std::move(list) : exact_list(list.get(), *count);
+    sort_keys(keys, all);
+    *count = drop_repeated(keys, all);
+    return exact_list(keys, *count);
 }
 
 Heap<Key> exact_list(const Key* keys, size_t count) {

@@ -85,7 +85,7 @@ enum class Removal : uint8_t { done, again, failed };
 
 // Takes a range from the elements in turn. One that is split leaves the array in another order: the
 // rest is for the next turn.
-Removal remove(OX_IDRANGEARRAY* array, const OX_IDRANGE range) {
+Removal remove(OX_IDRANGEARRAY* array, const OX_IDRANGE& range) {
     OX_IDRANGE* kept = array->pRange;
     OX_IDRANGE* const end = end_of(*array);
     for (OX_IDRANGE* element = array->pRange; element != end; ++element) {
@@ -178,8 +178,9 @@ int32_t OX_IDRANGEARRAY_RemoveRange(OX_IDRANGEARRAY* pArray, const OX_IDRANGE* p
     if (n < 1) return 1;
     if (!given(pRanges) || !readable(pArray)) return -1;
     for (int32_t i = 0; i < n; ++i) {
+        const OX_IDRANGE range = pRanges[i];  // it may be an element
         Removal removal = Removal::again;
-        while (removal == Removal::again) removal = remove(pArray, pRanges[i]);
+        while (removal == Removal::again) removal = remove(pArray, range);
         if (removal == Removal::failed) return kModule.trace(here());
     }
     return 1;

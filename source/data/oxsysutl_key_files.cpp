@@ -132,6 +132,17 @@ bool add_sid(Items& list, std::string_view entry) {
     return true;
 }
 
+// Reads the items of a file; their number.
+template <typename Item>
+int32_t load(const char* path, int32_t unit, int32_t usual_line,
+             bool (*add)(Items&, std::string_view), Items* list) {
+    ListFile file;
+    if (const int32_t result = file.read(path, unit); result < 1) return result;
+    if (!list->init(sizeof(Item), file.size / usual_line)) return kModule.trace(here());
+    each_entry(file.text(), [=](std::string_view entry) { return add(*list, entry); });
+    return list->count();
+}
+
 // A text file that is written line by line.
 class Output {
  public:
@@ -181,13 +192,10 @@ int32_t MOLTE_LoadKeyList(const char* pszPath, char** ppKeys) {
     constexpr int32_t kUsualLine = 20;
     if (pszPath == nullptr || ppKeys == nullptr) return refuse();
     *ppKeys = nullptr;
-    ListFile file;
-    if (const int32_t result = file.read(pszPath, kUsualLine); result < 1) return result;
     Items list;
-    if (!list.init(sizeof(Key), file.size / kUsualLine)) return kModule.trace(here());
-    each_entry(file.text(), [&](std::string_view entry) { return add_key(list, entry); });
-    if (list.count() == 0) return 0;
-    size_t count = molte::lists::length(list.count());
+    const int32_t read = load<Key>(pszPath, kUsualLine, kUsualLine, add_key, &list);
+    if (read < 1) return read;
+    size_t count = molte::lists::length(read);
     auto keys = molte::distinct_keys(list.items<Key>(), &count);
     if (keys == nullptr) return kModule.trace(here());
     *ppKeys = keys.release()->text;
@@ -204,15 +212,12 @@ int32_t MOLTE_SaveKeyList(const char* pszPath, const char* pKeys, int32_t n) {
 int32_t MOLTE_LoadSIDList(const char* pszPath, uint64_t** ppSids) {
     constexpr int32_t kShortLine = 4;
     if (pszPath == nullptr || ppSids == nullptr) return refuse();
-    ListFile file;
-    if (const int32_t result = file.read(pszPath, 1); result < 1) return result;
     Items list;
-    if (!list.init(sizeof(uint64_t), file.size / kShortLine)) return kModule.trace(here());
-    each_entry(file.text(), [&](std::string_view entry) { return add_sid(list, entry); });
-    if (list.count() == 0) return 0;
+    const int32_t read = load<uint64_t>(pszPath, 1, kShortLine, add_sid, &list);
+    if (read < 1) return read;
     auto* sids = list.items<uint64_t>();
-    MOLTE_SortSIDList(sids, list.count());
-    const int32_t count = MOLTE_RemoveDupSID(sids, list.count());
+    MOLTE_SortSIDList(sids, read);
+    const int32_t count = MOLTE_RemoveDupSID(sids, read);
     auto block = molte::allocate<uint64_t>(count);
     if (block == nullptr) return kModule.trace(here());
     std::memcpy(block.get(), sids, static_cast<size_t>(count) * sizeof(uint64_t));
