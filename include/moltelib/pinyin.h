@@ -141,9 +141,9 @@ MOLTE_API int32_t MOLTE_HZPY_Init(MOLTE_HZPY_TABLE* pTable);
 MOLTE_API int32_t MOLTE_HZPY_Release(MOLTE_HZPY_TABLE* pTable);
 
 /*
- * Loads PINYIN.TXT into a table whose characters MOLTE_HZPY_InitHZTable has made, and cuts off the
- * codes before the first one with a reading. 1; -1 with error 1 (errno and the path), 3 or 20, with
- * 1000 for no main path, and with that of MOLTE_HZPY_AddPy.
+ * Loads PINYIN.TXT into a table, whose characters it makes unless MOLTE_HZPY_InitHZTable has, and
+ * cuts off the codes before the first one with a reading. 1; -1 with error 1 (errno and the path),
+ * 3 or 20, with 1000 for no main path, and with that of MOLTE_HZPY_AddPy.
  */
 MOLTE_API int32_t MOLTE_HZPY_BuildPY(MOLTE_HZPY_TABLE* pTable);
 

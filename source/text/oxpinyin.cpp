@@ -53,44 +53,107 @@ size_t count_letters(std::string_view line) {
     return static_cast<size_t>(end - line.begin());
 }
 
+struct Reading {
+    uint16_t code;
+    uint8_t pair[2];
+};
+
+// The readings of a file's characters, in its order. They are collected first and entered then: the
+// entries lie all over a table larger than the nearer caches, so each is asked for well ahead.
+class Readings {
+ public:
+    int32_t collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts);
+    void enter(MOLTE_HZPY_HZTABLE table) const;
+    [[nodiscard]] int32_t first_code() const;
+
+ private:
+    struct Known {
+        char syllable[kLongestSyllable + 1];
+        uint8_t pair[2];
+    };
+
+    int32_t add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts);
+    const uint8_t* pair_of(std::string_view letters, MOLTE_HZPY_PYTABLE* parts);
+
+    molte::Heap<Reading> readings_;
+    size_t count_ = 0;
+    bool is_lead_[256];
+    Known known_[1024]{};  // by a hash of the syllable
+};
+
+int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
+    readings_ = molte::allocate<Reading>(static_cast<int64_t>(text.size() / 2) + 1);
+    if (readings_ == nullptr) return kModule.trace(here());
+    for (unsigned byte = 0; byte < std::size(is_lead_); ++byte) {
+        is_lead_[byte] = platform::is_lead_byte(static_cast<unsigned char>(byte));
+    }
+    while (!text.empty()) {
+        std::string_view line = molte::take_line(text, kLongestLine);
+        if (line.ends_with('\n')) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);
+        if (add_line(line, parts) < 0) return -1;
+    }
+    return 1;
+}
+
+// A file names most syllables several times; those that it named before are remembered. Null on
+// failure.
+const uint8_t* Readings::pair_of(std::string_view letters, MOLTE_HZPY_PYTABLE* parts) {
+    char syllable[kLongestSyllable + 1]{};
+    letters.copy(syllable, letters.size());
+    uint64_t hash;
+    std::memcpy(&hash, syllable, sizeof hash);
+    Known& known = known_[hash * 0x9E3779B97F4A7C15 >> 54];
+    if (std::memcmp(known.syllable, syllable, sizeof syllable) == 0) return known.pair;
+    std::memcpy(known.syllable, syllable, sizeof syllable);
+    return MOLTE_HZPY_AddPy(parts, syllable, known.pair) < 0 ? nullptr : known.pair;
+}
+
 // A lead byte that ends the line is no character.
-void add_characters(MOLTE_HZPY_HZTABLE* table, std::string_view characters, const uint8_t* pair) {
-    for (size_t i = 0; i + 1 < characters.size(); ++i) {
-        const auto lead = static_cast<unsigned char>(characters[i]);
-        if (!platform::is_lead_byte(lead)) continue;
-        const int32_t code = lead * 256 + static_cast<unsigned char>(characters[++i]);
-        MOLTE_HZPY_ONEHZ* character = entry_of(*table, code);
-        if (character != nullptr) add_reading(character, pair);
+int32_t Readings::add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts) {
+    const size_t letters = count_letters(line);
+    if (letters == 0 || letters > kLongestSyllable) return 0;
+    const uint8_t* pair = pair_of(line.substr(0, letters), parts);
+    if (pair == nullptr) return kModule.trace(here());
+    Reading* end = &readings_[count_];
+    for (size_t i = letters; i + 1 < line.size(); ++i) {
+        const auto lead = static_cast<unsigned char>(line[i]);
+        if (!is_lead_[lead]) continue;
+        const int code = lead * 256 + static_cast<unsigned char>(line[++i]);
+        *end++ = {static_cast<uint16_t>(code), {pair[0], pair[1]}};
+    }
+    count_ = static_cast<size_t>(end - readings_.get());
+    return 1;
+}
+
+// 0 when there are none.
+int32_t Readings::first_code() const {
+    uint16_t first = count_ > 0 ? 0xFFFF : 0;
+    for (size_t i = 0; i < count_; ++i) first = std::min(first, readings_[i].code);
+    return first;
+}
+
+void Readings::enter(MOLTE_HZPY_HZTABLE table) const {
+    constexpr size_t kAhead = 16;
+    for (size_t i = 0; i < count_; ++i) {
+        if (i + kAhead < count_) {
+            __builtin_prefetch(table.pEntries + (readings_[i + kAhead].code - table.nFirstCode), 1);
+        }
+        MOLTE_HZPY_ONEHZ* character = entry_of(table, readings_[i].code);
+        if (character != nullptr) add_reading(character, readings_[i].pair);
     }
 }
 
-int32_t add_line(MOLTE_HZPY_TABLE* table, std::string_view line) {
-    const size_t letters = count_letters(line);
-    if (letters == 0 || letters > kLongestSyllable) return 0;
-    char syllable[kLongestSyllable + 1]{};
-    line.copy(syllable, letters);
-    uint8_t pair[2];
-    if (MOLTE_HZPY_AddPy(&table->stPY, syllable, pair) < 0) return kModule.trace(here());
-    add_characters(&table->stHZ, line.substr(letters), pair);
-    return 1;
-}
-
 // Leaves the entries from the first one with a reading.
-int32_t cut_front(MOLTE_HZPY_HZTABLE* table) {
-    const auto* end = table->pEntries + table->nCount;
-    const auto* first = std::find_if<const MOLTE_HZPY_ONEHZ*>(
-        table->pEntries, end, [](const auto& entry) { return entry.nCount > 0; });
-    if (first == table->pEntries || first == end) return 1;
-    auto rest = molte::allocate<MOLTE_HZPY_ONEHZ>(end - first);
-    if (rest == nullptr) return kModule.trace(here());
-    std::copy(first, end, rest.get());
+void cut_front(MOLTE_HZPY_HZTABLE* table) {
+    auto* const end = table->pEntries + table->nCount;
+    auto* const first =
+        std::find_if(table->pEntries, end, [](const auto& entry) { return entry.nCount > 0; });
+    if (first == table->pEntries || first == end) return;
     const auto skipped = static_cast<int32_t>(first - table->pEntries);
-    ORVEX_free(table->pEntries);
-    table->pEntries = rest.release();
+    std::move(first, end, table->pEntries);
     table->nFirstCode += skipped;
     table->nCount -= skipped;
     table->nCapacity = table->nCount;
-    return 1;
 }
 
 }  // namespace
@@ -101,23 +164,23 @@ int32_t MOLTE_HZPY_BuildPY(MOLTE_HZPY_TABLE* pTable) {
     if (MOLTE_HZPY_HzTablePathFN(path) < 0) return kModule.trace(here());
     Content content;
     if (content.load(path) < 0) return -1;
-    for (std::string_view text = content.text(); !text.empty();) {
-        std::string_view line = molte::take_line(text, kLongestLine);
-        if (line.ends_with('\n')) line.remove_suffix(1);
-        if (add_line(pTable, line) < 0) return -1;
+    Readings readings;
+    if (readings.collect(content.text(), &pTable->stPY) < 0) return kModule.trace(here());
+    MOLTE_HZPY_HZTABLE* characters = &pTable->stHZ;
+    if (characters->pEntries == nullptr && make_entries(characters, readings.first_code()) < 0) {
+        return kModule.trace(here());
     }
-    return cut_front(&pTable->stHZ);
+    readings.enter(*characters);
+    cut_front(characters);
+    return 1;
 }
 
 int32_t MOLTE_HZPY_Init(MOLTE_HZPY_TABLE* pTable) {
     if (pTable != &g_stPinYin) return kModule.fail(here(), kForeignTable);
     if (pTable->bInited != 0) return 0;
     MOLTE_HZPY_Release(pTable);
-    if (MOLTE_HZPY_InitHZTable(&pTable->stHZ) < 0) {
-        MOLTE_HZPY_Release(pTable);
-        return -1;
-    }
-    if (OXLANG_LID_Get(OXLANG_KIND_DEFAULT) == OXLANG_CHINESE && MOLTE_HZPY_BuildPY(pTable) < 0) {
+    const bool chinese = OXLANG_LID_Get(OXLANG_KIND_DEFAULT) == OXLANG_CHINESE;
+    if ((chinese ? MOLTE_HZPY_BuildPY(pTable) : MOLTE_HZPY_InitHZTable(&pTable->stHZ)) < 0) {
         kModule.trace(here());
         MOLTE_HZPY_Release(pTable);
         return -1;

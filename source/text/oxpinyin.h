@@ -42,6 +42,10 @@ inline MOLTE_HZPY_ONEHZ* entry_of(const MOLTE_HZPY_HZTABLE& table, int32_t code)
     return index >= 0 && index < table.nCount ? table.pEntries + index : nullptr;
 }
 
+// Makes entries without readings for the codes from this one on; 1 or -1. Pages of theirs that
+// nobody writes cost nothing.
+int32_t make_entries(MOLTE_HZPY_HZTABLE* table, int32_t first_code);
+
 inline int32_t readings_in(const MOLTE_HZPY_ONEHZ& character) {
     return std::min<int32_t>(character.nCount, MOLTE_HZPY_MAX_READINGS);
 }

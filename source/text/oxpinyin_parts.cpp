@@ -1,4 +1,7 @@
 // The lists of shengmu and yunmu, and the readings of characters as they are collected.
+#include <cstdlib>
+
+#include "core/allocator.h"
 #include "core/owners.h"
 #include "text/oxpinyin.h"
 
@@ -19,8 +22,43 @@ void upper_case(char* text) {
 
 // Where the yunmu of a syllable in upper case begins.
 size_t shengmu_size(const char* syllable) {
-    if (syllable[0] == '\0' || std::strchr("AEO", syllable[0]) != nullptr) return 0;
+    const char first = syllable[0];
+    if (first == '\0' || first == 'A' || first == 'E' || first == 'O') return 0;
     return syllable[1] == 'H' ? 2 : 1;
+}
+
+// The first letters of a text, to be found in a list in one step for each part. They are compared
+// with the terminator if it is among them.
+class PartKey {
+ public:
+    PartKey(const char* text, size_t most) {
+        for (size_t i = 0; i < most; ++i) {
+            part_.szText[i] = text[i];
+            compared_.szText[i] = '\xFF';
+            if (text[i] == '\0') return;
+        }
+    }
+    [[nodiscard]] const MOLTE_HZPY_PHENTRY& part() const { return part_; }
+    // The index, or -1 with a report.
+    [[nodiscard]] int32_t find_in(const MOLTE_HZPY_PHTABLE& list, const char* text) const;
+
+ private:
+    MOLTE_HZPY_PHENTRY part_{};
+    MOLTE_HZPY_PHENTRY compared_{};
+};
+
+int32_t PartKey::find_in(const MOLTE_HZPY_PHTABLE& list, const char* text) const {
+    uint64_t wanted;
+    uint64_t compared;
+    std::memcpy(&wanted, &part_, sizeof wanted);
+    std::memcpy(&compared, &compared_, sizeof compared);
+    for (int32_t i = 0; i < list.nCount; ++i) {
+        uint64_t entry;
+        std::memcpy(&entry, list.pEntries + i, sizeof entry);
+        if (((entry ^ wanted) & compared) == 0) return i;
+    }
+    return kModule.fail(here(), kNoSuchPart, molte::SystemError::none, "py=%s max=%d", text,
+                        list.nCount);
 }
 
 bool make_room(MOLTE_HZPY_PHTABLE* list) {
@@ -58,12 +96,17 @@ int32_t MOLTE_HZPY_FreePHTable(MOLTE_HZPY_PHTABLE* pPH) {
 int32_t MOLTE_HZPY_InitHZTable(MOLTE_HZPY_HZTABLE* pHZ) {
     if (pHZ == nullptr) return kModule.fail(here(), kBadArgument);
     *pHZ = {};
-    void* entries = nullptr;
-    int32_t capacity = 0;
-    if (ORVEX_release_realloc(&entries, sizeof *pHZ->pEntries, &capacity, kCodes) < 0) {
+    return make_entries(pHZ, 0);
+}
+
+int32_t molte::pinyin::make_entries(MOLTE_HZPY_HZTABLE* table, int32_t first_code) {
+    const int32_t count = kCodes - first_code;
+    void* const entries = std::calloc(static_cast<size_t>(count), sizeof(MOLTE_HZPY_ONEHZ));
+    if (entries == nullptr) {
+        refuse_growth(0, count * int64_t{sizeof(MOLTE_HZPY_ONEHZ)});
         return kModule.trace(here());
     }
-    *pHZ = {static_cast<MOLTE_HZPY_ONEHZ*>(entries), kCodes, kCodes, 0};
+    *table = {static_cast<MOLTE_HZPY_ONEHZ*>(entries), count, count, first_code};
     return 1;
 }
 
@@ -76,26 +119,19 @@ int32_t MOLTE_HZPY_FreeHZTable(MOLTE_HZPY_HZTABLE* pHZ) {
 
 int32_t MOLTE_HZPY_UTIL_GetPyIndex(const MOLTE_HZPY_PHTABLE* pPH, const char* pszText) {
     if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
-    // A part is compared with the terminator, where it has one.
-    const size_t size = std::min(std::strlen(pszText) + 1, sizeof(MOLTE_HZPY_PHENTRY::szText));
-    for (int32_t i = 0; i < pPH->nCount; ++i) {
-        const char* part = pPH->pEntries[i].szText;
-        if (part[0] == pszText[0] && std::memcmp(part, pszText, size) == 0) return i;
-    }
-    return kModule.fail(here(), kNoSuchPart, molte::SystemError::none, "py=%s max=%d", pszText,
-                        pPH->nCount);
+    return PartKey(pszText, sizeof(MOLTE_HZPY_PHENTRY::szText)).find_in(*pPH, pszText);
 }
 
 int32_t MOLTE_HZPY_UTIL_AddPy(MOLTE_HZPY_PHTABLE* pPH, const char* pszText) {
     if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
-    MOLTE_HZPY_PHENTRY added{};
-    std::memcpy(added.szText, pszText, strnlen(pszText, sizeof added.szText - 1));
+    const PartKey key(pszText, sizeof(MOLTE_HZPY_PHENTRY::szText) - 1);
+    const MOLTE_HZPY_PHENTRY& part = key.part();
     // The report of a part that is new stays: meant.
-    const int32_t known = MOLTE_HZPY_UTIL_GetPyIndex(pPH, added.szText);
+    const int32_t known = key.find_in(*pPH, part.szText);
     if (known >= 0) return known;
     if (pPH->nCount >= kMostParts) return kModule.fail(here(), kBadArgument);
     if (!make_room(pPH)) return kModule.trace(here());
-    pPH->pEntries[pPH->nCount] = added;
+    pPH->pEntries[pPH->nCount] = part;
     return pPH->nCount++;
 }
 

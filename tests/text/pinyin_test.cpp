@@ -6,7 +6,7 @@ namespace {
 constexpr char kLines[] =
     "zhang\xB0\xA1 x\xB0\xA2\r\n"
     "chang\xB0\xA2\xB0\xA2\n"
-    "San:\xB0\xA3\xB0\n"
+    "San:\xB0\xA3\xB0\nsan\xB0\r\n"
     "-ba\xB0\xA7\nabcdefghijklmnop\xB0\xA7\n"
     "abcdefghijklmno\xB0\xA8\n"
     "er\xB0\xA5\na\xB0\xA6\nghost\xB0\xA9\n"
@@ -59,7 +59,8 @@ TEST(Pinyin, table_is_built_once_from_its_file) {
         {0xB0A6, "A"},
         {0xB0A7, ""},       // no letters, and 16 of them
         {0xB0A8, "ABCDE"},  // a part has five letters
-        {0xB00A, ""},       // a lead byte that ends a line
+        {0xB00A, ""},       // lead bytes that end a line
+        {0xB00D, ""},
         {0xB0A9, "GHOST"},
         {0xFEFE, "LV"},
         {0xB0A0, ""},
