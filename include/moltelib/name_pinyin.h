@@ -21,7 +21,7 @@
 #include "moltelib/base.h"
 
 #define MOLTE_NAMEPART_CHINESE 0
-#define MOLTE_NAMEPART_LETTERS 1 /* a run of ASCII letters */
+#define MOLTE_NAMEPART_LETTERS 1 /* a run of letters of the code page */
 #define MOLTE_NAMEPART_OTHER 2   /* a run of other single bytes: digits, blanks */
 
 typedef struct MOLTE_NAMEPART {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/text.h"
+
 namespace {
 
 constexpr unsigned kFirstLead = 0x81;
@@ -133,6 +135,10 @@ constexpr Locale kLocales[] = {
 
 std::atomic<const Locale*> current{&kLocales[0]};
 
+bool is_latin() {
+    return current.load()->page == page_of<fill_1252>;
+}
+
 int bad_character() {
     errno = EILSEQ;
     return -1;
@@ -164,6 +170,21 @@ bool has_code_page() {
 
 bool is_lead_byte(unsigned char byte) {
     return byte >= kFirstLead && byte <= kLastLead && current.load()->double_byte;
+}
+
+bool is_letter(unsigned char byte) {
+    if (byte < 0x80) return to_upper(byte) >= 'A' && to_upper(byte) <= 'Z';
+    if (!is_latin()) return false;
+    if (byte >= 0xC0) return byte != 0xD7 && byte != 0xF7;
+    return strchr("\x83\x88\x8A\x8C\x8E\x9A\x9C\x9E\x9F\xAA\xB5\xBA", byte) != nullptr;
+}
+
+unsigned char capital_of(unsigned char byte) {
+    if (byte < 0x80 || !is_latin()) return to_upper(byte);
+    if (byte == 0xFF) return 0x9F;
+    if (byte >= 0xE0 && byte != 0xF7) return static_cast<unsigned char>(byte - 0x20);
+    const bool caron_or_ligature = byte == 0x9A || byte == 0x9C || byte == 0x9E;
+    return static_cast<unsigned char>(caron_or_ligature ? byte - 0x10 : byte);
 }
 
 int longest_char() {

@@ -2,6 +2,7 @@
 // by another code page than the locale's, so these are made of the system's calls.
 #include "platform/code_page.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 
@@ -35,6 +36,14 @@ bool has_code_page() {
 
 bool is_lead_byte(unsigned char byte) {
     return isleadbyte(byte) != 0;
+}
+
+bool is_letter(unsigned char byte) {
+    return isalpha(byte) != 0;
+}
+
+unsigned char capital_of(unsigned char byte) {
+    return static_cast<unsigned char>(toupper(byte));
 }
 
 int longest_char() {

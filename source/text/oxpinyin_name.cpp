@@ -9,7 +9,9 @@ using molte::here;
 namespace {
 
 int32_t kind_of(char c) {
-    return is_letter(c) ? MOLTE_NAMEPART_LETTERS : MOLTE_NAMEPART_OTHER;
+    const auto byte = static_cast<unsigned char>(c);
+    const bool letter = byte < 0x80 ? is_letter(c) : platform::is_letter(byte);
+    return letter ? MOLTE_NAMEPART_LETTERS : MOLTE_NAMEPART_OTHER;
 }
 
 // The bytes of the run of one kind at text.
@@ -61,8 +63,7 @@ class Output {
     }
     void add_upper(const char* text, int32_t size) {
         for (int32_t i = 0; i < size; ++i) {
-            const bool lower = text[i] >= 'a' && text[i] <= 'z';
-            add(lower ? static_cast<char>(text[i] - 'a' + 'A') : text[i]);
+            add(static_cast<char>(platform::capital_of(static_cast<unsigned char>(text[i]))));
         }
     }
 

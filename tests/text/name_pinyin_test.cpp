@@ -73,8 +73,12 @@ TEST(NamePinyin, empty_names_and_no_room) {
 
 TEST(NamePinyin, a_table_that_is_not_built) {
     char text[16] = "?";
-    OXLANG_SetLocale(OXLANG_ENGLISH);  // where each byte is a character
-    EXPECT_EQ(error_of(MOLTE_Name2Pinyin("\xB0\xA1", text, sizeof text)), "no failure: 1");
+    // Where each byte is a character, and some are letters.
+    OXLANG_SetLocale(OXLANG_ENGLISH);
+    EXPECT_EQ(MOLTE_Name2Pinyin("\xB0\xA1\xF1o \xD7", text, sizeof text), 1);
+    EXPECT_EQ(text, " \xF1o "s);
+    EXPECT_EQ(MOLTE_Name2Wild("\xF1o\xFF\xDF\xF7\x9A", text, sizeof text), 1);
+    EXPECT_EQ(text, "* \xD1O\x9F\xDF * \x8A *"s);
     OXLANG_SetLocale(OXLANG_CHINESE);
     EXPECT_EQ(error_of(MOLTE_Name2Pinyin("\xB0\xA1", text, sizeof text)), "933 oxpinyin");
     EXPECT_EQ(MOLTE_Name2Wild("\xB0\xA1", text, sizeof text), 1);

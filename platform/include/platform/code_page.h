@@ -34,6 +34,10 @@ bool has_code_page();
 
 bool is_lead_byte(unsigned char byte);
 
+// Whether a byte alone is a letter, and its capital: itself if it has none. (isalpha, toupper)
+bool is_letter(unsigned char byte);
+unsigned char capital_of(unsigned char byte);
+
 // Bytes of the longest character: 1 or 2. (MB_CUR_MAX)
 int longest_char();
 
