@@ -14,6 +14,7 @@ namespace {
 using Range = OX_IDRANGE;
 using Ranges = std::vector<Range>;
 constexpr uint32_t kMost = 0xFFFFFFFF;
+constexpr uint32_t kMid = 0x80000000;
 
 struct Array : OX_IDRANGEARRAY {
     Array(const Ranges& ranges = {}) {  // NOLINT: as an argument
@@ -45,13 +46,7 @@ TEST(IdRange, ArithmeticOfTwo) {
         {{1, 9}, {5, 5}, 1, {0, 0}, 0, {1, 9}, {0, 0}},
         {{0, kMost}, {kMost - 1, kMost}, 1, {kMost - 1, kMost}, 0, {0, kMost - 1}, {kMost, kMost}},
         {{0, 1}, {kMost - 1, kMost}, 0, {0, 0}, kMost - 2, {0, 1}, {0, 0}},
-        {{0x7FFFFFFF, 0x80000001},
-         {0x80000000, kMost},
-         0,
-         {0x80000000, 0x80000001},
-         0,
-         {0x7FFFFFFF, 0x80000000},
-         {kMost, 0x80000001}},
+        {{1, kMid + 1}, {kMid, kMost}, 0, {kMid, kMid + 1}, 0, {1, kMid}, {kMost, kMid + 1}},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(testing::Message() << row.a << row.b);
@@ -100,11 +95,11 @@ TEST(IdRange, SortsAndMerges) {
              {{{1, 9}, {2, 3}, {9, kMost}}, {{1, kMost}}},
              {{{8, 9}, {7, 5}}, {{7, 5}, {8, 9}}},  // an empty one stays
              {{{5, 5}, {1, 5}}, {{1, 5}}},          // and joins like any other
+             {{{1, 3}, {9, 7}, {15, 30}, {8, 12}}, {{1, 3}, {8, 12}, {15, 30}}},
              {{{kMost, kMost}, {0, 0}, {0, 1}}, {{0, 1}, {kMost, kMost}}}}) {
-        Ranges work = ranges;
-        work.resize(
-            static_cast<size_t>(OX_IDRANGE_Merge(work.data(), static_cast<int32_t>(work.size()))));
-        EXPECT_EQ(work, merged);
+        Array array(ranges);
+        array.nCount = OX_IDRANGE_Merge(array.pRange, array.nCount);
+        EXPECT_EQ(array.ranges(), merged);
     }
     std::mt19937 random(1);
     for (const size_t count : {511U, 512U, 20000U}) {
@@ -258,6 +253,9 @@ TEST(IdRangeArray, RemovalKeepsTheOrderUnlessItSplits) {
     EXPECT_EQ(
         OX_IDRANGEARRAY_SimpRemove(&array, &range) + OX_IDRANGEARRAY_SimpRemove(&array, &range), 1);
     EXPECT_EQ(OX_IDRANGEARRAY_RemoveRange(&array, nullptr, 0), 1);
+    Array own({{1, 3}, {5, 9}, {2, 25}});
+    EXPECT_EQ(OX_IDRANGEARRAY_RemoveRange(&own, &own.pRange[1], 1), 1);
+    EXPECT_EQ(own.ranges(), (Ranges{{1, 5}, {9, 25}}));
 }
 
 TEST(IdRangeArray, AnswersAboutRangesAndSegments) {

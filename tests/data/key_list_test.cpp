@@ -180,6 +180,7 @@ TEST(KeyList, CombinesAsSetsInTheOrderOfTheFirst) {
     EXPECT_EQ(MOLTE_KeyListIntersect(nullptr, 0, b.data(), 3, &out), 0);
     EXPECT_EQ(texts(b), (Texts{"a", "b", "c"}));
     EXPECT_EQ(MOLTE_KeyListUnion(nullptr, 0, nullptr, -1, &out), 0);
+    EXPECT_EQ(combine(MOLTE_KeyListUnion, Texts{}, Texts{"", ""}), Texts{});  // deleted slots alone
 }
 
 TEST(KeyFile, ReadsEveryKindOfLine) {

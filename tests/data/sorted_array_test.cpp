@@ -178,6 +178,8 @@ TEST(SortedArray, RefusesWhatCannotBeSearched) {
         EXPECT_EQ(error_of(search(&item, &item, 1, 4, nullptr)), "50 oxsysutl");
     }
     EXPECT_EQ(MOLTE_UTIL_DupData(nullptr), nullptr);
+    EXPECT_EQ(MOLTE_FindInsPos(nullptr, nullptr, 0, 0, nullptr), 0);
+    EXPECT_EQ(MOLTE_RemoveDupItem(nullptr, 0, 1, nullptr), 1);
 }
 
 TEST(SortedArray, DupDataShrinksTheArray) {
