@@ -17,6 +17,18 @@ bool is_below(const Key& a, const Key& b) {
     return compare_keys(a, b) < 0;
 }
 
+// The keys in order, each once, in a block with room for all. Null without memory.
+Heap<Key> gather_distinct(const Key* keys, size_t count, size_t* kept) {
+    Heap<Key> list(scratch<Key>(count).release());
+    KeyOrder order;
+    if (list == nullptr || !order.make(keys, count)) return nullptr;
+    *kept = 0;
+    visit_in_order(keys, order.entries(), count, [&](size_t, const Key& key) {
+        if (*kept == 0 || !same_key(list[*kept - 1], key)) list[(*kept)++] = key;
+    });
+    return list;
+}
+
 }  // namespace
 
 bool is_sorted(const Key* keys, size_t count) {
@@ -102,22 +114,6 @@ void sort_keys(Key* keys, size_t count) {
                    [&](size_t i, const Key& key) { sorted[i] = key; });
     std::memcpy(keys, sorted.get(), count * sizeof(Key));
 }
-
-namespace {
-
-// The keys in order, each once, in a block with room for all. Null without memory.
-Heap<Key> gather_distinct(const Key* keys, size_t count, size_t* kept) {
-    Heap<Key> list(scratch<Key>(count).release());
-    KeyOrder order;
-    if (list == nullptr || !order.make(keys, count)) return nullptr;
-    *kept = 0;
-    visit_in_order(keys, order.entries(), count, [&](size_t, const Key& key) {
-        if (*kept == 0 || !same_key(list[*kept - 1], key)) list[(*kept)++] = key;
-    });
-    return list;
-}
-
-}  // namespace
 
 Heap<Key> distinct_keys(Key* keys, size_t* count) {
     const size_t all = *count;
