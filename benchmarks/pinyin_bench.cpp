@@ -1,6 +1,8 @@
-// Pinyin beside a bare walk of the same table that writes the same bytes, and the table's building
-// beside reading its file.
+// Pinyin beside a bare walk of the same table that writes the same bytes, and beside the packages
+// that a user of npm would pick, which scripts/bench installs; the table's building beside reading
+// its file.
 #include <fcntl.h>
+#include <iconv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -127,6 +130,10 @@ void str2py(const char* name, char* out) {
     ORVEX_free(choices);
 }
 
+void all_readings(const char* name, char* out) {
+    MOLTE_Name2Pinyin(name, out, kRoom);
+}
+
 // Names of two to four common characters, of all of them or of those with one reading, as GB 2312
 // has them in its first level.
 std::vector<std::string> make_names(bool one_reading, bool with_letters) {
@@ -143,6 +150,34 @@ std::vector<std::string> make_names(bool one_reading, bool with_letters) {
                 name += bytes;
         }
         if (with_letters && random() % 8 == 0) name += "Ming";
+    }
+    return names;
+}
+
+// The characters of the readings' test data up to a line of theirs, or from there on.
+std::vector<std::string> common_characters(bool family_names) {
+    std::ifstream file(COMMON_CHARACTERS, std::ios::binary);
+    std::vector<std::string> characters;
+    bool everyday = false;
+    for (std::string line; std::getline(file, line);) {
+        everyday = everyday || line == "# Everyday text.";
+        if (line[0] == '#' || everyday == family_names) continue;
+        for (size_t i = line.find(' ') + 1; i + 1 < line.size(); i += 2) {
+            characters.push_back(line.substr(i, 2));
+        }
+    }
+    return characters;
+}
+
+// Names as they are met: a family name and one or two characters of everyday text.
+std::vector<std::string> make_common_names() {
+    const std::vector<std::string> family = common_characters(true);
+    const std::vector<std::string> given = common_characters(false);
+    std::mt19937 random(1);
+    std::vector<std::string> names(100000);
+    for (std::string& name : names) {
+        name = family[random() % family.size()] + given[random() % given.size()];
+        if (random() % 4 != 0) name += given[random() % given.size()];
     }
     return names;
 }
@@ -165,6 +200,53 @@ void pair_over(const char* title, const std::vector<std::string>& names, Ours ou
     };
     molte_bench::pair(
         title, [&] { all(ours); }, [&] { all(peer); });
+}
+
+// From the code page's bytes to UTF-8.
+std::string utf8_of(std::string text) {
+    std::string utf8(2 * text.size(), '\0');
+    char* from = text.data();
+    char* to = utf8.data();
+    size_t left = text.size();
+    size_t room = utf8.size();
+    const iconv_t converter = iconv_open("UTF-8", "GBK");
+    if (iconv(converter, &from, &left, &to, &room) != 0) std::abort();
+    iconv_close(converter);
+    utf8.resize(utf8.size() - room);
+    return utf8;
+}
+
+// Both ways over all names, and then what pinyin_peers.mjs tells of the same ones.
+void beside_npm(const std::vector<std::string>& names) {
+    if (!fs::exists(PEER_FOLDER "/node_modules")) {
+        std::printf("no npm packages in %s: run scripts/bench\n", PEER_FOLDER);
+        return;
+    }
+    std::string lines;
+    for (const std::string& name : names) lines += name + "\n";
+    const fs::path file = fs::path(PEER_FOLDER) / "names.txt";
+    std::ofstream(file, std::ios::binary) << utf8_of(lines);
+    const auto over_all = [&](auto operation) {
+        return [&names, operation] {
+            char text[kRoom];
+            for (const std::string& name : names) {
+                operation(name.c_str(), text);
+                molte_bench::keep(text);
+            }
+        };
+    };
+    const double all = molte_bench::alone("MOLTE_Name2Pinyin", over_all(all_readings));
+    const double one = molte_bench::alone("MOLTE_HZPY_Str2Py", over_all(str2py));
+    const std::string command =
+        "node " BENCH_FOLDER "/pinyin_peers.mjs " PEER_FOLDER " " + file.string();
+    FILE* peers = popen(command.c_str(), "r");
+    char title[64];
+    double time;
+    while (std::fscanf(peers, "%63[^\t]\t%lf\n", title, &time) == 2) {
+        std::printf("%-32speer %10.1f ns  ratio of Name2Pinyin 1/%.0f, of Str2Py 1/%.0f\n", title,
+                    time, time / all, time / one);
+    }
+    if (pclose(peers) != 0) std::printf("node failed\n");
 }
 
 // As text, line by line.
@@ -193,16 +275,17 @@ int main() {
     OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE);
     if (MOLTE_HZPY_Init(&g_stPinYin) < 0) return 1;
 
-    const auto to_all = [](const char* name, char* out) { MOLTE_Name2Pinyin(name, out, kRoom); };
-    pair_over("all readings, bare walk", make_names(false, true), to_all, walk_all_readings);
+    pair_over("all readings, bare walk", make_names(false, true), all_readings, walk_all_readings);
     pair_over("one reading each, bare walk", make_names(true, false), str2py, walk_one_reading);
     pair_over("with choices, bare walk", make_names(false, false), str2py, walk_choices);
+    pair_over("names as met, bare walk", make_common_names(), all_readings, walk_all_readings);
 
     const auto build = [] {
         MOLTE_HZPY_Release(&g_stPinYin);
         g_stPinYin.bInited = 0;
         MOLTE_HZPY_Init(&g_stPinYin);
     };
+    beside_npm(make_common_names());
     molte_bench::pair("building, reading the lines", build, read_lines);
     molte_bench::pair("building, reading in one call", build, read_whole);
     MOLTE_HZPY_Release(&g_stPinYin);

@@ -15,6 +15,7 @@ using molte::here;
 namespace {
 
 constexpr size_t kLongestSyllable = 15;
+using Letters = char[kLongestSyllable + 1];
 constexpr size_t kLongestLine = 65535;  // with its end
 constexpr int64_t kSizeLimit = 0x40000000;
 
@@ -48,9 +49,13 @@ int32_t Content::load(const char* path) {
     return 1;
 }
 
-size_t count_letters(std::string_view line) {
-    const auto* end = std::find_if_not(line.begin(), line.end(), is_letter);
-    return static_cast<size_t>(end - line.begin());
+// The number of letters at the start of a line. They are copied if they are a syllable.
+size_t take_letters(std::string_view line, Letters& syllable) {
+    size_t letters = 0;
+    for (; letters < line.size() && is_letter(line[letters]); ++letters) {
+        if (letters < kLongestSyllable) syllable[letters] = line[letters];
+    }
+    return letters;
 }
 
 struct Reading {
@@ -68,17 +73,17 @@ class Readings {
 
  private:
     struct Known {
-        char syllable[kLongestSyllable + 1];
+        Letters syllable;
         uint8_t pair[2];
     };
 
     int32_t add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts);
-    const uint8_t* pair_of(std::string_view letters, MOLTE_HZPY_PYTABLE* parts);
+    const uint8_t* pair_of(Letters& syllable, MOLTE_HZPY_PYTABLE* parts);
 
     molte::Heap<Reading> readings_;
     size_t count_ = 0;
     bool is_lead_[256];
-    Known known_[1024]{};  // by a hash of the syllable
+    Known known_[2048]{};  // by 11 bits of a hash of the syllable
 };
 
 int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
@@ -97,12 +102,10 @@ int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
 
 // A file names most syllables several times; those that it named before are remembered. Null on
 // failure.
-const uint8_t* Readings::pair_of(std::string_view letters, MOLTE_HZPY_PYTABLE* parts) {
-    char syllable[kLongestSyllable + 1]{};
-    letters.copy(syllable, letters.size());
+const uint8_t* Readings::pair_of(Letters& syllable, MOLTE_HZPY_PYTABLE* parts) {
     uint64_t hash;
     std::memcpy(&hash, syllable, sizeof hash);
-    Known& known = known_[hash * 0x9E3779B97F4A7C15 >> 54];
+    Known& known = known_[hash * 0x9E3779B97F4A7C15 >> 53];
     if (std::memcmp(known.syllable, syllable, sizeof syllable) == 0) return known.pair;
     std::memcpy(known.syllable, syllable, sizeof syllable);
     return MOLTE_HZPY_AddPy(parts, syllable, known.pair) < 0 ? nullptr : known.pair;
@@ -110,16 +113,20 @@ const uint8_t* Readings::pair_of(std::string_view letters, MOLTE_HZPY_PYTABLE* p
 
 // A lead byte that ends the line is no character.
 int32_t Readings::add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts) {
-    const size_t letters = count_letters(line);
+    Letters syllable{};
+    const size_t letters = take_letters(line, syllable);
     if (letters == 0 || letters > kLongestSyllable) return 0;
-    const uint8_t* pair = pair_of(line.substr(0, letters), parts);
+    const uint8_t* pair = pair_of(syllable, parts);
     if (pair == nullptr) return kModule.trace(here());
+    Reading reading{0, {pair[0], pair[1]}};
     Reading* end = &readings_[count_];
-    for (size_t i = letters; i + 1 < line.size(); ++i) {
-        const auto lead = static_cast<unsigned char>(line[i]);
-        if (!is_lead_[lead]) continue;
-        const int code = lead * 256 + static_cast<unsigned char>(line[++i]);
-        *end++ = {static_cast<uint16_t>(code), {pair[0], pair[1]}};
+    const char* const last = line.data() + line.size() - 1;
+    for (const char* at = line.data() + letters; at < last; ++at) {
+        if (!is_lead_[static_cast<unsigned char>(*at)]) continue;
+        reading.code = static_cast<uint16_t>(static_cast<unsigned char>(at[0]) * 256 +
+                                             static_cast<unsigned char>(at[1]));
+        *end++ = reading;
+        ++at;
     }
     count_ = static_cast<size_t>(end - readings_.get());
     return 1;
@@ -133,13 +140,14 @@ int32_t Readings::first_code() const {
 }
 
 void Readings::enter(MOLTE_HZPY_HZTABLE table) const {
-    constexpr size_t kAhead = 16;
-    for (size_t i = 0; i < count_; ++i) {
-        if (i + kAhead < count_) {
-            __builtin_prefetch(table.pEntries + (readings_[i + kAhead].code - table.nFirstCode), 1);
+    constexpr ptrdiff_t kAhead = 16;
+    const Reading* const end = readings_.get() + count_;
+    for (const Reading* at = readings_.get(); at < end; ++at) {
+        if (end - at > kAhead) {
+            __builtin_prefetch(table.pEntries + (at[kAhead].code - table.nFirstCode), 1);
         }
-        MOLTE_HZPY_ONEHZ* character = entry_of(table, readings_[i].code);
-        if (character != nullptr) add_reading(character, readings_[i].pair);
+        MOLTE_HZPY_ONEHZ* character = entry_of(table, at->code);
+        if (character != nullptr) add_reading(character, at->pair);
     }
 }
 

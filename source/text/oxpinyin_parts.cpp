@@ -141,8 +141,7 @@ int32_t MOLTE_HZPY_AddPy(MOLTE_HZPY_PYTABLE* pPY, char* pszSyllable, uint8_t* pP
     }
     upper_case(pszSyllable);
     const size_t size = shengmu_size(pszSyllable);
-    char shengmu[3]{};
-    std::memcpy(shengmu, pszSyllable, size);
+    const char shengmu[3] = {size > 0 ? pszSyllable[0] : '\0', size > 1 ? 'H' : '\0'};
     const int32_t first = MOLTE_HZPY_UTIL_AddPy(&pPY->stShengmu, shengmu);
     if (first < 0) return kModule.trace(here());
     const int32_t second = MOLTE_HZPY_UTIL_AddPy(&pPY->stYunmu, pszSyllable + size);
