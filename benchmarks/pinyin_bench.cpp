@@ -217,11 +217,12 @@ std::string utf8_of(std::string text) {
 }
 
 // Both ways over all names, and then what pinyin_peers.mjs tells of the same ones.
-void beside_npm(const std::vector<std::string>& names) {
+void beside_npm(const char* which, const std::vector<std::string>& names) {
     if (!fs::exists(PEER_FOLDER "/node_modules")) {
         std::printf("no npm packages in %s: run scripts/bench\n", PEER_FOLDER);
         return;
     }
+    std::printf("beside npm, %s\n", which);
     std::string lines;
     for (const std::string& name : names) lines += name + "\n";
     const fs::path file = fs::path(PEER_FOLDER) / "names.txt";
@@ -285,7 +286,8 @@ int main() {
         g_stPinYin.bInited = 0;
         MOLTE_HZPY_Init(&g_stPinYin);
     };
-    beside_npm(make_common_names());
+    beside_npm("names as met", make_common_names());
+    beside_npm("names of one reading each", make_names(true, false));
     molte_bench::pair("building, reading the lines", build, read_lines);
     molte_bench::pair("building, reading in one call", build, read_whole);
     MOLTE_HZPY_Release(&g_stPinYin);

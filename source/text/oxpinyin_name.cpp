@@ -24,8 +24,9 @@ int32_t run_size(const char* text) {
     }
 }
 
-// Takes the first part off a name that isn't empty. The text of a run is that of the name.
-MOLTE_NAMEPART take_part(char** name) {
+// Takes the first part off a name that isn't empty. The text of a run is that of the name. This and
+// the writing of a part stand in the loop itself: calling them takes a fifth of a name's time.
+[[gnu::always_inline]] inline MOLTE_NAMEPART take_part(char** name) {
     char* const text = *name;
     const Glyph glyph = glyph_at(text);
     const int32_t size = glyph.is_double ? glyph.size : run_size(text);
@@ -72,7 +73,7 @@ class Output {
     char* end_;
 };
 
-int32_t write_readings(int32_t code, Output* out) {
+[[gnu::always_inline]] inline int32_t write_readings(int32_t code, Output* out) {
     const MOLTE_HZPY_ONEHZ* character = readings_of(code);
     if (character == nullptr) return kModule.trace(here());
     const int32_t count = readings_in(*character);
@@ -81,7 +82,7 @@ int32_t write_readings(int32_t code, Output* out) {
     return 1;
 }
 
-int32_t write_part(const MOLTE_NAMEPART& part, Output* out) {
+[[gnu::always_inline]] inline int32_t write_part(const MOLTE_NAMEPART& part, Output* out) {
     if (part.nType == MOLTE_NAMEPART_CHINESE) return write_readings(part.nValue, out);
     if (part.nType != MOLTE_NAMEPART_LETTERS || part.pszText == nullptr) return 1;
     out->add(' ');

@@ -17,6 +17,16 @@ int32_t fail_room(int32_t line) {
     return kModule.fail(line, kNoRoom, SystemError::none, "buffer length not enough");
 }
 
+// Makes a piece of a text of so many bytes.
+int32_t copy_text(MOLTE_HZPY_PYSEG* piece, const char* text, size_t size) {
+    auto copy = molte::allocate<char>(static_cast<int64_t>(size) + 1);
+    if (copy == nullptr) return kModule.trace(here());
+    std::memcpy(copy.get(), text, size);
+    copy[size] = '\0';
+    *piece = {copy.release(), static_cast<int32_t>(size + 1)};
+    return 1;
+}
+
 // The conversion of one text. What is plain so far collects in the work text; pieces are made only
 // when a character has several readings.
 class Conversion {
@@ -42,7 +52,7 @@ class Conversion {
     void add_reading_text(const uint8_t* pair);
     int32_t add_double(const char* bytes, const Glyph& glyph);
     int32_t add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings);
-    int32_t store_piece(const char* text);
+    int32_t store_piece(const char* text, size_t size);
     int32_t store_work();
 
     char work_[kWorkSize];
@@ -70,21 +80,21 @@ void Conversion::add_reading_text(const uint8_t* pair) {
     for (size_t i = 0; i < reading.size(); ++i) add(reading.text()[i]);
 }
 
-int32_t Conversion::store_piece(const char* text) {
+int32_t Conversion::store_piece(const char* text, size_t size) {
     if (pieces_.nItemSize == 0 && PA_Init(&pieces_, sizeof(MOLTE_HZPY_PYSEG), first_pieces_) < 0) {
         return kModule.trace(here());
     }
     MOLTE_HZPY_PYSEG piece;
-    if (MOLTE_HZPY_PYSEG_SetStr(&piece, text) < 0) return kModule.trace(here());
+    if (copy_text(&piece, text, size) < 0) return -1;
     if (PA_Append(&pieces_, &piece) >= 0) return 1;
     MOLTE_HZPY_PYSEG_Free(&piece, 1);
     return kModule.trace(here());
 }
 
 int32_t Conversion::store_work() {
-    work_[size_] = '\0';
+    const size_t size = size_;
     size_ = 0;
-    return store_piece(work_);
+    return store_piece(work_, size);
 }
 
 int32_t Conversion::store_rest() {
@@ -96,9 +106,7 @@ int32_t Conversion::add_choice(const char* bytes, int32_t size, const MOLTE_HZPY
         if (pieces_.nCount > 0) add(' ');
         if (store_work() < 0) return -1;
     }
-    char character[3]{};
-    std::memcpy(character, bytes, static_cast<size_t>(size));
-    if (store_piece(character) < 0) return -1;
+    if (store_piece(bytes, static_cast<size_t>(size)) < 0) return -1;
     if (poly_.nItemSize == 0 && PA_Init(&poly_, sizeof(MOLTE_HZPY_ONEHZSTR), kFirstPoly) < 0) {
         return kModule.trace(here());
     }
@@ -159,12 +167,7 @@ void Conversion::hand_over(MOLTE_HZPY_PYSEG** pieces, int32_t* piece_count,
 int32_t MOLTE_HZPY_PYSEG_SetStr(MOLTE_HZPY_PYSEG* pSeg, const char* pszText) {
     if (pSeg == nullptr) return kModule.fail(here(), kBadArgument);
     const char* text = pszText != nullptr ? pszText : "";
-    const size_t size = std::strlen(text) + 1;
-    auto copy = molte::allocate<char>(static_cast<int64_t>(size));
-    if (copy == nullptr) return kModule.trace(here());
-    std::memcpy(copy.get(), text, size);
-    *pSeg = {copy.release(), static_cast<int32_t>(size)};
-    return 1;
+    return copy_text(pSeg, text, std::strlen(text));
 }
 
 int32_t MOLTE_HZPY_PYSEG_Free(MOLTE_HZPY_PYSEG* pSegs, int32_t n) {
