@@ -84,19 +84,17 @@ TEST(NamePinyin, a_table_that_is_not_built) {
     EXPECT_EQ(MOLTE_Name2Wild("\xB0\xA1", text, sizeof text), 1);
 }
 
-TEST(NamePinyin, appending_a_run) {
+TEST(NamePinyin, appending_takes_the_run_from_its_part) {
     PA array;
     PA_Init(&array, sizeof(MOLTE_NAMEPART), 0);
     char run[] = "Ming";
     MOLTE_NAMEPART part = {2, MOLTE_NAMEPART_LETTERS, run};
     EXPECT_EQ(UTIL_AppendStringPart(&array, &part), 1);
-    EXPECT_EQ(part.nValue, 0);
-    EXPECT_EQ(part.pszText, nullptr);
+    EXPECT_TRUE(part.nValue == 0 && part.pszText == nullptr);
     auto* copy = static_cast<MOLTE_NAMEPART*>(array.pData);
     EXPECT_EQ(copy->pszText, "Mi"s);
     EXPECT_EQ(MOLTE_NAMEPART_Free(copy), 1);
-    EXPECT_EQ(copy->pszText, nullptr);
-    EXPECT_EQ(copy->nType, MOLTE_NAMEPART_LETTERS);
+    EXPECT_TRUE(copy->nValue == 0 && copy->pszText == nullptr && copy->nType == 1);
     PA_Release(&array);
 }
 
