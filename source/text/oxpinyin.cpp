@@ -15,7 +15,6 @@ using molte::here;
 namespace {
 
 constexpr size_t kLongestSyllable = 15;
-using Letters = char[kLongestSyllable + 1];
 constexpr size_t kLongestLine = 65535;  // with its end
 constexpr int64_t kSizeLimit = 0x40000000;
 
@@ -49,14 +48,19 @@ int32_t Content::load(const char* path) {
     return 1;
 }
 
-// The number of letters at the start of a line. They are copied if they are a syllable.
-size_t take_letters(std::string_view line, Letters& syllable) {
-    size_t letters = 0;
-    for (; letters < line.size() && is_letter(line[letters]); ++letters) {
-        if (letters < kLongestSyllable) syllable[letters] = line[letters];
+// The letters at the start of a line.
+struct Letters {
+    char text[kLongestSyllable + 1]{};  // the first of them
+    size_t count = 0;
+    uint64_t number = 0;  // of the last eight; unlike for unlike texts of no more
+
+    explicit Letters(std::string_view line) {
+        for (; count < line.size() && is_letter(line[count]); ++count) {
+            if (count < kLongestSyllable) text[count] = line[count];
+            number = number << 8 | static_cast<unsigned char>(line[count]);
+        }
     }
-    return letters;
-}
+};
 
 struct Reading {
     uint16_t code;
@@ -72,18 +76,14 @@ class Readings {
     [[nodiscard]] int32_t first_code() const;
 
  private:
-    struct Known {
-        Letters syllable;
-        uint8_t pair[2];
-    };
-
     int32_t add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts);
-    const uint8_t* pair_of(Letters& syllable, MOLTE_HZPY_PYTABLE* parts);
+    int32_t find_pair(Letters& letters, MOLTE_HZPY_PYTABLE* parts, uint8_t* pair);
 
     molte::Heap<Reading> readings_;
     size_t count_ = 0;
     bool is_lead_[256];
-    Known known_[2048]{};  // by 11 bits of a hash of the syllable
+    uint64_t known_[2048]{};  // the syllable of each place: 11 bits of a hash
+    uint8_t known_pair_[2048][2];
 };
 
 int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
@@ -100,28 +100,32 @@ int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
     return 1;
 }
 
-// A file names most syllables several times; those that it named before are remembered. Null on
-// failure.
-const uint8_t* Readings::pair_of(Letters& syllable, MOLTE_HZPY_PYTABLE* parts) {
-    uint64_t hash;
-    std::memcpy(&hash, syllable, sizeof hash);
-    Known& known = known_[hash * 0x9E3779B97F4A7C15 >> 53];
-    if (std::memcmp(known.syllable, syllable, sizeof syllable) == 0) return known.pair;
-    std::memcpy(known.syllable, syllable, sizeof syllable);
-    return MOLTE_HZPY_AddPy(parts, syllable, known.pair) < 0 ? nullptr : known.pair;
+// A file names most syllables several times; those of up to eight letters are remembered.
+int32_t Readings::find_pair(Letters& letters, MOLTE_HZPY_PYTABLE* parts, uint8_t* pair) {
+    const size_t place = letters.number * 0x9E3779B97F4A7C15 >> 53;
+    const bool rememberable = letters.count <= sizeof letters.number;
+    if (rememberable && known_[place] == letters.number) {
+        std::memcpy(pair, known_pair_[place], 2);
+        return 1;
+    }
+    if (MOLTE_HZPY_AddPy(parts, letters.text, pair) < 0) return kModule.trace(here());
+    if (rememberable) {
+        known_[place] = letters.number;
+        std::memcpy(known_pair_[place], pair, 2);
+    }
+    return 1;
 }
 
 // A lead byte that ends the line is no character.
 int32_t Readings::add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts) {
-    Letters syllable{};
-    const size_t letters = take_letters(line, syllable);
-    if (letters == 0 || letters > kLongestSyllable) return 0;
-    const uint8_t* pair = pair_of(syllable, parts);
-    if (pair == nullptr) return kModule.trace(here());
+    Letters letters(line);
+    if (letters.count == 0 || letters.count > kLongestSyllable) return 0;
+    uint8_t pair[2];
+    if (find_pair(letters, parts, pair) < 0) return kModule.trace(here());
     Reading reading{0, {pair[0], pair[1]}};
     Reading* end = &readings_[count_];
     const char* const last = line.data() + line.size() - 1;
-    for (const char* at = line.data() + letters; at < last; ++at) {
+    for (const char* at = line.data() + letters.count; at < last; ++at) {
         if (!is_lead_[static_cast<unsigned char>(*at)]) continue;
         reading.code = static_cast<uint16_t>(static_cast<unsigned char>(at[0]) * 256 +
                                              static_cast<unsigned char>(at[1]));
