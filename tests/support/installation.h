@@ -1,12 +1,32 @@
-// An installation of the test's own with the library up in it, and down again at the end.
+// Installations of the test's own.
 #pragma once
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "moltelib.h"
 #include "support/temp_folder.h"
 
+// One that the library finds, with this INI file; nothing is up in it yet.
+class Configured : public TempFolder {
+ public:
+    explicit Configured(std::string_view ini = "") {
+        std::filesystem::create_directory(path() / "CONF");
+        write_ini(ini);
+        ORVEX_SetMainPath(str().c_str());
+        ORVEX_Err_ClearError();
+    }
+    void write_ini(std::string_view text) const { write("CONF/rvexinit.ini", text); }
+    // The text of a file of the configuration, with line ends as a C program sees them.
+    [[nodiscard]] std::string text_of(const std::string& name = "rvexinit.ini") const {
+        std::string text = read_bytes(path() / "CONF" / name);
+        std::erase(text, '\r');
+        return text;
+    }
+};
+
+// One with the library up in it, and down again at the end.
 class Installation {
  public:
     explicit Installation(bool with_log_folder = true) {

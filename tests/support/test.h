@@ -46,6 +46,12 @@ inline std::string taken_error() {
 // The six fields of a moment and so on, as a list that compares and prints.
 using Ints = std::vector<int32_t>;
 
+// A record as it lies in memory.
+template <typename Record>
+std::string bytes_of(const Record& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
 // The names in a folder, in order.
 inline Texts names_in(const fs::path& folder) {
     Texts names;
