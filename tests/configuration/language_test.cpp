@@ -3,18 +3,12 @@
 namespace {
 
 // The library finds this installation; nothing is up yet.
-class Language : public testing::Test {
+class Language : public testing::Test, protected Configured {
  protected:
     Language() {
-        ORVEX_SetMainPath(root_.str().c_str());
-        fs::create_directory(root_.path() / "CONF");
         g_stLangVar = {};
         OXLANG_SetLocale(OXLANG_ENGLISH);
-        ORVEX_Err_ClearError();
     }
-    void configure(const std::string& text) const { root_.write("CONF/rvexinit.ini", text); }
-
-    TempFolder root_;
 };
 
 Ints languages() {
@@ -30,28 +24,23 @@ std::string locale() {
 }
 
 TEST_F(Language, InitReadsTheParameterTwice) {
-    struct Row {
-        Text parameters;
-        int32_t language;
-        Text locale;
-    };
-    for (const Row& row :
-         {Row{"", 2052, "chs"}, Row{"DEF_LANG_ID = 0\n", 0, "latin"},
-          Row{"DEF_LANG_ID = 1033\n", 1033, "latin"}, Row{"DEF_LANG_ID = 2052\n", 2052, "chs"},
-          Row{"DEF_LANG_ID = -5\n", -5, "latin"}}) {
+    for (const auto& [parameters, id, name] : {tuple("", 2052, "chs"),
+                                               {"DEF_LANG_ID = 0\n", 0, "latin"},
+                                               {"DEF_LANG_ID = 1033\n", 1033, "latin"},
+                                               {"DEF_LANG_ID = 2052\n", 2052, "chs"},
+                                               {"DEF_LANG_ID = -5\n", -5, "latin"}}) {
         g_stLangVar = {};
-        configure(row.parameters);
+        write_ini(parameters);
         EXPECT_EQ(OXLANG_Init(), 1);
-        const int32_t id = row.language;
-        EXPECT_EQ(languages(), (Ints{id, id, id, id, 0, 50})) << row.parameters;
-        EXPECT_EQ(locale(), row.locale) << row.parameters;
+        EXPECT_EQ(languages(), (Ints{id, id, id, id, 0, 50})) << parameters;
+        EXPECT_EQ(locale(), name) << parameters;
         OXLANG_LID_Set(4, 3);
         EXPECT_EQ(OXLANG_Init(), 0);
         EXPECT_EQ(OXLANG_LID_Get(4), 3) << "done already";
     }
     EXPECT_EQ(OXLANG_LID_Init(), 1);
     EXPECT_EQ(languages(), (Ints{0, 0, 0, 0, 0, 50})) << "a negative one counts as 0 here";
-    configure("");
+    write_ini("");
     EXPECT_EQ(OXLANG_SetDefLang(), 1);
     EXPECT_EQ(OXLANG_GetLID() + OXLANG_GetMsgLID(), 2 * 2052);
     EXPECT_EQ(OXLANG_GetRVEXLangID(), 2052);
@@ -117,8 +106,9 @@ TEST_F(Language, NamesOfCollations) {
         EXPECT_EQ(OXLANG_COLLATE_ID2Name(id, nullptr), nullptr);
         EXPECT_EQ(OXLANG_COLLATE_IsValidLatID(id) + OXLANG_COLLATE_IsValidMBID(id), 0) << id;
     }
-    EXPECT_EQ(OXLANG_COLLATE_Name2ID("lat_ci", nullptr), -1);
-    EXPECT_EQ(OXLANG_COLLATE_Name2ID(nullptr, nullptr), -1);
+    for (const Text name : {"lat_ci", Text{}}) {
+        EXPECT_EQ(OXLANG_COLLATE_Name2ID(name, nullptr), -1);
+    }
 }
 
 TEST_F(Language, CollationTextsAreWritten) {
@@ -137,26 +127,25 @@ TEST_F(Language, CollationTextsAreWritten) {
 }
 
 TEST_F(Language, CollationTextsAreRead) {
-    const std::string long_text(200, 'x');
-    const tuple<std::string, int32_t, int32_t, bool> rows[] = {
-        {"MB_Py_Lat_Ci", 2, 52, true},
-        {"Lat_Cs_MB_VarPy", 3, 53, true},
-        {"MB_Py", 1, 52, true},
-        {"Lat_Default", 0, 51, true},
-        {"Lat_Ci_Lat_Cs", 3, 51, true},
-        {"LatCi", 1, 51, false},
-        {"", 1, 51, false},
-        {"Lat_No", 1, 51, false},
-        {"Lat_Ci_", 2, 51, false},
-        {"Lat_Ci_MB", 2, 51, false},
-        {"_Lat_Ci", 1, 51, false},
-        {"Lat_Ci_MB_Py_Lat_Cs", 2, 51, false},
-        {long_text, 1, 51, false}};
-    for (const auto& [text, latin, multi_byte, good] : rows) {
+    const std::string endless(200, 'x');
+    const tuple<Text, bool, int32_t, int32_t> rows[] = {{"MB_Py_Lat_Ci", true, 2, 52},
+                                                        {"Lat_Cs_MB_VarPy", true, 3, 53},
+                                                        {"MB_Py", true, 1, 52},
+                                                        {"Lat_Default", true, 0, 51},
+                                                        {"Lat_Ci_Lat_Cs", true, 3, 51},
+                                                        {"LatCi", false, 1, 51},
+                                                        {"", false, 1, 51},
+                                                        {"Lat_No", false, 1, 51},
+                                                        {"Lat_Ci_", false, 2, 51},
+                                                        {"Lat_Ci_MB", false, 2, 51},
+                                                        {"_Lat_Ci", false, 1, 51},
+                                                        {"Lat_Ci_MB_Py_Lat_Cs", false, 2, 51},
+                                                        {endless.c_str(), false, 1, 51}};
+    for (const auto& [text, good, latin, multi_byte] : rows) {
         int32_t ids[2] = {};
-        EXPECT_EQ(OXLANG_COLLATE_Str2ID(text.c_str(), &ids[0], &ids[1]), good ? 1 : -1) << text;
+        EXPECT_EQ(OXLANG_COLLATE_Str2ID(text, &ids[0], &ids[1]), good ? 1 : -1) << text;
         EXPECT_EQ((Ints{ids[0], ids[1]}), (Ints{latin, multi_byte})) << text;
-        const std::string data = text.substr(0, 120) + " : bad collate type";
+        const std::string data = std::string(text).substr(0, 120) + " : bad collate type";
         EXPECT_EQ(taken_error(), good ? "" : "251 oxlang " + data);
     }
     EXPECT_EQ(error_of(OXLANG_COLLATE_Str2ID(nullptr, nullptr, nullptr)), "50 oxlang");

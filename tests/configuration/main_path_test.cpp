@@ -3,72 +3,60 @@
 
 namespace {
 
-// Roles end with the number of the check that failed, 0 when all held.
-#define HOLD(condition) \
-    if (!(condition)) return __LINE__ % 200 + 1
+// Who asks for the main path; what follows it in the path that he gets, if he gives one; and the
+// lines that he leaves where there is none.
+struct Asking {
+    int32_t (*call)(char* name);
+    Text name;
+    Text history;
+};
+const Asking kAsking[] = {
+    {ORVEX_SYS_PathName, "", "28 oxfname, 36 oxfname"},
+    {ORVEX_LOG_PathName, "\\LOG", "28 oxfname, 123 oxfname"},
+    {ORVEX_TEMP_PathName, "\\TEMP", "28 oxfname, 46 oxfname"},
+    {ORVEX_CONF_PathName, "\\CONF", "28 oxfname, 36 oxfname, 54 oxfname"},
+    {ORVEX_DLL_PathName, "\\DLL", "28 oxfname, 36 oxfname, 61 oxfname"},
+    {ORVEX_DOC_PathName, "\\DOC", "28 oxfname, 36 oxfname, 68 oxfname"},
+    {ORVEX_TOOLS_PathName, "\\TOOLS", "28 oxfname, 36 oxfname, 75 oxfname"},
+    {ORVEX_RMTCONF_PathName, "\\RMTCONF", "28 oxfname, 36 oxfname, 82 oxfname"},
+    {ORVEX_EXE_PathName, "\\EXE", "28 oxfname, 36 oxfname, 89 oxfname"},
+    {ORVEX_BIN_PathName, "\\BIN", "28 oxfname, 36 oxfname, 96 oxfname"},
+    {ORVEX_PARAMETER_PathFileName, "\\CONF\\rvexinit.ini",
+     "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname"},
+    {ORVEX_DBCFG_PathFileName, "\\CONF\\dbnumina.ini",
+     "28 oxfname, 36 oxfname, 54 oxfname, 171 oxfname"},
+    {[](char*) { return ORVEX_SYS_CreatePath(); }, nullptr, "28 oxfname, 106 oxfname"},
+    {[](char*) {
+         int32_t number = 0;
+         return ORVEX_PARAMETER_GetValueInt("n", &number);
+     },
+     nullptr, "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname, 186 oxparam, 44 oxparam"},
+    {[](char*) { return ORVEX_PARAMETER_SetValue("n", "1"); }, nullptr,
+     "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname, 356 oxparam"},
+    {[](char*) { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); }, nullptr,
+     "28 oxfname, 36 oxfname, 54 oxfname, 378 oxparam, 443 oxparam"},
+    {[](char*) { return ORVEX_PARAMETER_DelServerID(); }, nullptr,
+     "28 oxfname, 36 oxfname, 54 oxfname, 471 oxparam"},
+};
 
-CHILD_ROLE(no_key) {
-    HOLD(GetMainPath() == nullptr);
-    HOLD(error_of_this_thread() == "1000 oxmnpath" && error_line_of_this_thread() == 27);
-    HOLD(InitMainPath() == -1);
-    HOLD(error_of_this_thread() == "253 oxmnpath Software\\Lumbra Software Inc\\ORVEX60\\Options");
-    HOLD(error_line_of_this_thread() == 83);
-    HOLD(InitMainPath() == 1);  // known from now on, and empty
-    HOLD(std::string(GetMainPath()).empty());
+CHILD_ROLE(asks) {
     char name[256];
-    HOLD(ORVEX_TEMP_PathName(name) == 1 && std::string(name) == "\\TEMP");
+    tell_parent(told(kAsking[std::stoul(args.at(0))].call(name)));
     return 0;
 }
 
-CHILD_ROLE(histories_without_a_path) {
-    struct Case {
-        int32_t (*name)(char*);
-        const char* history;
-    };
-    const std::vector<Case> cases = {
-        {ORVEX_LOG_PathName, "28 oxfname, 123 oxfname"},
-        {ORVEX_TEMP_PathName, "28 oxfname, 46 oxfname"},
-        {ORVEX_CONF_PathName, "28 oxfname, 36 oxfname, 54 oxfname"},
-        {ORVEX_DLL_PathName, "28 oxfname, 36 oxfname, 61 oxfname"},
-        {ORVEX_DOC_PathName, "28 oxfname, 36 oxfname, 68 oxfname"},
-        {ORVEX_TOOLS_PathName, "28 oxfname, 36 oxfname, 75 oxfname"},
-        {ORVEX_RMTCONF_PathName, "28 oxfname, 36 oxfname, 82 oxfname"},
-        {ORVEX_EXE_PathName, "28 oxfname, 36 oxfname, 89 oxfname"},
-        {ORVEX_BIN_PathName, "28 oxfname, 36 oxfname, 96 oxfname"},
-        {ORVEX_PARAMETER_PathFileName, "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname"},
-        {ORVEX_DBCFG_PathFileName, "28 oxfname, 36 oxfname, 54 oxfname, 171 oxfname"},
-        {[](char*) { return ORVEX_SYS_CreatePath(); }, "28 oxfname, 106 oxfname"},
-    };
-    const Case& c = cases.at(static_cast<size_t>(std::stoi(args.at(0))));
-    char name[256];
-    HOLD(c.name(name) == -1);
-    if (history_of_this_thread() != c.history) {
-        tell_parent(history_of_this_thread());
-        return 1;
-    }
+CHILD_ROLE(asks_twice) {
+    tell_parent(told(GetMainPath() == nullptr ? -1 : 1));
+    tell_parent(told(InitMainPath()));
+    tell_parent(told(InitMainPath()) + GetMainPath());
     return 0;
 }
 
-CHILD_ROLE(from_the_registry) {
-    const std::string& root = args.at(0);
-    HOLD(CreateMainPath((root + "\\a%%b\\main").c_str()) == 1);
-    HOLD(fs::is_directory(fs::path(root) / "a%%b" / "main"));  // the folder takes it literally
-    HOLD(GetMainPath() == nullptr);                            // the state isn't touched
-    HOLD(std::string(UTIL_GetMainPath()) == root + "\\a%b\\main");
-    return 0;
-}
-
-CHILD_ROLE(hostile_format) {
-    HOLD(CreateMainPath((args.at(0) + "\\x%n%s%-08.3lly%").c_str()) == 1);
-    HOLD(std::string(UTIL_GetMainPath()) == args.at(0) + "\\x");
-    return 0;
-}
-
-CHILD_ROLE(too_long_in_the_registry) {
-    const std::string path = args.at(0) + "\\" + std::string(128, 'x');
-    HOLD(CreateMainPath(path.c_str()) == 1);
-    HOLD(InitMainPath() == -1);
-    HOLD(error_of_this_thread() == "254 oxmnpath MainPath" && error_line_of_this_thread() == 97);
+CHILD_ROLE(creates) {
+    tell_parent(told(CreateMainPath(args.at(0).c_str())));
+    tell_parent(told(GetMainPath() == nullptr ? -1 : 1));  // the state isn't touched
+    const char* path = UTIL_GetMainPath();
+    tell_parent(path != nullptr ? path : told(-1));
     return 0;
 }
 
@@ -85,21 +73,32 @@ class MainPath : public testing::Test {
     TempFolder root_;
 };
 
-TEST_F(MainPath, UnsetIsAnErrorAndThenEmpty) {
-    EXPECT_EQ(ChildProcess("no_key").wait(), 0);
-}
+constexpr Text kNoKey = "253 oxmnpath Software\\Lumbra Software Inc\\ORVEX60\\Options @83";
 
-TEST_F(MainPath, EveryNameLeavesItsLines) {
-    for (int i = 0; i < 12; ++i) {
-        ChildProcess child("histories_without_a_path", {std::to_string(i)});
-        EXPECT_EQ(child.wait(), 0) << i << ' ' << child.read_line();
+TEST_F(MainPath, UnsetIsAnErrorAndThenEmpty) {
+    ChildProcess child("asks_twice");
+    EXPECT_EQ(child.read_line(), "1000 oxmnpath @27");
+    EXPECT_EQ(child.read_line(), kNoKey);
+    EXPECT_EQ(child.read_line(), "1");  // known from now on, and empty
+    for (size_t i = 0; i < std::size(kAsking); ++i) {
+        ChildProcess asks("asks", {std::to_string(i)});
+        EXPECT_EQ(asks.read_line(), kNoKey + " < "s + kAsking[i].history);
     }
 }
 
-TEST_F(MainPath, CreatedThenRead) {
-    EXPECT_EQ(ChildProcess("from_the_registry", {root_.str()}).wait(), 0);
-    EXPECT_EQ(ChildProcess("hostile_format", {root_.str()}).wait(), 0);
-    EXPECT_EQ(ChildProcess("too_long_in_the_registry", {root_.str()}).wait(), 0);
+TEST_F(MainPath, IsReadAsAFormat) {
+    const std::string root = root_.str() + "\\";
+    const std::pair<std::string, std::string> rows[] = {
+        {"a%%b\\main", root + "a%b\\main"},
+        {"x%n%s%-08.3lly%", root + "x"},
+        {std::string(128, 'x'), "254 oxmnpath MainPath @97 < 28 oxfname"}};
+    for (const auto& [created, read] : rows) {
+        ChildProcess child("creates", {root + created});
+        EXPECT_EQ(child.read_line(), "1");
+        EXPECT_EQ(child.read_line(), "1000 oxmnpath @27");
+        EXPECT_EQ(child.read_line(), read);
+    }
+    EXPECT_TRUE(fs::is_directory(root_.path() / "a%%b" / "main"));  // the folder is as written
 }
 
 TEST(MainPathGiven, LimitsOfItsLength) {
@@ -120,22 +119,12 @@ TEST(MainPathGiven, LimitsOfItsLength) {
 
 TEST(MainPathGiven, NamesOfFoldersAndFiles) {
     ORVEX_SetMainPath("c:\\root");
-    const std::pair<int32_t (*)(char*), Text> rows[] = {
-        {ORVEX_SYS_PathName, ""},
-        {ORVEX_TEMP_PathName, "\\TEMP"},
-        {ORVEX_CONF_PathName, "\\CONF"},
-        {ORVEX_DLL_PathName, "\\DLL"},
-        {ORVEX_DOC_PathName, "\\DOC"},
-        {ORVEX_TOOLS_PathName, "\\TOOLS"},
-        {ORVEX_RMTCONF_PathName, "\\RMTCONF"},
-        {ORVEX_EXE_PathName, "\\EXE"},
-        {ORVEX_BIN_PathName, "\\BIN"},
-        {ORVEX_LOG_PathName, "\\LOG"},
-        {ORVEX_DBCFG_PathFileName, "\\CONF\\dbnumina.ini"}};
     char name[262];
-    for (const auto& [name_into, result] : rows) {
-        EXPECT_EQ(name_into(name), 1);
-        EXPECT_EQ(name, "c:\\root"s + result);
+    for (const Asking& asking : kAsking) {
+        if (asking.name != nullptr) {
+            EXPECT_EQ(asking.call(name), 1);
+            EXPECT_EQ(name, "c:\\root"s + asking.name);
+        }
     }
     EXPECT_EQ(ORVEX_PARAMETER_PathFileNameByFN(name, "other.ini"), 1);
     EXPECT_STREQ(name, "c:\\root\\CONF\\other.ini");
@@ -149,8 +138,7 @@ TEST(MainPathGiven, NamesOfFoldersAndFiles) {
 
 TEST(MainPathGiven, TheIniFileName) {
     EXPECT_STREQ(ORVEX_PARAMETER_GetIniFileName(), "rvexinit.ini");
-    EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName(nullptr), 0);
-    EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName(""), 0);
+    EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName(nullptr) + ORVEX_PARAMETER_SetIniFileName(""), 0);
     ORVEX_Err_ClearError();
     EXPECT_EQ(ORVEX_PARAMETER_SetIniFileName(std::string(128, 'i').c_str()), -1);
     EXPECT_EQ(GetRvexErrNo(), 0U);
@@ -166,13 +154,8 @@ TEST(MainPathGiven, CreatesItsFolders) {
     const TempFolder root;
     ORVEX_SetMainPath((root.str() + "\\deep\\main").c_str());
     ASSERT_EQ(ORVEX_SYS_CreatePath(), 1);
-    EXPECT_EQ(ORVEX_SYS_CreatePath(), 1);
-    for (const char* name : {"CONF", "RMTCONF", "BIN", "TEMP", "EXE"}) {
-        EXPECT_TRUE(fs::is_directory(root.path() / "deep" / "main" / name)) << name;
-    }
-    for (const char* name : {"LOG", "DLL", "DOC", "TOOLS"}) {
-        EXPECT_FALSE(fs::exists(root.path() / "deep" / "main" / name)) << name;
-    }
+    EXPECT_EQ(names_in(root.path() / "deep" / "main"),
+              (Texts{"BIN", "CONF", "EXE", "RMTCONF", "TEMP"}));
     fs::remove(root.path() / "deep" / "main" / "BIN");
     root.write("deep/main/BIN", "in the way");
     EXPECT_EQ(ORVEX_SYS_CreatePath(), 1);  // a name that exists is taken for a folder

@@ -1,5 +1,3 @@
-#include <functional>
-
 #if !defined(_WIN32)
 #include <sys/resource.h>
 
@@ -13,13 +11,12 @@ namespace {
 
 // Reads one value between canaries.
 std::string value_of(const std::string& path, const char* name) {
-    char room[3][MOLTE_PARAM_SLOT];
-    std::memset(room, 'c', sizeof room);
-    if (PARAMETER_GetValue(path.c_str(), name, room[1]) != 1) return "failed";
-    const std::string canary(MOLTE_PARAM_SLOT, 'c');
-    EXPECT_EQ(std::string(room[0], MOLTE_PARAM_SLOT), canary);
-    EXPECT_EQ(std::string(room[2], MOLTE_PARAM_SLOT), canary);
-    return {room[1], strnlen(room[1], MOLTE_PARAM_SLOT)};
+    std::string room(3 * MOLTE_PARAM_SLOT, 'c');
+    if (PARAMETER_GetValue(path.c_str(), name, &room[MOLTE_PARAM_SLOT]) != 1) return "failed";
+    const std::string value = room.substr(MOLTE_PARAM_SLOT, MOLTE_PARAM_SLOT);
+    room.erase(MOLTE_PARAM_SLOT, MOLTE_PARAM_SLOT);
+    EXPECT_EQ(room, std::string(2 * MOLTE_PARAM_SLOT, 'c'));
+    return value.substr(0, value.find('\0'));
 }
 
 class ParameterFile : public testing::Test {
@@ -42,18 +39,16 @@ TEST_F(ParameterFile, LinesAreReadSo) {
         {"Name=a\tb\n", "Name", "a"},
         {"\t Name\t =\t a", "Name", "a"},  // the value may end with the text
         {"Name\n", "Name", ""},
-        {"Name a = 1\n", "Name", ""},
         {"# Name = 1\n \t# Name = 1\n", "Name", ""},
+        {"Name a = 1\n", "Name", ""},
         {"Name # = 1\n", "Name", ""},
         {"Name#x=1\n", "Name", ""},
         {"= 1\n", "", ""},
-        {"Name", "Name", ""},
         {"Name = 1\nName = 2\n", "Name", "2"},
         {"Name = 1\nName\n", "Name", "1"},  // no "=": gives nothing, not even an empty value
         {"Name = 1\nName =\n", "Name", ""},
         {"name = 1\nNames = 2\nNam = 3\n", "Name", ""},
         {"[server]\r\nName = 1 \r\nOther = 2\r\n", "Name", "1 "},
-        {"Name\r\n", "Name", ""},
         {"Name = a\rb\n", "Name", "a\rb"},  // a CR alone is no line end
         {"Name = a\0b\nOther = 2\n"s, "Name", "a"},
         {"Name = a\0b\nOther = 2\n"s, "Other", "2"},
@@ -73,13 +68,12 @@ TEST_F(ParameterFile, LinesAreReadSo) {
 // A line is read in pieces of 2,047 bytes, its end counted as one; each piece is a line.
 TEST_F(ParameterFile, LongLinesAreSeveral) {
     for (const std::string end : {"\n", "\r\n"}) {
-        const std::string whole = "A = " + std::string(2042, 'x');
-        folder_.write("p.ini", whole + end + "B = 1" + end);
-        EXPECT_EQ(value_of(path_, "B"), "1");
-        folder_.write("p.ini", std::string(2047, '#') + end + "B = 1" + end);
-        EXPECT_EQ(value_of(path_, "B"), "1");
-        folder_.write("p.ini", std::string(2045, '#') + "B = 1" + end);
-        EXPECT_EQ(value_of(path_, "B"), "");
+        for (const auto& [before, value] : {tuple("A = " + std::string(2042, 'x') + end, "1"),
+                                            {std::string(2047, '#') + end, "1"},
+                                            {std::string(2045, '#'), ""}}) {
+            folder_.write("p.ini", before + "B = 1" + end);
+            EXPECT_EQ(value_of(path_, "B"), value);
+        }
         EXPECT_EQ(set(std::string(2047, '#') + "B = 1 # n" + end, "B", "2"),
                   std::string(2047, '#') + "B = 2   # n" + end);
         // The rest of a line that is cut in a comment stays behind it.
@@ -135,10 +129,8 @@ TEST_F(ParameterFile, ArraysOfNames) {
     folder_.write("p.ini", "B = x # b\nA = y\nB = z\nrest");
     char read[4][MOLTE_PARAM_SLOT];
     ASSERT_EQ(PARAMETER_GetValueArray(path_.c_str(), names, read[0], 4), 1);
-    EXPECT_STREQ(read[0], "y");
-    EXPECT_STREQ(read[1], "z");
-    EXPECT_STREQ(read[2], "");
-    EXPECT_STREQ(read[3], "");  // a name that is asked for twice fills its first slot
+    // A name that is asked for twice fills its first slot.
+    EXPECT_EQ(Texts(read, read + 4), (Texts{"y", "z", "", ""}));
     EXPECT_EQ(UTIL_PARAMETER_IsParamNeedSet(path_.c_str(), names, values[0], 3), 1);
     ASSERT_EQ(PARAMETER_SetValueArray(path_.c_str(), names, values[0], 3), 1);
     EXPECT_EQ(read_bytes(path_), "B = two words   # b\nA = 1\nB = z\nrest\nC = \n");
@@ -179,12 +171,12 @@ TEST_F(ParameterFile, RefusedArgumentsAndFiles) {
     char value[MOLTE_PARAM_SLOT] = "v";
     const char* no_name[] = {nullptr};
     const char* path = path_.c_str();
-    const int32_t results[] = {
-        PARAMETER_GetValue(nullptr, "n", value), PARAMETER_SetValueArray(path, no_name, value, 1),
-        PARAMETER_SetValue(path, "a\nb", "1"), PARAMETER_SetValue(path, "", "1"),
-        PARAMETER_SetValue(path, "a", "1\nb = 2")};
-    for (const int32_t result : results) EXPECT_EQ(result, -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxparam");
+    for (const int32_t result :
+         {PARAMETER_GetValue(nullptr, "n", value), PARAMETER_SetValueArray(path, no_name, value, 1),
+          PARAMETER_SetValue(path, "a\nb", "1"), PARAMETER_SetValue(path, "", "1"),
+          PARAMETER_SetValue(path, "a", "1\nb = 2")}) {
+        EXPECT_EQ(error_of(result), "50 oxparam");
+    }
     EXPECT_EQ(read_bytes(path_), "");
     ORVEX_Err_ClearError();
     const std::string dir = folder_.str();
@@ -215,9 +207,9 @@ TEST_F(ParameterFile, WithoutPermission) {
     const Unprivileged user;
     EXPECT_EQ(value_of(path_, "Name"), "1");  // to be read is enough
     EXPECT_EQ(PARAMETER_SetValue(path_.c_str(), "Name", "1"), 1);
-    EXPECT_EQ(PARAMETER_SetValue(path_.c_str(), "Name", "2"), -1);
+    const int32_t result = PARAMETER_SetValue(path_.c_str(), "Name", "2");
     EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], EACCES);
-    EXPECT_EQ(told(-1), "1 oxparam " + path_ + " @231");
+    EXPECT_EQ(told(result), "1 oxparam " + path_ + " @231");
 }
 #endif
 
@@ -255,36 +247,18 @@ TEST_F(ParameterFile, ProcessesLoseNothingOfEachOther) {
 
 // ---- The default file and its neighbours ----
 
-class DefaultFile : public testing::Test {
- protected:
-    DefaultFile() {
-        fs::create_directory(conf());
-        ORVEX_SetMainPath(root_.str().c_str());
-        ORVEX_Err_ClearError();
-    }
-    [[nodiscard]] fs::path conf() const { return root_.path() / "CONF"; }
-    void write(const std::string& name, const std::string& bytes) {
-        root_.write("CONF/" + name, bytes);
-    }
-    [[nodiscard]] std::string read(const std::string& name) const {
-        std::string bytes = read_bytes(conf() / name);
-        std::erase(bytes, '\r');
-        return bytes;
-    }
-    TempFolder root_;
-};
+class DefaultFile : public testing::Test, protected Configured {};
 
 TEST_F(DefaultFile, Texts) {
     char value[2][MOLTE_PARAM_SLOT];
     const char* names[] = {"Absent", "Name"};
     EXPECT_EQ(ORVEX_PARAMETER_SetValue("Name", "some text"), 1);
-    EXPECT_EQ(read("rvexinit.ini"), "Name = some text\n");
-    EXPECT_EQ(ORVEX_PARAMETER_GetValue("Name", value[0]), 1);
+    EXPECT_EQ(text_of(), "Name = some text\n");
     EXPECT_EQ(ORVEX_PARAMETER_GetValueArray(names, value[0], 2), 1);
     EXPECT_STREQ(value[1], "some text");
     EXPECT_EQ(told(get_RVEX_src("Absent", value[0])), "52 oxparam Absent @364");
     EXPECT_EQ(ORVEX_PARAMETER_SetValueInt("Name", INT32_MIN), 1);
-    EXPECT_EQ(read("rvexinit.ini"), "Name = -2147483648\n");
+    EXPECT_EQ(text_of(), "Name = -2147483648\n");
 
     int32_t x = 0;
     int32_t y = 0;
@@ -302,9 +276,9 @@ TEST_F(DefaultFile, Texts) {
 }
 
 TEST_F(DefaultFile, NumbersMomentsServers) {
-    write("rvexinit.ini",
-          "a = 12 # x\nb = -5x\nc = x\nd =  +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n"
-          "t = 20240229235958 and more\ns = 2024022923595\nDBServerName = db\n");
+    write_ini(
+        "a = 12 # x\nb = -5x\nc = x\nd =  +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n"
+        "t = 20240229235958 and more\ns = 2024022923595\nDBServerName = db\n");
     int32_t value = 0;
     int64_t large = 99;
     ORVEXDATETIME moment{};
@@ -350,10 +324,10 @@ TEST_F(DefaultFile, NumbersMomentsServers) {
     EXPECT_STREQ(server, "db");
     EXPECT_EQ(read('s', ""), 1);
     EXPECT_EQ(error_of_this_thread(), "52 oxparam DBServerPort");  // a missing port leaves it
-    ORVEX_PARAMETER_SetValue("DBServerPort", "9");
+    write_ini("DBServerName = db\nDBServerPort = 9");
     EXPECT_EQ(read('s', ""), 1);
     EXPECT_EQ(value, 9);
-    write("rvexinit.ini", "");
+    write_ini("");
     EXPECT_EQ(told(read('s', "")), "52 oxparam DBServerName @364 < 33 oxparam");
 }
 
@@ -363,25 +337,25 @@ TEST_F(DefaultFile, TheListOfServers) {
     EXPECT_EQ(error_number_of(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count)), 23U);
     EXPECT_EQ(count, 0);
     ASSERT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("one\0two\0\0three", 4), 1);
-    EXPECT_EQ(read("exfsvr.cfg"), "one\ntwo\n\nthree\n");
+    EXPECT_EQ(text_of("exfsvr.cfg"), "one\ntwo\n\nthree\n");
     ASSERT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 14);
     EXPECT_EQ(count, 3);
     EXPECT_EQ(std::string(list, 14), "one\0two\0three\0"s);
     ORVEX_free(list);
     ASSERT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("x", 1), 1);  // the longer text is gone
-    EXPECT_EQ(read("exfsvr.cfg"), "x\n");
+    EXPECT_EQ(text_of("exfsvr.cfg"), "x\n");
     ASSERT_EQ(ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0), 1);
     EXPECT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 0);
     EXPECT_EQ(list, nullptr);
     // 515 characters are a line; of a longer one each piece takes a terminator more than it has.
-    write("exfsvr.cfg", std::string(515, 'a') + "\r\n" + std::string(200000, 'b'));
+    write("CONF/exfsvr.cfg", std::string(515, 'a') + "\r\n" + std::string(200000, 'b'));
     EXPECT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 516 + 200000 + 389);
     EXPECT_EQ(count, 390);
     EXPECT_EQ(std::string(list), std::string(515, 'a'));
     ORVEX_free(list);
     EXPECT_EQ(ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 1), -1);
-    fs::remove(conf() / "exfsvr.cfg");
-    fs::create_directory(conf() / "exfsvr.cfg");
+    fs::remove(path() / "CONF/exfsvr.cfg");
+    fs::create_directory(path() / "CONF/exfsvr.cfg");
     EXPECT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("x", 1), -1);
     EXPECT_EQ(error_line_of_this_thread(), 446);
 }
@@ -391,42 +365,15 @@ TEST_F(DefaultFile, TheIdentityOfTheMachine) {
     ASSERT_EQ(ORVEX_PARAMETER_GetServerID(id[0]), 2);
     EXPECT_EQ(ORVEX_PARAMETER_GetServerID(id[1]), 1);
     EXPECT_EQ(std::memcmp(id[0], id[1], 16), 0);
-    EXPECT_EQ(read_bytes(conf() / "serverid.dat"), std::string(reinterpret_cast<char*>(id), 16));
-    write("serverid.dat", std::string(15, 'x'));  // too short: made anew
+    EXPECT_EQ(read_bytes(path() / "CONF/serverid.dat"),
+              std::string(reinterpret_cast<char*>(id), 16));
+    write("CONF/serverid.dat", std::string(15, 'x'));  // too short: made anew
     EXPECT_EQ(ORVEX_PARAMETER_GetServerID(id[1]), 2);
     EXPECT_EQ(error_line_of_this_thread(), 494);
     EXPECT_NE(std::memcmp(id[0], id[1], 16), 0);
-    EXPECT_EQ(fs::file_size(conf() / "serverid.dat"), 16U);
+    EXPECT_EQ(fs::file_size(path() / "CONF/serverid.dat"), 16U);
     EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), 0);
     EXPECT_EQ(ORVEX_PARAMETER_DelServerID(), -1);
 }
-
-#if !defined(_WIN32)  // there the registry of the machine is shared with other programs
-// Only the first failure in a process tells that there is no main path.
-CHILD_ROLE(without_a_main_path) {
-    int32_t number = 0;
-    const std::function<int32_t()> calls[] = {
-        [&] { return ORVEX_PARAMETER_GetValueInt("n", &number); },
-        [&] { return ORVEX_PARAMETER_SetValue("n", "1"); },
-        [&] { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); },
-        [&] { return ORVEX_PARAMETER_DelServerID(); },
-    };
-    const int32_t result = calls[std::stoul(args.at(0))]();
-    tell_parent(result == -1 ? history_of_this_thread() : "no failure");
-    return 0;
-}
-
-TEST(NoMainPath, EveryFunctionLeavesItsLines) {
-    const TempFolder registry;
-    setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
-    const Texts lines = {"151 oxfname, 186 oxparam, 44 oxparam", "151 oxfname, 356 oxparam",
-                         "378 oxparam, 443 oxparam", "471 oxparam"};
-    for (size_t i = 0; i < lines.size(); ++i) {
-        ChildProcess child("without_a_main_path", {std::to_string(i)});
-        const std::string history = child.read_line();
-        EXPECT_EQ(history.find("28 oxfname, 36 oxfname, 54 oxfname, " + lines[i]), 0U) << history;
-    }
-}
-#endif
 
 }  // namespace
