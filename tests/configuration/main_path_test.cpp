@@ -83,6 +83,7 @@ TEST_F(MainPath, UnsetIsAnErrorAndThenEmpty) {
     for (size_t i = 0; i < std::size(kAsking); ++i) {
         ChildProcess asks("asks", {std::to_string(i)});
         EXPECT_EQ(asks.read_line(), kNoKey + " < "s + kAsking[i].history);
+        EXPECT_EQ(asks.wait(), 0);
     }
 }
 
@@ -97,6 +98,7 @@ TEST_F(MainPath, IsReadAsAFormat) {
         EXPECT_EQ(child.read_line(), "1");
         EXPECT_EQ(child.read_line(), "1000 oxmnpath @27");
         EXPECT_EQ(child.read_line(), read);
+        EXPECT_EQ(child.wait(), 0);
     }
     EXPECT_TRUE(fs::is_directory(root_.path() / "a%%b" / "main"));  // the folder is as written
 }
