@@ -1,60 +1,46 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "moltelib.h"
-#include "support/error_of.h"
-#include "support/temp_folder.h"
+#include "support/test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Loaded {
-    int32_t result;
-    std::string bytes;
-    bool touched;
+class WholeFile : public testing::Test {
+ protected:
+    TempFolder folder_;
+    const std::string file_ = folder_.write("a", "0123456789");
+    const std::string none_ = folder_ / "none";
+    const std::string nowhere_ = folder_ / "no/where";
+    const std::wstring wide_ = fs::path(file_).wstring();
 };
 
-Loaded load(const std::string& name) {
-    uint8_t untouched = 0;
-    uint8_t* buffer = &untouched;
+constexpr Text kUntouched = "(untouched)";
+
+// What is loaded of a file, which has to be as long as the result; a failure is its error.
+template <typename Byte, typename Name>
+std::string loaded(int32_t (*load)(const Name*, Byte**, int32_t*), const Name* name) {
+    Byte untouched = 0;
+    Byte* buffer = &untouched;
     int32_t length = -7;
-    const int32_t result = ORVEX_LoadBinDataFile(name.c_str(), &buffer, &length);
-    if (buffer == &untouched) return {result, "", false};
+    const int32_t result = load(name, &buffer, &length);
+    if (result < 0) return error_of_this_thread();
+    if (buffer == &untouched) return result == 0 ? kUntouched : "a result without a buffer";
     EXPECT_EQ(length, result);
-    Loaded loaded{result, std::string(reinterpret_cast<char*>(buffer), static_cast<size_t>(length)),
-                  true};
+    std::string bytes(reinterpret_cast<char*>(buffer), static_cast<size_t>(length));
     ORVEX_free(buffer);
-    return loaded;
+    return bytes;
 }
 
-TEST(Load, WholeFilesMissingOnesAndEmptyOnes) {
-    const TempFolder folder;
-    const std::string bytes = std::string("a\0\r\n\xFF", 5) + std::string(100000, 'z');
-    EXPECT_EQ(load(folder.write("a", bytes)).bytes, bytes);
+TEST_F(WholeFile, IsLoadedAsItStands) {
+    const std::string bytes = "a\0\r\n\xFF"s + std::string(100000, 'z');
+    folder_.write("a", bytes);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, file_.c_str()), bytes);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFileW, wide_.c_str()), bytes);
     ORVEX_Err_ClearError();
-    const Loaded missing = load(folder / "none");
-    EXPECT_EQ(missing.result, 0);
-    EXPECT_FALSE(missing.touched);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, none_.c_str()), kUntouched);
     EXPECT_EQ(GetRvexErrNo(), 0U);
-    const Loaded empty = load(folder.write("e", ""));
-    EXPECT_EQ(empty.result, 0);
-    EXPECT_FALSE(empty.touched);
-    uint8_t* buffer = nullptr;
-    int32_t length = 0;
-    EXPECT_EQ(ORVEX_LoadBinDataFileW(fs::path(folder / "a").wstring().c_str(), &buffer, &length),
-              static_cast<int32_t>(bytes.size()));
-    ORVEX_free(buffer);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, folder_.write("e", "").c_str()), kUntouched);
 }
 
 // Around the sizes from which on large pages, and then two threads, are used.
-TEST(Load, EveryByteOfLargeFiles) {
-    const TempFolder folder;
+TEST_F(WholeFile, EveryByteOfALargeOneIsLoaded) {
     for (const size_t size : {(size_t{4} << 20) + 13, (size_t{64} << 20) + 77}) {
         std::string bytes(size, '\x5A');
         uint64_t word = size;
@@ -62,172 +48,144 @@ TEST(Load, EveryByteOfLargeFiles) {
             word = word * 6364136223846793005 + 1442695040888963407;
             memcpy(bytes.data() + at, &word, sizeof word);
         }
-        const Loaded loaded = load(folder.write("large", bytes));
-        EXPECT_EQ(loaded.result, static_cast<int32_t>(size));
-        EXPECT_TRUE(loaded.bytes == bytes) << size;
+        folder_.write("a", bytes);
+        EXPECT_TRUE(loaded(ORVEX_LoadBinDataFile, file_.c_str()) == bytes) << size;
     }
+    fs::resize_file(file_, 0x40000000);
+    const std::string too_large = "303 oxfileop file size too big max 1GB";
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, file_.c_str()), too_large);
+    EXPECT_EQ(loaded(ORVEX_LoadTextDataFile, file_.c_str()), too_large);
 }
 
-TEST(Load, AGigabyteIsTooLarge) {
-    const TempFolder folder;
-    const std::string file = folder.write("big", "");
-    fs::resize_file(file, 0x40000000);
-    EXPECT_EQ(load(file).result, -1);
-    EXPECT_EQ(error_of_this_thread(), "303 oxfileop file size too big max 1GB");
-    char* text = nullptr;
-    int32_t length = 0;
-    EXPECT_EQ(ORVEX_LoadTextDataFile(file.c_str(), &text, &length), -1);
-    EXPECT_EQ(GetRvexErrNo(), 303U);
+TEST_F(WholeFile, LineEndsOfTextsAreTranslated) {
+    folder_.write("a", "one\r\ntwo\nthree\r\n");
+    EXPECT_EQ(loaded(ORVEX_LoadTextDataFile, file_.c_str()), "one\ntwo\nthree\n");
+    EXPECT_EQ(ORVEX_SaveTextDataToFile(file_.c_str(), "x\ny\n", 4), 1);
+    EXPECT_EQ(loaded(ORVEX_LoadTextDataFileW, wide_.c_str()), "x\ny\n");
+    EXPECT_EQ(ORVEX_SaveTextDataToFileW(wide_.c_str(), "z", 1), 1);
+    EXPECT_EQ(error_of(ORVEX_SaveTextDataToFile(nowhere_.c_str(), "x", 1)),
+              "1 oxfileop " + nowhere_);
+    EXPECT_EQ(ORVEX_SaveTextDataToFile(file_.c_str(), nullptr, 1), -1);
+    EXPECT_EQ(error_of(ORVEX_SaveTextDataToFile(file_.c_str(), "x", -1)), "50 oxfileop");
+    EXPECT_EQ(read_bytes(file_), "z");
 }
 
-TEST(Text, LineEndsAreTranslated) {
-    const TempFolder folder;
-    const std::string file = folder.write("t", "one\r\ntwo\nthree\r\n");
-    char* text = nullptr;
-    int32_t length = 0;
-    EXPECT_EQ(ORVEX_LoadTextDataFile(file.c_str(), &text, &length), 14);
-    EXPECT_STREQ(text, "one\ntwo\nthree\n");
-    EXPECT_EQ(length, 14);
-    ORVEX_free(text);
-    text = nullptr;
-    EXPECT_EQ(ORVEX_SaveTextDataToFile(file.c_str(), "x\ny\n", 4), 1);
-    EXPECT_EQ(ORVEX_LoadTextDataFileW(fs::path(file).wstring().c_str(), &text, &length), 4);
-    EXPECT_STREQ(text, "x\ny\n");
-    ORVEX_free(text);
-    EXPECT_EQ(ORVEX_SaveTextDataToFileW(fs::path(file).wstring().c_str(), "z", 1), 1);
-    EXPECT_EQ(read_bytes(file), "z");
-    const std::string nowhere = folder / "no/t";
-    EXPECT_EQ(ORVEX_SaveTextDataToFile(nowhere.c_str(), "x", 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxfileop " + nowhere);
-    EXPECT_EQ(ORVEX_SaveTextDataToFile(file.c_str(), nullptr, 1), -1);
-    EXPECT_EQ(ORVEX_SaveTextDataToFile(file.c_str(), "x", -1), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxfileop");
-    EXPECT_EQ(read_bytes(file), "z");
+TEST_F(WholeFile, IsSavedAnewEvenIfReadOnly) {
+    ORVEX_FileChangeMode(file_.c_str(), 0, 0x80);
+    EXPECT_EQ(ORVEX_SaveBinDataToFile(file_.c_str(), "new", 3), 1);
+    EXPECT_EQ(ORVEX_SaveBinDataToFile(file_.c_str(), nullptr, 3), 0);
+    EXPECT_EQ(ORVEX_SaveBinDataToFile(file_.c_str(), "x", 0), 0);
+    EXPECT_EQ(read_bytes(file_), "new");
+    EXPECT_EQ(ORVEX_SaveBinDataToFileW(wide_.c_str(), "w", 1), 1);
+    EXPECT_EQ(read_bytes(file_), "w");
+    EXPECT_EQ(error_of(ORVEX_SaveBinDataToFile(nowhere_.c_str(), "x", 1)),
+              "1 oxfileop " + nowhere_);
 }
 
-TEST(Save, WritesAnewEvenReadOnlyFiles) {
-    const TempFolder folder;
-    const std::string file = folder.write("a", "longer than what comes");
-    ORVEX_FileChangeMode(file.c_str(), 0, 0x80);
-    EXPECT_EQ(ORVEX_SaveBinDataToFile(file.c_str(), "new", 3), 1);
-    EXPECT_EQ(read_bytes(file), "new");
-    EXPECT_EQ(ORVEX_SaveBinDataToFile(file.c_str(), nullptr, 3), 0);
-    EXPECT_EQ(ORVEX_SaveBinDataToFile(file.c_str(), "x", 0), 0);
-    EXPECT_EQ(read_bytes(file), "new");
-    EXPECT_EQ(ORVEX_SaveBinDataToFileW(fs::path(file).wstring().c_str(), "w", 1), 1);
-    EXPECT_EQ(read_bytes(file), "w");
-    const std::string nowhere = folder / "no/a";
-    EXPECT_EQ(ORVEX_SaveBinDataToFile(nowhere.c_str(), "x", 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "1 oxfileop " + nowhere);
-}
-
-TEST(Range, WritesWithoutHolesAndReadsWhole) {
-    const TempFolder folder;
-    const std::string file = folder.write("a", "0123456789");
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(file.c_str(), -5, "ab", 2), 2);
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(file.c_str(), 10, "XY", 2), 2);
-    EXPECT_EQ(ORVEX_AppendBinDataToFile(file.c_str(), "!", 1), 1);
-    EXPECT_EQ(read_bytes(file), "ab23456789XY!");
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(file.c_str(), 14, "x", 1), -1);
-    EXPECT_EQ(error_of_this_thread(),
+TEST_F(WholeFile, RangesAreWrittenWithoutHoles) {
+    const auto write = [](const std::string& name, int64_t at, Text data, int32_t size) {
+        return ORVEX_WriteBinDataToFile(name.c_str(), at, data, size);
+    };
+    EXPECT_EQ(write(file_, -5, "ab", 2), 2);
+    EXPECT_EQ(write(file_, 10, "XY", 2), 2);
+    EXPECT_EQ(ORVEX_AppendBinDataToFile(file_.c_str(), "!", 1), 1);
+    EXPECT_EQ(error_of(write(file_, 14, "x", 1)),
               "297 oxfileop offset=14 filelen=13. does not permit hole in file");
-    EXPECT_EQ(ORVEX_WriteBinDataToFile((folder / "none").c_str(), 0, "x", 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
-    EXPECT_EQ(ORVEX_AppendBinDataToFile((folder / "none").c_str(), "x", 1), -1);
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(file.c_str(), 0, "x", 0), -1);
-    EXPECT_EQ(GetRvexErrNo(), 405U);
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(nullptr, 0, "x", 1), -1);
-    EXPECT_EQ(ORVEX_WriteBinDataToFile(file.c_str(), 0, nullptr, 1), -1);
+    EXPECT_EQ(error_number_of(write(none_, 0, "x", 1)), 1U);
+    EXPECT_EQ(ORVEX_AppendBinDataToFile(none_.c_str(), "x", 1), -1);
+    EXPECT_EQ(error_number_of(write(file_, 0, "x", 0)), 405U);
+    EXPECT_EQ(ORVEX_WriteBinDataToFile(nullptr, 0, "x", 1) + write(file_, 0, nullptr, 1), -2);
+    EXPECT_EQ(read_bytes(file_), "ab23456789XY!");
+}
 
-    char buffer[16] = "untouched";
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), 10, buffer, 4), -1);
-    EXPECT_EQ(error_of_this_thread(), "297 oxfileop exceed file size.");
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), INT64_MAX, buffer, 4), -1);
-    EXPECT_STREQ(buffer, "untouched");
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), 10, buffer, 3), 3);
-    EXPECT_EQ(std::string(buffer, 3), "XY!");
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), -9, buffer, 2), 2);
-    EXPECT_EQ(std::string(buffer, 2), "ab");
-    EXPECT_EQ(ORVEX_ReadBinDataFile((folder / "none").c_str(), 0, buffer, 1), 0);
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), 0, buffer, 0), -1);
-    EXPECT_EQ(error_of_this_thread(), "406 oxfileop");
-    EXPECT_EQ(ORVEX_ReadBinDataFile(file.c_str(), 0, nullptr, 1), -1);
+TEST_F(WholeFile, RangesAreReadWhole) {
+    char buffer[16];
+    const auto read = [&](const std::string& name, int64_t at, int32_t size) {
+        std::strcpy(buffer, "#######");
+        return ORVEX_ReadBinDataFile(name.c_str(), at, buffer, size);
+    };
+    for (const int64_t behind : {INT64_C(7), INT64_MAX}) {
+        EXPECT_EQ(error_of(read(file_, behind, 4)), "297 oxfileop exceed file size.");
+        EXPECT_STREQ(buffer, "#######");
+    }
+    EXPECT_EQ(read(file_, 7, 3), 3);
+    EXPECT_STREQ(buffer, "789####");
+    EXPECT_EQ(read(file_, -9, 2), 2);
+    EXPECT_STREQ(buffer, "01#####");
+    EXPECT_EQ(read(none_, 0, 1), 0);
+    EXPECT_EQ(error_of(read(file_, 0, 0)), "406 oxfileop");
+    EXPECT_EQ(ORVEX_ReadBinDataFile(file_.c_str(), 0, nullptr, 1), -1);
     EXPECT_EQ(ORVEX_ReadBinDataFile(nullptr, 0, buffer, 1), -1);
 }
 
-TEST(FileCopy, BySystemAndByBuffer) {
-    const TempFolder folder;
+OXSTAT64 state_of(const std::string& file) {
+    OXSTAT64 state{};
+    EXPECT_EQ(ORVEX_FileStatByFileName(file.c_str(), &state), 0);
+    return state;
+}
+
+TEST_F(WholeFile, IsCopiedBySystemAndByBuffer) {
     std::string bytes(100001, 'c');
     bytes[70000] = 'd';
-    const std::string source = folder.write("s", bytes);
-    ORVEX_FileChangeModAccessTime(source.c_str(), 1000000000, 1200000000);
-    const std::string target = folder / "t";
+    const std::string source = folder_.write("s", bytes);
+    const std::string target = folder_ / "t";
     EXPECT_EQ(ORVEX_FileCopy(source.c_str(), target.c_str(), 1), 1);
     EXPECT_EQ(read_bytes(target), bytes);
-    EXPECT_EQ(ORVEX_FileCopy(source.c_str(), target.c_str(), 1), -1);
-    EXPECT_EQ(error_of_this_thread(), "12 oxfileop " + source);
+    EXPECT_EQ(error_of(ORVEX_FileCopy(source.c_str(), target.c_str(), 1)), "12 oxfileop " + source);
     EXPECT_EQ(ORVEX_FileCopy(source.c_str(), target.c_str(), 0), 1);
 
     char buffer[4096];
-    const std::string other = folder.write("u", std::string(300000, 'x'));
-    ORVEX_FileChangeMode(other.c_str(), 0, 0x80);
-    EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), other.c_str(), 0, buffer, sizeof buffer), 1);
-    EXPECT_EQ(read_bytes(other), bytes);
-    OXSTAT64 state;
-    ORVEX_FileStatByFileName(other.c_str(), &state);
-    EXPECT_EQ(state.st_mtime, 1200000000);
-    const std::string empty = folder.write("e", "");
-    ORVEX_FileChangeModAccessTime(empty.c_str(), 1000000000, 1200000000);
-    EXPECT_EQ(ORVEX_FileCopyWithBuf(empty.c_str(), other.c_str(), 0, buffer, 1), 1);
-    ORVEX_FileStatByFileName(other.c_str(), &state);
-    EXPECT_EQ(state.st_size, 0);
-    EXPECT_GT(state.st_mtime, 1200000000);  // its own time, that of now
-    EXPECT_EQ(ORVEX_FileCopyWithBuf((folder / "none").c_str(), other.c_str(), 0, buffer, 1), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
-    EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), other.c_str(), 0, nullptr, 1), -1);
-    EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), other.c_str(), 0, buffer, 0), -1);
-    EXPECT_EQ(error_of_this_thread(), "50 oxfileop");
+    const auto copy = [&](const std::string& from, const std::string& to, int32_t size) {
+        return ORVEX_FileCopyWithBuf(from.c_str(), to.c_str(), 0, buffer, size);
+    };
+    folder_.write("a", std::string(300000, 'x'));
+    ORVEX_FileChangeMode(file_.c_str(), 0, 0x80);
+    const std::string empty = folder_.write("e", "");
+    for (const std::string& from : {source, empty}) {
+        ORVEX_FileChangeModAccessTime(from.c_str(), 1000000000, 1200000000);
+        EXPECT_EQ(copy(from, file_, sizeof buffer), 1);
+        EXPECT_EQ(read_bytes(file_), read_bytes(from));
+        EXPECT_EQ(state_of(file_).st_mtime == 1200000000, from == source);  // an empty one: now
+    }
+    EXPECT_EQ(error_number_of(copy(none_, file_, 1)), 1U);
+    EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), file_.c_str(), 0, nullptr, 1), -1);
+    EXPECT_EQ(error_of(copy(source, file_, 0)), "50 oxfileop");
 #if !defined(_WIN32)
-    EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), source.c_str(), 0, buffer, 1), -1);
+    EXPECT_EQ(copy(source, source, 1), -1);
     EXPECT_EQ(read_bytes(source), bytes);  // not emptied
 #endif
 }
 
-TEST(RemoteCopy, KeepsTheRemoteTime) {
-    const TempFolder folder;
-    const std::string file = folder / "c";
+TEST_F(WholeFile, RemoteCopiesKeepTheRemoteTime) {
+    const char* const file = file_.c_str();
     int64_t time = -1;
-    char buffer[32];
-    EXPECT_EQ(ORVEX_CopyWrite(file.c_str(), "0123456789", 10, 1300000000), 0);
-    EXPECT_EQ(ORVEX_CopyRead(file.c_str(), buffer, 4, &time), 4);
-    EXPECT_EQ(std::string(buffer, 4), "0123");
+    char buffer[16] = "######";
+    EXPECT_EQ(ORVEX_CopyWrite(file, "0123456789", 10, 1300000000), 0);
+    EXPECT_EQ(ORVEX_CopyRead(file, buffer, 4, &time), 4);
+    EXPECT_STREQ(buffer, "0123##");
     EXPECT_EQ(time, 1300000000);
-    EXPECT_EQ(ORVEX_CopyUpdate(file.c_str(), "ABCD", 8, 4), 0);
-    OXSTAT64 state;
-    ORVEX_FileStatByFileName(file.c_str(), &state);
-    EXPECT_EQ(state.st_mtime, 1300000000);
-    EXPECT_EQ(state.st_atime, 1300000000);
-    EXPECT_EQ(read_bytes(file), "01234567ABCD");
-    for (const auto& [offset, length] :
-         std::vector<std::pair<int64_t, int32_t>>{{-1, 1}, {13, 1}, {0, -1}}) {
-        EXPECT_EQ(ORVEX_CopyUpdate(file.c_str(), "x", offset, length), -1);
-        EXPECT_EQ(error_of_this_thread(),
+    EXPECT_EQ(ORVEX_CopyUpdate(file, "ABCD", 8, 4), 0);
+    EXPECT_EQ(state_of(file_).st_mtime, 1300000000);
+    EXPECT_EQ(state_of(file_).st_atime, 1300000000);
+    EXPECT_EQ(read_bytes(file_), "01234567ABCD");
+    for (const auto& [offset, length] : {std::pair(-1, 1), {13, 1}, {0, -1}}) {
+        EXPECT_EQ(error_of(ORVEX_CopyUpdate(file, "x", offset, length)),
                   "403 oxfileop filelen=12 start=" + std::to_string(offset) +
-                      " len=" + std::to_string(length) + " " + file);
+                      " len=" + std::to_string(length) + " " + file_);
     }
-    EXPECT_EQ(ORVEX_CopyRead(file.c_str(), buffer, 13, &time), -1);
-    EXPECT_EQ(GetRvexErrNo(), 3U);
+    EXPECT_EQ(error_number_of(ORVEX_CopyRead(file, buffer, 13, &time)), 3U);
     EXPECT_EQ(time, 0);
-    EXPECT_EQ(ORVEX_CopyRead((folder / "none").c_str(), buffer, 1, &time), -1);
-    EXPECT_EQ(ORVEX_CopyReadPart(file.c_str(), buffer, -3, 3), 3);
-    EXPECT_EQ(std::string(buffer, 3), "012");
-    EXPECT_EQ(ORVEX_CopyReadPart(file.c_str(), buffer, 9, 3), 3);
-    EXPECT_EQ(std::string(buffer, 3), "BCD");
-    EXPECT_EQ(ORVEX_CopyReadPart(file.c_str(), buffer, 9, 0), 0);
-    EXPECT_EQ(ORVEX_CopyReadPart(file.c_str(), buffer, 10, 3), -1);
-    EXPECT_EQ(error_of_this_thread(), "404 oxfileop filelen=12 start=10 len=3 " + file);
-    EXPECT_EQ(ORVEX_CopyWrite((folder / "no/c").c_str(), "x", 1, 0), -1);
-    EXPECT_EQ(GetRvexErrNo(), 1U);
+    EXPECT_EQ(ORVEX_CopyRead(none_.c_str(), buffer, 1, &time), -1);
+    const tuple<int64_t, int32_t, Text> parts[] = {
+        {-3, 3, "012###"}, {9, 3, "BCD###"}, {9, 0, "######"}};
+    for (const auto& [offset, length, bytes] : parts) {
+        std::strcpy(buffer, "######");
+        EXPECT_EQ(ORVEX_CopyReadPart(file, buffer, offset, length), length);
+        EXPECT_STREQ(buffer, bytes);
+    }
+    EXPECT_EQ(error_of(ORVEX_CopyReadPart(file, buffer, 10, 3)),
+              "404 oxfileop filelen=12 start=10 len=3 " + file_);
+    EXPECT_EQ(error_number_of(ORVEX_CopyWrite(nowhere_.c_str(), "x", 1, 0)), 1U);
 }
 
 }  // namespace
