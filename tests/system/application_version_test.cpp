@@ -42,22 +42,20 @@ TEST(ApplicationVersion, IsPrintedForTheExactOption) {
 }
 
 TEST(ApplicationVersion, TextAndOrder) {
-    const MOLTE_APPVERSION a = {{0, 1}, {0, 2}, {0, 3}, {0, 4}};
-    const MOLTE_APPVERSION b = {{0, 1}, {0, 2}, {0, 3}, {0, 5}};
-    const MOLTE_APPVERSION c = {{0, 2}, {0, 0}, {0, 0}, {0, 0}};
-    const MOLTE_APPVERSION most = {{255, 255}, {255, 255}, {255, 255}, {255, 255}};
-    const MOLTE_APPVERSION* rising[] = {&a, &b, &c, &most};
+    const MOLTE_APPVERSION rising[] = {{{0, 1}, {0, 2}, {0, 3}, {0, 4}},
+                                       {{0, 1}, {0, 2}, {0, 3}, {0, 5}},
+                                       {{0, 2}, {0, 0}, {0, 0}, {0, 0}},
+                                       {{255, 255}, {255, 255}, {255, 255}, {255, 255}}};
     for (int i = 0; i < 4; ++i) {
         for (int k = 0; k < 4; ++k) {
-            EXPECT_EQ(MOLTE_CmpAppVersion(rising[i], rising[k]), (i > k) - (i < k));
+            EXPECT_EQ(MOLTE_CmpAppVersion(&rising[i], &rising[k]), (i > k) - (i < k));
         }
     }
     char text[MOLTE_APPVERSION_TEXT_SIZE];
-    EXPECT_STREQ(MOLTE_AppVersionToString(&most, text), "65535.65535.65535.65535");
-    EXPECT_EQ(UITL_uint2Cmp(0x8000, 1), 1);
-    EXPECT_EQ(UITL_uint2Cmp(0, 0xFFFF), -1);
-    EXPECT_EQ(UITL_uint2Cmp(7, 7), 0);
-    EXPECT_EQ(MOLTE_CmpAppVersion(nullptr, &a) + MOLTE_GetAppVersion(nullptr, nullptr) +
+    EXPECT_STREQ(MOLTE_AppVersionToString(&rising[3], text), "65535.65535.65535.65535");
+    EXPECT_EQ((Ints{UITL_uint2Cmp(0x8000, 1), UITL_uint2Cmp(0, 0xFFFF), UITL_uint2Cmp(7, 7)}),
+              (Ints{1, -1, 0}));
+    EXPECT_EQ(MOLTE_CmpAppVersion(nullptr, rising) + MOLTE_GetAppVersion(nullptr, nullptr) +
                   MOLTE_VER_Output(nullptr),
               -3);
     EXPECT_EQ(MOLTE_AppVersionToString(nullptr, text), nullptr);
@@ -65,12 +63,11 @@ TEST(ApplicationVersion, TextAndOrder) {
 
 TEST(ApplicationVersion, FilesWithoutOne) {
     const TempFolder folder;
-    const std::string paths[] = {folder / "none", folder.write("empty", ""), folder.str(),
-                                 folder.write("text", "#!/bin/sh\n" + std::string(9000, 'x'))};
-    for (const std::string& path : paths) {
+    for (const std::string& path : {folder / "none", folder.write("empty", ""), folder.str(),
+                                    folder.write("text", std::string(9000, 'x'))}) {
         char text[MOLTE_APPVERSION_TEXT_SIZE];
-        EXPECT_EQ(MOLTE_GetAppVerString(path.c_str(), text), -1);
-        EXPECT_EQ(error_of_this_thread(), "273 oxsysutl " + path.substr(0, 144));
+        EXPECT_EQ(error_of(MOLTE_GetAppVerString(path.c_str(), text)),
+                  "273 oxsysutl " + path.substr(0, 144));
         EXPECT_EQ(history_of_this_thread(), "3573 oxsysutl");
     }
 }
@@ -126,7 +123,6 @@ int32_t read_version(const std::string& bytes, MOLTE_APPVERSION* version) {
 }
 
 TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
-    std::mt19937 random(1);
     for (const bool wide : {false, true}) {
         for (const bool big : {false, true}) {
             const std::string whole = Elf(wide, big).bytes();
@@ -136,7 +132,7 @@ TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
             for (size_t size = 0; size < whole.size(); ++size) {
                 EXPECT_EQ(read_version(whole.substr(0, size), &version), -1) << size;
             }
-            // Each field of up to eight bytes filled with what overflows, then anything anywhere.
+            // Each field of up to eight bytes filled with what overflows.
             for (size_t at = 4; at < whole.size(); ++at) {
                 for (const size_t size : {1, 2, 4, 8}) {
                     for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
@@ -145,13 +141,6 @@ TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
                         read_version(broken, &version);
                     }
                 }
-            }
-            for (int i = 0; i < 1000; ++i) {
-                std::string broken = whole;
-                for (int k = 0; k < 4; ++k) {
-                    broken[random() % whole.size()] = static_cast<char>(random());
-                }
-                read_version(broken, &version);
             }
         }
     }

@@ -40,9 +40,7 @@ TEST(Plugin, FailuresAreTold) {
     const auto* bytes = reinterpret_cast<const char*>(wide.data());
     EXPECT_EQ(error_of(OX_DLL_OpenW(wide.c_str(), 0)),
               "143 oxsysop " + std::string(bytes, wide.size() * sizeof(wchar_t)));
-    for (const char* none : {static_cast<const char*>(nullptr), ""}) {
-        EXPECT_EQ(OX_DLL_Open(none, 0), nullptr);
-    }
+    for (const Text none : {Text{}, ""}) EXPECT_EQ(OX_DLL_Open(none, 0), nullptr);
     EXPECT_EQ(OX_DLL_OpenW(nullptr, 0), nullptr);
 
     OXHANDLE module = OX_DLL_Open("odlogger64", 0);

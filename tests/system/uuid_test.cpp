@@ -30,13 +30,12 @@ TEST(Uuid, AMillionWithoutARepeat) {
         for (size_t bit = 0; bit < 128; ++bit) ones[bit] += uuid[bit / 8] >> (7 - bit % 8) & 1;
     }
     for (size_t bit = 0; bit < 128; ++bit) {
-        const bool version = bit >= 48 && bit < 52;
-        const bool variant = bit == 64 || bit == 65;
-        if (version || variant) {
-            EXPECT_EQ(ones[bit], bit == 49 || bit == 64 ? kCount : 0) << bit;
-        } else {
-            EXPECT_NEAR(ones[bit], kCount / 2, 4000) << bit;  // eight standard deviations
-        }
+        const bool version_or_variant = (bit >= 48 && bit < 52) || bit == 64 || bit == 65;
+        const int fixed = bit == 49 || bit == 64 ? kCount : 0;
+        // Else within eight standard deviations.
+        EXPECT_NEAR(ones[bit], version_or_variant ? fixed : kCount / 2,
+                    version_or_variant ? 0 : 4000)
+            << bit;
     }
     expect_no_repeat(uuids);
 }
@@ -48,8 +47,6 @@ TEST(Uuid, TextAndComparison) {
     char text[ORVEX_UUID_TEXT_SIZE];
     EXPECT_EQ(ORVEX_UUID_ToString(uuid, text), 1);
     EXPECT_STREQ(text, "001A2233-4455-6677-8899-AABBCCDDEEFF");
-    EXPECT_EQ(ORVEX_UUID_ToString(zero, text), 1);
-    EXPECT_STREQ(text, "00000000-0000-0000-0000-000000000000");
     EXPECT_EQ(ORVEX_UUID_IsEmpty(zero), 1);
     EXPECT_EQ(ORVEX_UUID_IsEqual(zero, uuid), 0);
     zero[15] = 1;
@@ -61,7 +58,7 @@ TEST(Uuid, TextAndComparison) {
 
 // The six lowest bytes of a double: what they leave out are sign, exponent and four bits more.
 TEST(Uuid, ByTimeAndNoise) {
-    uint8_t uuid[18] = {};
+    uint8_t uuid[17] = {};
     uint8_t other[16];
     uuid[16] = 77;
     const int64_t before = ORVEX_Time();
@@ -120,16 +117,12 @@ TEST(Uuid, WithoutASeedComesFromTheTime) {
     }).join();
 }
 
-// A second process by fork, or without its handlers, and a grandchild.
-pid_t begin_child(bool bare) {
-    return bare ? static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, 0))
-                : fork();
-}
-
+// Those of a second process by fork, or without its handlers, and of its children.
 std::vector<Uuid> of_a_child(bool bare, int depth) {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
-    const pid_t child = begin_child(bare);
+    const auto child = static_cast<pid_t>(
+        bare ? syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, 0) : fork());
     if (child == 0) {
         std::vector<Uuid> uuids = many(50);
         if (depth > 0) {
@@ -150,13 +143,10 @@ std::vector<Uuid> of_a_child(bool bare, int depth) {
 TEST(Uuid, ParentChildAndGrandchildDiffer) {
     for (const bool bare : {false, true}) {
         std::vector<Uuid> all = many(3);
-        for (int i = 0; i < 2; ++i) {
-            const std::vector<Uuid> below = of_a_child(bare, 1);
-            EXPECT_EQ(below.size(), 100u);
-            all.insert(all.end(), below.begin(), below.end());
+        for (const auto& more : {of_a_child(bare, 1), of_a_child(bare, 1), many(100)}) {
+            EXPECT_EQ(more.size(), 100u);
+            all.insert(all.end(), more.begin(), more.end());
         }
-        const std::vector<Uuid> more = many(50);
-        all.insert(all.end(), more.begin(), more.end());
         expect_no_repeat(all);
     }
 }
