@@ -1,26 +1,10 @@
 // Named objects, most of it between processes.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <functional>
-#include <memory>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "platform/threads.h"
-#include "support/child_process.h"
+#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
-#include "support/temp_folder.h"
 
 namespace {
-
-using std::chrono::steady_clock;
 
 // A name nobody else uses. On POSIX the files go to a folder of this program, and its children's.
 std::string new_name() {
@@ -32,14 +16,29 @@ std::string new_name() {
     return folder.path().filename().string() + "." + std::to_string(++count);
 }
 
+// An object with such a name.
+class Named : public Handle {
+ public:
+    explicit Named(HANDLE (*make)(bool, const std::string&), bool state = false)
+        : Named(make, state, new_name()) {}
+    const std::string name;
+
+ private:
+    Named(HANDLE (*make)(bool, const std::string&), bool state, const std::string& its_name)
+        : Handle(make(state, its_name)), name(its_name) {}
+};
+
 HANDLE open(const std::string& name) {
     return OpenEventA(EVENT_ALL_ACCESS, FALSE, name.c_str());
+}
+HANDLE open_mutex(const std::string& name) {
+    return OpenMutexA(MUTEX_ALL_ACCESS, FALSE, name.c_str());
 }
 
 // For what else would only be noticed when the time limit of a wait is over.
 class Prompt {
  public:
-    ~Prompt() { EXPECT_LT(steady_clock::now() - begin_, std::chrono::milliseconds(kLimit - 1000)); }
+    ~Prompt() { EXPECT_LT(steady_clock::now() - begin_, milliseconds(kLimit - 1000)); }
     static constexpr DWORD kLimit = 6000;  // of the wait
 
  private:
@@ -48,24 +47,20 @@ class Prompt {
 
 // A child that opens objects by name, and does what it is told, line by line.
 CHILD_ROLE(obey) {
-    std::vector<HANDLE> objects;
+    Handles objects;
     for (const std::string& name : args) {
         HANDLE object = open(name);
-        if (object == nullptr) object = OpenMutexA(MUTEX_ALL_ACCESS, FALSE, name.c_str());
+        if (object == nullptr) object = open_mutex(name);
         if (object == nullptr) object = OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
         objects.push_back(object);
     }
-    const auto wait = [&](bool all, DWORD limit) {
-        return WaitForMultipleObjects(static_cast<DWORD>(objects.size()), objects.data(), all,
-                                      limit);
-    };
     tell_parent("ready");
     for (std::string line = hear_parent(); line != "end" && !line.empty(); line = hear_parent()) {
         DWORD result = 0;
-        if (line == "announce any" || line == "announce all") tell_parent("waiting");
-        if (line.ends_with("any")) result = wait(false, Prompt::kLimit);
-        if (line.ends_with("all")) result = wait(true, Prompt::kLimit);
-        if (line == "poll") result = wait(false, 0);
+        if (line.starts_with("announce")) tell_parent("waiting");
+        if (line.ends_with("any")) result = objects.wait(false, Prompt::kLimit);
+        if (line.ends_with("all")) result = objects.wait(true, Prompt::kLimit);
+        if (line == "poll") result = objects.wait(false, 0);
         if (line == "set") result = error_if(SetEvent(objects[0]) == FALSE);
         if (line == "release") result = error_if(ReleaseMutex(objects[0]) == FALSE);
         if (line == "post") result = error_if(ReleaseSemaphore(objects[0], 1, nullptr) == FALSE);
@@ -76,7 +71,7 @@ CHILD_ROLE(obey) {
 
 // Such a child, once it has them open.
 struct Servant : ChildProcess {
-    explicit Servant(const std::vector<std::string>& names) : ChildProcess("obey", names) {
+    explicit Servant(const Texts& names) : ChildProcess("obey", names) {
         EXPECT_EQ(read_line(), "ready");
     }
     std::string ask(const std::string& order) {
@@ -90,14 +85,6 @@ struct Servant : ChildProcess {
     }
 };
 
-// Some of them that wait for an object.
-struct WaitingServants : std::vector<std::unique_ptr<Servant>> {
-    WaitingServants(size_t count, const std::string& name) : vector(count) {
-        for (auto& child : *this) child = std::make_unique<Servant>(std::vector{name});
-        for (auto& child : *this) child->start_waiting("any");
-    }
-};
-
 const std::string kTimeOut = std::to_string(WAIT_TIMEOUT);
 const std::string kAbandoned = std::to_string(WAIT_ABANDONED);
 const std::string kNotOwner = std::to_string(ERROR_NOT_OWNER);
@@ -106,9 +93,8 @@ TEST(NamedObjects, TellWhatTheyFind) {
     const std::string name = new_name();
     const Handle first(manual(false, name));
     EXPECT_EQ(GetLastError(), 0U);
-    const Handles others = {automatic(false, name), automatic(false, "Local\\" + name), open(name)};
-    EXPECT_NE(Handle(automatic(false, "Global\\" + name)), nullptr);
-    EXPECT_NE(Handle(automatic(false, name)), nullptr);
+    const Handles others = {automatic(false, "Local\\" + name), automatic(false, "Global\\" + name),
+                            open(name), automatic(false, name)};
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
     SetEvent(others[0]);
     for (HANDLE same : others) {
@@ -126,7 +112,7 @@ TEST(NamedObjects, TellWhatTheyFind) {
     } rows[] = {
         {[&] { return mutex(false, name); }, ERROR_INVALID_HANDLE},
         {[&] { return semaphore(1, 1, name); }, ERROR_INVALID_HANDLE},
-        {[&] { return OpenMutexA(MUTEX_ALL_ACCESS, FALSE, name.c_str()); }, ERROR_INVALID_HANDLE},
+        {[&] { return open_mutex(name); }, ERROR_INVALID_HANDLE},
         {[&] { return OpenSemaphoreA(1, FALSE, name.c_str()); }, ERROR_INVALID_HANDLE},
         {[&] { return open(name + "no"); }, ERROR_FILE_NOT_FOUND},
         {[&] { return open(other_case); }, ERROR_FILE_NOT_FOUND},
@@ -158,33 +144,28 @@ TEST(NamedObjects, LiveAsLongAsAnyProcessHasThemOpen) {
 }
 
 TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
-    const std::string names[] = {new_name(), new_name()};
-    const Handle one(automatic(false, names[0]));
-    const Handle all(manual(false, names[1]));
-    WaitingServants for_one(3, names[0]);
-    WaitingServants for_all(2, names[1]);
-    const Prompt prompt;
-    SetEvent(one);
-    SetEvent(one);
-    Sleep(50);
-    EXPECT_EQ(wait_for(one), DWORD{WAIT_TIMEOUT});  // two children have them
-    SetEvent(one);
-    for (auto& child : for_one) EXPECT_EQ(child->read_line(), "0");
-    for (int i = 0; i < 3; ++i) SetEvent(one);  // which don't add up without a waiter
-    EXPECT_EQ(wait_for(one), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(for_one[0]->ask("poll"), kTimeOut);
-    SetEvent(all);
-    for (auto& child : for_all) EXPECT_EQ(child->read_line(), "0");
-    EXPECT_NE(ResetEvent(all), FALSE);
-    EXPECT_EQ(for_all[0]->ask("poll"), kTimeOut);
+    for (auto kind : {automatic, manual}) {
+        const bool for_all = kind == manual;
+        const Named event(kind);
+        Servant children[] = {Servant({event.name}), Servant({event.name})};
+        for (Servant& child : children) child.start_waiting("any");
+        const Prompt prompt;
+        for (int i = 0; i < (for_all ? 1 : 2); ++i) SetEvent(event);
+        Sleep(50);
+        EXPECT_EQ(wait_for(event), for_all ? WAIT_OBJECT_0 : WAIT_TIMEOUT);  // the children have it
+        for (Servant& child : children) EXPECT_EQ(child.read_line(), "0");
+        for (int i = 0; i < 3; ++i) SetEvent(event);  // which don't add up without a waiter
+        EXPECT_EQ(wait_for(event), DWORD{WAIT_OBJECT_0});
+        if (for_all) ResetEvent(event);
+        EXPECT_EQ(children[0].ask("poll"), kTimeOut);
+    }
 }
 
 TEST(NamedObjects, AMutexIsOneProcessesAtATime) {
-    const std::string name = new_name();
-    const Handle mine(mutex(true, name));
-    const Handle again(mutex(true, name));
+    const Named mine(mutex, true);
+    const Handle again(mutex(true, mine.name));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});  // and so not owned twice
-    Servant child({name});
+    Servant child({mine.name});
     EXPECT_EQ(child.ask("poll"), kTimeOut);
     EXPECT_EQ(child.ask("release"), kNotOwner);
     child.start_waiting("any");
@@ -202,63 +183,48 @@ TEST(NamedObjects, AMutexIsOneProcessesAtATime) {
 }
 
 TEST(NamedObjects, AMutexPassesByATerminatedWaiter) {
-    static HANDLE wanted = nullptr;
-    const Handle mine(mutex(false, new_name()));
-    wanted = mine;
-    wait_for(mine);
-    const auto wait = [](void*) -> DWORD { return wait_for(wanted, Prompt::kLimit); };
-    const Handle first(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
-    Sleep(20);
-    const Handle second(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
-    Sleep(20);
+    const Named mine(mutex, true);
+    const auto wait = [](void* wanted) -> DWORD { return wait_for(wanted, Prompt::kLimit); };
+    Handles waiters;
+    for (int i = 0; i < 2; ++i) {
+        waiters.push_back(CreateThread(nullptr, 0, wait, HANDLE{mine}, 0, nullptr));
+        Sleep(20);
+    }
     const Prompt prompt;
-    TerminateThread(first, 7);
+    TerminateThread(waiters[0], 7);
     ReleaseMutex(mine);
-    EXPECT_EQ(wait_for(second, Prompt::kLimit), DWORD{WAIT_OBJECT_0});
+    EXPECT_EQ(wait_for(waiters[1], Prompt::kLimit), DWORD{WAIT_OBJECT_0});
     DWORD exit_code = 0;
-    GetExitCodeThread(second, &exit_code);
+    GetExitCodeThread(waiters[1], &exit_code);
     EXPECT_TRUE(exit_code == WAIT_OBJECT_0 || exit_code == WAIT_ABANDONED) << exit_code;
 }
 
 TEST(NamedObjects, AMutexIsAbandonedByAProcessThatEndsOrIsKilled) {
-    struct Case {
-        bool killed;
-        const char* how;  // the heir waits, already before
-    };
-    for (const Case& a_case : {Case{false, "any"}, {true, "any"}, {true, "all"}}) {
-        const std::string name = new_name();
-        const std::string other = new_name();
-        const Handle mine(mutex(false, name));
-        const Handle signalled(
-            CreateEventA(nullptr, TRUE, std::string(a_case.how) == "all", other.c_str()));
-        Servant heir({other, name});
-        Servant owner({name});
+    for (const auto& [killed, all] : {std::pair{false, false}, {true, false}, {true, true}}) {
+        const Named mine(mutex);
+        const Named signalled(manual, all);
+        Servant heir({signalled.name, mine.name});  // waits already before
+        Servant owner({mine.name});
         EXPECT_EQ(owner.ask("any"), "0");
-        heir.start_waiting(a_case.how);
+        heir.start_waiting(all ? "all" : "any");
         const Prompt prompt;
-        a_case.killed ? owner.kill() : owner.send_line("end");
-        const bool all = std::string(a_case.how) == "all";
+        killed ? owner.kill() : owner.send_line("end");
         EXPECT_EQ(heir.read_line(), std::to_string(WAIT_ABANDONED + (all ? 0 : 1)));
         heir.kill();
-        EXPECT_EQ(wait_for(mine, 5000), DWORD{WAIT_ABANDONED});
-        EXPECT_NE(ReleaseMutex(mine), FALSE);
-        EXPECT_EQ(wait_for(mine), DWORD{WAIT_OBJECT_0});
-        EXPECT_NE(ReleaseMutex(mine), FALSE);
+        for (DWORD result : {DWORD{WAIT_ABANDONED}, DWORD{WAIT_OBJECT_0}}) {
+            EXPECT_EQ(wait_for(mine, 5000), result);
+            EXPECT_NE(ReleaseMutex(mine), FALSE);
+        }
     }
 }
 
 TEST(NamedObjects, AMutexSurvivesOwnerAndNextWaiterKilledTogether) {
     for (int round = 0; round < 6; ++round) {
-        const std::string name = new_name();
-        const std::string other = new_name();
-        const Handle mine(mutex(false, name));
-        const Handle also(mutex(false, other));
-        Servant owner({name});
-        Servant busy({other});
+        const Named mine(mutex);
+        const Named other(mutex, true);
+        Servant owner({mine.name});
         EXPECT_EQ(owner.ask("any"), "0");
-        EXPECT_EQ(busy.ask("any"), "0");
-        const std::vector<std::string> wanted =
-            round % 2 == 0 ? std::vector{name} : std::vector{name, other};
+        const Texts wanted = round % 2 == 0 ? Texts{mine.name} : Texts{mine.name, other.name};
         Servant next(wanted);
         Servant last(wanted);
         next.start_waiting("any");
@@ -266,7 +232,7 @@ TEST(NamedObjects, AMutexSurvivesOwnerAndNextWaiterKilledTogether) {
         const Prompt prompt;
         owner.kill();
         next.kill();
-        EXPECT_EQ(last.read_line(), std::to_string(WAIT_ABANDONED)) << round;
+        EXPECT_EQ(last.read_line(), kAbandoned) << round;
     }
 }
 
@@ -284,14 +250,14 @@ class MixedWaits : public testing::TestWithParam<bool> {
 };
 
 TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
-    const std::string names[] = {new_name(), new_name(), new_name()};
-    const Handle named(automatic(false, names[0]));
-    const Handle counted(semaphore(0, 5, names[1]));
-    const Handle owned(mutex(false, names[2]));
+    const Named named(automatic);
+    const Named owned(mutex);
+    const std::string counter = new_name();
+    const Handle counted(semaphore(0, 5, counter));
     const Handle unnamed(automatic());
-    Servant setter({names[0]});
-    Servant poster({names[1]});
-    Servant owner({names[2]});
+    Servant setter({named.name});
+    Servant poster({counter});
+    Servant owner({owned.name});
     EXPECT_EQ(owner.ask("any"), "0");
     const HANDLE handles[] = {named, counted, owned, unnamed};
     const std::function<void()> causes[] = {[&] { setter.ask("set"); }, [&] { poster.ask("post"); },
@@ -311,7 +277,7 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
         }
         const auto begin = steady_clock::now();
         EXPECT_EQ(WaitForMultipleObjects(4, handles, i == 2, 20), DWORD{WAIT_TIMEOUT}) << i;
-        EXPECT_GE(steady_clock::now() - begin, std::chrono::milliseconds(19));
+        EXPECT_GE(steady_clock::now() - begin, milliseconds(19));
     }
     const Prompt prompt;
     owner.kill();
@@ -320,12 +286,11 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
 }
 
 TEST_P(MixedWaits, ForAllTakeNothingWhileOneIsMissing) {
-    const std::string names[] = {new_name(), new_name()};
-    const Handle named(automatic(false, names[0]));
-    const Handle owned(mutex(false, names[1]));
+    const Named named(automatic);
+    const Named owned(mutex);
     const Handle unnamed(automatic());
     const HANDLE handles[] = {named, owned, unnamed};
-    Servant child({names[0]});
+    Servant child({named.name});
     std::atomic<DWORD> result{WAIT_FAILED};
     std::thread waiter([&] {
         result = WaitForMultipleObjects(3, handles, TRUE, Prompt::kLimit);
@@ -352,8 +317,8 @@ TEST_P(MixedWaits, ForAllTakeNothingWhileOneIsMissing) {
 // Who is woken for the second object and then takes the first leaves the second to others.
 TEST_P(MixedWaits, PassOnASignalTheyWereWokenForButDidNotTake) {
     for (int round = 0; round < 3; ++round) {
-        const Handle first(automatic(false, new_name()));
-        const Handle second(automatic(false, new_name()));
+        const Named first(automatic);
+        const Named second(automatic);
         const HANDLE both[] = {first, second};
         DWORD result_for_both = WAIT_FAILED;
         DWORD result_for_second = WAIT_FAILED;
@@ -391,53 +356,46 @@ bool be_alone(HANDLE inside, bool first) {
     return alone;
 }
 
-// Take the mutex for ever, each time alone; 1 when not alone, 2 when it couldn't be had.
+// Takes the mutex for ever, each time alone, or one that goes away and is made again all the time;
+// 1 when not alone, 2 when it couldn't be had.
 CHILD_ROLE(take_turns) {
-    const HANDLE turn = OpenMutexA(MUTEX_ALL_ACCESS, FALSE, args[0].c_str());
-    const HANDLE inside = OpenEventA(EVENT_ALL_ACCESS, FALSE, args[1].c_str());
-    const HANDLE both[] = {OpenEventA(EVENT_ALL_ACCESS, FALSE, args[2].c_str()), turn};
+    const bool anew = args[3] == "anew";
+    const HANDLE inside = open(args[1]);
+    HANDLE both[] = {open(args[2]), open_mutex(args[0])};
+    HANDLE& turn = both[1];
     tell_parent("started");
     for (int round = 0;; ++round) {
-        const DWORD result = round % 2 == 0 ? wait_for(turn, INFINITE)
-                                            : WaitForMultipleObjects(2, both, FALSE, INFINITE) - 1;
+        if (anew) turn = CreateMutexA(nullptr, TRUE, (args[0] + "x").c_str());
+        const bool made = anew && GetLastError() != ERROR_ALREADY_EXISTS;
+        DWORD result = WAIT_OBJECT_0;
+        if (!made) {
+            result = round % 2 == 0 ? wait_for(turn, 10000)
+                                    : WaitForMultipleObjects(2, both, FALSE, 10000) - 1;
+        }
         if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) return 2;
-        if (!be_alone(inside, result == WAIT_ABANDONED)) return 1;
-        ReleaseMutex(turn);
-    }
-}
-
-// The same with a mutex that goes away and is made again all the time.
-CHILD_ROLE(make_anew) {
-    const HANDLE inside = OpenEventA(EVENT_ALL_ACCESS, FALSE, args[1].c_str());
-    tell_parent("started");
-    for (;;) {
-        const HANDLE turn = CreateMutexA(nullptr, TRUE, (args[0] + "x").c_str());
-        const bool made = GetLastError() != ERROR_ALREADY_EXISTS;
-        const DWORD result = made ? WAIT_OBJECT_0 : wait_for(turn, 10000);
-        if (turn == nullptr || (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)) return 2;
         if (!be_alone(inside, made || result == WAIT_ABANDONED)) return 1;
         ReleaseMutex(turn);
-        CloseHandle(turn);
+        if (anew) CloseHandle(turn);
     }
 }
 
 class Killing : public testing::TestWithParam<const char*> {};
 
 TEST_P(Killing, AtAnyMomentLetsNobodyHang) {
-    const std::vector<std::string> names = {new_name(), new_name(), new_name()};
-    const Handle turn(mutex(false, names[0]));
-    const Handle inside(manual(false, names[1]));
-    const Handle never(automatic(false, names[2]));
+    const Named turn(mutex);
+    const Named inside(manual);
+    const Named never(automatic);
     std::minstd_rand random(1);
     std::array<std::unique_ptr<ChildProcess>, 3> children;
-    const auto limit = steady_clock::now() + std::chrono::milliseconds(1300);
+    const auto limit = steady_clock::now() + milliseconds(1300);
     for (unsigned round = 0; steady_clock::now() < limit; ++round) {
         auto& child = children[round % children.size()];
         if (child != nullptr) {
             child->kill();
             ASSERT_EQ(child->wait(), -1) << "1: two had the mutex, 2: it was not to be had";
         }
-        child = std::make_unique<ChildProcess>(GetParam(), names);
+        child = std::make_unique<ChildProcess>(
+            "take_turns", Texts{turn.name, inside.name, never.name, GetParam()});
         ASSERT_EQ(child->read_line(), "started");
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
         const DWORD result = wait_for(turn, 10000);
@@ -447,6 +405,6 @@ TEST_P(Killing, AtAnyMomentLetsNobodyHang) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Roles, Killing, testing::Values("take_turns", "make_anew"));
+INSTANTIATE_TEST_SUITE_P(OfOne, Killing, testing::Values("lasting", "anew"));
 
 }  // namespace

@@ -1,39 +1,10 @@
 // What nearly every test needs.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <cerrno>
-#include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <random>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <tuple>
-#include <utility>
-#include <vector>
-
 #include "moltelib.h"
-#include "support/child_process.h"
+#include "support/common.h"
 #include "support/error_of.h"
 #include "support/installation.h"
-#include "support/temp_folder.h"
-
-namespace fs = std::filesystem;
-using std::tuple;
-using std::string_literals::operator""s;
-using Text = const char*;
-using Texts = std::vector<std::string>;
 
 // The error of the last call as error_of_this_thread gives it, empty without one; cleared for the
 // next.
@@ -50,16 +21,6 @@ using Ints = std::vector<int32_t>;
 template <typename Record>
 std::string bytes_of(const Record& record) {
     return {reinterpret_cast<const char*>(&record), sizeof record};
-}
-
-// The names in a folder, in order.
-inline Texts names_in(const fs::path& folder) {
-    Texts names;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 // The error that a call left whose result says that it failed, as error_of_this_thread gives it.
