@@ -11,17 +11,15 @@ struct Event {
 };
 
 int64_t milliseconds_of(const auto& action) {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = steady_clock::now();
     action();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                                 start)
-        .count();
+    return std::chrono::duration_cast<milliseconds>(steady_clock::now() - start).count();
 }
 
 // A name of this run's own, so that other runs of the test don't meet it.
 std::string unique_name(const char* what) {
     return std::string("moltelib-test-") + what + "-" +
-           std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
+           std::to_string(steady_clock::now().time_since_epoch().count());
 }
 
 uint32_t set_after_a_while(void* event) {

@@ -4,10 +4,6 @@
 #include <windows.h>
 #endif
 
-#include "moltelib.h"
-#include "support/error_of.h"
-#include "support/temp_folder.h"
-
 namespace {
 
 constexpr char kStart[] = "\r\n-------------------START ERROR DESCRIPTION----------------\r\n";

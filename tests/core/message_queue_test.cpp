@@ -79,10 +79,10 @@ TEST_F(MessageQueue, WaitingReadersGetAllAndStopAtOnce) {
     for (auto& writer : writers) writer.join();
     while (taken_ < 2 * kMessages) std::this_thread::yield();
     EXPECT_EQ(sum_, 2 * (kMessages / 50) * (51 * 50 / 2));
-    const auto before = std::chrono::steady_clock::now();
+    const auto before = steady_clock::now();
     EXPECT_EQ(OTXTHOOK_MSGQUELIST_StopShow(&queue_), 1);
     join();
-    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
+    EXPECT_LT(steady_clock::now() - before, milliseconds(900));
     EXPECT_EQ(add("late"), 0);
 }
 

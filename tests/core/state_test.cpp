@@ -9,10 +9,6 @@
 #include <unistd.h>
 #endif
 
-#include "moltelib.h"
-#include "support/child_process.h"
-#include "support/error_of.h"
-
 namespace {
 
 class State : public testing::Test {
@@ -35,10 +31,10 @@ TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
               (std::vector<int32_t>{8, 0, 4, 16}));
     EXPECT_EQ(g_stBv.nPrintErrorMask, 8200U);
     EXPECT_EQ(g_stBv.nListenBacklogCnt, 64);  // as its parameter says
-    const std::filesystem::path program(g_stBv.szAppName);
+    const fs::path program(g_stBv.szAppName);
     EXPECT_EQ(program.filename().string(), g_stBv.szAppShortName);
     EXPECT_EQ(program.stem(), "state_test");
-    EXPECT_EQ(g_stBv.nAppFileSize, static_cast<int32_t>(std::filesystem::file_size(program)));
+    EXPECT_EQ(g_stBv.nAppFileSize, static_cast<int32_t>(fs::file_size(program)));
     g_stBv.nPrintInfoMask = 5;
     EXPECT_EQ(ORVEX_BASE_InitVar(), 0);
     EXPECT_EQ(g_stBv.nPrintInfoMask, 5U);  // the second call changes nothing

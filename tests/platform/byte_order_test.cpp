@@ -1,8 +1,5 @@
 #include "platform/byte_order.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "support/common.h"
 
 TEST(ByteOrder, VectorAndPlainAgree) {
     for (size_t count = 0; count <= 40; ++count) {

@@ -1,12 +1,5 @@
 #include "platform/code_page.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <set>
-#include <string>
-#include <tuple>
-#include <utility>
+#include "support/common.h"
 
 namespace {
 

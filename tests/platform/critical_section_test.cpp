@@ -1,9 +1,5 @@
 #include "platform/critical_section.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
+#include "support/common.h"
 
 TEST(CriticalSection, IsOneThreadsUntilItLeftAsOftenAsItEntered) {
     CRITICAL_SECTION section{};

@@ -1,15 +1,8 @@
 // Record locks between descriptors and between processes.
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <chrono>
-#include <string>
-#include <thread>
 
 #include "platform/files.h"
 #include "platform/last_error.h"
-#include "support/child_process.h"
-#include "support/temp_folder.h"
+#include "support/common.h"
 
 namespace {
 
@@ -82,19 +75,19 @@ TEST(FileLock, WaitsTenTriesForItsTurn) {
     ASSERT_EQ(child.read_line(), "locked");
     const Descriptor own(name);
     ASSERT_EQ(own.lock(_LK_NBLCK, 1), 0);
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = steady_clock::now();
     std::thread hopeless([&name] {
         EXPECT_EQ(Descriptor(name).lock(_LK_RLCK, 1), -1);
         EXPECT_EQ(errno, EDEADLK);
     });
     std::thread release([&child] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        std::this_thread::sleep_for(milliseconds(50));
         child.send_line("go");
     });
     EXPECT_EQ(own.lock(_LK_LOCK), 0);
     release.join();
     hopeless.join();
-    const auto waited = std::chrono::steady_clock::now() - start;
+    const auto waited = steady_clock::now() - start;
     EXPECT_TRUE(waited >= std::chrono::seconds(9) && waited < std::chrono::seconds(12));
 #endif
 }

@@ -1,15 +1,8 @@
 // Files by descriptor and by name.
 #include "platform/files.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
+#include "support/common.h"
 #include "support/error_if.h"
-#include "support/temp_folder.h"
 #include "support/unprivileged.h"
 
 #if !defined(_WIN32)
@@ -20,8 +13,6 @@
 #endif
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kRead = 32768;
 constexpr int kUpdate = 32770;

@@ -1,19 +1,12 @@
 // Walking folders.
 #include "platform/find.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <set>
-#include <string>
-
 #include "platform/code_page.h"
+#include "support/common.h"
 #include "support/error_if.h"
-#include "support/temp_folder.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 // The names that a pattern finds, in order, and the last error behind the last one.
 std::string find_all(const std::string& pattern) {
     std::set<std::string> names;

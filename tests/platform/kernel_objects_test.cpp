@@ -1,50 +1,45 @@
 // Objects without a name: handles, what each kind of object does, and waits.
 #include "platform/kernel_objects.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <thread>
-#include <vector>
-
 #include "platform/threads.h"
+#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
 
 namespace {
-
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 // Long enough for a thread to have gone to sleep; nothing fails when it wasn't.
 void let_others_sleep() {
     std::this_thread::sleep_for(milliseconds(30));
 }
 
-DWORD return_at_once(void*) {
-    return 0;
+// What a wait of another thread that doesn't wait gives.
+DWORD polled_by_another(HANDLE object) {
+    DWORD result = WAIT_FAILED;
+    std::thread([&] { result = wait_for(object); }).join();
+    return result;
 }
 
 // Each call that takes one kind of object only, with what isn't of that kind.
 void expect_refused(HANDLE handle, int kind = -1) {
     DWORD exit_code = 0;
-    LONG previous = 0;
-    const auto refused = [&](int right_kind, auto call) {
-        if (kind == right_kind) return;
-        EXPECT_EQ(error_if(!call()), DWORD{ERROR_INVALID_HANDLE}) << kind << " " << right_kind;
-    };
-    refused(0, [&] { return SetEvent(handle); });
-    refused(0, [&] { return ResetEvent(handle); });
-    refused(1, [&] { return ReleaseMutex(handle); });
-    refused(2, [&] { return ReleaseSemaphore(handle, 1, &previous); });
-    refused(3, [&] { return TerminateThread(handle, 1); });
-    refused(3, [&] { return GetExitCodeThread(handle, &exit_code); });
+    const tuple<int, const char*, std::function<BOOL()>> calls[] = {
+        {0, "SetEvent", [&] { return SetEvent(handle); }},
+        {0, "ResetEvent", [&] { return ResetEvent(handle); }},
+        {1, "ReleaseMutex", [&] { return ReleaseMutex(handle); }},
+        {2, "ReleaseSemaphore", [&] { return ReleaseSemaphore(handle, 1, nullptr); }},
+        {3, "TerminateThread", [&] { return TerminateThread(handle, 1); }},
+        {3, "GetExitCodeThread", [&] { return GetExitCodeThread(handle, &exit_code); }}};
+    for (const auto& [right_kind, name, call] : calls) {
+        if (kind == right_kind) continue;
+        EXPECT_EQ(error_if(!call()), DWORD{ERROR_INVALID_HANDLE}) << name << " " << kind;
+    }
 }
 
 TEST(Handles, OfAnotherKindOrOfNothingAreRefused) {
+    const auto nothing = [](void*) -> DWORD { return 0; };
     const Handles objects = {automatic(true), mutex(), semaphore(0, 1),
-                             CreateThread(nullptr, 0, return_at_once, nullptr, 0, nullptr)};
+                             CreateThread(nullptr, 0, nothing, nullptr, 0, nullptr)};
     for (int kind = 0; kind < 4; ++kind) expect_refused(objects[static_cast<size_t>(kind)], kind);
     const HANDLE closed = automatic(true);
     ASSERT_NE(CloseHandle(closed), FALSE);
@@ -69,21 +64,19 @@ TEST(Handles, OfAnotherKindOrOfNothingAreRefused) {
 
 TEST(Handles, AreGivenAndClosedByManyThreadsAtOnce) {
     std::atomic<int> faults{0};
-    const auto use = [&] {
+    in_threads(3, [&](int) {
         for (int round = 0; round < 300; ++round) {
             const HANDLE mine = automatic();
             const bool used = SetEvent(mine) != FALSE && wait_for(mine) == WAIT_OBJECT_0;
             if (!used || CloseHandle(mine) == FALSE) ++faults;
         }
-    };
-    std::thread threads[] = {std::thread(use), std::thread(use), std::thread(use)};
-    for (auto& thread : threads) thread.join();
+    });
     EXPECT_EQ(faults, 0);
 }
 
 TEST(Events, AnAutomaticOneKeepsOneSignalAndAManualOneStays) {
     SetLastError(5);
-    const Handles events = {automatic(), CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+    const Handles events = {CreateEventA(nullptr, FALSE, FALSE, nullptr), manual()};
     EXPECT_EQ(GetLastError(), 0U);  // neither has a name
     for (HANDLE event : events) {
         EXPECT_EQ(wait_for(event), DWORD{WAIT_TIMEOUT});
@@ -100,42 +93,27 @@ TEST(Events, AnAutomaticOneKeepsOneSignalAndAManualOneStays) {
     }
 }
 
-// Some threads that each wait once for the same object.
-class WaitingThreads {
- public:
-    WaitingThreads(int count, HANDLE object, DWORD limit) {
-        for (int i = 0; i < count; ++i) {
-            threads_.emplace_back([this, object, limit] {
-                ++started_;
-                if (wait_for(object, limit) == WAIT_OBJECT_0) ++released_;
-            });
-        }
-        while (started_ < count) std::this_thread::yield();
-        if (limit > 0) let_others_sleep();
-    }
-    int released_after_all_ended() {
-        for (auto& thread : threads_) thread.join();
-        threads_.clear();
-        return released_;
-    }
-
- private:
-    std::atomic<int> started_{0};
-    std::atomic<int> released_{0};
-    std::vector<std::thread> threads_;
-};
-
 TEST(Signals, ReleaseAsManyAsWereGivenEvenAtOnce) {
     const Handles objects = {automatic(), semaphore(0, 1), manual()};
     for (size_t i = 0; i < objects.size(); ++i) {
-        WaitingThreads threads(4, objects[i], i == 2 ? 5000 : 250);
+        const bool for_all = i == 2;
+        std::atomic<int> started{0};
+        std::atomic<int> released{0};
+        std::thread waiters([&] {
+            in_threads(4, [&](int) {
+                ++started;
+                if (wait_for(objects[i], for_all ? 5000 : 250) == WAIT_OBJECT_0) ++released;
+            });
+        });
+        while (started < 4) std::this_thread::yield();
+        let_others_sleep();
         for (int signal = 0; signal < 3; ++signal) {
-            const BOOL given =
-                i == 1 ? ReleaseSemaphore(objects[i], 1, nullptr) : SetEvent(objects[i]);
-            EXPECT_NE(given, FALSE);
+            EXPECT_NE(i == 1 ? ReleaseSemaphore(objects[i], 1, nullptr) : SetEvent(objects[i]),
+                      FALSE);
         }
-        if (i == 2) ResetEvent(objects[i]);  // all who waited pass nevertheless
-        EXPECT_EQ(threads.released_after_all_ended(), i == 2 ? 4 : 3);
+        if (for_all) ResetEvent(objects[i]);  // all who waited pass nevertheless
+        waiters.join();
+        EXPECT_EQ(released, for_all ? 4 : 3);
         EXPECT_EQ(wait_for(objects[i]), DWORD{WAIT_TIMEOUT});
     }
 }
@@ -144,10 +122,10 @@ TEST(Mutexes, TheOwnerTakesItAgainAndReleasesAsOften) {
     const Handle object(mutex(true));
     EXPECT_EQ(wait_for(object), DWORD{WAIT_OBJECT_0});
     for (int held = 2; held > 0; --held) {
-        DWORD error = 0;
-        std::thread([&] { error = error_if(ReleaseMutex(object) == FALSE); }).join();
-        EXPECT_EQ(error, DWORD{ERROR_NOT_OWNER});
-        EXPECT_EQ(WaitingThreads(1, object, 0).released_after_all_ended(), 0);
+        std::thread([&] {
+            EXPECT_EQ(error_if(ReleaseMutex(object) == FALSE), DWORD{ERROR_NOT_OWNER});
+        }).join();
+        EXPECT_EQ(polled_by_another(object), DWORD{WAIT_TIMEOUT});
         EXPECT_NE(ReleaseMutex(object), FALSE);
     }
     EXPECT_EQ(error_if(ReleaseMutex(object) == FALSE), DWORD{ERROR_NOT_OWNER});
@@ -171,7 +149,7 @@ TEST(Mutexes, OneWhoseOwnerEndedIsAbandonedOnce) {
                   DWORD{WAIT_ABANDONED});
         if (waiting) owner.join();
         EXPECT_NE(ReleaseMutex(objects[1]), FALSE);
-        EXPECT_EQ(WaitingThreads(1, objects[1], 0).released_after_all_ended(), 1);
+        EXPECT_EQ(polled_by_another(objects[1]), DWORD{WAIT_OBJECT_0});
     }
 }
 
@@ -245,48 +223,31 @@ TEST(Waits, TakeAtMost64Objects) {
     EXPECT_EQ(wait(64, true), DWORD{WAIT_OBJECT_0});
 }
 
-TEST(Waits, ForAllSleepUntilTheLastIsThere) {
-    const Handles objects = {automatic(), mutex(), semaphore(0, 1), manual()};
-    std::atomic<DWORD> result{WAIT_FAILED};
-    std::thread waiter([&] {
-        result = objects.wait(true, 5000);
-        ReleaseMutex(objects[1]);
-    });
-    SetEvent(objects[0]);
-    ReleaseSemaphore(objects[2], 1, nullptr);
-    let_others_sleep();
-    EXPECT_EQ(wait_for(objects[1]), DWORD{WAIT_OBJECT_0});  // still free
-    EXPECT_EQ(wait_for(objects[0]), DWORD{WAIT_OBJECT_0});  // still signalled
-    SetEvent(objects[3]);
-    SetEvent(objects[0]);
-    let_others_sleep();
-    EXPECT_EQ(result, DWORD{WAIT_FAILED});
-    ReleaseMutex(objects[1]);
-    waiter.join();
-    EXPECT_EQ(result, DWORD{WAIT_OBJECT_0});
-    for (size_t i : {0U, 2U}) EXPECT_EQ(wait_for(objects[i]), DWORD{WAIT_TIMEOUT});
-}
-
 TEST(Waits, NoSignalIsLostOrTakenTwice) {
     const Handles objects = {semaphore(0, 0x7FFFFFFF), semaphore(0, 0x7FFFFFFF)};
     std::atomic<int> taken{0};
+    std::atomic<int> given{0};
     std::atomic<int> working{4};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&, all = i < 2] {
-            for (int round = 0; round < 250; ++round) {
-                if (objects.wait(all, 10000) <= WAIT_OBJECT_0 + 1) taken += all ? 2 : 1;
+    in_threads(5, [&](int i) {
+        if (i == 4) {
+            for (; working > 0; ++given) {
+                ReleaseSemaphore(objects[static_cast<size_t>(given) % 2], 1, nullptr);
             }
-            --working;
-        });
-    }
-    int given = 0;
-    for (; working > 0; ++given) ReleaseSemaphore(objects[given % 2], 1, nullptr);
-    for (auto& thread : threads) thread.join();
-    LONG left[2] = {};
-    for (size_t i = 0; i < 2; ++i) ReleaseSemaphore(objects[i], 0, &left[i]);
+            return;
+        }
+        const bool all = i < 2;
+        for (int round = 0; round < 250; ++round) {
+            if (objects.wait(all, 10000) <= WAIT_OBJECT_0 + 1) taken += all ? 2 : 1;
+        }
+        --working;
+    });
     EXPECT_EQ(taken, 2 * 250 * 2 + 2 * 250);
-    EXPECT_EQ(given, taken + left[0] + left[1]);
+    for (HANDLE object : objects) {
+        LONG left = 0;
+        ReleaseSemaphore(object, 0, &left);
+        given -= left;
+    }
+    EXPECT_EQ(given, taken);
 }
 
 }  // namespace

@@ -1,12 +1,6 @@
 #include "platform/last_error.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cerrno>
-#include <string>
-#include <thread>
-
+#include "support/common.h"
 #include "support/error_if.h"
 
 namespace {

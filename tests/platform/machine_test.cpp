@@ -4,16 +4,14 @@
 #include "platform/machine.h"
 
 #include <grp.h>
-#include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <numeric>
-#include <thread>
-#include <vector>
 
 #include "platform/processes.h"
+#include "support/common.h"
 
 namespace {
 

@@ -1,22 +1,13 @@
 // The files that stand for named objects, where there are such files.
 #if !defined(_WIN32)
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <string>
-
-#include "support/child_process.h"
+#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
-#include "support/temp_folder.h"
 #include "support/unprivileged.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // The first bytes of an event's file: mark, version, type, length; then its state.
 const std::string kHead = std::string("KOBJECT\n\1\0\0\0\1\0\0\0\x40\0\0\0\0\0\0\0", 24);

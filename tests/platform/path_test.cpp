@@ -1,18 +1,11 @@
 // How names of files are spelled.
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <string>
 
 #include "platform/code_page.h"
 #include "platform/files.h"
 #include "platform/last_error.h"
-#include "support/temp_folder.h"
+#include "support/common.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kNew = 33538;
 

@@ -1,22 +1,11 @@
 // Machine-wide values.
 #include "platform/registry.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <thread>
-
-#include "support/child_process.h"
+#include "support/common.h"
 #include "support/error_if.h"
-#include "support/temp_folder.h"
 #include "support/unprivileged.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 const char* const kProcessor = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
 

@@ -1,15 +1,7 @@
 // Streams: text and bytes, appending from several processes.
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "platform/files.h"
-#include "support/child_process.h"
-#include "support/temp_folder.h"
+#include "support/common.h"
 
 namespace {
 
@@ -45,7 +37,7 @@ TEST(Stream, TextIsReadWithPlainLineEnds) {
         const std::string name = folder.write("f", stored);
         for (const size_t piece : {1, 7, 100'000}) {
             for (const wchar_t* mode : {L"rt", L"r", L"r+t", L"a+t", L"rb"}) {
-                const std::wstring wide = std::filesystem::path(name).wstring();
+                const std::wstring wide = fs::path(name).wstring();
                 FILE* stream = platform::open_stream_wide(wide.c_str(), mode);
                 ASSERT_NE(stream, nullptr);
                 EXPECT_EQ(_filelengthi64(_fileno(stream)), static_cast<int64_t>(stored.size()));

@@ -1,13 +1,6 @@
 #include "platform/system.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <string>
-
-#include "support/child_process.h"
+#include "support/common.h"
 #include "support/error_if.h"
 
 namespace {
@@ -32,7 +25,7 @@ TEST(System, TheFirstModuleIsTheProgram) {
     char path[1024];
     const DWORD length = GetModuleFileNameExA(GetCurrentProcess(), module, path, sizeof path);
     EXPECT_EQ(length, std::strlen(path));
-    EXPECT_EQ(std::filesystem::path(path).stem(), "system_test");
+    EXPECT_EQ(fs::path(path).stem(), "system_test");
 
     char small[8];
     EXPECT_EQ(GetModuleFileNameExA(GetCurrentProcess(), module, small, 8), 8U);

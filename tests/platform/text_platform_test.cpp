@@ -1,18 +1,11 @@
 #include "platform/text.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 #include <cwchar>
 #include <iterator>
-#include <random>
-#include <string>
-#include <tuple>
-#include <utility>
 
 #include "platform/code_page.h"
+#include "support/common.h"
 
 namespace {
 

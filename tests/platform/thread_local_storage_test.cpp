@@ -1,10 +1,6 @@
 #include "platform/thread_local_storage.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
-#include <thread>
-
+#include "support/common.h"
 #include "support/error_if.h"
 
 namespace {

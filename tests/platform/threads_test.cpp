@@ -1,9 +1,6 @@
 #include "platform/threads.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-
+#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
 

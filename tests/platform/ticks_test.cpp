@@ -1,11 +1,7 @@
 #include "platform/ticks.h"
+#include "support/common.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <cstdint>
 
 namespace {
 
@@ -18,13 +14,13 @@ double counted_seconds() {
 }
 
 TEST(Ticks, TheCountersAgreeWithTheTimeASleepTakes) {
-    const auto begin = std::chrono::steady_clock::now();
+    const auto begin = steady_clock::now();
     const double counted_begin = counted_seconds();
     const DWORD tick_begin = GetTickCount();
     Sleep(60);
     const DWORD ticked = GetTickCount() - tick_begin;
     const double counted = counted_seconds() - counted_begin;
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+    const std::chrono::duration<double> passed = steady_clock::now() - begin;
     EXPECT_GE(counted, 0.059);
     EXPECT_LE(counted, passed.count() + 0.001);
     EXPECT_GE(ticked, 60U - 17U);  // the step of GetTickCount on Windows is up to 16

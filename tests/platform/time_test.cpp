@@ -1,10 +1,5 @@
 #include "platform/time.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <string>
-#include <thread>
+#include "support/common.h"
 
 namespace {
 
@@ -59,7 +54,7 @@ TEST(Time, ValuesOutsideTheCalendarAreRefused) {
 
 TEST(Time, TheClockCountsWallTimeInMilliseconds) {
     const long before = platform::clock();
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));  // uses no processor time
+    std::this_thread::sleep_for(milliseconds(30));  // uses no processor time
     const long passed = platform::clock() - before;
     EXPECT_GE(passed, 25);
     EXPECT_LT(passed, 5000);
