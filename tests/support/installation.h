@@ -42,12 +42,7 @@ class Installation {
     [[nodiscard]] std::string str() const { return root_.str(); }
     [[nodiscard]] std::filesystem::path log_folder() const { return root_.path() / "LOG"; }
     [[nodiscard]] std::filesystem::path log_file() const { return log_folder() / "errlog.txt"; }
-    // The text of the log, with line ends as a C program sees them.
-    [[nodiscard]] std::string log() const {
-        std::string text = read_bytes(log_file());
-        std::erase(text, '\r');
-        return text;
-    }
+    [[nodiscard]] std::string log() const { return read_text(log_file()); }
 
  private:
     TempFolder root_;

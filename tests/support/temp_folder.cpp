@@ -43,3 +43,9 @@ std::string read_bytes(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
+
+std::string read_text(const fs::path& file) {
+    std::string text = read_bytes(file);
+    std::erase(text, '\r');
+    return text;
+}

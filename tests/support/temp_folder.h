@@ -25,3 +25,5 @@ class TempFolder {
 
 // The bytes of a file as they stand; empty when it can't be read.
 std::string read_bytes(const std::filesystem::path& file);
+// The same of a text, with line ends as a C program sees them.
+std::string read_text(const std::filesystem::path& file);

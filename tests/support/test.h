@@ -52,3 +52,6 @@ inline std::string told(int64_t result) {
     ORVEX_Err_ClearError();
     return text;
 }
+inline std::string told(const void* result) {
+    return told(result == nullptr ? -1 : 1);
+}
