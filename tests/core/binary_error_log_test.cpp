@@ -83,8 +83,7 @@ TEST_F(BinaryLog, ANewFileByteForByte) {
     EXPECT_EQ(BERRLOG_IsValidFileMap(&map), 1);
     map.stHead.szMagic[15] = 'x';
     EXPECT_EQ(BERRLOG_IsValidFileHead(&map.stHead), 0);
-    EXPECT_EQ(error_of_this_thread(), "298 oxerrlog");
-    EXPECT_EQ(error_line_of_this_thread(), 28);
+    EXPECT_EQ(told(-1), "298 oxerrlog @28");
     constexpr int64_t sizes[][2] = {{-1, 1049600},    {1024, 1049600},  {1025, 263168},
                                     {100000, 263168}, {263168, 263168}, {263169, 271360}};
     for (const auto& [size, bytes] : sizes) {
@@ -100,33 +99,26 @@ TEST_F(BinaryLog, ANewFileByteForByte) {
 TEST_F(BinaryLog, FailuresOfMakingAreTold) {
     const std::string none = folder_ / "none\\b.dat";
     ORVEX_Err_ClearError();
-    EXPECT_EQ(BERRLOG_CreateFile(none.c_str(), 0), -1);
-    const std::string error = error_of_this_thread();
-    EXPECT_NE(error.find(none), std::string::npos);
-    const std::string history = history_of_this_thread();
-    EXPECT_TRUE(history.ends_with(", 71 oxerrlog")) << history;
-    ORVEX_Err_ClearError();
+    const std::string created = told(BERRLOG_CreateFile(none.c_str(), 0));
+    EXPECT_NE(created.find(none), std::string::npos);
+    EXPECT_TRUE(created.ends_with(", 71 oxerrlog")) << created;
     EXPECT_EQ(BERRLOG_AddLog(none.c_str(), "x", 1), 0);
-    EXPECT_EQ(error_of_this_thread(), error);
-    EXPECT_EQ(history_of_this_thread(), history + ", 208 oxerrlog");
+    EXPECT_EQ(told(-1), created + ", 208 oxerrlog");
 }
 
 TEST_F(BinaryLog, EntriesLieOneOverTheOther) {
-    const std::string first(100, 'a');
-    EXPECT_EQ(add(first), 0);
-    std::string bytes = file();
+    const std::string texts[] = {std::string(100, 'a'), std::string(100, 'b')};
+    EXPECT_EQ(add(texts[0]) + add(texts[1]), 0);
+    const std::string bytes = file();
     ASSERT_EQ(bytes.size(), 1049600U);
     // The head went under the zeroed map; 1 is the next sequence number.
     EXPECT_EQ(bytes.substr(0, kMap), std::string(55, '\0') + '\1' + std::string(968, '\0'));
-    const std::string block0 = bytes.substr(kMap, 8192);
-    const std::string time = block0.substr(36, 4);
-    EXPECT_EQ(block0, block(0, 1, std::string("\1\0\0\0", 4) + time + number(100) + number(100),
-                            100, first));
-    EXPECT_EQ(add(std::string(100, 'b')), 0);
-    bytes = file();
-    EXPECT_EQ(bytes.substr(kMap + 12, 4), number(2));
-    EXPECT_EQ(bytes.substr(kMap + 72, 8), number(100) + number(100));
-    EXPECT_EQ(bytes.substr(kMap + 100, 101), std::string(100, 'b') + '\0');
+    const auto entry_at = [&](size_t at) {
+        return "\1\0\0\0"s + bytes.substr(kMap + at + 4, 4) + number(100) + number(100);
+    };
+    std::string expected =
+        block(0, 2, entry_at(32) + std::string(16, '\0') + entry_at(64), 100, texts[1]);
+    EXPECT_EQ(bytes.substr(kMap, 8192), expected);
 }
 
 TEST_F(BinaryLog, AFullBlockBeginsAgain) {
@@ -252,15 +244,11 @@ TEST_F(BinaryLog, ParametersThatAreNone) {
 // Entry count 40 means that nobody took the file of another away.
 CHILD_ROLE(adds_entries) {
     hear_parent();
-    const std::string text(200, 'a');
-    std::vector<std::thread> threads(2);
-    for (auto& thread : threads) {
-        thread = std::thread([&] {
-            for (int i = 0; i < 10; ++i) BERRLOG_AddLog(args[0].c_str(), text.data(), 200);
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    in_threads(2, [&](int) {
+        for (int i = 0; i < 10; ++i)
+            BERRLOG_AddLog(args[0].c_str(), std::string(200, 'a').data(), 200);
+        MOLTE_THDATA_FreeData();
+    });
     return 0;
 }
 

@@ -45,8 +45,8 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     put(56, data.substr(0, 96));
     put(152, "text");
     put(212,
-        "\x01\x02"
-        "caller.cpp");
+        "\x01\x02\x63"
+        "aller.cpp");
     put(492, kTime);
     put(512, std::string(16, 'h') + std::string(64, 'e') + data.substr(96, 48));
     EXPECT_EQ(bytes_of(&record, 0, 640), expected);
@@ -156,16 +156,12 @@ TEST(Error, FirstReportsOfSeveralThreadsFindTheSameIdentity) {
     g_stBv.nKernelBit = 0;
     char host[16];
     ORVEX_GetComputerName(host, sizeof host);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&host] {
-            for (int k = 0; k < 2; ++k) report("other");
-            EXPECT_STREQ(current().szHostName, host);
-            EXPECT_EQ(current().szEnv, "  "s + MOLTE_UTIL_MacroOs() + " 0 0 64");
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    in_threads(4, [&host](int) {
+        for (int k = 0; k < 2; ++k) report("other");
+        EXPECT_STREQ(current().szHostName, host);
+        EXPECT_EQ(current().szEnv, "  "s + MOLTE_UTIL_MacroOs() + " 0 0 64");
+        MOLTE_THDATA_FreeData();
+    });
 }
 
 TEST(Error, TheMonitorSeesTheKeptText) {
@@ -277,12 +273,13 @@ TEST(ErrorPrint, LinesThatDependOnWhatIsThere) {
                              "prog 1.2 os 10 20 64\r\n";
     EXPECT_EQ(printed(record), head + kEnd);
     record.nDataLen = 3;
-    const std::string dump = "                                          a.b\r\n";
-    std::memcpy(record.abyData1, "a\1b", 3);  // no text: the dump alone
-    EXPECT_EQ(printed(record), head + "Error Data Len=3, Data is :\r\n000  61 01 62" + dump + kEnd);
-    std::memcpy(record.abyData1, "a\0b", 3);  // text ends at its first zero byte
-    EXPECT_EQ(printed(record),
-              head + "Error Data Len=3, Data is :\r\n000  61 00 62" + dump + "a\r\n" + kEnd);
+    const std::string rows[][3] = {{"a\1b", "61 01 62", ""},         // no text: the dump alone
+                                   {"a\0b"s, "61 00 62", "a\r\n"}};  // ends at its first zero
+    for (const auto& [data, dump, text] : rows) {
+        std::memcpy(record.abyData1, data.data(), 3);
+        EXPECT_EQ(printed(record), head + "Error Data Len=3, Data is :\r\n000  " + dump +
+                                       std::string(42, ' ') + "a.b\r\n" + text + kEnd);
+    }
     char line[64];
     ORVEX_Err_sPrintSimpleWithOption(line, sizeof line, &record);
     EXPECT_STREQ(line, "RVEX errno=3 : Unknown\r\n");

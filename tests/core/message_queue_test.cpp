@@ -13,10 +13,10 @@ class MessageQueue : public testing::Test {
         return OTXTHOOK_MSGQUELIST_AddMsg(&queue_, mask, data, 77, text.data(),
                                           static_cast<int32_t>(text.size()));
     }
-    // Readers that count what they get until they get nothing.
-    void start_readers(int count) {
-        for (int i = 0; i < count; ++i) {
-            readers_.emplace_back([this] {
+    // Begins to read; joined when the readers got nothing any more.
+    std::thread start_readers(int count) {
+        return std::thread([this, count] {
+            in_threads(count, [this](int) {
                 while (OTXTHOOK_MSGQUENODE* node = OTXTHOOK_MSGQUELIST_GetMsg(&queue_)) {
                     sum_ += node->nLen;
                     OTXTHOOK_MSGQUENODE_Release(&node);
@@ -24,14 +24,9 @@ class MessageQueue : public testing::Test {
                 }
                 MOLTE_THDATA_FreeData();
             });
-        }
-    }
-    void join() {
-        for (auto& reader : readers_) reader.join();
-        readers_.clear();
+        });
     }
     OTXTHOOK_MSGQUELIST queue_;
-    std::vector<std::thread> readers_;
     std::atomic<int> taken_{0};
     std::atomic<int64_t> sum_{0};
 };
@@ -67,34 +62,28 @@ TEST_F(MessageQueue, RefusesWhatIsNoTextOrNoQueue) {
 
 TEST_F(MessageQueue, WaitingReadersGetAllAndStopAtOnce) {
     constexpr int kMessages = 2000;
-    start_readers(4);
-    std::vector<std::thread> writers;
-    for (int i = 0; i < 2; ++i) {
-        writers.emplace_back([this] {
-            for (int n = 1; n <= kMessages; ++n)
-                add(std::string(static_cast<size_t>(n % 50) + 1, 'x'));
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (auto& writer : writers) writer.join();
+    std::thread readers = start_readers(4);
+    in_threads(2, [this](int) {
+        for (int n = 1; n <= kMessages; ++n) add(std::string(static_cast<size_t>(n % 50) + 1, 'x'));
+        MOLTE_THDATA_FreeData();
+    });
     while (taken_ < 2 * kMessages) std::this_thread::yield();
     EXPECT_EQ(sum_, 2 * (kMessages / 50) * (51 * 50 / 2));
     const auto before = steady_clock::now();
     EXPECT_EQ(OTXTHOOK_MSGQUELIST_StopShow(&queue_), 1);
-    join();
+    readers.join();
     EXPECT_LT(steady_clock::now() - before, milliseconds(900));
     EXPECT_EQ(add("late"), 0);
 }
 
 TEST_F(MessageQueue, WhatIsThereIsGivenAfterAStop) {
-    start_readers(2);
+    std::thread readers = start_readers(2);
     std::atomic_ref(g_stBv.bStopAll).store(1);  // the program's stop request
-    join();
+    readers.join();
     std::atomic_ref(g_stBv.bStopAll).store(0);
     EXPECT_EQ(add("one"), 1);
     OTXTHOOK_MSGQUELIST_StopShow(&queue_);
-    start_readers(2);
-    join();
+    start_readers(2).join();
     EXPECT_EQ(taken_, 1);
 }
 

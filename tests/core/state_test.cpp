@@ -27,8 +27,8 @@ class State : public testing::Test {
 TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
     EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
     const PA& list = g_stBv.stLineBufList;
-    EXPECT_EQ((std::vector<int32_t>{list.nItemSize, list.nCount, list.nCapacity, list.nGrowBy}),
-              (std::vector<int32_t>{8, 0, 4, 16}));
+    EXPECT_EQ((Ints{list.nItemSize, list.nCount, list.nCapacity, list.nGrowBy}),
+              (Ints{8, 0, 4, 16}));
     EXPECT_EQ(g_stBv.nPrintErrorMask, 8200U);
     EXPECT_EQ(g_stBv.nListenBacklogCnt, 64);  // as its parameter says
     const fs::path program(g_stBv.szAppName);
@@ -105,20 +105,16 @@ TEST_F(State, AShortNameHas31CharactersAndAGivenNameHasNone) {
 
 TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
     int counted = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&counted] {
-            for (int round = 0; round < 1000; ++round) {
-                EXPECT_EQ(ORVEX_ShortOpLock(), 1);
-                ORVEX_ShortOpLock();  // recursive
-                ++counted;
-                ORVEX_ShortOpUnLock();
-                EXPECT_EQ(ORVEX_ShortOpUnLock(), 1);
-            }
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    in_threads(4, [&counted](int) {
+        for (int round = 0; round < 1000; ++round) {
+            EXPECT_EQ(ORVEX_ShortOpLock(), 1);
+            ORVEX_ShortOpLock();  // recursive
+            ++counted;
+            ORVEX_ShortOpUnLock();
+            EXPECT_EQ(ORVEX_ShortOpUnLock(), 1);
+        }
+        MOLTE_THDATA_FreeData();
+    });
     EXPECT_EQ(counted, 4000);
     EXPECT_EQ(g_stBv.nInitCount, 1);
 }
@@ -126,19 +122,15 @@ TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
 TEST_F(State, CountersCountFromBringUpOn) {
     int64_t* const counters = &g_stBv.n64ReadCount;  // six in a row
     std::fill_n(counters, 6, 0);
-    EXPECT_EQ(MOLTE_COUNTER_ReadInc(10, 3), 0);
-    EXPECT_EQ(MOLTE_COUNTER_WriteInc(10, 3), 0);
+    EXPECT_EQ(MOLTE_COUNTER_ReadInc(10, 3) + MOLTE_COUNTER_WriteInc(10, 3), 0);
     EXPECT_EQ(counters[0] + counters[1], 0);
     ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
-    const auto count = [] {
+    in_threads(2, [](int) {
         for (int i = 0; i < 500; ++i) {
             MOLTE_COUNTER_ReadInc(10, 3);
             MOLTE_COUNTER_WriteInc(INT64_C(0x100000000), 1);
         }
-    };
-    std::thread other(count);
-    count();
-    other.join();
+    });
     EXPECT_EQ(std::vector<int64_t>(counters, counters + 6),
               (std::vector<int64_t>{1000, 1000, 10000, 1000 * INT64_C(0x100000000), 3000, 1000}));
 }

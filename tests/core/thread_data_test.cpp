@@ -58,36 +58,26 @@ TEST_F(ThreadData, ClientDataIsAtMost32Bytes) {
 TEST_F(ThreadData, OnlyTheFirstOfFourItemsIsFoundByName) {
     int a = 0;
     int b = 0;
-    const auto error_and_line = [] {
-        return error_of_this_thread() + " " + std::to_string(error_line_of_this_thread());
-    };
-    EXPECT_EQ(MOLTE_THITEMDAT_GetLast(), nullptr);
-    EXPECT_EQ(error_and_line(), "120 oxthrdat no data for last entry 227");
-    EXPECT_EQ(MOLTE_THITEMDAT_RemoveLast(), -1);
-    EXPECT_EQ(error_and_line(), "120 oxthrdat no data for last entry 193");
-    EXPECT_EQ(MOLTE_THITEMDAT_Add("a", &a), 1);
-    EXPECT_EQ(MOLTE_THITEMDAT_Add("b", &b), 1);
+    EXPECT_EQ(told(MOLTE_THITEMDAT_GetLast()), "120 oxthrdat no data for last entry @227");
+    EXPECT_EQ(told(MOLTE_THITEMDAT_RemoveLast()), "120 oxthrdat no data for last entry @193");
+    EXPECT_EQ(MOLTE_THITEMDAT_Add("a", &a) + MOLTE_THITEMDAT_Add("b", &b), 2);
     EXPECT_EQ(MOLTE_THITEMDAT_Get("a"), &a);
-    EXPECT_EQ(MOLTE_THITEMDAT_Get("b"), nullptr);
-    EXPECT_EQ(error_and_line(), "120 oxthrdat data with name b not found 215");
+    EXPECT_EQ(told(MOLTE_THITEMDAT_Get("b")), "120 oxthrdat data with name b not found @215");
     EXPECT_EQ(MOLTE_THITEMDAT_GetLast(), &b);
     EXPECT_EQ(MOLTE_THITEMDAT_GetByIndex(1), &b);
-    for (const int32_t index : {2, -1}) {
-        EXPECT_EQ(MOLTE_THITEMDAT_GetByIndex(index), nullptr);
-        EXPECT_EQ(error_and_line(),
-                  "120 oxthrdat no data for index=" + std::to_string(index) + " 241");
-    }
+    EXPECT_EQ(told(MOLTE_THITEMDAT_GetByIndex(2)), "120 oxthrdat no data for index=2 @241");
+    EXPECT_EQ(told(MOLTE_THITEMDAT_GetByIndex(-1)), "120 oxthrdat no data for index=-1 @241");
     EXPECT_EQ(MOLTE_THITEMDAT_Remove("b"), 0);
     EXPECT_EQ(MOLTE_THITEMDAT_Remove("a"), 1);  // the others move up
     EXPECT_EQ(MOLTE_THITEMDAT_Get("b"), &b);
 
     const std::string longest(23, 'n');
-    EXPECT_EQ(MOLTE_THITEMDAT_Add((longest + "n").c_str(), nullptr), -1);
-    EXPECT_EQ(error_and_line(), "124 oxthrdat Name n" + longest + " too long 152");
+    EXPECT_EQ(told(MOLTE_THITEMDAT_Add((longest + "n").c_str(), nullptr)),
+              "124 oxthrdat Name n" + longest + " too long @152");
     EXPECT_EQ(MOLTE_THITEMDAT_Add(nullptr, nullptr), -1);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(MOLTE_THITEMDAT_Add(longest.c_str(), &a), 1);
-    EXPECT_EQ(MOLTE_THITEMDAT_Add("fifth", nullptr), -1);
-    EXPECT_EQ(error_and_line(), "117 oxthrdat No more space to hold more entries : fifth 146");
+    EXPECT_EQ(told(MOLTE_THITEMDAT_Add("fifth", nullptr)),
+              "117 oxthrdat No more space to hold more entries : fifth @146");
     EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].szName, longest);
     EXPECT_EQ(MOLTE_THITEMDAT_RemoveLast(), 1);
     EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].pData, nullptr);
