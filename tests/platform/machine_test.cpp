@@ -12,26 +12,24 @@
 
 #include "platform/processes.h"
 #include "support/common.h"
+#include "support/error_if.h"
 
 namespace {
 
 TEST(Machine, FileSystemsByTheirMount) {
-    const struct {
-        const char* folder;
-        const char* name;
-    } cases[] = {{"/proc", "proc"}, {"/sys/", "sysfs"}, {"\\proc\\self", "proc"}};
-    for (const auto& c : cases) {
-        char name[8];
-        EXPECT_TRUE(
-            GetVolumeInformationA(c.folder, nullptr, 0, nullptr, nullptr, nullptr, name, 8));
-        EXPECT_STREQ(name, c.name);
+    char name[8];
+    for (const auto& [folder, type] :
+         {tuple{"/proc", "proc"}, {"/sys/", "sysfs"}, {"\\proc\\self", "proc"}}) {
+        EXPECT_TRUE(GetVolumeInformationA(folder, nullptr, 0, nullptr, nullptr, nullptr, name, 8));
+        EXPECT_STREQ(name, type);
     }
-    char small[5];
-    EXPECT_TRUE(GetVolumeInformationA("/proc", nullptr, 0, nullptr, nullptr, nullptr, small, 5));
-    EXPECT_FALSE(GetVolumeInformationA("/proc", nullptr, 0, nullptr, nullptr, nullptr, small, 4));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_FALSE(GetVolumeInformationA("/none", nullptr, 0, nullptr, nullptr, nullptr, small, 5));
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    const auto get_into = [&name](const char* folder, DWORD room) {
+        return error_if(
+            !GetVolumeInformationA(folder, nullptr, 0, nullptr, nullptr, nullptr, name, room));
+    };
+    EXPECT_EQ(get_into("/proc", 5), 0U);
+    EXPECT_EQ(get_into("/proc", 4), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(get_into("/none", 5), ERROR_FILE_NOT_FOUND);
 }
 
 // The kernel lists them in front of the memory.
@@ -51,42 +49,35 @@ TEST(Machine, AProcessOfManyGroups) {
     EXPECT_EQ(status, 0);
 }
 
-TEST(Machine, AProcessThatIsGone) {
+TEST(Machine, HandlesOfProcesses) {
     const pid_t child = fork();
     if (child == 0) {
         pause();
         _exit(0);
     }
-    const HANDLE handle = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, static_cast<DWORD>(child));
-    ASSERT_NE(handle, nullptr);
+    const HANDLE gone = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, static_cast<DWORD>(child));
+    ASSERT_NE(gone, nullptr);
+    EXPECT_EQ(error_if(WaitForSingleObject(gone, 0) == WAIT_FAILED), ERROR_ACCESS_DENIED);
     EXPECT_EQ(kill(child, SIGKILL), 0);
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
     FILETIME times[4];
-    EXPECT_FALSE(GetProcessTimes(handle, &times[0], &times[1], &times[2], &times[3]));
-    EXPECT_EQ(GetLastError(), ERROR_NOT_FOUND);
+    const auto get_times = [&](HANDLE process) {
+        return GetProcessTimes(process, &times[0], &times[1], &times[2], &times[3]);
+    };
     PROCESS_MEMORY_COUNTERS memory;
-    EXPECT_FALSE(GetProcessMemoryInfo(handle, &memory, sizeof memory));
-    EXPECT_EQ(GetLastError(), ERROR_NOT_FOUND);
-    EXPECT_TRUE(CloseHandle(handle));
-}
-
-TEST(Machine, HandlesOfProcesses) {
-    const HANDLE own = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, GetCurrentProcessId());
-    ASSERT_NE(own, nullptr);
-    EXPECT_EQ(WaitForSingleObject(own, 0), WAIT_FAILED);
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(CloseHandle(own));
-    FILETIME times[4];
-    EXPECT_FALSE(GetProcessTimes(own, &times[0], &times[1], &times[2], &times[3]));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_TRUE(GetProcessTimes(GetCurrentProcess(), &times[0], &times[1], &times[2], &times[3]));
+    EXPECT_EQ(error_if(!get_times(gone)), ERROR_NOT_FOUND);
+    EXPECT_EQ(error_if(!GetProcessMemoryInfo(gone, &memory, sizeof memory)), ERROR_NOT_FOUND);
+    EXPECT_TRUE(CloseHandle(gone));
+    EXPECT_EQ(error_if(!get_times(gone)), ERROR_INVALID_HANDLE);
+    EXPECT_TRUE(get_times(GetCurrentProcess()));
     EXPECT_EQ(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()), nullptr);
-    std::thread([] {  // a thread's number is no process's
+    DWORD error = 0;
+    std::thread([&error] {  // a thread's number is no process's
         const auto number = static_cast<DWORD>(syscall(SYS_gettid));
-        EXPECT_EQ(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, number), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        error = error_if(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, number) == nullptr);
     })
         .join();
+    EXPECT_EQ(error, ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -5,33 +5,6 @@
 
 namespace {
 
-TEST(System, ComputerNameIsOneLabelThatFits) {
-    char name[64];
-    DWORD size = sizeof name;
-    ASSERT_NE(GetComputerNameA(name, &size), 0);
-    EXPECT_EQ(std::string(name).find('.'), std::string::npos);
-    EXPECT_EQ(size, std::strlen(name));
-    EXPECT_TRUE(size > 0 && size <= DWORD{MAX_COMPUTERNAME_LENGTH}) << size;
-    DWORD small = size;
-    EXPECT_EQ(error_if(GetComputerNameA(name, &small) == 0), DWORD{ERROR_BUFFER_OVERFLOW});
-    EXPECT_NE(GetComputerNameA(name, &++size), 0);
-}
-
-TEST(System, TheFirstModuleIsTheProgram) {
-    HMODULE module = nullptr;
-    DWORD needed = 0;
-    ASSERT_NE(EnumProcessModules(GetCurrentProcess(), &module, sizeof module, &needed), 0);
-    EXPECT_GE(needed, sizeof module);
-    char path[1024];
-    const DWORD length = GetModuleFileNameExA(GetCurrentProcess(), module, path, sizeof path);
-    EXPECT_EQ(length, std::strlen(path));
-    EXPECT_EQ(fs::path(path).stem(), "system_test");
-
-    char small[8];
-    EXPECT_EQ(GetModuleFileNameExA(GetCurrentProcess(), module, small, 8), 8U);
-    EXPECT_EQ(std::string(small), std::string(path, 7));
-}
-
 CHILD_ROLE(tell_command_line) {
     tell_parent(GetCommandLineA());
     return 0;

@@ -19,24 +19,18 @@ tm calendar(int year, int month, int day, int second) {
     return fields;
 }
 
-TEST(Time, UniversalAndLocalTimeAndBack) {
+TEST(Time, CalendarsThereAndBack) {
     const tm* mine = _gmtime64(&kJune2024);
     std::thread([] {
         const __time64_t other = 0;
         EXPECT_EQ(_gmtime64(&other)->tm_year, 70);
     }).join();
     EXPECT_EQ(text(platform::asctime(mine)), "Sat Jun 01 12:34:56 2024\n");  // the thread's own
-    tm local{};
-    ASSERT_EQ(_localtime64_s(&local, &kJune2024), 0);
+    tm local = *_localtime64(&kJune2024);
     EXPECT_EQ(_mktime64(&local), kJune2024);
-    EXPECT_EQ(text(_ctime64(&kJune2024)), text(platform::asctime(_localtime64(&kJune2024))));
     tm carried = calendar(124, 14, 40, 100);
     ASSERT_GT(_mktime64(&carried), 0);
     EXPECT_EQ(text(platform::asctime(&carried)), "Wed Apr 09 00:01:40 2025\n");
-    __timeb64 now{};
-    const __time64_t first = _time64(nullptr);
-    _ftime64(&now);
-    EXPECT_TRUE(now.time == first || now.time == first + 1) << now.time - first;
 }
 
 TEST(Time, ValuesOutsideTheCalendarAreRefused) {
