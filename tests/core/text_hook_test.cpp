@@ -203,20 +203,16 @@ TEST_F(TextHook, TheParametersComeFirst) {
     ASSERT_GE(MOLTE_PARAMADM_GetAllNetVal(&items), 2);
     EXPECT_EQ(items[0].szName + " "s + items[1].szName,
               "OutputTextTimeInHiReso OutputTextTimeInSec");
-    EXPECT_EQ(items[0].nType, MOLTE_PARAM_LONG);
-    EXPECT_EQ(items[1].nType, MOLTE_PARAM_INT);
+    EXPECT_EQ((Ints{items[0].nType, items[1].nType}), (Ints{MOLTE_PARAM_LONG, MOLTE_PARAM_INT}));
     std::memcpy(items[0].abyValue, "\0\0\0\0\0\0\0\5", 8);
     EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(items, 1, MOLTE_PARAM_FROM_NET), 1);
     EXPECT_EQ(g_stBv.stTextHook.n64OutputTicks, 5);
     g_stBv.stTextHook.nOutputSec = 9;
     EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(items, 2), 1);
     EXPECT_EQ(std::memcmp(items[1].abyValue, "\0\0\0\11", 4), 0);
-    // Without the hooks the registry has nothing of them.
-    for (const int valid : {0, 2}) {
-        valid == 0 ? OTXTHOOK_Release() : OTXTHOOK_Init();
-        MOLTE_PARAMADM_GetNetVal(items, 2);
-        EXPECT_EQ(items[0].bValid + items[1].bValid, valid);
-    }
+    OTXTHOOK_Release();  // takes them away
+    MOLTE_PARAMADM_GetNetVal(items, 2);
+    EXPECT_EQ(items[0].bValid + items[1].bValid, 0);
     ORVEX_free(items);
 }
 
@@ -282,65 +278,57 @@ TEST_F(TextHook, RemovalWhileOthersPrint) {
 
 // ---- The built-in hooks ----
 
-TEST_F(TextHook, WritesToATextFile) {
+TEST_F(TextHook, BuiltInOnesAreRefused) {
     const TempFolder folder;
-    const std::string path = folder.write("out.txt", "before\n");
+    const std::string path = folder / "out.txt";
     const std::string none = folder / "none\\out.txt";
-    const auto install_file = [](const char* file, uint32_t mask, int32_t id) {
-        return told(OTXTHOOK_TXTFILE_InstallHook(file, mask, id));
-    };
-    EXPECT_EQ(install_file(path.c_str(), OXMSG_TO_OUTER_FILE, 1), "1");
-    out(0, "one");
-    out(0, "two\n");
-    EXPECT_EQ(install_file(path.c_str(), 192 | 48, 2),
-              "432 otxthook mask can not be 0, may be 2file @359");
-    EXPECT_EQ(install_file(none.c_str(), 512, 2), "1 otxthook " + none.substr(0, 144) + " @364");
+    MOLTE_TXTLOG_AddLog(path.c_str(), 512, 1);
+    OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1);
+    ORVEX_Err_ClearError();
+    const std::string rows[][2] = {
+        {told(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), 192 | 48, 2)),
+         "432 otxthook mask can not be 0, may be 2file @359"},
+        {told(OTXTHOOK_TXTFILE_InstallHook(none.c_str(), 512, 2)),
+         "1 otxthook " + none.substr(0, 144) + " @364"},
+        {told(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), 512, 1)), " < 368 otxthook"},
+        {told(MOLTE_TXTLOG_AddLog(path.c_str(), 512, 2)), "132 otxthook allready exists @622"},
+        {told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 32, 2)),
+         "432 otxthook mask can not be 0, may be outmsg or innermsg @438"},
+        {told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1)), " < 446 otxthook"},
+        {told(OTXTHOOK_TERRLOG_InstallHook(0, 100000)), " < 483 otxthook"},
+        {told(OTXTHOOK_BERRLOG_InstallHook(0, 100000)), " < 468 otxthook"},
+        {told(OTXTHOOK_STDOUT_InstallHook(0, 100000)), " < 399 otxthook"}};
+    for (const auto& [text, end] : rows) EXPECT_TRUE(text.ends_with(end)) << text;
     EXPECT_EQ(OTXTHOOK_TXTFILE_InstallHook(nullptr, 512, 2), nullptr);
-    EXPECT_TRUE(install_file(path.c_str(), 512, 1).ends_with(" < 368 otxthook"));  // id is taken
     OTXTHOOK_Release();
-    EXPECT_EQ(read_text(path), "before\nonetwo\n");
+    EXPECT_TRUE(told(MOLTE_TXTLOG_AddLog(path.c_str(), 0, 1)).ends_with(" < 626 otxthook"));
 }
 
-TEST_F(TextHook, TheOneTextLog) {
+TEST_F(TextHook, BuiltInOnesWrite) {
     const TempFolder folder;
-    const std::string path = folder / "log.txt";
-    EXPECT_TRUE(told(MOLTE_TXTLOG_AddLog(path.c_str(), 0, 1)).ends_with(" < 626 otxthook"));
-    EXPECT_EQ(MOLTE_TXTLOG_AddLog(path.c_str(), 512, 1), 1);
-    EXPECT_EQ(told(MOLTE_TXTLOG_AddLog(path.c_str(), 512, 2)), "132 otxthook allready exists @622");
+    const std::string file = folder.write("out.txt", "before\n");
+    const std::string log = folder / "log.txt";
+    EXPECT_NE(OTXTHOOK_TXTFILE_InstallHook(file.c_str(), OXMSG_TO_OUTER_FILE, 1), nullptr);
+    EXPECT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), 512, 2), 1);
+    OLINEBUF* buf = OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1);
+    EXPECT_EQ(OTXTHOOK_BERRLOG_InstallHook(0, 1) + OTXTHOOK_TERRLOG_InstallHook(0, 1), 2);
     for (const int disabled : {0, 3, 0}) {
         EXPECT_EQ(MOLTE_TXTLOG_DisableLog(disabled), disabled);
         out(0, std::to_string(disabled));
     }
-    OTXTHOOK_Release();
-    EXPECT_EQ(read_text(path), "00");
-    EXPECT_EQ(MOLTE_TXTLOG_DisableLog(1), 0);
-    EXPECT_EQ(MOLTE_TXTLOG_AddLog(path.c_str(), 512, 1), 1);
-}
-
-TEST_F(TextHook, WritesToALineBuffer) {
-    OLINEBUF* buf = OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1);
-    ASSERT_NE(buf, nullptr);
-    out(0, "one");
-    char text[64];
-    uint64_t next = 0;
-    EXPECT_EQ(OLINEBUF_GetMultiLine(buf, text, sizeof text, &next), 3);
-    EXPECT_EQ(told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 32, 2)),
-              "432 otxthook mask can not be 0, may be outmsg or innermsg @438");
-    EXPECT_TRUE(told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1)).ends_with(" < 446 otxthook"));
-}
-
-TEST_F(TextHook, WritesToTheErrorLogs) {
-    for (const auto& [installs, line] : {tuple{&OTXTHOOK_TERRLOG_InstallHook, " < 483 otxthook"},
-                                         {&OTXTHOOK_BERRLOG_InstallHook, " < 468 otxthook"},
-                                         {&OTXTHOOK_STDOUT_InstallHook, " < 399 otxthook"}}) {
-        EXPECT_TRUE(told(installs(0, 100000)).ends_with(line)) << line;
-    }
-    EXPECT_EQ(OTXTHOOK_BERRLOG_InstallHook(0, 1) + OTXTHOOK_TERRLOG_InstallHook(0, 1), 2);
     out(OXMSG_TO_TEXT_LOG | 32 | 64, "to the text log");
     out(OXMSG_TO_BINARY_LOG | 32 | 64, "to the binary log");
     g_stBv.bErrLogEnabled = 0;
     out(OXMSG_TO_TEXT_LOG | 32 | 64, "not this one");
     g_stBv.bErrLogEnabled = 1;
+    char text[64];
+    uint64_t next = 0;
+    EXPECT_EQ(OLINEBUF_GetMultiLine(buf, text, sizeof text, &next), 3);
+    OTXTHOOK_Release();
+    EXPECT_EQ(read_text(file), "before\n030");
+    EXPECT_EQ(read_text(log), "00");
+    EXPECT_EQ(MOLTE_TXTLOG_DisableLog(1), 0);
+    EXPECT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), 512, 1), 1);
     EXPECT_NE(installation_.log().find("\nto the text log\n"), std::string::npos);
     EXPECT_EQ(installation_.log().find("not this one"), std::string::npos);
     EXPECT_NE(read_bytes(installation_.log_folder() / "berrlog.dat").find("to the binary log\0"s),

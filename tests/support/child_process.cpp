@@ -6,6 +6,8 @@
 #include <map>
 
 #if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 #else
 #include <fcntl.h>
@@ -52,20 +54,26 @@ std::string hear_parent() {
 
 struct ChildProcess::System {
     PROCESS_INFORMATION process{};
-    HANDLE to_child = nullptr;
-    HANDLE from_child = nullptr;
+    FILE* to_child = nullptr;
+    FILE* from_child = nullptr;
     bool ended = false;
 };
+
+// The own end of a pipe, as a stream that the child doesn't inherit.
+static FILE* own_end(HANDLE pipe, const char* mode) {
+    SetHandleInformation(pipe, HANDLE_FLAG_INHERIT, 0);
+    return _fdopen(_open_osfhandle(reinterpret_cast<intptr_t>(pipe), 0), mode);
+}
 
 ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& args)
     : system_(std::make_unique<System>()) {
     SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
-    HANDLE child_in = nullptr;
-    HANDLE child_out = nullptr;
-    CreatePipe(&child_in, &system_->to_child, &inherit, 0);
-    CreatePipe(&system_->from_child, &child_out, &inherit, 0);
-    SetHandleInformation(system_->to_child, HANDLE_FLAG_INHERIT, 0);
-    SetHandleInformation(system_->from_child, HANDLE_FLAG_INHERIT, 0);
+    HANDLE in[2];
+    HANDLE out[2];
+    CreatePipe(&in[0], &in[1], &inherit, 0);
+    CreatePipe(&out[0], &out[1], &inherit, 0);
+    system_->to_child = own_end(in[1], "wb");
+    system_->from_child = own_end(out[0], "rb");
     char program[MAX_PATH];
     GetModuleFileNameA(nullptr, program, sizeof program);
     std::string command = std::string("\"") + program + "\" " + kRoleOption + " " + role;
@@ -73,41 +81,16 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = child_in;
-    start.hStdOutput = child_out;
+    start.hStdInput = in[0];
+    start.hStdOutput = out[1];
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
                        &system_->process) == 0) {
         std::fprintf(stderr, "no child process: %lu\n", GetLastError());
         std::abort();
     }
-    CloseHandle(child_in);
-    CloseHandle(child_out);
-}
-
-ChildProcess::~ChildProcess() {
-    kill();
-    wait();
-    CloseHandle(system_->process.hProcess);
-    CloseHandle(system_->process.hThread);
-    CloseHandle(system_->to_child);
-    CloseHandle(system_->from_child);
-}
-
-std::string ChildProcess::read_line() {
-    std::string line;
-    char c = 0;
-    DWORD count = 0;
-    while (ReadFile(system_->from_child, &c, 1, &count, nullptr) != 0 && count == 1 && c != '\n') {
-        if (c != '\r') line += c;
-    }
-    return line;
-}
-
-void ChildProcess::send_line(const std::string& line) {
-    const std::string text = line + "\n";
-    DWORD written = 0;
-    WriteFile(system_->to_child, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    CloseHandle(in[0]);
+    CloseHandle(out[1]);
 }
 
 void ChildProcess::kill() {
@@ -158,25 +141,6 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-ChildProcess::~ChildProcess() {
-    kill();
-    wait();
-    std::fclose(system_->to_child);
-    std::fclose(system_->from_child);
-}
-
-std::string ChildProcess::read_line() {
-    std::string line;
-    int c = 0;
-    while ((c = std::fgetc(system_->from_child)) != EOF && c != '\n') line += static_cast<char>(c);
-    return line;
-}
-
-void ChildProcess::send_line(const std::string& line) {
-    std::fprintf(system_->to_child, "%s\n", line.c_str());
-    std::fflush(system_->to_child);
-}
-
 void ChildProcess::kill() {
     if (!system_->ended) ::kill(system_->pid, SIGKILL);
 }
@@ -192,3 +156,24 @@ int ChildProcess::wait() {
 }
 
 #endif
+
+ChildProcess::~ChildProcess() {
+    kill();
+    wait();
+    std::fclose(system_->to_child);
+    std::fclose(system_->from_child);
+}
+
+std::string ChildProcess::read_line() {
+    std::string line;
+    int c = 0;
+    while ((c = std::fgetc(system_->from_child)) != EOF && c != '\n') {
+        if (c != '\r') line += static_cast<char>(c);
+    }
+    return line;
+}
+
+void ChildProcess::send_line(const std::string& line) {
+    std::fprintf(system_->to_child, "%s\n", line.c_str());
+    std::fflush(system_->to_child);
+}
