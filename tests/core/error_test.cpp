@@ -200,16 +200,15 @@ TEST(Error, StrCopyAppendsWhatFits) {
 
 TEST(Error, TablesAreSortedAndChecked) {
     ErrStringStruct table[] = {{5, ""}, {0xFFFFFFFF, ""}, {1, ""}, {5, ""}, {1, ""}};
+    const ErrStringStruct wanted[] = {{5, ""}, {4, ""}, {0xFFFFFFFF, ""}, {9, ""}};
     EXPECT_LT(ErrStringStruct_Cmp(&table[2], &table[0]), 0);
     testing::internal::CaptureStdout();
-    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table, 5), 1);
-    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(table + 3, 2), 0);
-    EXPECT_EQ(ErrStringStruct_Sort(nullptr, 0), 0);
-    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(nullptr, 0), 0);
-    EXPECT_EQ(ORVEX_UTIL_CheckDupErrNo(nullptr, 1), -1);
-    EXPECT_EQ(ORVEX_UTIL_CheckExistErr(nullptr, 0, nullptr, 0, ""), 0);
-    const ErrStringStruct wanted[] = {{5, ""}, {4, ""}, {0xFFFFFFFF, ""}, {9, ""}};
-    EXPECT_EQ(ORVEX_UTIL_CheckExistErr(wanted, 4, table, 5, "mod"), 0);
+    EXPECT_EQ((Ints{ORVEX_UTIL_CheckDupErrNo(table, 5), ORVEX_UTIL_CheckDupErrNo(table + 3, 2),
+                    ErrStringStruct_Sort(nullptr, 0), ORVEX_UTIL_CheckDupErrNo(nullptr, 0),
+                    ORVEX_UTIL_CheckDupErrNo(nullptr, 1),
+                    ORVEX_UTIL_CheckExistErr(nullptr, 0, nullptr, 0, ""),
+                    ORVEX_UTIL_CheckExistErr(wanted, 4, table, 5, "mod")}),
+              (Ints{1, 0, 0, 0, -1, 0, 0}));
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "duplicate error. 1\nduplicate error. 5\n"

@@ -86,12 +86,11 @@ TEST_F(Registry, KeysAccessAndSizes) {
     HKEY below = nullptr;
     const std::string path = base_ + "\\a";
     const auto open = [&] {
-        const LONG error = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &middle);
-        return static_cast<DWORD>(platform::keep_error(error));
+        return RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &middle);
     };
-    EXPECT_EQ(error_if(open() != 0), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(error_if(platform::keep_error(open()) != 0), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(Key(path + "\\b").set("v", "1234567"), 0);
-    EXPECT_EQ(open(), 0U);
+    EXPECT_EQ(open(), 0);
     EXPECT_EQ(RegOpenKeyExA(middle, "c", 0, KEY_READ, &below), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegOpenKeyExA(middle, "B", 0, KEY_READ, &below), 0);
     BYTE bytes[100];

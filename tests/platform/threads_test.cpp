@@ -7,6 +7,7 @@
 namespace {
 
 struct Shared {
+    DWORD (*routine)(Shared&);
     const Handle never{automatic()};
     const Handle owned{mutex()};
     std::atomic<DWORD> number{0};
@@ -14,47 +15,46 @@ struct Shared {
     std::atomic<HANDLE> self{nullptr};
 };
 
-// Starts a routine, and waits until it is ready, or gone.
-HANDLE start(DWORD (*routine)(void*), Shared& shared) {
-    HANDLE thread = CreateThread(nullptr, 0, routine, &shared, 0, nullptr);
+DWORD run(void* context) {
+    auto& shared = *static_cast<Shared*>(context);
+    return shared.routine(shared);
+}
+
+// Starts the routine, and waits until it is ready, or gone.
+HANDLE start(Shared& shared) {
+    HANDLE thread = CreateThread(nullptr, 0, run, &shared, 0, nullptr);
     shared.self = thread;
     while (!shared.ready && wait_for(thread, 1) == WAIT_TIMEOUT) {
     }
     return thread;
 }
 
-DWORD tell_number(void* context) {
-    static_cast<Shared*>(context)->number = GetCurrentThreadId();
+DWORD tell_number(Shared& shared) {
+    shared.number = GetCurrentThreadId();
     return 7;
 }
 
-DWORD sleep_owning_the_mutex(void* context) {
-    auto* shared = static_cast<Shared*>(context);
-    wait_for(shared->owned, INFINITE);
-    shared->ready = true;
-    wait_for(shared->never, INFINITE);
-    return 1;
+DWORD sleep_owning_the_mutex(Shared& shared) {
+    wait_for(shared.owned, INFINITE);
+    shared.ready = true;
+    return wait_for(shared.never, INFINITE);
 }
 
-DWORD work_without_end(void* context) {
-    auto* shared = static_cast<Shared*>(context);
-    for (;;) shared->ready = true;
+DWORD work_without_end(Shared& shared) {
+    for (;;) shared.ready = true;
 }
 
-DWORD use_objects_without_end(void* context) {
-    auto* shared = static_cast<Shared*>(context);
-    shared->ready = true;
-    for (;;) {
-        SetEvent(shared->never);
-        wait_for(shared->never);
+DWORD use_objects_without_end(Shared& shared) {
+    for (shared.ready = true;;) {
+        SetEvent(shared.never);
+        wait_for(shared.never);
     }
 }
 
-DWORD terminate_itself(void* context) {
-    auto* shared = static_cast<Shared*>(context);
-    while (shared->self == nullptr) Sleep(1);
-    TerminateThread(shared->self, 9);
-    shared->number = 1;  // survived
+DWORD terminate_itself(Shared& shared) {
+    while (shared.self == nullptr) Sleep(1);
+    TerminateThread(shared.self, 9);
+    shared.number = 1;  // survived
     return 4;
 }
 
@@ -67,17 +67,16 @@ DWORD exit_code_of(HANDLE thread) {
 TEST(Threads, TellTheirNumberWithAnyStackThatThereCanBe) {
     for (std::size_t stack_size : {std::size_t{1}, std::size_t{70000}, std::size_t{3} << 20}) {
         for (DWORD flags : {DWORD{0}, DWORD{STACK_SIZE_PARAM_IS_A_RESERVATION}}) {
-            Shared shared;
+            Shared shared{tell_number};
             DWORD number = 0;
-            const Handle thread(
-                CreateThread(nullptr, stack_size, tell_number, &shared, flags, &number));
+            const Handle thread(CreateThread(nullptr, stack_size, run, &shared, flags, &number));
             for (int i = 0; i < 2; ++i) EXPECT_EQ(wait_for(thread, INFINITE), DWORD{WAIT_OBJECT_0});
             EXPECT_EQ(exit_code_of(thread), 7U);
             EXPECT_EQ(shared.number, number);
             EXPECT_TRUE(number != 0 && number != GetCurrentThreadId());
         }
     }
-    EXPECT_EQ(error_if(!CreateThread(nullptr, std::size_t{1} << 50, tell_number, nullptr, 0, 0)),
+    EXPECT_EQ(error_if(!CreateThread(nullptr, std::size_t{1} << 50, run, nullptr, 0, nullptr)),
               DWORD{ERROR_NOT_ENOUGH_MEMORY});
 }
 
@@ -102,8 +101,8 @@ TEST(Threads, AreSignalledWhenTheirLastObjectIsGone) {
 TEST(Threads, TerminatedAnywhereLeaveTheirMutexesAbandoned) {
     for (auto routine :
          {sleep_owning_the_mutex, work_without_end, use_objects_without_end, terminate_itself}) {
-        Shared shared;
-        const Handle thread(start(routine, shared));
+        Shared shared{routine};
+        const Handle thread(start(shared));
         Sleep(5);
         EXPECT_EQ(exit_code_of(thread), shared.ready ? DWORD{STILL_ACTIVE} : 9);
         for (int i = 0; i < 2; ++i) {
@@ -122,9 +121,10 @@ TEST(Threads, TerminatedAnywhereLeaveTheirMutexesAbandoned) {
 }
 
 TEST(Threads, AreWaitedForTogetherWithOtherObjects) {
-    Shared shared;
-    const Handle sleeper(start(sleep_owning_the_mutex, shared));
-    const Handle quick(start(tell_number, shared));
+    Shared shared{sleep_owning_the_mutex};
+    Shared short_lived{tell_number};
+    const Handle sleeper(start(shared));
+    const Handle quick(start(short_lived));
     const HANDLE handles[] = {sleeper, quick, shared.owned};
     EXPECT_EQ(WaitForMultipleObjects(3, handles, FALSE, 10000), WAIT_OBJECT_0 + 1U);
     EXPECT_EQ(WaitForMultipleObjects(3, handles, TRUE, 0), DWORD{WAIT_TIMEOUT});
