@@ -10,6 +10,7 @@
 #include "moltelib/bit_array.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
+#include "moltelib/collation.h"
 #include "moltelib/date_time.h"
 #include "moltelib/directory.h"
 #include "moltelib/error.h"
@@ -51,5 +52,7 @@
 #include "moltelib/utf8.h"
 #include "moltelib/uuid.h"
 #include "moltelib/whole_file.h"
+#include "moltelib/wild_match.h"
+#include "moltelib/wild_template.h"
 
 #endif
