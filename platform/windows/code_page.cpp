@@ -50,6 +50,11 @@ int longest_char() {
     return MB_CUR_MAX;
 }
 
+int upper_beyond_ascii(int c) {
+    const bool single = c >= 0x80 && c <= 0xFF && !is_lead_byte(static_cast<unsigned char>(c));
+    return single ? toupper(c) : c;
+}
+
 int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {
     if (text == nullptr || limit == 0) return 0;
     const auto byte = static_cast<unsigned char>(text[0]);

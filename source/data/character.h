@@ -15,7 +15,7 @@ struct Character {
 
 inline Character first_character(const char* text) {
     const auto lead = static_cast<unsigned char>(text[0]);
-    if (lead == 0) return {0, 0};
+    if (lead < 0x80) return {lead, lead != 0 ? 1 : 0};
     const auto trail = platform::is_lead_byte(lead) ? static_cast<unsigned char>(text[1]) : 0;
     return trail != 0 ? Character{lead * 256 + trail, 2} : Character{lead, 1};
 }

@@ -1,0 +1,179 @@
+// Wild matching beside fnmatch, RE2 and PCRE2: ten patterns over a million names.
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <fnmatch.h>
+#include <pcre2.h>
+#include <re2/re2.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "moltelib.h"
+#include "pair.h"
+
+namespace {
+
+constexpr const char* kPatterns[] = {"*.txt",       "a?c*[0-9]*",     "*foo*bar*", "*.jpg",
+                                     "IMG_*",       "*2024*",         "[a-f]*",    "*-?-*",
+                                     "report*fin*", "*[0-9][0-9].tif"};
+constexpr int kRounds = 5;
+
+// Made of words and numbers as people and cameras make them, about 45 bytes each.
+std::vector<std::string> make_names(size_t count) {
+    static constexpr const char* kWords[] = {
+        "abc", "acc",  "report", "final", "foo",  "bar",  "holiday", "left",  "thumb", "index",
+        "IMG", "scan", "palm",   "face",  "copy", "2024", "station", "north", "case",  "file"};
+    static constexpr const char* kEnds[] = {".txt", ".jpg", ".tif", ".dat", ".log", ""};
+    static constexpr char kMarks[] = "_-. ";
+    std::mt19937 random(7);
+    std::vector<std::string> names(count);
+    for (std::string& name : names) {
+        const size_t size = 38 + random() % 8;
+        while (name.size() < size) {
+            if (!name.empty()) name += kMarks[random() % 4];
+            name += random() % 3 != 0 ? kWords[random() % std::size(kWords)]
+                                      : std::to_string(random() % 10000);
+        }
+        name += kEnds[random() % std::size(kEnds)];
+    }
+    return names;
+}
+
+// Chinese names with a few letters, 2 to 4 characters in GBK and about 45 bytes with the rest.
+std::vector<std::string> make_chinese_names(size_t count) {
+    std::mt19937 random(8);
+    std::vector<std::string> names(count);
+    for (std::string& name : names) {
+        while (name.size() < 40) {
+            name += static_cast<char>(0xB0 + random() % 39);
+            name += static_cast<char>(0xA1 + random() % 94);
+            if (random() % 8 == 0) name += "Ming";
+        }
+    }
+    return names;
+}
+
+// The regular expression of a template.
+std::string expression_of(const char* pattern) {
+    std::string text;
+    for (; *pattern != '\0'; ++pattern) {
+        if (*pattern == '*') {
+            text += ".*";
+        } else if (*pattern == '.') {
+            if (text.size() < 2 || text.substr(text.size() - 2) != ".*") text += ".?";
+        } else if (*pattern == '?') {
+            text += '.';
+        } else {
+            text += *pattern;
+        }
+    }
+    return text;
+}
+
+class Jit {
+ public:
+    explicit Jit(const std::string& expression) {
+        int error;
+        size_t offset;
+        code_ = pcre2_compile(
+            reinterpret_cast<PCRE2_SPTR>(expression.c_str()), PCRE2_ZERO_TERMINATED,
+            PCRE2_DOTALL | PCRE2_ANCHORED | PCRE2_ENDANCHORED, &error, &offset, nullptr);
+        pcre2_jit_compile(code_, PCRE2_JIT_COMPLETE);
+        data_ = pcre2_match_data_create_from_pattern(code_, nullptr);
+    }
+    ~Jit() {
+        pcre2_match_data_free(data_);
+        pcre2_code_free(code_);
+    }
+    Jit(const Jit&) = delete;
+    Jit& operator=(const Jit&) = delete;
+
+    [[nodiscard]] bool match(const std::string& text) const {
+        return pcre2_jit_match(code_, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0,
+                               data_, nullptr) >= 0;
+    }
+
+ private:
+    pcre2_code* code_;
+    pcre2_match_data* data_;
+};
+
+template <typename Match>
+auto count_in(const std::vector<std::string>& names, Match match) {
+    return [&names, match] {
+        size_t hits = 0;
+        for (const std::string& name : names) hits += match(name) ? 1 : 0;
+        molte_bench::keep(hits);
+        return hits;
+    };
+}
+
+template <typename Ours, typename Peer>
+void pair_of(const char* title, const char* pattern, Ours ours, Peer peer) {
+    char name[64];
+    std::snprintf(name, sizeof name, "%s %s", title, pattern);
+    if (ours() != peer()) std::printf("(%zu and %zu hits) ", ours(), peer());
+    molte_bench::pair(name, ours, peer, kRounds);
+}
+
+void beside_fnmatch(const std::vector<std::string>& names) {
+    for (const char* pattern : kPatterns) {
+        pair_of(
+            "plain/fnmatch", pattern,
+            count_in(names, [=](auto& name) { return ORVEX_WildMatch(name.c_str(), pattern); }),
+            count_in(names, [=](auto& name) { return fnmatch(pattern, name.c_str(), 0) == 0; }));
+    }
+}
+
+void compiled(const std::vector<std::string>& names) {
+    for (const char* pattern : kPatterns) {
+        MOLTE_WMTEMPL compiled_pattern;
+        if (MOLTE_CompileTempl(pattern, &compiled_pattern) < 0) std::abort();
+        const RE2 expression(expression_of(pattern), RE2::Latin1);
+        const Jit jit(expression_of(pattern));
+        const auto ours = count_in(names, [&](auto& name) {
+            return MOLTE_CompiledWildMatch(&compiled_pattern, name.c_str());
+        });
+        pair_of("compiled/fnmatch", pattern, ours, count_in(names, [=](auto& name) {
+                    return fnmatch(pattern, name.c_str(), 0) == 0;
+                }));
+        pair_of("compiled/RE2", pattern, ours,
+                count_in(names, [&](auto& name) { return RE2::FullMatch(name, expression); }));
+        pair_of("compiled/PCRE2", pattern, ours,
+                count_in(names, [&](auto& name) { return jit.match(name); }));
+        MOLTE_WMTEMPL_Free(&compiled_pattern);
+    }
+}
+
+void chinese() {
+    static constexpr const char* kChinesePatterns[] = {"*\xD5\xC5*", "*\xC0\xEE*\xC3\xF7*",
+                                                       "\xCD\xF5?*", "*ming*", "*\xB0\xA1?*g"};
+    const auto names = make_chinese_names(200000);
+    for (const char* pattern : kChinesePatterns) {
+        const auto pinyin = count_in(
+            names, [=](auto& name) { return ORVEX_MB_Ci_WildPyMatch(name.c_str(), pattern); });
+        const auto plain =
+            count_in(names, [=](auto& name) { return ORVEX_WildMatch(name.c_str(), pattern); });
+        std::printf("%zu hits by reading, %zu by bytes\n", pinyin(), plain());
+        molte_bench::pair("pinyin/plain", pinyin, plain, kRounds);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string part = argc > 1 ? argv[1] : "";
+    const auto names = make_names(1000000);
+    if (part.empty() || part == "plain") beside_fnmatch(names);
+    if (part.empty() || part == "compiled") compiled(names);
+    std::filesystem::current_path(RESOURCE_FOLDER);
+    ORVEX_SetMainPath(".");
+    OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE);
+    OXLANG_SetLocale(0);
+    if (MOLTE_HZPY_Init(&g_stPinYin) < 0) return 1;
+    if (part.empty() || part == "chinese") chinese();
+    return 0;
+}

@@ -1,0 +1,432 @@
+// Wild matching of texts against patterns as they stand.
+//
+// "*" and "." can be tried by recursion, in a certain order, and so they are for routines that come
+// from outside, which may be seen at work: InOrder. All else is matched by AllAtOnce, without
+// recursion and in bounded time. Both take single elements by Elements.
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "data/character.h"
+#include "data/scratch.h"
+#include "moltelib/pinyin.h"
+#include "moltelib/wild_match.h"
+#include "platform/code_page.h"
+
+namespace {
+
+using molte::Character;
+
+struct SingleBytes {
+    static constexpr bool kWhole = false;
+    static Character first(const char* text) {
+        const auto byte = static_cast<unsigned char>(*text);
+        return {byte, byte != 0 ? 1 : 0};
+    }
+};
+
+struct WholeCharacters {
+    static constexpr bool kWhole = true;
+    static Character first(const char* text) { return molte::first_character(text); }
+};
+
+struct ByCode {
+    int32_t operator()(int32_t a, int32_t b) const { return a - b; }
+};
+
+struct WithoutCase {
+    int32_t operator()(int32_t a, int32_t b) const {
+        return platform::upper_of(a) - platform::upper_of(b);
+    }
+};
+
+struct ByReading {
+    int32_t operator()(int32_t a, int32_t b) const { return OCOLL_DB_CharPyCmp(a, b); }
+};
+
+struct ByReadingText {
+    int32_t operator()(int32_t a, int32_t b) const { return OCOLL_DB_CharBVarPyCmp(a, b); }
+};
+
+const char* behind_run(const char* pattern, char c) {
+    while (*pattern == c) ++pattern;
+    return pattern;
+}
+
+// Whether nothing is left in the pattern that needs a character.
+bool all_optional(const char* pattern) {
+    while (*pattern == '*' || *pattern == '.') ++pattern;
+    return *pattern == '\0';
+}
+
+// The elements of a pattern that take one character of text.
+template <typename Glyphs, typename Single, typename Double>
+class Elements {
+ public:
+    static constexpr bool kWhole = Glyphs::kWhole;
+
+    Elements(Single single, Double both) : single_(single), double_(both) {}
+
+    static const char* next(const char* text) { return text + Glyphs::first(text).size; }
+
+    // Passes over an element of the pattern and a character of the text, which must not be at its
+    // end, if they match.
+    bool take(const char*& text, const char*& pattern) const {
+        const Character c = Glyphs::first(text);
+        const Character element = Glyphs::first(pattern);
+        bool matched = true;
+        switch (element.value) {
+            case '?':
+                break;
+            case '\\':
+                matched = differs(c, ++pattern);
+                break;
+            case '[':
+                matched = in_class(c, ++pattern);
+                break;
+            default:
+                matched = same(c, element);
+        }
+        if (!matched) return false;
+        text += c.size;
+        pattern = next(pattern);
+        return true;
+    }
+
+ private:
+    bool same(Character c, Character element) const {
+        if (c.size != element.size) return false;
+        return (element.size == 1 ? single_(c.value, element.value)
+                                  : double_(c.value, element.value)) == 0;
+    }
+
+    // The inverted escape: meant.
+    bool differs(Character c, const char* escaped) const {
+        const Character element = Glyphs::first(escaped);
+        return c.size == 1 && element.size == 1 && single_(c.value, element.value) != 0;
+    }
+
+    static const char* end_of_class(const char* at) {
+        while (*at != '\0' && *at != ']') at = next(at);
+        return at;
+    }
+
+    // Takes the pattern from behind "[" to the "]" of a class that holds the character.
+    bool in_class(Character c, const char*& pattern) const {
+        const char* const end = end_of_class(pattern);
+        const char* at = pattern;
+        const bool negated = *at == '^';
+        if (negated) ++at;
+        if (*end == '\0' || at == end || c.size != 1) return false;
+        bool hit = false;
+        while (at != end && !hit) {
+            if (Glyphs::first(at).size != 1) return false;
+            const bool range = at[1] == '-';
+            if (range && (end - at < 3 || Glyphs::first(at + 2).size != 1)) return false;
+            hit = range ? between(c.value, at[0], at[2]) : single_(c.value, byte(at[0])) == 0;
+            at += range ? 3 : 1;
+        }
+        pattern = end;
+        return hit != negated;
+    }
+
+    bool between(int32_t value, char low, char high) const {
+        return single_(value, byte(low)) >= 0 && single_(value, byte(high)) < 1;
+    }
+
+    static int32_t byte(char c) { return static_cast<unsigned char>(c); }
+
+    [[no_unique_address]] Single single_;
+    [[no_unique_address]] Double double_;
+};
+
+// The recursion as the language is defined.
+template <typename Language>
+class InOrder {
+ public:
+    explicit InOrder(const Language& language) : language_(language) {}
+
+    // A pattern with more ways than these would take too long, if not too much stack.
+    static constexpr int kMostWays = 12;
+
+    static bool is_for(const char* pattern) {
+        int ways = 0;
+        for (; *pattern != '\0' && ways <= kMostWays; ++pattern) {
+            if (*pattern == '*' || *pattern == '.') ++ways;
+        }
+        return ways <= kMostWays;
+    }
+
+    bool match(const char* text, const char* pattern) const {
+        while (*text != '\0') {
+            if (*pattern == '*') return match_anywhere(text, pattern + 1);
+            if (*pattern == '.') {
+                ++pattern;
+                if (*pattern == '\0') return text[1] == '\0';  // also in double-byte text: meant
+                if (match(text, pattern)) return true;
+                text = Language::next(text);
+                continue;
+            }
+            if (*pattern == '\0' || !language_.take(text, pattern)) return false;
+        }
+        return all_optional(pattern);
+    }
+
+ private:
+    bool match_anywhere(const char* text, const char* pattern) const {
+        if (*pattern == '\0') return true;
+        for (; *text != '\0'; text = Language::next(text)) {
+            if (match(text, pattern)) return true;
+        }
+        return false;
+    }
+
+    Language language_;
+};
+
+// The places in a text that a pattern can have come to, from left to right. They differ by the "."
+// that took a character, so there is at most one more than there are ".".
+class Places {
+ public:
+    // False when there is no memory for so many.
+    bool start(const char* text, size_t dots) {
+        const size_t most = dots < kOnStack ? dots + 1 : strnlen(text, dots) + 1;
+        if (most > kOnStack) {
+            large_ = molte::scratch<const char*>(2 * most);
+            if (large_ == nullptr) return false;
+            now_ = large_.get();
+            spare_ = now_ + most;
+        }
+        now_[0] = text;
+        count_ = 1;
+        return true;
+    }
+
+    [[nodiscard]] bool none() const { return count_ == 0; }
+    [[nodiscard]] const char* first() const { return now_[0]; }
+    [[nodiscard]] const char* last() const { return now_[count_ - 1]; }
+
+    // Moves each place by STEP(place), which may refuse: then the place is dropped.
+    template <typename Step>
+    void advance(Step step) {
+        size_t kept = 0;
+        for (size_t i = 0; i < count_; ++i) {
+            const char* place = now_[i];
+            if (step(place)) now_[kept++] = place;
+        }
+        count_ = kept;
+    }
+
+    // Adds to each place the ones up to so many characters behind it.
+    template <typename Next>
+    void spread(ptrdiff_t characters, Next next) {
+        size_t count = 0;
+        for (size_t i = 0; i < count_; ++i) {
+            const char* const next_place = i + 1 < count_ ? now_[i + 1] : nullptr;
+            const char* place = now_[i];
+            for (ptrdiff_t n = 0; n <= characters && place != next_place; ++n) {
+                spare_[count++] = place;
+                if (*place == '\0') break;
+                place = next(place);
+            }
+        }
+        std::swap(now_, spare_);
+        count_ = count;
+    }
+
+ private:
+    static constexpr size_t kOnStack = 64;
+
+    const char* on_stack_[2][kOnStack];
+    molte::Scratch<const char*> large_;
+    const char** now_ = on_stack_[0];
+    const char** spare_ = on_stack_[1];
+    size_t count_ = 0;
+};
+
+// What stands between two "*" is matched at its leftmost place, for if the rest can't be matched
+// behind that, it can't be matched behind a later one. All ways that "." leave are followed at
+// once.
+template <typename Language>
+class AllAtOnce {
+ public:
+    explicit AllAtOnce(const Language& language) : language_(language) {}
+
+    bool match(const char* text, const char* pattern) {
+        return match_to(nullptr, text, pattern) || (Language::kWhole && match_tail(text, pattern));
+    }
+
+ private:
+    enum class Outcome : uint8_t { matched, failed, at_star };
+
+    // A "." behind a "*" at the end of the pattern takes no double-byte character. Where the text
+    // ends before the "*" that doesn't matter; but there only a place that isn't leftmost may lead.
+    bool match_tail(const char* text, const char* pattern) {
+        const char* end = pattern + std::strlen(pattern);
+        if (end - pattern < 2 || end[-1] != '.' || end[-2] != '*') return false;
+        --end;
+        while (end != pattern && end[-1] == '*') --end;
+        return end != pattern && match_to(end, text, pattern);
+    }
+
+    // Matches the text with the pattern up to an end, null for its own; behind another end all is
+    // optional.
+    bool match_to(const char* pattern_end, const char* text, const char* pattern) {
+        pattern_end_ = pattern_end;
+        const char* star = nullptr;  // what stands behind the last "*", and where that is tried
+        const char* tried = nullptr;
+        for (;;) {
+            switch (match_to_star(text, pattern)) {
+                case Outcome::matched:
+                    return true;
+                case Outcome::at_star:
+                    pattern = behind_star(pattern);
+                    if (*pattern == '\0') return true;
+                    star = pattern;
+                    tried = text;
+                    break;
+                case Outcome::failed:
+                    if (star == nullptr) return false;
+                    tried = Language::next(tried);
+                    if (*tried == '\0') return false;
+                    text = tried;
+                    pattern = star;
+            }
+        }
+    }
+
+    // Passes over a run of "*"; and over "." behind it when something follows that takes a
+    // character: it is found one place further on as well.
+    static const char* behind_star(const char* pattern) {
+        pattern = behind_run(pattern, '*');
+        const char* behind = behind_run(pattern, '.');
+        return *behind != '\0' && *behind != '*' ? behind : pattern;
+    }
+
+    // Passes over elements and characters up to a "*", which the text comes to before its end.
+    Outcome match_to_star(const char*& text, const char*& pattern) const {
+        for (;;) {
+            if (*text == '\0') return all_optional(pattern) ? Outcome::matched : Outcome::failed;
+            if (pattern == pattern_end_) return Outcome::failed;
+            if (*pattern == '*') return Outcome::at_star;
+            if (*pattern == '.') return follow_all(text, pattern);
+            if (!language_.take(text, pattern)) return Outcome::failed;
+        }
+    }
+
+    // The same from a "." on. The text goes to the leftmost place.
+    Outcome follow_all(const char*& text, const char*& pattern) const {
+        Places places;
+        if (!places.start(text, count_dots(pattern))) return Outcome::failed;
+        while (!places.none()) {
+            if (*places.last() == '\0' && all_optional(pattern)) return Outcome::matched;
+            if (pattern == pattern_end_) return Outcome::failed;
+            if (*pattern == '*') {
+                text = places.first();
+                return Outcome::at_star;
+            }
+            if (*pattern != '.') {
+                take_at_each(places, pattern);
+                continue;
+            }
+            const char* dots = pattern;
+            pattern = behind_run(pattern, '.');
+            const bool last = *pattern == '\0';
+            places.spread(pattern - dots - (last ? 1 : 0), Language::next);
+            if (last) return ends_by_dot(places.last()) ? Outcome::matched : Outcome::failed;
+        }
+        return Outcome::failed;
+    }
+
+    // A "." at the end of the pattern takes no double-byte character.
+    static bool ends_by_dot(const char* text) { return *text == '\0' || text[1] == '\0'; }
+
+    void take_at_each(Places& places, const char*& pattern) const {
+        const char* behind = pattern;
+        places.advance([&](const char*& place) {
+            const char* element = pattern;
+            if (*place == '\0' || !language_.take(place, element)) return false;
+            behind = element;
+            return true;
+        });
+        pattern = behind;
+    }
+
+    static size_t count_dots(const char* pattern) {
+        size_t count = 0;
+        for (; *pattern != '\0'; ++pattern) count += *pattern == '.' ? 1 : 0;
+        return count;
+    }
+
+    Language language_;
+    const char* pattern_end_ = nullptr;
+};
+
+using Routine = OCOLL_CHARCMP;
+
+template <typename Glyphs, typename Single, typename Double = Single>
+int32_t match(const char* text, const char* pattern, Single single = {}, Double both = {}) {
+    using Language = Elements<Glyphs, Single, Double>;
+    if (text == nullptr || pattern == nullptr) return 0;
+    if (*pattern == '\0') return 1;
+    const Language language(single, both);
+    if (std::is_same_v<Single, Routine> && InOrder<Language>::is_for(pattern)) {
+        return InOrder<Language>(language).match(text, pattern) ? 1 : 0;
+    }
+    return AllAtOnce<Language>(language).match(text, pattern) ? 1 : 0;
+}
+
+}  // namespace
+
+int32_t OCOLL_SB_WildMatch(const char* pszText, const char* pszPattern, OCOLL_CHARCMP cmp) {
+    if (cmp == nullptr) return 0;
+    return match<SingleBytes, Routine>(pszText, pszPattern, cmp, cmp);
+}
+
+int32_t OCOLL_MB_WildMatch(const char* pszText, const char* pszPattern, OCOLL_CHARCMP sbCmp,
+                           OCOLL_CHARCMP dbCmp) {
+    if (sbCmp == nullptr || dbCmp == nullptr) return 0;
+    return match<WholeCharacters, Routine>(pszText, pszPattern, sbCmp, dbCmp);
+}
+
+int32_t ORVEX_WildMatch(const char* pszText, const char* pszPattern) {
+    return match<SingleBytes, ByCode>(pszText, pszPattern);
+}
+
+int32_t ORVEX_Ci_WildMatch(const char* pszText, const char* pszPattern) {
+    return match<SingleBytes, WithoutCase>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_WildMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, ByCode>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_WildPyMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, ByCode, ByReading>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_WildVarPyMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, ByCode, ByReadingText>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_Ci_WildMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, WithoutCase, ByCode>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_Ci_WildPyMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, WithoutCase, ByReading>(pszText, pszPattern);
+}
+
+int32_t ORVEX_MB_Ci_WildVarPyMatch(const char* pszText, const char* pszPattern) {
+    return match<WholeCharacters, WithoutCase, ByReadingText>(pszText, pszPattern);
+}
+
+int32_t ORVEX_NormalizeTempl(char* pszPattern) {
+    if (pszPattern == nullptr || *pszPattern == '\0') return 0;
+    char* to = pszPattern;
+    for (const char* from = pszPattern + 1; *from != '\0'; ++from) {
+        if (*from != '*' || *to != '*') *++to = *from;
+    }
+    to[1] = '\0';
+    return 1;
+}
