@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr unsigned kFirstLead = 0x81;
+constexpr unsigned kFirstLead = platform::kFirstLeadByte;
 constexpr unsigned kLastLead = 0xFE;
 constexpr unsigned kFirstTrail = 0x40;
 constexpr unsigned kLastTrail = 0xFE;
@@ -163,12 +163,15 @@ int isleadbyte(int c) {
 
 namespace platform {
 
+std::atomic<unsigned> lead_byte_count{0};
+
 const char* set_locale(const char* name) {
     if (name == nullptr) return current.load()->name;
     for (const Locale& locale : kLocales) {
         if (strcmp(locale.name, name) != 0) continue;
         if (locale.page() == nullptr) return nullptr;
         current = &locale;
+        lead_byte_count = locale.double_byte ? kLastLead - kFirstLead + 1 : 0;
         return locale.name;
     }
     errno = EINVAL;
@@ -177,10 +180,6 @@ const char* set_locale(const char* name) {
 
 bool has_code_page() {
     return current.load() != &kLocales[0];
-}
-
-bool is_lead_byte(unsigned char byte) {
-    return byte >= kFirstLead && byte <= kLastLead && current.load()->double_byte;
 }
 
 bool is_letter(unsigned char byte) {

@@ -34,10 +34,6 @@ bool has_code_page() {
     return code_page() != 0;
 }
 
-bool is_lead_byte(unsigned char byte) {
-    return isleadbyte(byte) != 0;
-}
-
 bool is_letter(unsigned char byte) {
     return isalpha(byte) != 0;
 }

@@ -9,9 +9,9 @@
 
 #include "data/character.h"
 #include "data/scratch.h"
-#include "moltelib/pinyin.h"
 #include "moltelib/wild_match.h"
 #include "platform/code_page.h"
+#include "text/oxpinyin.h"
 
 namespace {
 
@@ -30,22 +30,39 @@ struct WholeCharacters {
     static Character first(const char* text) { return molte::first_character(text); }
 };
 
+// Routines. equal_to(b) is what may be asked about many characters.
 struct ByCode {
     int32_t operator()(int32_t a, int32_t b) const { return a - b; }
+    auto equal_to(int32_t b) const {
+        return [b](int32_t a) { return a == b; };
+    }
 };
 
 struct WithoutCase {
     int32_t operator()(int32_t a, int32_t b) const {
         return platform::upper_of(a) - platform::upper_of(b);
     }
+    auto equal_to(int32_t b) const {
+        return
+            [upper = platform::upper_of(b)](int32_t a) { return platform::upper_of(a) == upper; };
+    }
 };
 
+// Tells only whether two are equal.
+template <int32_t kMode>
 struct ByReading {
-    int32_t operator()(int32_t a, int32_t b) const { return OCOLL_DB_CharPyCmp(a, b); }
+    int32_t operator()(int32_t a, int32_t b) const { return equal_to(b)(a) ? 0 : 1; }
+    auto equal_to(int32_t b) const { return molte::pinyin::Alike(b, kMode); }
 };
+using ByReadingText = ByReading<MOLTE_HZPY_VARIANT_B>;
 
-struct ByReadingText {
-    int32_t operator()(int32_t a, int32_t b) const { return OCOLL_DB_CharBVarPyCmp(a, b); }
+// One from outside, which may be seen at work.
+struct Foreign {
+    OCOLL_CHARCMP routine;
+    int32_t operator()(int32_t a, int32_t b) const { return routine(a, b); }
+    auto equal_to(int32_t b) const {
+        return [routine = routine, b](int32_t a) { return routine(a, b) == 0; };
+    }
 };
 
 const char* behind_run(const char* pattern, char c) {
@@ -68,6 +85,18 @@ class Elements {
     Elements(Single single, Double both) : single_(single), double_(both) {}
 
     static const char* next(const char* text) { return text + Glyphs::first(text).size; }
+
+    // The first place that the head of the pattern may match, if that is easily found: a literal's.
+    // Null when there is none in the text.
+    const char* find(const char* text, const char* pattern) const {
+        const Character element = Glyphs::first(pattern);
+        if (element.size == 2) return find_if<2>(text, double_.equal_to(element.value));
+        if (is_special(*pattern)) return text;
+        if constexpr (std::is_same_v<Single, ByCode> && !kWhole) {
+            return std::strchr(text, element.value);
+        }
+        return find_if<1>(text, single_.equal_to(element.value));
+    }
 
     // Passes over an element of the pattern and a character of the text, which must not be at its
     // end, if they match.
@@ -94,6 +123,20 @@ class Elements {
     }
 
  private:
+    static bool is_special(char c) {
+        return c == '*' || c == '.' || c == '?' || c == '[' || c == '\\';
+    }
+
+    template <int32_t kSize, typename Predicate>
+    static const char* find_if(const char* text, Predicate wanted) {
+        for (;;) {
+            const Character c = Glyphs::first(text);
+            if (c.size == kSize && wanted(c.value)) return text;
+            if (c.size == 0) return nullptr;
+            text += c.size;
+        }
+    }
+
     bool same(Character c, Character element) const {
         if (c.size != element.size) return false;
         return (element.size == 1 ? single_(c.value, element.value)
@@ -113,21 +156,24 @@ class Elements {
 
     // Takes the pattern from behind "[" to the "]" of a class that holds the character.
     bool in_class(Character c, const char*& pattern) const {
-        const char* const end = end_of_class(pattern);
         const char* at = pattern;
         const bool negated = *at == '^';
         if (negated) ++at;
-        if (*end == '\0' || at == end || c.size != 1) return false;
+        if (*at == ']' || c.size != 1) return false;
+        if (std::is_same_v<Single, Foreign> && *end_of_class(at) == '\0') return false;
         bool hit = false;
-        while (at != end && !hit) {
-            if (Glyphs::first(at).size != 1) return false;
-            const bool range = at[1] == '-';
-            if (range && (end - at < 3 || Glyphs::first(at + 2).size != 1)) return false;
-            hit = range ? between(c.value, at[0], at[2]) : single_(c.value, byte(at[0])) == 0;
-            at += range ? 3 : 1;
+        for (; *at != ']' && !hit; ++at) {
+            if (Glyphs::first(at).size != 1) return false;  // also at the end of the pattern
+            if (at[1] != '-') {
+                hit = single_(c.value, byte(*at)) == 0;
+                continue;
+            }
+            if (at[2] == ']' || Glyphs::first(at + 2).size != 1) return false;
+            hit = between(c.value, at[0], at[2]);
+            at += 2;
         }
-        pattern = end;
-        return hit != negated;
+        pattern = end_of_class(at);
+        return *pattern != '\0' && hit != negated;
     }
 
     bool between(int32_t value, char low, char high) const {
@@ -288,10 +334,11 @@ class AllAtOnce {
                 case Outcome::failed:
                     if (star == nullptr) return false;
                     tried = Language::next(tried);
-                    if (*tried == '\0') return false;
-                    text = tried;
                     pattern = star;
             }
+            tried = language_.find(tried, star);
+            if (tried == nullptr || *tried == '\0') return false;
+            text = tried;
         }
     }
 
@@ -362,15 +409,13 @@ class AllAtOnce {
     const char* pattern_end_ = nullptr;
 };
 
-using Routine = OCOLL_CHARCMP;
-
 template <typename Glyphs, typename Single, typename Double = Single>
 int32_t match(const char* text, const char* pattern, Single single = {}, Double both = {}) {
     using Language = Elements<Glyphs, Single, Double>;
     if (text == nullptr || pattern == nullptr) return 0;
     if (*pattern == '\0') return 1;
     const Language language(single, both);
-    if (std::is_same_v<Single, Routine> && InOrder<Language>::is_for(pattern)) {
+    if (std::is_same_v<Single, Foreign> && InOrder<Language>::is_for(pattern)) {
         return InOrder<Language>(language).match(text, pattern) ? 1 : 0;
     }
     return AllAtOnce<Language>(language).match(text, pattern) ? 1 : 0;
@@ -380,13 +425,13 @@ int32_t match(const char* text, const char* pattern, Single single = {}, Double 
 
 int32_t OCOLL_SB_WildMatch(const char* pszText, const char* pszPattern, OCOLL_CHARCMP cmp) {
     if (cmp == nullptr) return 0;
-    return match<SingleBytes, Routine>(pszText, pszPattern, cmp, cmp);
+    return match<SingleBytes, Foreign>(pszText, pszPattern, {cmp}, {cmp});
 }
 
 int32_t OCOLL_MB_WildMatch(const char* pszText, const char* pszPattern, OCOLL_CHARCMP sbCmp,
                            OCOLL_CHARCMP dbCmp) {
     if (sbCmp == nullptr || dbCmp == nullptr) return 0;
-    return match<WholeCharacters, Routine>(pszText, pszPattern, sbCmp, dbCmp);
+    return match<WholeCharacters, Foreign>(pszText, pszPattern, {sbCmp}, {dbCmp});
 }
 
 int32_t ORVEX_WildMatch(const char* pszText, const char* pszPattern) {
@@ -402,7 +447,7 @@ int32_t ORVEX_MB_WildMatch(const char* pszText, const char* pszPattern) {
 }
 
 int32_t ORVEX_MB_WildPyMatch(const char* pszText, const char* pszPattern) {
-    return match<WholeCharacters, ByCode, ByReading>(pszText, pszPattern);
+    return match<WholeCharacters, ByCode, ByReading<0>>(pszText, pszPattern);
 }
 
 int32_t ORVEX_MB_WildVarPyMatch(const char* pszText, const char* pszPattern) {
@@ -414,7 +459,7 @@ int32_t ORVEX_MB_Ci_WildMatch(const char* pszText, const char* pszPattern) {
 }
 
 int32_t ORVEX_MB_Ci_WildPyMatch(const char* pszText, const char* pszPattern) {
-    return match<WholeCharacters, WithoutCase, ByReading>(pszText, pszPattern);
+    return match<WholeCharacters, WithoutCase, ByReading<0>>(pszText, pszPattern);
 }
 
 int32_t ORVEX_MB_Ci_WildVarPyMatch(const char* pszText, const char* pszPattern) {

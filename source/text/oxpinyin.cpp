@@ -199,11 +199,13 @@ int32_t MOLTE_HZPY_Init(MOLTE_HZPY_TABLE* pTable) {
     }
     MOLTE_HZPY_LoadOpt(&pTable->stPY.stOpt);  // need not succeed
     pTable->bInited = 1;
+    made_by_init = true;
     return 1;
 }
 
 int32_t MOLTE_HZPY_Release(MOLTE_HZPY_TABLE* pTable) {
     if (pTable == nullptr) return kModule.fail(here(), kBadArgument);
+    if (pTable == &g_stPinYin) made_by_init = false;
     MOLTE_HZPY_FreePYTable(&pTable->stPY);
     return MOLTE_HZPY_FreeHZTable(&pTable->stHZ);
 }

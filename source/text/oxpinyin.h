@@ -116,6 +116,58 @@ class Syllable {
     size_t size_;
 };
 
+// Whether MOLTE_HZPY_Init made g_stPinYin, which holds no part twice then: readings are equal just
+// when their indexes are. A program may have filled it in another way.
+inline bool made_by_init = false;
+
+// Whether two characters have a pair of indexes in common.
+inline bool share_pair(const MOLTE_HZPY_ONEHZ& a, const MOLTE_HZPY_ONEHZ& b) {
+    typedef uint16_t Lanes __attribute__((vector_size(16)));
+    static_assert(sizeof(Lanes) == sizeof a);
+    constexpr Lanes kNumbers{0, 1, 2, 3, 4, 5, 6, 7};
+    Lanes pairs;
+    std::memcpy(&pairs, &a, sizeof pairs);
+    const Lanes in_use = kNumbers < (Lanes{} + a.nCount);
+    Lanes hits{};
+    for (int32_t i = 0; i < readings_in(b); ++i) {
+        uint16_t pair;
+        std::memcpy(&pair, b.abyPair[i], sizeof pair);
+        hits |= pairs == (Lanes{} + pair);
+    }
+    hits &= in_use;
+    uint64_t halves[2];
+    std::memcpy(halves, &hits, sizeof halves);
+    return (halves[0] | halves[1]) != 0;
+}
+
+// Whether a reading of one is equal to one of the other.
+bool share_reading(const MOLTE_HZPY_PYTABLE& table, const MOLTE_HZPY_ONEHZ& a,
+                   const MOLTE_HZPY_ONEHZ& b, int32_t mode);
+
+// The characters that MOLTE_HZPY_Cmp finds equal to one by their readings, in g_stPinYin.
+class Alike {
+ public:
+    Alike(int32_t code, int32_t mode)
+        : code_(code),
+          mode_(mode),
+          entry_(entry_of(g_stPinYin.stHZ, code)),
+          by_index_(mode == 0 && made_by_init) {}
+
+    bool operator()(int32_t code) const {
+        if (code == code_) return true;
+        const MOLTE_HZPY_ONEHZ* other = entry_of(g_stPinYin.stHZ, code);
+        if (entry_ == nullptr || other == nullptr) return false;
+        return by_index_ ? share_pair(*other, *entry_)
+                         : share_reading(g_stPinYin.stPY, *other, *entry_, mode_);
+    }
+
+ private:
+    int32_t code_;
+    int32_t mode_;
+    const MOLTE_HZPY_ONEHZ* entry_;
+    bool by_index_;
+};
+
 // A character of text: a single byte, or lead byte * 256 + trail byte. A lead byte that ends the
 // text is the first of two, the other being 0; size is what may be passed over, 0 at the end.
 struct Glyph {

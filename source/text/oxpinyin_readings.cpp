@@ -32,17 +32,29 @@ int32_t compare_pairs(const MOLTE_HZPY_PYTABLE& table, const uint8_t* a, const u
                : compare_parts(part_at(table.stYunmu, a[1]), part_at(table.stYunmu, b[1]));
 }
 
-bool share_reading(const MOLTE_HZPY_PYTABLE& table, const MOLTE_HZPY_ONEHZ& a,
-                   const MOLTE_HZPY_ONEHZ& b, int32_t mode) {
+// Most readings can't be equal by the first letters of their shengmu.
+bool may_be_equal(const MOLTE_HZPY_PYTABLE& table, const uint8_t* a, const uint8_t* b,
+                  int32_t mode) {
+    const char x = part_at(table.stShengmu, a[0]).szText[0];
+    const char y = part_at(table.stShengmu, b[0]).szText[0];
+    return x == y || (mode != 0 && (x == '\0' || y == '\0'));
+}
+
+}  // namespace
+
+bool molte::pinyin::share_reading(const MOLTE_HZPY_PYTABLE& table, const MOLTE_HZPY_ONEHZ& a,
+                                  const MOLTE_HZPY_ONEHZ& b, int32_t mode) {
     for (int32_t i = 0; i < readings_in(a); ++i) {
         for (int32_t k = 0; k < readings_in(b); ++k) {
-            if (compare_pairs(table, a.abyPair[i], b.abyPair[k], mode) == 0) return true;
+            const uint8_t* x = a.abyPair[i];
+            const uint8_t* y = b.abyPair[k];
+            if (may_be_equal(table, x, y, mode) && compare_pairs(table, x, y, mode) == 0) {
+                return true;
+            }
         }
     }
     return false;
 }
-
-}  // namespace
 
 int32_t MOLTE_HZPY_HzCode2Py(int32_t nCode, MOLTE_HZPY_ONEHZ* pOneHz) {
     if (pOneHz == nullptr) return kModule.fail(here(), kBadArgument);

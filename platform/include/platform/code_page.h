@@ -19,6 +19,8 @@
 #if defined(_WIN32)
 #include <ctype.h>
 #else
+#include <atomic>
+
 // Non-zero when the low byte of c is the first of a double-byte character.
 int isleadbyte(int c);
 #endif
@@ -32,7 +34,18 @@ const char* set_locale(const char* name);
 // False in the "C" locale.
 bool has_code_page();
 
-bool is_lead_byte(unsigned char byte);
+// Asked for each character of a text.
+#if defined(_WIN32)
+inline bool is_lead_byte(unsigned char byte) {
+    return isleadbyte(byte) != 0;
+}
+#else
+extern std::atomic<unsigned> lead_byte_count;  // from kFirstLeadByte on; 0 in a code page without
+constexpr unsigned kFirstLeadByte = 0x81;
+inline bool is_lead_byte(unsigned char byte) {
+    return byte - kFirstLeadByte < lead_byte_count.load(std::memory_order_relaxed);
+}
+#endif
 
 // Whether a byte alone is a letter, and its capital: itself if it has none. (isalpha, toupper)
 bool is_letter(unsigned char byte);
