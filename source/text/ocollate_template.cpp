@@ -1,63 +1,62 @@
 // Matching with compiled wildcard templates, and releasing them.
 //
-// A text is held by its terminator as well: END. The place in it can be one behind END, when a
-// negated class or a literal has taken the terminator; nothing is read there.
+// A negated class, and a literal that ends with a terminator, can take the terminator of the text:
+// what has been passed over then ends with a zero byte, and nothing is read behind it.
 #include <algorithm>
 #include <cstring>
 
 #include "data/character.h"
 #include "moltelib/memory.h"
 #include "moltelib/wild_template.h"
+#include "text/find_bytes.h"
 
 namespace {
 
+using molte::Character;
 using molte::first_character;
 
 constexpr int64_t kNoMatch = -1;
 
-bool is_literal_at(const MOLTE_WMCHAR& literal, const char* at, const char* end) {
-    const int64_t size = literal.nLen;
-    return size <= end + 1 - at &&
-           (size < 1 || (*at == *literal.pText &&
-                         std::memcmp(at, literal.pText, static_cast<size_t>(size)) == 0));
+bool is_literal_at(const MOLTE_WMCHAR& literal, const char* at) {
+    const char* const text = literal.pText;
+    for (int32_t i = 0; i < literal.nLen; ++i) {
+        if (at[i] != text[i]) return false;
+    }
+    return true;
 }
 
-bool lists(const MOLTE_WMCHAR& list, molte::Character c) {
-    if (list.nLen < 1 || c.size == 0 || (c.size == 2 && list.bMB == 0)) return false;
-    if (list.bMB == 0) {
-        return std::memchr(list.pText, c.value, static_cast<size_t>(list.nLen)) != nullptr;
-    }
-    const char* const end = list.pText + list.nLen;
-    for (const char* at = list.pText; at < end;) {
-        const molte::Character listed = first_character(at);
-        if (listed.size == 0) return false;
+bool lists(const MOLTE_WMCHAR& list, Character c) {
+    const char* at = list.pText;
+    const char* const end = at + list.nLen;
+    if (list.bMB == 0) return c.size == 1 && std::find(at, end, static_cast<char>(c.value)) != end;
+    while (at < end && *at != '\0') {
+        const Character listed = first_character(at);
         if (listed.size == c.size && listed.value == c.value) return true;
         at += listed.size;
     }
     return false;
 }
 
-// Whether the characters are there.
-bool pass(int32_t characters, const char*& at, const char* end) {
+// The bytes of so many characters, or kNoMatch when they aren't there.
+int64_t take_any(int32_t characters, const char* text) {
+    const char* at = text;
     for (; characters > 0; --characters) {
-        if (at >= end) return false;
-        at += first_character(at).size;
+        const int32_t size = first_character(at).size;
+        if (size == 0) return kNoMatch;
+        at += size;
     }
-    return true;
+    return at - text;
 }
 
-// The bytes that an element takes, or kNoMatch. The terminator counts as a character of a byte.
-int64_t take_element(const MOLTE_WMCHAR& element, const char* at, const char* end) {
-    if (at > end) return kNoMatch;
+// The bytes that an element takes, or kNoMatch. The terminator is a byte that no class lists.
+int64_t take_element(const MOLTE_WMCHAR& element, const char* at) {
     switch (element.nType) {
         case MOLTE_WMCHAR_LITERAL:
-            return is_literal_at(element, at, end) ? element.nLen : kNoMatch;
-        case MOLTE_WMCHAR_ANY: {
-            const char* const begin = at;
-            return pass(element.nLen, at, end) ? at - begin : kNoMatch;
-        }
+            return is_literal_at(element, at) ? element.nLen : kNoMatch;
+        case MOLTE_WMCHAR_ANY:
+            return take_any(element.nLen, at);
         case MOLTE_WMCHAR_CLASS: {
-            const molte::Character c = first_character(at);
+            const Character c = first_character(at);
             return lists(element, c) != (element.bNegate != 0) ? std::max(c.size, 1) : kNoMatch;
         }
         default:
@@ -65,32 +64,31 @@ int64_t take_element(const MOLTE_WMCHAR& element, const char* at, const char* en
     }
 }
 
+// Whether the terminator has been passed over.
+bool is_behind_end(const char* at, const char* begin) {
+    return at != begin && at[-1] == '\0';
+}
+
 // The bytes that the elements take, 0 for no match.
-int64_t take_run(const MOLTE_WMCHAR* elements, int32_t count, const char* at, const char* end) {
-    const char* const begin = at;
+int64_t take_run(const MOLTE_WMCHAR* elements, int32_t count, const char* text) {
+    const char* at = text;
     for (int32_t i = 0; i < count; ++i) {
-        const int64_t taken = take_element(elements[i], at, end);
+        if (is_behind_end(at, text)) return 0;
+        const int64_t taken = take_element(elements[i], at);
         if (taken == kNoMatch) return 0;
         at += taken;
     }
-    return at - begin;
+    return at - text;
 }
 
-// Where a literal stands first, or null.
+// Where a literal stands first in a text that ends at END, or null.
 const char* find_literal(const MOLTE_WMCHAR& literal, const char* at, const char* end) {
-    if (literal.nLen < 1) return at <= end ? at : nullptr;
-    if (literal.bMB == 0) {
-        while (at <= end) {
-            const auto room = static_cast<size_t>(end + 1 - at);
-            at = static_cast<const char*>(std::memchr(at, *literal.pText, room));
-            if (at == nullptr) return nullptr;
-            if (is_literal_at(literal, at, end)) return at;
-            ++at;
-        }
-        return nullptr;
-    }
-    for (; at <= end; at += std::max(first_character(at).size, 1)) {
-        if (is_literal_at(literal, at, end)) return at;
+    if (literal.nLen < 1) return at;
+    const auto size = static_cast<size_t>(literal.nLen);
+    const char* const last = end + 1 - size;  // the terminator may be the literal's last byte
+    if (literal.bMB == 0) return molte::find_bytes(at, last, literal.pText, size);
+    for (; at <= last; at += std::max(first_character(at).size, 1)) {
+        if (is_literal_at(literal, at)) return at;
     }
     return nullptr;
 }
@@ -108,20 +106,23 @@ int32_t longest_literal(const MOLTE_WMCHAR* elements, int32_t count) {
 int64_t find_by_first_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
                               const char* end, int32_t* offset) {
     const int32_t size = elements[0].nLen;
-    for (const char* at = find_literal(elements[0], text, end); at != nullptr;
-         at = find_literal(elements[0], at + 1, end)) {
-        const int64_t rest = take_run(elements + 1, count - 1, at + size, end);
-        if (rest == 0 && count > 1) continue;
-        *offset = static_cast<int32_t>(at - text);
-        return size + rest;
+    for (const char* at = text; at <= end; ++at) {
+        at = find_literal(elements[0], at, end);
+        if (at == nullptr) return 0;
+        const char* const behind = at + size;
+        const int64_t rest = behind <= end ? take_run(elements + 1, count - 1, behind) : 0;
+        if (count == 1 || rest != 0) {
+            *offset = static_cast<int32_t>(at - text);
+            return size + rest;
+        }
     }
     return 0;
 }
 
 int64_t find_without_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
-                             const char* end, int32_t* offset) {
-    for (const char* at = text; at < end; at += first_character(at).size) {
-        const int64_t taken = take_run(elements, count, at, end);
+                             int32_t* offset) {
+    for (const char* at = text; *at != '\0'; at += first_character(at).size) {
+        const int64_t taken = take_run(elements, count, at);
         if (taken == 0) continue;
         *offset = static_cast<int32_t>(at - text);
         return taken;
@@ -133,34 +134,35 @@ int64_t find_without_literal(const MOLTE_WMCHAR* elements, int32_t count, const 
 int64_t find_run(const MOLTE_WMCHAR* elements, int32_t count, const char* text, const char* end,
                  int32_t* offset) {
     const int32_t longest = longest_literal(elements, count);
-    if (longest < 0) return find_without_literal(elements, count, text, end, offset);
+    if (longest < 0) return find_without_literal(elements, count, text, offset);
     if (longest == 0) return find_by_first_literal(elements, count, text, end, offset);
-    return take_run(elements, count, text, end);  // no search and no offset: meant
+    return take_run(elements, count, text);  // no search and no offset: meant
 }
 
 // A text being matched piece by piece.
 class Match {
  public:
     Match(const MOLTE_WMSUBSTR* pieces, int32_t count, const char* text)
-        : piece_(pieces),
-          behind_(pieces + count),
-          text_(text),
-          end_(text + std::strlen(text)),
-          at_(text) {}
+        : piece_(pieces), end_(pieces + count), text_(text), at_(text) {}
 
     bool run() {
-        while (piece_ != behind_) {
-            if (piece_ + 1 == behind_) return is_rest(*piece_);
+        while (piece_ != end_) {
+            if (piece_ + 1 == end_) return is_rest(*piece_);
             if (!pass_piece()) return false;
         }
-        return at_ == end_;
+        return !is_behind_end() && *at_ == '\0';
     }
 
  private:
+    [[nodiscard]] bool is_behind_end() const { return ::is_behind_end(at_, text_); }
+
     // Whether the last piece takes just what is left. A "." takes any rest; and a run that takes
     // nothing, because it doesn't match, takes just an empty rest: meant, both.
     [[nodiscard]] bool is_rest(const MOLTE_WMSUBSTR& piece) const {
-        return piece.nType != MOLTE_WMSUBSTR_FIXED || take(piece) == end_ - at_;
+        if (piece.nType != MOLTE_WMSUBSTR_FIXED) return true;
+        if (is_behind_end()) return false;
+        const int64_t taken = take_run(piece.pChar, piece.nChar, at_);
+        return at_[taken] == '\0' && !::is_behind_end(at_ + taken, at_);
     }
 
     // Passes over a piece, and over the run behind it unless it is one itself.
@@ -181,40 +183,57 @@ class Match {
     // Behind the last "*" the run stands as near to the end as what follows leaves room for; that
     // may be before the place that has been reached: meant.
     bool pass_to(const MOLTE_WMSUBSTR& run) {
-        const bool more = std::any_of(piece_, behind_, [](const MOLTE_WMSUBSTR& piece) {
-            return piece.nType == MOLTE_WMSUBSTR_ANY;
-        });
-        if (!more) at_ = end_ - std::min<int64_t>(size_from(&run), end_ - text_);
+        if (!is_any_left()) {
+            at_ = text_end() - std::min<int64_t>(size_from(&run), text_end() - text_);
+        } else if (is_behind_end()) {
+            return false;
+        }
         int32_t offset = 0;
-        const int64_t taken = find_run(run.pChar, run.nChar, at_, end_, &offset);
+        const int64_t taken = find_run(run.pChar, run.nChar, at_, text_end(), &offset);
         at_ += offset + taken;
         return taken != 0;
     }
 
+    // The terminator, which not every match asks for.
+    const char* text_end() {
+        if (text_end_ == nullptr) {
+            text_end_ = is_behind_end() ? at_ - 1 : at_ + std::strlen(at_);
+        }
+        return text_end_;
+    }
+
+    [[nodiscard]] bool is_any_left() const {
+        return std::any_of(piece_, end_, [](const MOLTE_WMSUBSTR& piece) {
+            return piece.nType == MOLTE_WMSUBSTR_ANY;
+        });
+    }
+
     [[nodiscard]] int64_t size_from(const MOLTE_WMSUBSTR* piece) const {
         int64_t size = 0;
-        for (; piece != behind_; ++piece) {
+        for (; piece != end_; ++piece) {
             for (int32_t i = 0; i < piece->nChar; ++i) size += piece->pChar[i].nLen;
         }
         return size;
     }
 
-    [[nodiscard]] int64_t take(const MOLTE_WMSUBSTR& run) const {
-        return take_run(run.pChar, run.nChar, at_, end_);
-    }
-
     bool pass(const MOLTE_WMSUBSTR& run) {
-        const int64_t taken = take(run);
+        if (is_behind_end()) return false;
+        const int64_t taken = take_run(run.pChar, run.nChar, at_);
         at_ += taken;
         return taken != 0;
     }
 
-    bool pass_character() { return ::pass(1, at_, end_); }
+    bool pass_character() {
+        if (is_behind_end()) return false;
+        const int32_t size = first_character(at_).size;
+        at_ += size;
+        return size != 0;
+    }
 
     const MOLTE_WMSUBSTR* piece_;
-    const MOLTE_WMSUBSTR* behind_;
+    const MOLTE_WMSUBSTR* end_;
     const char* text_;
-    const char* end_;
+    const char* text_end_ = nullptr;
     const char* at_;
 };
 
@@ -234,7 +253,7 @@ int32_t MOLTE_UTIL_RecurWMatch(const MOLTE_WMSUBSTR* pPieces, int32_t n, const c
 
 int32_t MOLTE_WMCHAR_ForewardMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText) {
     if (pChars == nullptr || pszText == nullptr) return 0;
-    return static_cast<int32_t>(take_run(pChars, n, pszText, pszText + std::strlen(pszText)));
+    return static_cast<int32_t>(take_run(pChars, n, pszText));
 }
 
 int32_t MOLTE_WMCHAR_StrMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText,
