@@ -26,9 +26,12 @@ bool is_literal_at(const MOLTE_WMCHAR& literal, const char* at) {
 }
 
 bool lists(const MOLTE_WMCHAR& list, Character c) {
+    const auto size = static_cast<size_t>(list.nLen);
+    if (list.bMB == 0) {
+        return c.size == 1 && size > 0 && std::memchr(list.pText, c.value, size) != nullptr;
+    }
     const char* at = list.pText;
     const char* const end = at + list.nLen;
-    if (list.bMB == 0) return c.size == 1 && std::find(at, end, static_cast<char>(c.value)) != end;
     while (at < end && *at != '\0') {
         const Character listed = first_character(at);
         if (listed.size == c.size && listed.value == c.value) return true;
@@ -81,20 +84,29 @@ int64_t take_run(const MOLTE_WMCHAR* elements, int32_t count, const char* text) 
     return at - text;
 }
 
-// Where a literal stands first in a text that ends at END, or null.
-const char* find_literal(const MOLTE_WMCHAR& literal, const char* at, const char* end) {
-    if (literal.nLen < 1) return at;
+// The first place in a text that ends at END where a literal stands and ACCEPT(place) holds, or
+// null.
+template <typename Accept>
+const char* find_literal(const MOLTE_WMCHAR& literal, const char* at, const char* end,
+                         Accept accept) {
     const auto size = static_cast<size_t>(literal.nLen);
-    const char* const last = end + 1 - size;  // the terminator may be the literal's last byte
-    if (literal.bMB == 0) return molte::find_bytes(at, last, literal.pText, size);
-    for (; at <= last; at += std::max(first_character(at).size, 1)) {
-        if (is_literal_at(literal, at)) return at;
+    // A terminator as the literal's last byte is that of the text.
+    const bool with_end = size > 0 && literal.pText[size - 1] == '\0';
+    const char* const last = end - size + (with_end ? 1 : 0);
+    if (literal.bMB == 0 && size > 0) {
+        return molte::find_bytes(at, last, literal.pText, size, accept);
+    }
+    while (at <= last) {
+        if (is_literal_at(literal, at) && accept(at)) return at;
+        // Once refused, from one byte behind, which may be the middle of a character: meant.
+        at += is_literal_at(literal, at) ? 1 : std::max(first_character(at).size, 1);
     }
     return nullptr;
 }
 
 // The longest literal, the first one of several; -1 when there is none.
 int32_t longest_literal(const MOLTE_WMCHAR* elements, int32_t count) {
+    if (count == 1) return elements->nType == MOLTE_WMCHAR_LITERAL ? 0 : -1;
     int32_t longest = -1;
     for (int32_t i = 0; i < count; ++i) {
         if (elements[i].nType != MOLTE_WMCHAR_LITERAL) continue;
@@ -106,17 +118,15 @@ int32_t longest_literal(const MOLTE_WMCHAR* elements, int32_t count) {
 int64_t find_by_first_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
                               const char* end, int32_t* offset) {
     const int32_t size = elements[0].nLen;
-    for (const char* at = text; at <= end; ++at) {
-        at = find_literal(elements[0], at, end);
-        if (at == nullptr) return 0;
-        const char* const behind = at + size;
-        const int64_t rest = behind <= end ? take_run(elements + 1, count - 1, behind) : 0;
-        if (count == 1 || rest != 0) {
-            *offset = static_cast<int32_t>(at - text);
-            return size + rest;
-        }
-    }
-    return 0;
+    int64_t rest = 0;
+    const char* at = find_literal(elements[0], text, end, [&](const char* place) {
+        if (count == 1) return true;
+        rest = place + size <= end ? take_run(elements + 1, count - 1, place + size) : 0;
+        return rest != 0;
+    });
+    if (at == nullptr) return 0;
+    *offset = static_cast<int32_t>(at - text);
+    return size + rest;
 }
 
 int64_t find_without_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
@@ -203,9 +213,10 @@ class Match {
     }
 
     [[nodiscard]] bool is_any_left() const {
-        return std::any_of(piece_, end_, [](const MOLTE_WMSUBSTR& piece) {
-            return piece.nType == MOLTE_WMSUBSTR_ANY;
-        });
+        for (const MOLTE_WMSUBSTR* piece = piece_; piece != end_; ++piece) {
+            if (piece->nType == MOLTE_WMSUBSTR_ANY) return true;
+        }
+        return false;
     }
 
     [[nodiscard]] int64_t size_from(const MOLTE_WMSUBSTR* piece) const {
