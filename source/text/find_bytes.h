@@ -7,31 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/byte_block.h"
+
 namespace molte {
-
-namespace find_bytes_detail {
-
-typedef uint8_t Block __attribute__((vector_size(16)));
-
-inline Block load(const char* text) {
-    Block block;
-    std::memcpy(&block, text, sizeof block);
-    return block;
-}
-
-// A bit for each byte that isn't 0, of bytes that are 0 or 0xFF; the lowest for the first.
-inline uint64_t bits_of(Block bytes) {
-    uint64_t halves[2];
-    std::memcpy(halves, &bytes, sizeof halves);
-    uint64_t bits = 0;
-    for (int i = 1; i >= 0; --i) {
-        if constexpr (std::endian::native == std::endian::big) {
-            halves[i] = __builtin_bswap64(halves[i]);
-        }
-        bits = bits << 8 | ((halves[i] & 0x8040201008040201U) * 0x0101010101010101U) >> 56;
-    }
-    return bits;
-}
 
 template <typename Word>
 bool same_ends(const char* a, const char* b, size_t size) {
@@ -53,16 +31,13 @@ inline bool same_bytes(const char* a, const char* b, size_t size) {
     return size == 0 || *a == *b;
 }
 
-}  // namespace find_bytes_detail
-
 // The first place from TEXT up to LAST where the bytes of a part stand and ACCEPT(place) holds, or
 // null. All bytes up to LAST + size - 1 can be read; size is 1 or more. A place may be asked for
 // twice once it was refused.
 template <typename Accept>
 const char* find_bytes(const char* text, const char* last, const char* part, size_t size,
                        Accept accept) {
-    using namespace find_bytes_detail;
-    constexpr ptrdiff_t kBlock = sizeof(Block);
+    constexpr ptrdiff_t kBlock = sizeof(platform::ByteBlock);
     constexpr ptrdiff_t kPlaces = 64;
     if (last - text < kBlock - 1) {
         for (; text <= last; ++text) {
@@ -71,17 +46,18 @@ const char* find_bytes(const char* text, const char* last, const char* part, siz
         return nullptr;
     }
     const char* const last_block = last - (kBlock - 1);
-    const Block first_byte = Block{} + static_cast<uint8_t>(part[0]);
-    const Block last_byte = Block{} + static_cast<uint8_t>(part[size - 1]);
+    const platform::ByteBlock first_byte = platform::block_of(part[0]);
+    const platform::ByteBlock last_byte = platform::block_of(part[size - 1]);
     for (; text <= last; text += kPlaces) {
         text = std::min(text, last_block);
         // The places where the first and the last byte stand.
         uint64_t places = 0;
         for (const char* at = text; at <= last && at != text + kPlaces; at += kBlock) {
             const char* block = std::min(at, last_block);
-            const auto hits = static_cast<Block>((load(block) == first_byte) &
-                                                 (load(block + size - 1) == last_byte));
-            places |= bits_of(hits) << (block - text);
+            const platform::ByteBlock heads = platform::load_block(block);
+            const platform::ByteBlock tails = platform::load_block(block + size - 1);
+            const auto hits = (heads == first_byte) & (tails == last_byte);
+            places |= platform::bits_of(platform::ByteBlock(hits)) << (block - text);
         }
         for (; places != 0; places &= places - 1) {
             const char* place = text + std::countr_zero(places);
