@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "moltelib.h"
@@ -18,7 +19,37 @@
 
 namespace terminal {
 
+// A text in the code page; none when the code page lacks a character of it.
+inline std::optional<std::string> from_wide(const std::wstring& wide) {
+    char* text = ox_wcstombs(wide.c_str());
+    if (text == nullptr) return std::nullopt;
+    std::string result(text);
+    ORVEX_free(text);
+    return result;
+}
+
+// The same, also none when it is no UTF-8.
+inline std::optional<std::string> from_utf8(const std::string& utf8) {
+    std::wstring wide;
+    int32_t size = 0;
+    for (const char* at = utf8.c_str(); *at != '\0'; at += size) {
+        const int32_t code = UTF8CharToInt(at, &size);
+        if (code < 0 || size > 3) return std::nullopt;  // no code page has those of 4 bytes
+        wide += static_cast<wchar_t>(code);
+    }
+    return from_wide(wide);
+}
+
 #if defined(_WIN32)
+
+// An argument of the program.
+inline std::optional<std::string> from_argument(const char* argument) {
+    wchar_t wide[1024];
+    if (MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, argument, -1, wide, 1024) <= 0) {
+        return std::nullopt;
+    }
+    return from_wide(wide);
+}
 
 inline std::string encoded(const wchar_t* text) {
     const UINT page = GetConsoleOutputCP() != 0 ? GetConsoleOutputCP() : CP_UTF8;
@@ -28,6 +59,10 @@ inline std::string encoded(const wchar_t* text) {
 }
 
 #else
+
+inline std::optional<std::string> from_argument(const char* argument) {
+    return from_utf8(argument);
+}
 
 inline std::string utf8(const wchar_t* text) {
     std::string out;
