@@ -120,28 +120,17 @@ const CodePage* page_of() {
     return made ? &page : nullptr;
 }
 
-// Upper case of the bytes that aren't ASCII.
-constexpr int no_case(int c) {
-    return c;
-}
-constexpr int upper_1252(int c) {
-    if (c == 0x9A || c == 0x9C || c == 0x9E) return c - 0x10;
-    if (c == 0xFF) return 0x9F;
-    return c >= 0xE0 && c != 0xF7 ? c - 0x20 : c;
-}
-
 struct Locale {
     const char* name;
     bool double_byte;
     const CodePage* (*page)();
-    int (*upper)(int c);
 };
 
 constexpr Locale kLocales[] = {
-    {"C", false, page_of<fill_plain>, no_case},
-    {"chs", true, page_of<fill_936>, no_case},
-    {"us", false, page_of<fill_1252>, upper_1252},
-    {"esp", false, page_of<fill_1252>, upper_1252},
+    {"C", false, page_of<fill_plain>},
+    {"chs", true, page_of<fill_936>},
+    {"us", false, page_of<fill_1252>},
+    {"esp", false, page_of<fill_1252>},
 };
 
 std::atomic<const Locale*> current{&kLocales[0]};
@@ -189,8 +178,8 @@ bool is_letter(unsigned char byte) {
     return strchr("\x83\x88\x8A\x8C\x8E\x9A\x9C\x9E\x9F\xAA\xB5\xBA", byte) != nullptr;
 }
 
-unsigned char capital_of(unsigned char byte) {
-    if (byte < 0x80 || !is_latin()) return to_upper(byte);
+unsigned char capital_beyond_ascii(unsigned char byte) {
+    if (!is_latin()) return byte;
     if (byte == 0xFF) return 0x9F;
     if (byte >= 0xE0 && byte != 0xF7) return static_cast<unsigned char>(byte - 0x20);
     const bool caron_or_ligature = byte == 0x9A || byte == 0x9C || byte == 0x9E;
@@ -199,10 +188,6 @@ unsigned char capital_of(unsigned char byte) {
 
 int longest_char() {
     return current.load()->double_byte ? 2 : 1;
-}
-
-int upper_beyond_ascii(int c) {
-    return c >= 0x80 && c <= 0xFF ? current.load()->upper(c) : c;
 }
 
 int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {

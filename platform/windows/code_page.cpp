@@ -38,17 +38,13 @@ bool is_letter(unsigned char byte) {
     return isalpha(byte) != 0;
 }
 
-unsigned char capital_of(unsigned char byte) {
-    return static_cast<unsigned char>(toupper(byte));
+// The run-time may answer anything for a lead byte, which is no character.
+unsigned char capital_beyond_ascii(unsigned char byte) {
+    return is_lead_byte(byte) ? byte : static_cast<unsigned char>(toupper(byte));
 }
 
 int longest_char() {
     return MB_CUR_MAX;
-}
-
-int upper_beyond_ascii(int c) {
-    const bool single = c >= 0x80 && c <= 0xFF && !is_lead_byte(static_cast<unsigned char>(c));
-    return single ? toupper(c) : c;
 }
 
 int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {

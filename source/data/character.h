@@ -20,4 +20,10 @@ inline Character first_character(const char* text) {
     return trail != 0 ? Character{lead * 256 + trail, 2} : Character{lead, 1};
 }
 
+// A single-byte character as a capital; others have none.
+inline int32_t capital_of(int32_t value) {
+    if (value < 0 || value > 0xFF) return value;
+    return platform::capital_of(static_cast<unsigned char>(value));
+}
+
 }  // namespace molte

@@ -1,6 +1,7 @@
 // Comparing characters and texts, and choosing a comparison.
 #include <cstring>
 
+#include "data/character.h"
 #include "moltelib/collation.h"
 #include "moltelib/language.h"
 #include "moltelib/pinyin.h"
@@ -40,7 +41,7 @@ Head head_of(const volatile char* text) {
 }  // namespace
 
 int32_t OCOLL_SB_CharCiCmp(int32_t a, int32_t b) {
-    return platform::upper_of(a) - platform::upper_of(b);
+    return molte::capital_of(a) - molte::capital_of(b);
 }
 
 int32_t OCOLL_DB_CharBinCmp(int32_t a, int32_t b) {

@@ -10,7 +10,6 @@
 #include "data/character.h"
 #include "data/scratch.h"
 #include "moltelib/wild_match.h"
-#include "platform/code_page.h"
 #include "text/oxpinyin.h"
 
 namespace {
@@ -40,11 +39,11 @@ struct ByCode {
 
 struct WithoutCase {
     int32_t operator()(int32_t a, int32_t b) const {
-        return platform::upper_of(a) - platform::upper_of(b);
+        return molte::capital_of(a) - molte::capital_of(b);
     }
     auto equal_to(int32_t b) const {
         return
-            [upper = platform::upper_of(b)](int32_t a) { return platform::upper_of(a) == upper; };
+            [capital = molte::capital_of(b)](int32_t a) { return molte::capital_of(a) == capital; };
     }
 };
 

@@ -16,6 +16,8 @@
 
 #include <cstddef>
 
+#include "platform/text.h"
+
 #if defined(_WIN32)
 #include <ctype.h>
 #else
@@ -49,17 +51,13 @@ inline bool is_lead_byte(unsigned char byte) {
 
 // Whether a byte alone is a letter, and its capital: itself if it has none. (isalpha, toupper)
 bool is_letter(unsigned char byte);
-unsigned char capital_of(unsigned char byte);
+unsigned char capital_beyond_ascii(unsigned char byte);
+inline unsigned char capital_of(unsigned char byte) {
+    return byte < 0x80 ? to_upper(byte) : capital_beyond_ascii(byte);
+}
 
 // Bytes of the longest character: 1 or 2. (MB_CUR_MAX)
 int longest_char();
-
-// The single byte c in upper case; a lead byte and a number that is no byte stay. (toupper)
-int upper_beyond_ascii(int c);
-inline int upper_of(int c) {
-    if (c >= 'a' && c <= 'z') return c - 32;
-    return c < 0x80 ? c : upper_beyond_ascii(c);
-}
 
 // Decodes the character at text, of which at most limit bytes are looked at. Its bytes, 1 or 2; 0
 // for the terminator, a null text or a limit of 0; -1 with errno EILSEQ when it is cut short or not
