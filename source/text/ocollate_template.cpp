@@ -248,6 +248,21 @@ class Match {
     const char* at_;
 };
 
+// Whether all is there that the counts announce: pieces may be made by hand.
+bool are_whole(const MOLTE_WMCHAR* elements, int32_t count) {
+    return count < 1 || (elements != nullptr &&
+                         std::all_of(elements, elements + count, [](const MOLTE_WMCHAR& element) {
+                             return element.pText != nullptr || element.nType == MOLTE_WMCHAR_ANY ||
+                                    element.nLen == 0;
+                         }));
+}
+
+bool are_whole(const MOLTE_WMSUBSTR* pieces, int32_t count) {
+    return std::all_of(pieces, pieces + count, [](const MOLTE_WMSUBSTR& piece) {
+        return are_whole(piece.pChar, piece.nChar);
+    });
+}
+
 }  // namespace
 
 int32_t MOLTE_CompiledWildMatch(const MOLTE_WMTEMPL* pTempl, const char* pszText) {
@@ -259,17 +274,17 @@ int32_t MOLTE_CompiledWildMatch(const MOLTE_WMTEMPL* pTempl, const char* pszText
 int32_t MOLTE_UTIL_RecurWMatch(const MOLTE_WMSUBSTR* pPieces, int32_t n, const char* pszText) {
     if (pszText == nullptr || (pPieces == nullptr && n > 0)) return 0;
     if (n < 1) return *pszText == '\0' ? 1 : 0;
-    return Match(pPieces, n, pszText).run() ? 1 : 0;
+    return are_whole(pPieces, n) && Match(pPieces, n, pszText).run() ? 1 : 0;
 }
 
 int32_t MOLTE_WMCHAR_ForewardMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText) {
-    if (pChars == nullptr || pszText == nullptr) return 0;
+    if (pszText == nullptr || !are_whole(pChars, n)) return 0;
     return static_cast<int32_t>(take_run(pChars, n, pszText));
 }
 
 int32_t MOLTE_WMCHAR_StrMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText,
                               int32_t* pnPos) {
-    if (pChars == nullptr || pszText == nullptr) return 0;
+    if (pszText == nullptr || !are_whole(pChars, n)) return 0;
     int32_t unwanted;
     return static_cast<int32_t>(find_run(pChars, n, pszText, pszText + std::strlen(pszText),
                                          pnPos != nullptr ? pnPos : &unwanted));
