@@ -1,0 +1,195 @@
+#include "pinyin_table.h"
+
+namespace {
+
+// a1 ZHE, a2 ZHE and CHANG, a3 ZO, a4 SAN. As text ZHE is below ZO; by its shengmu ZH is above Z.
+constexpr char kLines[] = "zhe\xB0\xA1\xB0\xA2\nchang\xB0\xA2\nzo\xB0\xA3\nsan\xB0\xA4\n";
+
+TEST(Collation, characters) {
+    const PinyinTable table(kLines);
+    struct Case {
+        OCOLL_CHARCMP compare;
+        int32_t a, b, result;
+    };
+    const Case cases[] = {{OCOLL_SB_CharCiCmp, 'a', 'A', 0},
+                          {OCOLL_SB_CharCiCmp, 'a', 'C', -2},
+                          {OCOLL_SB_CharCiCmp, 'z', '[', 'Z' - '['},
+                          {OCOLL_SB_CharCiCmp, 0xE4, 0xC4, 0x20},
+                          {OCOLL_SB_CharCiCmp, 0xB0E1, 0xB0C1, 0x20},
+                          {OCOLL_DB_CharBinCmp, 'a', 'A', 32},
+                          {OCOLL_SB_CharBinCmp, 0xFF, 0x80, 127},
+                          {OCOLL_DB_CharPyCmp, 0xB0A1, 0xB0A2, 0},
+                          {OCOLL_DB_CharPyCmp, 0xB0A3, 0xB0A1, -1},
+                          {OCOLL_DB_CharPyCmp, 0xB0A4, 0xB0A3, -1},
+                          {OCOLL_DB_CharPyCmp, 0xB0A1, 0xB0A9, -8},
+                          {OCOLL_DB_CharPyCmp, 0x8140, 0xB0A1, 0x8140 - 0xB0A1},
+                          {OCOLL_DB_CharAVarPyCmp, 0xB0A3, 0xB0A1, 1},
+                          {OCOLL_DB_CharAVarPyCmp, 0xB0A1, 0xB0A2, 0},
+                          {OCOLL_DB_CharBVarPyCmp, 0xB0A3, 0xB0A1, 1},
+                          {OCOLL_DB_CharBVarPyCmp, 0xB0A2, 0xB0A1, 0}};
+    for (const Case& c : cases) EXPECT_EQ(c.compare(c.a, c.b), c.result) << c.a << " " << c.b;
+    OXLANG_SetLocale(OXLANG_ENGLISH);
+    EXPECT_EQ(OCOLL_SB_CharCiCmp(0xE4, 0xC4), 0);
+    EXPECT_EQ(OCOLL_SB_CharCiCmp(0xF7, 0xD7), 0x20);
+    EXPECT_EQ(OCOLL_DB_CharVarPyCmp(0xB0A3, 0xB0A1, 0), 1);
+    EXPECT_EQ(OCOLL_DB_CharVarPyCmp(0xB0A1, 0xB0A3, 5), -1);
+}
+
+TEST(Collation, pinyin_before_the_table_is_built) {
+    ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);
+    for (const OCOLL_CHARCMP compare :
+         {OCOLL_DB_CharPyCmp, OCOLL_DB_CharAVarPyCmp, OCOLL_DB_CharBVarPyCmp}) {
+        EXPECT_EQ(compare(0xB0A3, 0xB0A1), 2);
+        EXPECT_EQ(compare(0xFFFF, 0), 0xFFFF);
+    }
+}
+
+int32_t first_minus_second(int32_t a, int32_t b) {
+    return a - b;
+}
+int32_t second_minus_first(int32_t a, int32_t b) {
+    return b - a;
+}
+
+TEST(Collation, characters_of_both_widths) {
+    const Ints cases[] = {// a, its length, b, its length, result
+                          {'a', 1, 'c', 1, -2},      {'c', 1, 'a', 1, 2},
+                          {0xFFFF, 1, 0, 2, -1},     {0, 2, 0xFFFF, 1, 1},
+                          {0xB0A1, 2, 0xB0A3, 2, 2}, {0xB0A1, 2, 0xB0A1, 2, 0},
+                          {'a', 1, 'a', 1, 0}};
+    for (const Ints& c : cases) {
+        EXPECT_EQ(OCOLL_MB_CharCmp(c[0], c[1], c[2], c[3], first_minus_second, second_minus_first),
+                  c[4])
+            << testing::PrintToString(c);
+    }
+}
+
+TEST(Collation, keys_are_unsigned_bytes) {
+    const tuple<Text, Text, int32_t> cases[] = {
+        {"a", "ab", -1},    {"ab", "a", 1},  {"\x80", "a", 1},     {"a", "a", 0},
+        {"", "", 0},        {"", "a", -1},   {"\xB0\xA1", "z", 1}, {"az", "c", -1},
+        {nullptr, "a", -1}, {"", nullptr, 0}};
+    for (const auto& [a, b, result] : cases) {
+        for (const OCOLL_STRCMP compare : {MOLTE_CompKey, OCOLL_MB_StrBinCmp, OCOLL_SB_StrBinCmp}) {
+            EXPECT_EQ(compare(a, b), result) << (a != nullptr ? a : "null");
+        }
+    }
+    EXPECT_EQ(OCOLL_SB_StrCiCmp("ABC", "abc"), 0);
+    EXPECT_LT(OCOLL_SB_StrCiCmp("abc", "ABD"), 0);
+    EXPECT_EQ(OCOLL_SB_StrCiCmp(nullptr, nullptr), 1);
+    EXPECT_EQ(OCOLL_SB_StrCiCmp(nullptr, "a"), 0);
+}
+
+// What a routine was asked, and how often it still says "equal".
+std::vector<std::pair<int32_t, int32_t>> asked;
+int equal_times;
+int32_t equal_for_a_while(int32_t a, int32_t b) {
+    asked.emplace_back(a, b);
+    return equal_times-- > 0 ? 0 : -7;
+}
+int32_t never_asked(int32_t, int32_t) {
+    ADD_FAILURE();
+    return 99;
+}
+
+TEST(Collation, texts_are_their_first_characters) {
+    const PinyinTable table(kLines);
+    asked.clear();
+    equal_times = 3;
+    EXPECT_EQ(UTIL_MB_StrCmp("xy", "xz", equal_for_a_while, never_asked), -7);
+    EXPECT_EQ(asked, decltype(asked)(4, {'x', 'x'}));
+    asked.clear();
+    equal_times = 2;
+    EXPECT_EQ(UTIL_MB_StrCmp("\x81\x5C"
+                             "a",
+                             "\xB0\xA1", never_asked, equal_for_a_while),
+              -7);
+    EXPECT_EQ(asked, decltype(asked)(3, {0x815C, 0xB0A1}));
+
+    struct Case {
+        Text a, b;
+        int32_t general, by_ci, by_cs, variant_ci, variant_cs;
+    };
+    const Case cases[] = {
+        {"", "", 0, 0, 0, 0, 0},
+        {nullptr, nullptr, 0, 0, 0, 0, 0},
+        {nullptr, "x", -1, -1, -1, -1, -1},
+        {"x", "", 1, 1, 1, 1, 1},
+        {"\xB0\xA1", "x", 1, 1, 1, 1, 1},
+        {"x", "\xB0\xA1", -1, -1, -1, -1, -1},
+        {"\xB0", "\x81\x40", -1, -1, -1, -1, -1},  // a lead byte that ends its text is one byte
+        {"x", "y", -1, -1, -1, -1, -1},
+        {"A", "c", 'A' - 'c', -2, 'A' - 'c', -2, 'A' - 'c'},
+        {"\xB0", "a", 0xB0 - 'a', 0xB0 - 'A', 0xB0 - 'a', 0xB0 - 'A', 0xB0 - 'a'},
+        {"\xB0\xA3", "\xB0\xA1", -2, -1, -1, 1, 1},
+        {"\xB0\xA4z", "\xB0\xA2", 0xA2 - 0xA4, -1, -1, -1, -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.a != nullptr ? c.a : "null");
+        EXPECT_EQ(UTIL_MB_StrCmp(c.a, c.b, first_minus_second, second_minus_first), c.general);
+        EXPECT_EQ(OCOLL_MB_StrPyCiCmp(c.a, c.b), c.by_ci);
+        EXPECT_EQ(OCOLL_MB_StrPyCsCmp(c.a, c.b), c.by_cs);
+        EXPECT_EQ(OCOLL_MB_StrAVarPyCiCmp(c.a, c.b), c.variant_ci);
+        EXPECT_EQ(OCOLL_MB_StrBVarPyCiCmp(c.a, c.b), c.variant_ci);
+        EXPECT_EQ(OCOLL_MB_StrAVarPyCsCmp(c.a, c.b), c.variant_cs);
+        EXPECT_EQ(OCOLL_MB_StrBVarPyCsCmp(c.a, c.b), c.variant_cs);
+    }
+}
+
+constexpr OCOLL_STRCMP kFixedWalks[] = {OCOLL_MB_StrPyCiCmp,     OCOLL_MB_StrAVarPyCiCmp,
+                                        OCOLL_MB_StrBVarPyCiCmp, OCOLL_MB_StrPyCsCmp,
+                                        OCOLL_MB_StrAVarPyCsCmp, OCOLL_MB_StrBVarPyCsCmp};
+
+CHILD_ROLE(compares_equal_texts) {
+    OXLANG_SetLocale(OXLANG_CHINESE);
+    static std::atomic<int> returned = 0;
+    for (const OCOLL_STRCMP compare : kFixedWalks) {
+        std::thread([compare] { returned += compare("ab", "ac") < 2 ? 1 : 100; }).detach();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    tell_parent(std::to_string(returned));
+    hear_parent();
+    return 0;
+}
+
+TEST(Collation, equal_first_characters_never_return) {
+    ChildProcess child("compares_equal_texts");
+    EXPECT_EQ(child.read_line(), "0");
+    child.kill();
+    EXPECT_EQ(child.wait(), -1);
+}
+
+TEST(Collation, selection) {
+    const Installation installation;
+    struct Case {
+        int32_t language, latin, multibyte;
+        OCOLL_WILDMATCH routine;
+    };
+    std::vector<Case> cases = {
+        {2052, 3, 53, ORVEX_MB_WildVarPyMatch}, {2052, 3, 52, ORVEX_MB_WildPyMatch},
+        {2052, 3, 51, ORVEX_MB_WildMatch},      {2052, 3, 0, ORVEX_MB_WildMatch},
+        {2052, 3, -1, ORVEX_MB_WildMatch},
+    };
+    for (const int32_t latin : {0, 1, 2, 4, 52, -1}) {
+        cases.push_back({2052, latin, 53, ORVEX_MB_Ci_WildVarPyMatch});
+        cases.push_back({2052, latin, 52, ORVEX_MB_Ci_WildPyMatch});
+        cases.push_back({2052, latin, 50, ORVEX_MB_Ci_WildMatch});
+        EXPECT_EQ(ORVEX_UTIL_GetLatCmpRoutine(latin), &OCOLL_SB_CharCiCmp) << latin;
+    }
+    for (const int32_t language : {0, 10, 1033}) {
+        for (const int32_t multibyte : {0, 50, 52, 53}) {
+            cases.push_back({language, 3, multibyte, ORVEX_WildMatch});
+            cases.push_back({language, 1, multibyte, ORVEX_Ci_WildMatch});
+        }
+    }
+    for (const Case& c : cases) {
+        OXLANG_LID_Set(OXLANG_KIND_DEFAULT, c.language);
+        OXLANG_LID_Set(OXLANG_KIND_MESSAGE, 2052 + 1033 - c.language);  // makes no difference
+        EXPECT_EQ(ORVEX_UTIL_GetWildMatchRoutine(c.latin, c.multibyte), c.routine)
+            << c.language << " " << c.latin << " " << c.multibyte;
+    }
+    EXPECT_EQ(ORVEX_UTIL_GetLatCmpRoutine(3), &OCOLL_DB_CharBinCmp);
+    EXPECT_EQ(ORVEX_UTIL_GetMBCmpRoutine(), &OCOLL_DB_CharBinCmp);
+}
+
+}  // namespace

@@ -1,0 +1,360 @@
+#include "wild_template_reference.h"
+
+#include "support/test.h"
+#include "wild_samples.h"
+
+namespace {
+
+#define A1 "\xB0\xA1"
+#define A2 "\xB0\xA2"
+#define SLASH "\x81\x5C"    // the trail byte is "\"
+#define BRACKET "\x81\x5D"  // and "]"
+#define TRAIL_A "\x81\x61"  // and "a"
+
+class WildTemplate : public testing::Test {
+ protected:
+    WildTemplate() {
+        OXLANG_SetLocale(OXLANG_CHINESE);
+        ORVEX_Err_ClearError();
+    }
+};
+
+class Compiled {
+ public:
+    explicit Compiled(const char* pattern) { result_ = MOLTE_CompileTempl(pattern, &templ_); }
+    ~Compiled() { MOLTE_WMTEMPL_Free(&templ_); }
+    Compiled(const Compiled&) = delete;
+    Compiled& operator=(const Compiled&) = delete;
+
+    [[nodiscard]] int32_t result() const { return result_; }
+    [[nodiscard]] int32_t match(const char* text) const {
+        return MOLTE_CompiledWildMatch(&templ_, text);
+    }
+    [[nodiscard]] const MOLTE_WMTEMPL& operator*() const { return templ_; }
+    // The elements of the first fixed run.
+    [[nodiscard]] const MOLTE_WMSUBSTR& run() const {
+        return *std::find_if(templ_.pSubStr, templ_.pSubStr + templ_.nSubStr,
+                             [](const auto& piece) { return piece.nType == 3; });
+    }
+
+ private:
+    MOLTE_WMTEMPL templ_ = {7, reinterpret_cast<MOLTE_WMSUBSTR*>(&templ_)};  // not to be freed
+    int32_t result_ = 0;
+};
+
+// What a pattern becomes, or its error.
+std::string compiled(const std::string& pattern) {
+    const Compiled templ{Exact(pattern)};
+    if (templ.result() == 1) return described_template(*templ);
+    EXPECT_EQ(templ.result(), -1);
+    EXPECT_EQ((*templ).nSubStr, 0);
+    EXPECT_EQ((*templ).pSubStr, nullptr);
+    return taken_error();
+}
+
+TEST_F(WildTemplate, compiling) {
+    const std::vector<tuple<std::string, std::string>> cases = {
+        {"", ""},
+        {"*", "*"},
+        {"..", "."},
+        {".*.", "*"},
+        {"a.*b", "r(a1:a)*r(a1:b)"},
+        {"ab?[^c]??*.\\*d", "r(a2:ab)(?1:)([^1:c)(?2:)*r(a2:*d)"},
+        {"?a?", "r(?1:)(a1:a)(?1:)"},
+        {"[a][b]", "r([1:a)([1:b)"},
+        {"]^-", "r(a3:]^-)"},
+        {A1 "x?" SLASH, "r(am3:" A1 "x)(?1:)(am2:" SLASH ")"},
+        {"\\" A1 "\\\\\\[", "r(am4:" A1 "\\[)"},
+        {"a*b\\", "r(a1:a)*r(a2:b\0)"s},
+        {"\\", "r(a1:\0)"s},
+        {"[", "r([0:)"},
+        {"[]", "r([0:)"},
+        {"[]a]", "r([0:)(a2:a])"},
+        {"[^", "r([^0:)"},
+        {"[^]x", "r([^0:)(a1:x)"},
+        {"[a^*.?[]", "r([6:a^*.?[)"},
+        {"[ab", "r([2:ab)"},
+        {"[\\]\\-\\\\]", "r([3:]-\\)"},
+        {"[a-e]", "r([5:abcde)"},
+        {"[A-C0-2]", "r([6:ABC012)"},
+        {"[a-c-e]", "r([4:abce)"},
+        {"[c-a]", "r([1:c)"},
+        {"[a-a]", "r([1:a)"},
+        {"[\\a-c]", "r([3:abc)"},
+        {"[^a" BRACKET "b]", "r([^m4:a" BRACKET "b)"},
+        {"[\\" A1 "]", "r([m2:" A1 ")"}};
+    for (const auto& [pattern, result] : cases) {
+        EXPECT_EQ(compiled(pattern), result) << shown(pattern);
+    }
+    // The last three bad ranges: one that goes on from "{", and ends of two bytes.
+    const std::vector<tuple<Text, Texts>> faults = {
+        {"101 ocollate",
+         {"[a-C]", "[0-a]", "[-a]", "[a-]", "[a-", "[a-\\b]", "[+-/]", "[x-z-z]", "[" TRAIL_A "-c]",
+          "[a-" TRAIL_A "]"}},
+        {"420 ocollate", {"a*[b\\", "[\\"}},
+        {"421 ocollate bad hz", {"a?*[b\x81", "a[\\\x81"}},
+        {"422 ocollate", {"*b?a\x81", "\\\x81"}}};
+    for (const auto& [error, patterns] : faults) {
+        for (const std::string& pattern : patterns) EXPECT_EQ(compiled(pattern), error) << pattern;
+    }
+    EXPECT_EQ(compiled("[" + std::string(32767, 'x')).size(), 32767U + 10);
+    EXPECT_EQ(compiled("[" + std::string(32768, 'x')), "50 ocollate");
+    MOLTE_WMTEMPL templ;
+    EXPECT_EQ(error_of(MOLTE_CompileTempl(nullptr, &templ)), "50 ocollate");
+    EXPECT_EQ(error_of(MOLTE_CompileTempl("a", nullptr)), "50 ocollate");
+    EXPECT_EQ(MOLTE_WMTEMPL_Free(nullptr), 0);
+}
+
+TEST_F(WildTemplate, matching) {
+    struct Case {
+        Text pattern;
+        Texts matching, others;
+    };
+    const Case cases[] = {
+        {"", {"", "abc", A1}, {}},
+        {"*", {"", "abc", "\x81"}, {}},
+        {"abc", {"abc", ""}, {"ABC", "abcd", "ab"}},  // a lone run: also the empty text
+        {"a\\*b", {"a*b"}, {"axb", "ab"}},
+        {"ab?", {"abc", "ab" A1, "ab\x81"}, {"ab", "abcd"}},
+        {"a.b", {"ab", "axb", "a" A1 "b"}, {"axxb", "a", ""}},
+        {"a.", {"a", "ab", "abcd"}, {"", "ba"}},
+        {".", {"", "a", "abc"}, {}},
+        {"*abc", {"xabc", "abc", "abcabc"}, {"abcx", "bc", ""}},
+        {"*a*b", {"aab", "ab", "xaxb"}, {"aa", "ba"}},
+        {"a*b*c", {"abcabc", "abc"}, {"acb", "abcab"}},
+        {"*ab*c.d", {"abcd", "xabxcd"}, {"abcxd", "ab"}},  // "." adds nothing to the tail
+        {"*?ab*", {"xabz", "aab"}, {"xyabz", "ab"}},
+        {"*a[bc]*", {"xacx", "xaxab"}, {"xaxa"}},  // goes on behind a hit
+        {"*aa[b]*", {"aaab"}, {"aba"}},            // by one byte
+        {"*aXb*b", {"aXbb", "aXb"}, {"aX"}},       // the tail may use what is matched already
+        {"*abx*aby", {"abxaby", "abxxaby"}, {"abyabx"}},
+        {"*ab*abc", {"ababc", "abc"}, {"abab"}},
+        {"a*ab", {"ab", "aab"}, {"a", "b"}},
+        {"*a*?c", {"abc", "axbc", "ac"}, {"c"}},
+        {"a\\", {""}, {"a", "ab"}},
+        {"*a\\", {}, {"", "a", "ba"}},
+        {"[^a]", {"b", A1}, {"", "a", "bb"}},
+        {"[", {""}, {"a", "["}},
+        {"[^", {"a", "]", A1}, {"", "ab"}},
+        {"[^a]*", {"", "b", "bcd"}, {"a"}},  // takes the end of the text
+        {"b[^a].", {"b", "bc"}, {"ba", ""}},
+        {"[^a]*b", {"b", "xb"}, {"", "x"}},
+        {"*[^a]", {"b", "ab"}, {"", "a", "ba"}},
+        {".[^a]", {"b", "ab"}, {"", "a", "aa", "xb"}},
+        {".b", {"b", "ab", A1 "b"}, {"", "a", "aab"}},
+        {"[ab][0-1]", {"a0", "b1", ""}, {"a2", "0a"}},
+        {"[" A1 "a]", {A1, "a", ""}, {A2, "\xA1", "\xB0"}},
+        {"[^" A1 "a]", {A2, "b", "\x81"}, {A1, "a", ""}},
+        {"[ab]", {"a", ""}, {A1, TRAIL_A}},
+        {"*" A1 "*", {"x" A1 "x"}, {"\xA1\xB0\xA1\xB0", A2}},
+        {"*a*", {"xax", TRAIL_A}, {"x"}},  // a literal of single bytes is found in any byte
+        {"a*[bc" A1 "]", {"axb", "ab"}, {"a", "abx"}},  // class counts as four
+        {"?*?", {"ab", A1 A2, "a"}, {""}},
+        {"*??*", {"ab", "a" A1, "abc"}, {"a", ""}},
+    };
+    for (const auto& [pattern, matching, others] : cases) {
+        const Compiled templ(pattern);
+        for (const std::string& text : matching) {
+            EXPECT_EQ(templ.match(Exact(text)), 1) << shown(pattern) << " " << shown(text);
+        }
+        for (const std::string& text : others) {
+            EXPECT_EQ(templ.match(Exact(text)), 0) << shown(pattern) << " " << shown(text);
+        }
+        EXPECT_EQ(templ.match(nullptr), *pattern == '\0' ? 1 : 0) << pattern;
+    }
+    EXPECT_EQ(MOLTE_CompiledWildMatch(nullptr, ""), 0);
+    EXPECT_EQ(taken_error(), "");
+}
+
+TEST_F(WildTemplate, parts_of_matching) {
+    struct Case {
+        Text pattern, text;
+        int32_t at_head, found, offset;  // -1: not written
+    };
+    const Case cases[] = {{"ab", "abc", 2, 2, 0},
+                          {"ab", "xab", 0, 2, 1},
+                          {"a[bc]", "abac", 2, 2, 0},
+                          {"a[c]", "aabac", 0, 2, 3},
+                          {"ab?cd", "xabyabzcd", 0, 5, 4},
+                          {"a?cd", "abcd", 4, 4, -1},
+                          {"a?cd", "xabcd", 0, 0, -1},
+                          {"?a", A1 "a", 3, 3, -1},
+                          {"??", A1, 0, 0, -1},
+                          {"[c]", A1 "bc", 0, 1, 3},
+                          {"[^a]", "", 1, 0, -1},
+                          {"[^a]", "a", 0, 0, -1},
+                          {"[^a][^a]", "", 0, 0, -1},
+                          {"b[^a]", "xb", 0, 2, 1},
+                          {"a\\", "xa", 0, 2, 1},
+                          {A1, "\xA1\xB0\xA1\xB0" A1, 0, 2, 4},
+                          {"\xA1\xB0", A1 A1, 0, 0, -1}};
+    for (const Case& c : cases) {
+        const Compiled templ(c.pattern);
+        const auto& [type, count, elements] = templ.run();
+        const Exact text(c.text);
+        int32_t offset = -1;
+        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(elements, count, text), c.at_head) << c.pattern;
+        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(elements, count, text, &offset), c.found) << c.pattern;
+        EXPECT_EQ(offset, c.offset) << c.pattern;
+        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(elements, count, text, nullptr), c.found);
+        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(elements, 0, text), 0);
+        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(elements, count, nullptr), 0);
+        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(elements, count, nullptr, &offset), 0);
+    }
+    EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, 0, ""), 1);
+    EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, -1, "a"), 0);
+    for (const auto& [c, type] : {std::pair{'a', 1},
+                                  {'z', 1},
+                                  {'A', 2},
+                                  {'Z', 2},
+                                  {'0', 3},
+                                  {'9', 3},
+                                  {'`', 0},
+                                  {'{', 0},
+                                  {'@', 0},
+                                  {'[', 0},
+                                  {'/', 0},
+                                  {':', 0},
+                                  {'\0', 0}}) {
+        EXPECT_EQ(MOLTE_UTIL_CharType(c), type) << c;
+    }
+    EXPECT_EQ(MOLTE_UTIL_CharType(0x8161) + MOLTE_UTIL_CharType('a' - 256), 0);
+}
+
+TEST_F(WildTemplate, pieces_made_by_hand) {
+    const MOLTE_WMCHAR elements[] = {{3, 0, 0, MOLTE_WMCHAR_LITERAL, nullptr},
+                                     {3, 1, 0, MOLTE_WMCHAR_CLASS, nullptr}};
+    int32_t offset = 0;
+    for (const MOLTE_WMCHAR& element : elements) {
+        MOLTE_WMCHAR copy = element;
+        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(&element, 1, "abc"), 0);
+        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(&element, 1, "abc", &offset), 0);
+        const MOLTE_WMSUBSTR pieces[] = {{1, 0, nullptr}, {3, 1, &copy}};
+        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 2, "abc"), 0);
+        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces + 1, 1, "abc"), 0);
+    }
+    EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(nullptr, 2, "abc"), 0);
+    EXPECT_EQ(MOLTE_WMCHAR_StrMatch(nullptr, 2, "abc", &offset), 0);
+    EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, 2, "abc"), 0);
+    for (const int32_t kind : {1, 2, 3}) {
+        const MOLTE_WMSUBSTR pieces[] = {{kind, 0, nullptr}, {3, 2, nullptr}, {1, 0, nullptr}};
+        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 2, "abc"), 0);
+        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 3, "abc"), 0);
+    }
+    const MOLTE_WMTEMPL templ = {3, nullptr};
+    EXPECT_EQ(MOLTE_CompiledWildMatch(&templ, "abc"), 0);
+}
+
+TEST_F(WildTemplate, parts_of_compiling) {
+    PA text;
+    PA elements;
+    PA pieces;
+    PA_Init(&text, 1, 0);
+    PA_Init(&elements, sizeof(MOLTE_WMCHAR), 0);
+    PA_Init(&pieces, sizeof(MOLTE_WMSUBSTR), 0);
+    MOLTE_WMCHAR element = {};
+    MOLTE_WMSUBSTR piece = {};
+    PA_MultiAppend(&text, "ab", 2);
+    EXPECT_EQ(MOLTE_UTIL_FinWmChar(&elements, &element, &text), 0);
+    EXPECT_EQ(MOLTE_UTIL_FinSubStr(&pieces, &elements, &piece), 0);
+    EXPECT_EQ(text.nCount * 100 + elements.nCount * 10 + pieces.nCount, 200);
+    element.nType = MOLTE_WMCHAR_LITERAL;
+    EXPECT_EQ(MOLTE_UTIL_FinWmChar(&elements, &element, &text), 1);
+    EXPECT_EQ(element.nType + text.nCount, 0);
+    element = {4, 0, 0, MOLTE_WMCHAR_ANY, nullptr};
+    EXPECT_EQ(MOLTE_UTIL_FinWmChar(&elements, &element, &text), 1);
+    piece.nType = MOLTE_WMSUBSTR_FIXED;
+    EXPECT_EQ(MOLTE_UTIL_FinSubStr(&pieces, &elements, &piece), 1);
+    EXPECT_EQ(piece.nType + piece.nChar + elements.nCount, 0);
+    EXPECT_EQ(piece.pChar, nullptr);
+    piece.nType = MOLTE_WMSUBSTR_ANY;
+    EXPECT_EQ(MOLTE_UTIL_FinSubStr(&pieces, &elements, &piece), 1);
+    MOLTE_WMTEMPL templ = {pieces.nCount, static_cast<MOLTE_WMSUBSTR*>(pieces.pData)};
+    EXPECT_EQ(described_template(templ), "r(a2:ab)(?4:)*");
+
+    MOLTE_WMSUBSTR& run = templ.pSubStr[0];
+    EXPECT_EQ(MOLTE_WMCHAR_Free(&run.pChar[0]), 0);
+    EXPECT_EQ(run.pChar[0].nType, MOLTE_WMCHAR_LITERAL);
+    EXPECT_EQ(run.pChar[0].nLen, 0);
+    EXPECT_EQ(run.pChar[0].pText, nullptr);
+    EXPECT_EQ(MOLTE_WMSUBSTR_Free(&run), 0);
+    EXPECT_EQ(run.nType + run.nChar, 0);
+    EXPECT_EQ(run.pChar, nullptr);
+    EXPECT_EQ(MOLTE_WMTEMPL_Free(&templ), 0);
+    EXPECT_EQ(templ.nSubStr, 0);
+    EXPECT_EQ(templ.pSubStr, nullptr);
+    EXPECT_EQ(MOLTE_WMCHAR_Free(nullptr) + MOLTE_WMSUBSTR_Free(nullptr), 0);
+
+    element.nType = MOLTE_WMCHAR_LITERAL;
+    PA_MultiAppend(&text, std::string(32768, 'x').data(), 32768);
+    EXPECT_EQ(error_of(MOLTE_UTIL_FinWmChar(&elements, &element, &text)), "50 ocollate");
+    EXPECT_EQ(error_of(MOLTE_UTIL_FinWmChar(nullptr, &element, &text)), "50 ocollate");
+    EXPECT_EQ(error_of(MOLTE_UTIL_FinSubStr(nullptr, &elements, &piece)), "50 ocollate");
+    PA_Release(&text);
+    PA_Release(&elements);
+}
+
+TEST_F(WildTemplate, agrees_with_its_rules) {
+    const std::vector<std::string> pattern_parts = {
+        "*", "*",    ".",    "?",     "[",         "]",         "[^", "-", "\\", "a",     "a",  "b",
+        "A", "[ab]", "[^b]", "[a-c]", "[^" A1 "]", "[" A2 "b]", A1,   A1,  A2,   TRAIL_A, "\\*"};
+    const std::vector<std::string> text_parts = {"a", "a", "b",   "c",     "A",     "*",
+                                                 A1,  A2,  SLASH, BRACKET, TRAIL_A, "\x81"};
+    Samples samples(45);
+    int matched = 0;
+    int failed = 0;
+    for (int i = 0; i < 100000; ++i) {
+        const bool gbk = i < 80000;
+        if (i == 80000) OXLANG_SetLocale(OXLANG_ENGLISH);
+        std::string pattern = samples.next(pattern_parts, 10);
+        if (i % 16 == 0) pattern += '\x81';
+        const Compiled templ{Exact(pattern)};
+        const TemplateReference reference(pattern, gbk);
+        if (templ.result() < 0 || reference.error() != 0) {
+            ASSERT_EQ(static_cast<int32_t>(GetRvexErrNo()), reference.error()) << shown(pattern);
+            ORVEX_Err_ClearError();
+            ++failed;
+            continue;
+        }
+        ASSERT_EQ(described_template(*templ), reference.described()) << shown(pattern);
+        for (int k = 0; k < 3; ++k) {
+            const std::string text = samples.next(text_parts, k < 2 ? 12 : 60);
+            const bool expected = reference.matches(text + '\0');
+            matched += expected ? 1 : 0;
+            ASSERT_EQ(templ.match(Exact(text)), expected ? 1 : 0)
+                << "pattern " << shown(pattern) << " text " << shown(text);
+        }
+    }
+    EXPECT_GT(matched, 40000);
+    EXPECT_GT(failed, 5000);
+}
+
+TEST_F(WildTemplate, long_patterns) {
+    const std::string literal(40000, 'x');
+    const Compiled literals(literal.c_str());
+    ASSERT_EQ(literals.result(), 1);
+    EXPECT_EQ(literals.run().nChar, 2);
+    EXPECT_EQ(literals.match(literal.c_str()), 1);
+    EXPECT_EQ(literals.match((literal + "x").c_str()), 0);
+    const std::string marks(40000, '?');
+    const Compiled any(marks.c_str());
+    EXPECT_EQ(any.match(literal.c_str()), 1);
+    EXPECT_EQ(any.match(literal.c_str() + 1), 0);
+    const Compiled tail(("*" + literal).c_str());
+    EXPECT_EQ(tail.match(("yy" + literal).c_str()), 1);
+    EXPECT_EQ(tail.match(literal.c_str() + 1), 0);
+    const std::string pairs(40000, '\xB0');
+    const Compiled whole(pairs.c_str());
+    ASSERT_EQ(whole.result(), 1);
+    EXPECT_EQ(whole.run().pChar[0].nLen, 32766);  // a character isn't parted
+    EXPECT_EQ(whole.match(pairs.c_str()), 1);
+    const std::string stars(1000000, '*');
+    EXPECT_EQ(compiled(stars), "*");
+    std::string many;
+    for (int i = 0; i < 20000; ++i) many += "a.";
+    const Compiled dots(many.c_str());
+    EXPECT_EQ(dots.match(many.c_str()), 1);
+    EXPECT_EQ(dots.match(many.c_str() + 1), 0);
+}
+
+}  // namespace
