@@ -185,7 +185,7 @@ class Elements {
     [[no_unique_address]] Double double_;
 };
 
-// The recursion as the language is defined.
+// The recursion as the language is defined, as far as it can lead anywhere.
 template <typename Language>
 class InOrder {
  public:
@@ -203,27 +203,40 @@ class InOrder {
     }
 
     bool match(const char* text, const char* pattern) const {
-        while (*text != '\0') {
-            if (*pattern == '*') return match_anywhere(text, pattern + 1);
-            if (*pattern == '.') {
-                ++pattern;
-                if (*pattern == '\0') return text[1] == '\0';  // also in double-byte text: meant
-                if (match(text, pattern)) return true;
-                text = Language::next(text);
-                continue;
-            }
-            if (*pattern == '\0' || !language_.take(text, pattern)) return false;
-        }
-        return all_optional(pattern);
+        return walk(text, pattern) == Outcome::matched;
     }
 
  private:
-    bool match_anywhere(const char* text, const char* pattern) const {
-        if (*pattern == '\0') return true;
-        for (; *text != '\0'; text = Language::next(text)) {
-            if (match(text, pattern)) return true;
+    // Failed for good: a "*" was come to and failed. The way that comes to it first leads to the
+    // leftmost place where it can begin, so that what is before it can't help by going on.
+    enum class Outcome : uint8_t { failed, failed_for_good, matched };
+
+    static Outcome outcome(bool matched) { return matched ? Outcome::matched : Outcome::failed; }
+
+    Outcome walk(const char* text, const char* pattern) const {
+        while (*text != '\0') {
+            if (*pattern == '*') return walk_anywhere(text, behind_run(pattern, '*'));
+            if (*pattern == '.') {
+                ++pattern;
+                if (*pattern == '\0') return outcome(text[1] == '\0');  // meant, for both widths
+                const Outcome without = walk(text, pattern);
+                if (without != Outcome::failed) return without;
+                text = Language::next(text);
+                continue;
+            }
+            if (*pattern == '\0' || !language_.take(text, pattern)) return Outcome::failed;
         }
-        return false;
+        return outcome(all_optional(pattern));
+    }
+
+    Outcome walk_anywhere(const char* text, const char* pattern) const {
+        if (*pattern == '\0') return Outcome::matched;
+        for (; *text != '\0'; text = Language::next(text)) {
+            const Outcome there = walk(text, pattern);
+            if (there != Outcome::failed) return there;
+        }
+        // What is all optional matches once the text has ended before the "*".
+        return all_optional(pattern) ? Outcome::failed : Outcome::failed_for_good;
     }
 
     Language language_;

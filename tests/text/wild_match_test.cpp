@@ -238,6 +238,14 @@ TEST(WildMatch, long_patterns) {
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
         EXPECT_LT(took.count(), 8.0) << pattern.substr(0, 8);  // for all eight
     }
+    for (const int stars : {12, 13}) {  // tried in order, and all at once
+        const std::string pattern = times("*a", stars) + "b";
+        const std::string some = times("a", 5000);
+        EXPECT_EQ(OCOLL_SB_WildMatch(some.c_str(), pattern.c_str(), OCOLL_DB_CharBinCmp), 0);
+        EXPECT_EQ(OCOLL_MB_WildMatch(some.c_str(), pattern.c_str(), OCOLL_DB_CharBinCmp,
+                                     OCOLL_DB_CharBinCmp),
+                  0);
+    }
 }
 
 }  // namespace
