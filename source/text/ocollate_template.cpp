@@ -172,7 +172,7 @@ class Match {
         if (piece.nType != MOLTE_WMSUBSTR_FIXED) return true;
         if (is_behind_end()) return false;
         const int64_t taken = take_run(piece.pChar, piece.nChar, at_);
-        return at_[taken] == '\0' && !::is_behind_end(at_ + taken, at_);
+        return !::is_behind_end(at_ + taken, at_) && at_[taken] == '\0';
     }
 
     // Passes over a piece, and over the run behind it unless it is one itself.
