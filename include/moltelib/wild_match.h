@@ -28,7 +28,8 @@
  *
  * All give 1 for a match, else 0, also for a null text or pattern. Nothing is reported. Any thread
  * may call them. Time is at most that of text length times pattern length times the number of "."
- * between two "*"; up to 1023 of those take no memory but the stack.
+ * between two "*". Up to 63 of those take no memory but the stack; with more a text as long takes
+ * some from the heap, and doesn't match when there is none.
  */
 #ifndef MOLTELIB_WILD_MATCH_H
 #define MOLTELIB_WILD_MATCH_H

@@ -26,8 +26,8 @@
  *   - Behind a "*", a run of characters whose longest literal isn't its first element must stand
  *     just there: "*?ab*" matches "xabz" but not "xyabz".
  *   - A "." at the END of the pattern matches any rest: "a." matches "abcd".
- *   - A negated class takes the end of the text for a character: "[^a]*" matches "". Nothing but a
- *     "*" or "." that ends the pattern matches behind that.
+ *   - A negated class takes the end of the text for a character: "[^a]*" matches "". Behind that
+ *     only a "*" or "." that ends the pattern matches, and what follows the last "*".
  *   - A pattern that is one run, without "*" and ".", matches the EMPTY text if the run doesn't
  *     match there: "abc" matches "abc" and "", "[^a]" doesn't match "".
  *   - A "\" at the end of the pattern stands for the terminator, which is never part of what is
@@ -112,8 +112,9 @@ MOLTE_API int32_t MOLTE_WMCHAR_ForewardMatch(const MOLTE_WMCHAR* pChars, int32_t
 
 /*
  * Finds n elements in a text: the bytes of the first place that is found, and its offset in *pnPos
- * (which may be null); 0 for none. *pnPos is NOT written when the longest literal (the earliest of
- * several) isn't the first element: then only the head of the text is looked at.
+ * (which may be null); 0 for none, and then *pnPos isn't written. Nor is it when the longest
+ * literal (the earliest of several) isn't the first element: only the head of the text is looked at
+ * then.
  */
 MOLTE_API int32_t MOLTE_WMCHAR_StrMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText,
                                         int32_t* pnPos);
