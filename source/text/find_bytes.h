@@ -50,10 +50,11 @@ const char* find_bytes(const char* text, const char* last, const char* part, siz
     const platform::ByteBlock last_byte = platform::block_of(part[size - 1]);
     for (; text <= last; text += kPlaces) {
         text = std::min(text, last_block);
-        // The places where the first and the last byte stand.
+        // The places where the first and the last byte stand. Always four blocks, the last ones
+        // perhaps the same: that is faster than to ask how many there are.
         uint64_t places = 0;
-        for (const char* at = text; at <= last && at != text + kPlaces; at += kBlock) {
-            const char* block = std::min(at, last_block);
+        for (ptrdiff_t offset = 0; offset < kPlaces; offset += kBlock) {
+            const char* block = std::min(text + offset, last_block);
             const platform::ByteBlock heads = platform::load_block(block);
             const platform::ByteBlock tails = platform::load_block(block + size - 1);
             const auto hits = (heads == first_byte) & (tails == last_byte);

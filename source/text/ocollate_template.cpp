@@ -198,10 +198,21 @@ class Match {
         } else if (is_behind_end()) {
             return false;
         }
+        if (piece_ == end_ && run.nChar == 1 && run.pChar->nType == MOLTE_WMCHAR_LITERAL &&
+            run.pChar->nLen > 0) {
+            return pass_end(*run.pChar);
+        }
         int32_t offset = 0;
         const int64_t taken = find_run(run.pChar, run.nChar, at_, text_end(), &offset);
         at_ += offset + taken;
         return taken != 0;
+    }
+
+    // The usual end of a pattern, without a search: there is one place.
+    bool pass_end(const MOLTE_WMCHAR& literal) {
+        at_ = text_end();
+        const auto size = static_cast<size_t>(literal.nLen);
+        return literal.nLen <= at_ - text_ && molte::same_bytes(at_ - size, literal.pText, size);
     }
 
     // The terminator, which not every match asks for.
