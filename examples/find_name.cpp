@@ -21,8 +21,6 @@
 
 namespace {
 
-constexpr int32_t kChinese = 2052;
-constexpr int32_t kDefaultLanguage = 0;
 constexpr int32_t kWithoutCase = 2;  // "Lat_Ci"
 constexpr int32_t kByCode = 51;      // "MB_Bin"
 constexpr int32_t kByReading = 52;   // "MB_Py"
@@ -88,8 +86,8 @@ std::optional<Test> test_of(const std::string& kind, const std::string& query) {
 
 bool bring_up(const char* installation) {
     return ORVEX_SetMainPath(installation) > 0 && make_installation(installation) &&
-           ORVEX_BASE_InitVar() > 0 && OXLANG_LID_Set(kDefaultLanguage, kChinese) > 0 &&
-           OXLANG_SetLocale(kChinese) > 0 && MOLTE_HZPY_Init(&g_stPinYin) >= 0;
+           ORVEX_BASE_InitVar() > 0 && OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE) > 0 &&
+           OXLANG_SetLocale(OXLANG_CHINESE) > 0 && MOLTE_HZPY_Init(&g_stPinYin) >= 0;
 }
 
 int list(const char* file, const Test& wanted) {

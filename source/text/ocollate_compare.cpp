@@ -14,8 +14,6 @@ namespace {
 constexpr int32_t kLatinWithCase = 3;
 constexpr int32_t kByReading = 52;
 constexpr int32_t kByReadingText = 53;
-constexpr int32_t kChinese = 2052;
-constexpr int32_t kDefaultLanguage = 0;
 
 int32_t compare_readings(int32_t a, int32_t b, uint8_t mode) {
     const MOLTE_HZPY_CMPOPT options{mode, 1, {}};
@@ -138,7 +136,7 @@ OCOLL_CHARCMP ORVEX_UTIL_GetMBCmpRoutine(void) {
 
 OCOLL_WILDMATCH ORVEX_UTIL_GetWildMatchRoutine(int32_t nLatId, int32_t nMbId) {
     const bool with_case = nLatId == kLatinWithCase;
-    if (OXLANG_LID_Get(kDefaultLanguage) != kChinese) {
+    if (OXLANG_LID_Get(OXLANG_KIND_DEFAULT) != OXLANG_CHINESE) {
         return with_case ? ORVEX_WildMatch : ORVEX_Ci_WildMatch;
     }
     switch (nMbId) {
