@@ -13,13 +13,6 @@ void let_others_sleep() {
     std::this_thread::sleep_for(milliseconds(30));
 }
 
-// What a wait of another thread that doesn't wait gives.
-DWORD polled_by_another(HANDLE object) {
-    DWORD result = WAIT_FAILED;
-    std::thread([&] { result = wait_for(object); }).join();
-    return result;
-}
-
 // Each call that takes one kind of object only, with what isn't of that kind.
 void expect_refused(HANDLE handle, int kind = -1) {
     DWORD exit_code = 0;
@@ -118,20 +111,6 @@ TEST(Signals, ReleaseAsManyAsWereGivenEvenAtOnce) {
     }
 }
 
-TEST(Mutexes, TheOwnerTakesItAgainAndReleasesAsOften) {
-    const Handle object(mutex(true));
-    EXPECT_EQ(wait_for(object), DWORD{WAIT_OBJECT_0});
-    for (int held = 2; held > 0; --held) {
-        std::thread([&] {
-            EXPECT_EQ(error_if(ReleaseMutex(object) == FALSE), DWORD{ERROR_NOT_OWNER});
-        }).join();
-        EXPECT_EQ(polled_by_another(object), DWORD{WAIT_TIMEOUT});
-        EXPECT_NE(ReleaseMutex(object), FALSE);
-    }
-    EXPECT_EQ(error_if(ReleaseMutex(object) == FALSE), DWORD{ERROR_NOT_OWNER});
-    std::thread([] { CloseHandle(mutex(true)); }).join();  // owned without a handle
-}
-
 TEST(Mutexes, OneWhoseOwnerEndedIsAbandonedOnce) {
     for (int i = 0; i < 4; ++i) {
         const bool waiting = i % 2 != 0;  // for it already when the owner ends
@@ -149,8 +128,9 @@ TEST(Mutexes, OneWhoseOwnerEndedIsAbandonedOnce) {
                   DWORD{WAIT_ABANDONED});
         if (waiting) owner.join();
         EXPECT_NE(ReleaseMutex(objects[1]), FALSE);
-        EXPECT_EQ(polled_by_another(objects[1]), DWORD{WAIT_OBJECT_0});
+        std::thread([&] { EXPECT_EQ(wait_for(objects[1]), DWORD{WAIT_OBJECT_0}); }).join();
     }
+    std::thread([] { CloseHandle(mutex(true)); }).join();  // owned without a handle
 }
 
 TEST(Semaphores, CountToTheirMaximum) {

@@ -93,8 +93,8 @@ TEST(NamedObjects, TellWhatTheyFind) {
     const std::string name = new_name();
     const Handle first(manual(false, name));
     EXPECT_EQ(GetLastError(), 0U);
-    const Handles others = {automatic(false, "Local\\" + name), automatic(false, "Global\\" + name),
-                            open(name), automatic(false, name)};
+    EXPECT_NE(Handle(automatic(false, "Global\\" + name)), nullptr);
+    const Handles others = {automatic(false, "Local\\" + name), open(name), automatic(false, name)};
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
     SetEvent(others[0]);
     for (HANDLE same : others) {
@@ -178,7 +178,11 @@ TEST(NamedObjects, AMutexIsOneProcessesAtATime) {
     EXPECT_EQ(child.ask("release"), "0");
     EXPECT_EQ(wait_for(mine, 5000), DWORD{WAIT_OBJECT_0});
     EXPECT_NE(ReleaseMutex(mine), FALSE);
-    std::thread([&] { EXPECT_EQ(wait_for(mine), DWORD{WAIT_OBJECT_0}); }).join();
+    EXPECT_EQ(error_if(ReleaseMutex(mine) == FALSE), DWORD{ERROR_NOT_OWNER});
+    std::thread([&] {
+        EXPECT_EQ(error_if(ReleaseMutex(mine) == FALSE), DWORD{ERROR_NOT_OWNER});
+        EXPECT_EQ(wait_for(mine), DWORD{WAIT_OBJECT_0});
+    }).join();
     EXPECT_EQ(child.ask("poll"), kAbandoned);
 }
 
