@@ -12,7 +12,7 @@ class LineBuffer : public testing::Test {
     int32_t add(const std::string& line) {
         return OLINEBUF_AddLine(&buf_, line.data(), static_cast<int32_t>(line.size()));
     }
-    // One line of a block's own each: fills the blocks up to and including that one.
+    // So many lines that have a block of their own.
     void fill_blocks(int32_t count) {
         for (int32_t i = 0; i < count; ++i) add(std::string(4000, static_cast<char>('a' + i % 26)));
     }
@@ -70,7 +70,7 @@ TEST_F(LineBuffer, IdentifiersCount) {
 TEST_F(LineBuffer, ABlockByteForByte) {
     add("abc");
     add("defgh");
-    std::string bytes("\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0", 24);
+    std::string bytes = "\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0"s;
     bytes.append(4088 - bytes.size(), '\0').append("defghabc");
     EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf), 4096), bytes);
     const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
@@ -150,8 +150,7 @@ TEST_F(LineBuffer, StepsThroughTheBlocksInUse) {
 TEST_F(LineBuffer, PlacesThatAreNone) {
     char out[16];
     OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
-    EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, 16), nullptr);
-    EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, -1), nullptr);
+    for (const int32_t none : {16, -1}) EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, none), nullptr);
     EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 0, 0, out, 16, nullptr), 0);
     EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4090, "1234567", 7), -1);
     EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, INT32_MAX, out, INT32_MAX), -1);
@@ -161,17 +160,14 @@ TEST_F(LineBuffer, PlacesThatAreNone) {
 }
 
 TEST_F(LineBuffer, StatisticsByteForByte) {
-    const auto statistics = [this] {
-        OLINEBUF_STAT stat;
-        EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
-        return std::string(reinterpret_cast<const char*>(&stat), sizeof stat);
-    };
-    const std::string same("\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20", 16);
-    EXPECT_EQ(statistics(), same + std::string("\0\0\0\17\0\0\17\360", 8) + std::string(40, '\0'));
+    OLINEBUF_STAT stat;
+    const std::string same = "\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20"s;
+    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+    EXPECT_EQ(bytes_of(stat), same + "\0\0\0\17\0\0\17\360"s + std::string(40, '\0'));
     fill_blocks(18);  // all blocks in use, of each 72 bytes are free
-    EXPECT_EQ(statistics(),
-              same + std::string("\0\0\0\0\0\0\4\200\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22", 24) +
-                  std::string(24, '\0'));
+    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+    EXPECT_EQ(bytes_of(stat), same + "\0\0\0\0\0\0\4\200\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22"s +
+                                  std::string(24, '\0'));
 }
 
 // Each line tells who wrote it, its number there, and ends as it must: no reader sees another.
@@ -230,10 +226,9 @@ TEST(LineBufferList, FindsByName) {
     OLINEBUF_AddMultiLine(&a, "1\n2\n");
     MOLTE_OutMsg(OXMSG_TO_INNER | OXMSG_INNER | OXMSG_INFO, "text %d", 7);
     char text[16] = "";
-    for (const auto& [name, first, result, found] :
-         {tuple("list one", 1, 2, "2\n"), tuple("hooked", 0, 6, "text 7"),
-          tuple("list two", 0, -1, "text 7")}) {
-        auto next = static_cast<uint64_t>(first);
+    for (auto [name, next, result, found] :
+         {tuple("list one", uint64_t{1}, 2, "2\n"), tuple("hooked", uint64_t{0}, 6, "text 7"),
+          tuple("list two", uint64_t{0}, -1, "text 7")}) {
         EXPECT_EQ(MOLTE_UTIL_GetTxtInfo(name, text, sizeof text, &next), result);
         EXPECT_STREQ(text, found);
     }
