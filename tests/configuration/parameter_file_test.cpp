@@ -291,11 +291,11 @@ TEST_F(DefaultFile, NumbersMomentsServers) {
                : kind == 't' ? ORVEX_PARAMETER_GetValueDateTime(name, &moment)
                              : ORVEX_PARAMETER_GetServerNameAndPort(server, &value);
     };
-    const std::vector<tuple<char, Text, std::string, int32_t>> cases = {
-        {'i', "a", "1", 12},
-        {'i', "b", "1", -5},
-        {'i', "d", "1", 7},
-        {'i', "e", "1", 1},
+    for (const auto& [name, number] : {std::pair("a", 12), {"b", -5}, {"d", 7}, {"e", 1}}) {
+        EXPECT_EQ(read('i', name), 1);
+        EXPECT_EQ(value, number);
+    }
+    const tuple<char, Text, std::string, int32_t> cases[] = {
         {'i', "c", "257 oxparam name=c val=x @47", 99},
         {'i', "z", "52 oxparam z @364 < 44 oxparam", 99},
         {'b', "h", "1", 1},

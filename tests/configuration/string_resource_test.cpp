@@ -101,9 +101,10 @@ TEST_F(StringResource, LongTextsMoveToTheHeap) {
         Table table;
         const std::string text(static_cast<size_t>(length), 'v');
         ASSERT_EQ(parse(table, in_table("<ITEM id='1' value='" + text + "'/>")), 1);
-        EXPECT_EQ(molte::text_of(table.pItems[0]), text);
-        EXPECT_EQ(table.pItems[0].bHeap + table.pItems[0].bOwned, length < 80 ? 0 : 2);
-        EXPECT_EQ(table.pItems[0].nCapacity, length < 80 ? 0 : length + 1);
+        const molte::RC_STRING& string = table.pItems[0];
+        EXPECT_EQ(molte::text_of(string), text);
+        EXPECT_EQ((Ints{string.bHeap, string.bOwned, string.nCapacity}),
+                  length < 80 ? Ints(3, 0) : (Ints{1, 1, length + 1}));
     }
     // Text of several runs: one a line.
     const tuple<int, int, int> rows[] = {

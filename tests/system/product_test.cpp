@@ -30,24 +30,16 @@ class Texts1033 : public Configured {
 TEST(Product, TextsOfItsBlock) {
     const Texts1033 texts;
     const tuple<int32_t, int32_t, Text> cases[] = {
-        {1, 1, "one"},
-        {1, 2, "two"},
-        {1, 3, "three"},
-        {1, 5, "five"},
-        {1, 4, "default"},
-        {1, -1, "default"},
-        {1, 0, "default"},
-        {6, 0, "T"},
-        {10, 4, "tenth"},
-        {201, 4, "two"},
-        {2, 1, "Lumbra Software Inc"},
-        {0, 1, "Lumbra Software Inc"},
-        {INT32_MIN, 1, "Lumbra Software Inc"},
-        {INT32_MAX, 1, "Lumbra Software Inc"},
-        {-19994, 4, "Automatic Identification System"}};  // resource number 6
+        {1, 1, "one"},      {1, 2, "two"},     {1, 3, "three"}, {1, 5, "five"},   {1, 4, "default"},
+        {1, -1, "default"}, {1, 0, "default"}, {6, 0, "T"},     {10, 4, "tenth"}, {201, 4, "two"}};
     for (const auto& [item, product, text] : cases) {
         EXPECT_STREQ(MOLTE_GetCorpInfoByProduct(item, product), text) << item;
     }
+    for (const int32_t none : {2, 0, INT32_MIN, INT32_MAX}) {
+        EXPECT_STREQ(MOLTE_GetCorpInfoByProduct(none, 1), "Lumbra Software Inc");
+    }
+    // Resource number 6, of no product.
+    EXPECT_STREQ(MOLTE_GetCorpInfoByProduct(-19994, 4), "Automatic Identification System");
     for (const auto& [product, text] :
          {std::pair("0", "default"), {"2", "two"}, {"x", "default"}}) {
         ORVEX_PARAMETER_SetValue("DEF_PRODUCT_ID", product);
