@@ -73,7 +73,6 @@ TEST(ByteField, StepsInPlace) {
     Field<4> four = {0, 0, 0, 0};
     DecrementChar4(four.data());
     Adduint4ToChar4(four.data(), 0xFF020305);
-    EXPECT_EQ(four, (Field<4>{0xFF, 2, 3, 4}));
     IncrementChar4(four.data());
     EXPECT_EQ(four, (Field<4>{0xFF, 2, 3, 5}));
     Field<8> eight = {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF};

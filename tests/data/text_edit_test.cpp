@@ -103,9 +103,8 @@ TEST(Replace, Texts) {
     for (const auto& [src, from, to, size, result, expected] : rows) {
         char dst[32];
         memset(dst, '#', sizeof dst);
-        ORVEX_Err_ClearError();
         EXPECT_EQ(MOLTE_STR_ReplaceSubStr(src, from, to, dst, size), result) << src << size;
-        const std::string error = GetRvexErrNo() != 0 ? error_of_this_thread() : "";
+        const std::string error = taken_error();
         EXPECT_EQ(result < 0 ? error : dst, expected) << src << size;
         EXPECT_EQ(std::string(dst + size, dst + sizeof dst),
                   std::string(sizeof dst - static_cast<size_t>(size), '#'));

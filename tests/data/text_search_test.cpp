@@ -80,7 +80,8 @@ TEST(RegFind, ListsGrowByEightOrFillUp) {
 }
 
 TEST(RegReplace, InPlace) {
-    const tuple<Text, Text, Text, bool, int32_t, Text> rows[] = {
+    const std::string xs(4093, 'x');
+    const tuple<std::string, Text, Text, bool, int32_t, std::string> rows[] = {
         {"one two two", "two", "2", false, 0, "one 2 two"},
         {"one two two", "two", "three", true, 0, "one three three"},
         {"one two two", "two", "TWO", true, 5, "one two TWO"},
@@ -90,37 +91,24 @@ TEST(RegReplace, InPlace) {
         {"aab", "ab", "b", true, 0, "b"},       // and so is what it brings in
         {"abcabc", "abc", "x", true, 0, "xx"},  // and nothing of the old bytes behind the end
         {"xab", "ab", "", true, 0, "x"},
-        {"ab", "ab", "ab", true, 0, "ab"}};  // a text replaced by itself ends
+        {"ab", "ab", "ab", true, 0, "ab"},  // a text replaced by itself ends
+        {"a" + xs, "a", "bbb", true, 0, "bbb" + xs}};
     for (const auto& [text, pattern, replacement, all, start, expected] : rows) {
         OXSTR_STROBJ object;
         ASSERT_EQ(OXSTR_STROBJ_Init(&object, 0), 1);
-        OXSTR_STROBJ_Append(&object, text, static_cast<int32_t>(strlen(text)));
+        OXSTR_STROBJ_Append(&object, text.data(), static_cast<int32_t>(text.size()));
         OXSTR_REGOBJ reg = pattern_of(pattern, all, start);
         EXPECT_EQ(MOLTE_STR_REG_Replace(&object, &reg, replacement), 1) << text;
         EXPECT_EQ(std::string(object.pBuf, static_cast<size_t>(object.nLen)), expected);
         EXPECT_EQ(reg.bAllMatches, all ? 1 : 0);
+        EXPECT_EQ(object.nCapacity, 4096 + (text.size() > 4000 ? ((2 + 15) / 16 + 8) * 16 : 0));
         OXSTR_STROBJ_Free(&object);
     }
-}
-
-TEST(RegReplace, OldBytesAndGrowth) {
-    OXSTR_STROBJ object;
-    ASSERT_EQ(OXSTR_STROBJ_Init(&object, 0), 1);
-    OXSTR_STROBJ_Append(&object, "abcdef", 6);
+    char buffer[] = "abcdef";
+    OXSTR_STROBJ object{buffer, 6, 7, 0, 0, {}};
     OXSTR_REGOBJ reg = pattern_of("bcd", false);
     EXPECT_EQ(MOLTE_STR_REG_Replace(&object, &reg, "X"), 1);
-    EXPECT_EQ(object.nLen, 4);
-    EXPECT_STREQ(object.pBuf, "aXefef") << "no terminator is written";
-
-    OXSTR_STROBJ_Empty(&object);
-    const std::string text(4093, 'x');
-    OXSTR_STROBJ_Append(&object, ("a" + text).c_str(), 4094);
-    reg = pattern_of("a", true);
-    EXPECT_EQ(MOLTE_STR_REG_Replace(&object, &reg, "bbb"), 1);
-    EXPECT_EQ(object.nLen, 4096);
-    EXPECT_EQ(object.nCapacity, 4096 + ((2 + 15) / 16 + 8) * 16);
-    EXPECT_EQ(std::string(object.pBuf), "bbb" + text);
-    OXSTR_STROBJ_Free(&object);
+    EXPECT_STREQ(buffer, "aXefef") << "no terminator is written";
 }
 
 TEST(RegReplace, EndsWhereItCannotGrow) {

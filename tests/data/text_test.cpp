@@ -18,16 +18,14 @@ TEST(Format, ResultsOfABoundedText) {
         EXPECT_EQ(taken_error(), error) << size;
     }
     EXPECT_EQ(ox_snprintf(nullptr, 0, "%d", 123), 3);
-    EXPECT_EQ(ox_snprintf(nullptr, 5, "%d", 123), -1);
-    EXPECT_EQ(taken_error(), "50 oxstring");
+    EXPECT_EQ(error_of(ox_snprintf(nullptr, 5, "%d", 123)), "50 oxstring");
     wchar_t wide[8] = L"#######";
     EXPECT_EQ(ox_snprintfW(wide, 7, L" %s%hs%d", L"ab", "c", 12), 6);
     EXPECT_STREQ(wide, L" abc12");
-    EXPECT_EQ(ox_snprintfW(wide, 6, L" %s%hs%d", L"ab", "c", 12), -1);
-    EXPECT_EQ(taken_error(), "501 oxstring");
+    EXPECT_EQ(error_of(ox_snprintfW(wide, 6, L" %s%hs%d", L"ab", "c", 12)), "501 oxstring");
 }
 
-TEST(Copy, AlwaysTerminated) {
+TEST(Copy, IsTerminatedWhereItFits) {
     const tuple<int32_t, int32_t, Text> rows[] = {{-1, 0, "#####"}, {0, 0, "#####"},
                                                   {1, 1, "\0####"}, {3, 1, "ab\0##"},
                                                   {4, 1, "abc\0#"}, {5, 1, "abc\0#"}};
@@ -36,9 +34,6 @@ TEST(Copy, AlwaysTerminated) {
         EXPECT_EQ(ORVEX_strncpy(text, "abc", n), result) << n;
         EXPECT_EQ(memcmp(text, bytes, 5), 0) << n;
     }
-}
-
-TEST(Copy, StandardCopiesAndDuplicates) {
     char text[8] = "#######";
     EXPECT_STREQ(ox_strncat(ox_strncpy(text, "wxyz", 2), "1234", 0), "wx#####");
     wchar_t wide[8] = L"";
@@ -99,7 +94,6 @@ TEST(Compare, WithoutCaseAndWithNull) {
         EXPECT_EQ(sign(MOLTE_STR_stricmp(a, b)), order);
         EXPECT_EQ(MOLTE_STR_IsSamePath(a, b), MOLTE_STR_stricmp(a, b));
     }
-    EXPECT_EQ(MOLTE_STR_stricmp(nullptr, nullptr), 1);
 }
 
 TEST(Compare, FieldsOfGivenLength) {
@@ -112,7 +106,6 @@ TEST(Compare, FieldsOfGivenLength) {
     for (const auto& [a, size_a, b, size_b, order] : rows) {
         EXPECT_EQ(sign(MOLTE_STR_strncmp(a, size_a, b, size_b)), order) << a << " " << b << size_b;
     }
-    EXPECT_EQ(MOLTE_STR_strncmp("ab", 2, "abz", 3), -1);
 }
 
 TEST(Questions, HeadAndTail) {
@@ -129,9 +122,8 @@ TEST(Questions, HeadAndTail) {
 }
 
 TEST(Questions, DigitsAndBlanks) {
-    const tuple<Text, int32_t> digits[] = {
-        {"", 1}, {"0123456789", 1}, {"12a", 0}, {"-1", 0}, {nullptr, 0}};
-    for (const auto& [text, all] : digits) EXPECT_EQ(ox_isalldigit(text), all);
+    for (const Text text : {"", "0123456789"}) EXPECT_EQ(ox_isalldigit(text), 1);
+    for (const Text text : {"12a", "-1", Text{}}) EXPECT_EQ(ox_isalldigit(text), 0);
     const tuple<Text, int32_t, int32_t> rows[] = {{" \t\r\n\x01\x7F", 6, 1},
                                                   {"\0\0", 2, 1},
                                                   {" x ", 3, 0},
