@@ -402,7 +402,8 @@ static_assert(std::size(kNames) == MOLTE_PARAMNAME_COUNT);
 const char* g_stParamName[MOLTE_PARAMNAME_COUNT];
 
 int32_t MOLTE_PARAMNAME_Init(const char** ppszTable) {
-    if (ppszTable == nullptr) return molte::Module("moltevar").fail(molte::here(), 50);
+    if (ppszTable == nullptr)
+        return molte::Module("moltevar").fail(molte::here(), molte::kBadArgument);
     std::copy(std::begin(kNames), std::end(kNames), ppszTable);
     return 1;
 }

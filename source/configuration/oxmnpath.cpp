@@ -96,7 +96,8 @@ const char* GetMainPath(void) {
 
 int32_t ORVEX_SetMainPath(const char* pszPath) {
     if (pszPath == nullptr || strnlen(pszPath, kPathSize) == kPathSize) {
-        return kModule.fail(35, 124, molte::SystemError::none, "main path name too long");
+        return kModule.fail(35, molte::kTooLong, molte::SystemError::none,
+                            "main path name too long");
     }
     std::memmove(main_path, pszPath, std::strlen(pszPath) + 1);
     known_main_path = main_path;

@@ -11,10 +11,10 @@ namespace molte::ini {
 
 inline constexpr Module kModule("oxparam");
 
-inline constexpr uint32_t kNotOpened = 1;
-inline constexpr uint32_t kNotRead = 3;
-inline constexpr uint32_t kNotWritten = 4;
 using molte::kBadArgument;
+using molte::kNotOpened;
+using molte::kNotRead;
+using molte::kNotWritten;
 inline constexpr uint32_t kAbsent = 52;
 inline constexpr uint32_t kTooLarge = 303;
 

@@ -18,9 +18,6 @@
 namespace molte {
 namespace {
 
-constexpr uint32_t kOpenFailed = 1;
-constexpr uint32_t kReadFailed = 3;
-constexpr uint32_t kOutOfMemory = 20;
 constexpr uint32_t kNotFound = 120;
 constexpr uint32_t kFileTooLarge = 303;
 constexpr int64_t kMaxFileSize = 0x40000000;
@@ -368,7 +365,7 @@ int32_t parse_stream(XML_ParserStruct* parser, FILE* stream, int64_t size, const
     if (block == nullptr) return kResourceModule.fail(479, kOutOfMemory);
     const size_t count = std::fread(block, 1, static_cast<size_t>(size), stream);
     if (std::ferror(stream) != 0) {
-        return kResourceModule.fail_text(486, kReadFailed, SystemError::runtime, path);
+        return kResourceModule.fail_text(486, kNotRead, SystemError::runtime, path);
     }
     status = XML_ParseBuffer(parser, static_cast<int>(count), 1);
     return 1;
@@ -398,7 +395,7 @@ int32_t RCXML_LoadFile(RC_TABLE& table, const char* path) {
     char buffer[1 << 16];  // must outlast the stream
     const Stream stream(platform::open_stream(path, "rt"));
     if (stream == nullptr) {
-        return kResourceModule.fail_text(483, kOpenFailed, SystemError::runtime, path);
+        return kResourceModule.fail_text(483, kNotOpened, SystemError::runtime, path);
     }
     std::setvbuf(stream.get(), buffer, _IOFBF, sizeof buffer);
     Reader reader;

@@ -13,7 +13,6 @@ namespace {
 constexpr int32_t kHeapStep = 1024;
 constexpr int32_t kMaxText = INT32_MAX - 2 * kHeapStep;  // its block's size is an int32_t
 constexpr int32_t kLastSingleUnit = 0xFFFF;
-constexpr uint32_t kTooLong = 124;
 constexpr uint64_t kOnes = 0x0101010101010101;  // times a byte: eight of it
 
 // The three bytes at p, of four that are there, as a number.

@@ -15,7 +15,7 @@ using namespace molte::hooks;
 
 namespace {
 
-constexpr uint32_t kNotOpened = 1;
+using molte::kNotOpened;
 constexpr char kLoggerLibrary[] = "odlogger64.dll";
 
 struct TextFile {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr molte::Module kModule("oxsysutl");
 using molte::kBadArgument;
-constexpr uint32_t kOutOfMemory = 20;
+using molte::kOutOfMemory;
 constexpr int32_t kDefaultGrow = 16;
 
 void* out_of_memory() {

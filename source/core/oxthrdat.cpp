@@ -99,7 +99,7 @@ int32_t MOLTE_THDATA_IsInnerThread(void) {
 }
 
 int32_t MOLTE_THDATA_SetClientData(const void* pData, int32_t nLen) {
-    if (pData == nullptr) return kModule.fail(molte::here(), 50);
+    if (pData == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
     if (block == nullptr) return -1;
     const int32_t length = nLen < 0 ? MOLTE_CLIENTDATA_SIZE : std::min(nLen, MOLTE_CLIENTDATA_SIZE);
@@ -113,7 +113,7 @@ int32_t MOLTE_THDATA_GetClientData(void* pBuf, int32_t nLen) {
     const MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
     if (block == nullptr) return -1;
     if (block->bHasClientData == 0) return 0;
-    if (pBuf == nullptr || nLen < 0) return kModule.fail(molte::here(), 50);
+    if (pBuf == nullptr || nLen < 0) return kModule.fail(molte::here(), molte::kBadArgument);
     const int32_t length = std::min(nLen, block->nClientDataLen);
     std::memcpy(pBuf, block->abyClientData, static_cast<size_t>(length));
     return length;

@@ -11,7 +11,7 @@ constexpr molte::Module kModule("oxthrdat");
 using molte::kBadArgument;
 constexpr uint32_t kNoRoom = 117;
 constexpr uint32_t kNotFound = 120;
-constexpr uint32_t kTooLong = 124;
+using molte::kTooLong;
 
 // Only the first item is looked at, whatever the number of items. This is meant.
 bool finds(const MOLTE_THDATA& block, const char* name) {

@@ -2,8 +2,8 @@
 // and passes module, line and kind of system error; and one that adds a trace line.
 //
 //     constexpr molte::Module kModule("oxmnpath");
-//     return kModule.fail(35, 124, molte::SystemError::none, "main path name too long");
-//     return kModule.trace(molte::here());
+//     return kModule.fail(35, molte::kTooLong, molte::SystemError::none, "main path name too
+//     long"); return kModule.trace(molte::here());
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,13 @@ enum class SystemError : uint8_t {
     socket = 4,    // errno; the socket's own error is taken as well
 };
 
-// The number that every family reports for an argument it can't use.
+// The numbers that mean the same in every family.
+inline constexpr uint32_t kNotOpened = 1;
+inline constexpr uint32_t kNotRead = 3;
+inline constexpr uint32_t kNotWritten = 4;
+inline constexpr uint32_t kOutOfMemory = 20;
 inline constexpr uint32_t kBadArgument = 50;
+inline constexpr uint32_t kTooLong = 124;
 
 // The line of a report where no fixed number is required: that of the call.
 [[nodiscard]] constexpr int32_t here(int32_t line = __builtin_LINE()) {

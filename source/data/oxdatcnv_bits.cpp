@@ -64,7 +64,7 @@ int32_t OX_BITARRAY_GetByteCount(int32_t nBits) {
 
 uint8_t* OX_BITARRAY_Alloc(int32_t nBits) {
     if (nBits < 0) {
-        kModule.fail(molte::here(), 50);
+        kModule.fail(molte::here(), molte::kBadArgument);
         return nullptr;
     }
     const int32_t size = OX_BITARRAY_GetByteCount(nBits);

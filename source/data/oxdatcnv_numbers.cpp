@@ -50,7 +50,7 @@ uint64_t BarCodeTo_uint8(const char* s) {
 }
 
 int32_t uint8ToBarCode(uint64_t v, char* buf, int32_t len) {
-    if (buf == nullptr || len < 0) return kModule.fail(molte::here(), 50);
+    if (buf == nullptr || len < 0) return kModule.fail(molte::here(), molte::kBadArgument);
     memset(buf, '0', static_cast<size_t>(len));
     buf[len] = 0;
     char digits[kNumberTextSize];
@@ -65,11 +65,11 @@ int32_t uint8ToBarCode(uint64_t v, char* buf, int32_t len) {
 
 int32_t MOLTE_BuildKey(char* key, const char* prefix, int32_t keyLen) {
     if (keyLen == 0) return 0;
-    if (key == nullptr) return kModule.fail(molte::here(), 50);
+    if (key == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     if (keyLen < 0 || keyLen > kMaxKeyLength) keyLen = kMaxKeyLength;
     const auto wanted = static_cast<size_t>(keyLen);
     const size_t length = strnlen(key, wanted * 2 + 1);
-    if (length > wanted * 2) return kModule.fail(molte::here(), 50);
+    if (length > wanted * 2) return kModule.fail(molte::here(), molte::kBadArgument);
     if (length == wanted) return 1;
     char work[kMaxKeyLength + 1];
     memset(work, '0', wanted);
@@ -112,7 +112,7 @@ wchar_t* MOLTE_ui64tow(uint64_t v, wchar_t* buf) {
 }
 
 int64_t MOLTE_atoi64(const char* s) {
-    return s != nullptr ? _atoi64(s) : kModule.fail(molte::here(), 50);
+    return s != nullptr ? _atoi64(s) : kModule.fail(molte::here(), molte::kBadArgument);
 }
 
 uint64_t MOLTE_atoui64(const char* s) {
@@ -137,7 +137,7 @@ int32_t MOLTE_LimitDefData(int32_t min, int32_t max, int32_t v, int32_t def) {
 }
 
 int32_t MOLTE_LimitBool(int32_t* pv) {
-    if (pv == nullptr) return kModule.fail(molte::here(), 50);
+    if (pv == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     *pv = *pv != 0 ? 1 : 0;
     return *pv;
 }

@@ -49,7 +49,8 @@ struct Conversion {
     }
 
     [[nodiscard]] int32_t copy(const From* src, To* dst, int32_t room) const {
-        if (src == nullptr || dst == nullptr) return kModule.fail(molte::here(), 50);
+        if (src == nullptr || dst == nullptr)
+            return kModule.fail(molte::here(), molte::kBadArgument);
         const int64_t size = measure(src);
         if (size < 0) return -1;
         if (room <= size) {

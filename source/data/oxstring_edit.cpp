@@ -137,7 +137,7 @@ int32_t MOLTE_STR_RightStrTrim(char* s, const char* set) {
 }
 
 int32_t MOLTE_STR_LeftTrunc(char* s, int32_t n, int32_t len) {
-    if (s == nullptr || n < 0) return kModule.fail(molte::here(), 50);
+    if (s == nullptr || n < 0) return kModule.fail(molte::here(), molte::kBadArgument);
     if (n == 0) return 1;
     const int64_t length = len < 0 ? static_cast<int64_t>(strlen(s)) : len;
     if (length <= n) {
@@ -151,7 +151,7 @@ int32_t MOLTE_STR_LeftTrunc(char* s, int32_t n, int32_t len) {
 }
 
 int32_t MOLTE_STR_Padding(char* s, int32_t width, char ch) {
-    if (s == nullptr || width < 0) return kModule.fail(molte::here(), 50);
+    if (s == nullptr || width < 0) return kModule.fail(molte::here(), molte::kBadArgument);
     const size_t length = strnlen(s, static_cast<size_t>(width));
     memset(s + length, ch, static_cast<size_t>(width) - length);
     s[width] = 0;
@@ -171,7 +171,7 @@ int32_t ox_str_replace(char* s, char from, char to) {
 int32_t MOLTE_STR_ReplaceSubStr(const char* src, const char* from, const char* to, char* dst,
                                 int32_t dstSize) {
     if (src == nullptr || from == nullptr || to == nullptr || dst == nullptr) {
-        return kModule.fail(molte::here(), 50);
+        return kModule.fail(molte::here(), molte::kBadArgument);
     }
     const auto from_size = static_cast<int64_t>(strlen(from));
     const auto to_size = static_cast<int64_t>(strlen(to));
@@ -180,7 +180,7 @@ int32_t MOLTE_STR_ReplaceSubStr(const char* src, const char* from, const char* t
     for (int64_t hit; (hit = MOLTE_STR_FindSubStr(src, from)) >= 0; ++count) {
         // The test of the length of from is meant; what the copy needs is a guard of its own.
         if (room <= from_size || room < hit + to_size) {
-            return kModule.fail_text(molte::here(), 124, molte::SystemError::none,
+            return kModule.fail_text(molte::here(), molte::kTooLong, molte::SystemError::none,
                                      "buffer not enough");
         }
         memcpy(dst, src, static_cast<size_t>(hit));

@@ -20,7 +20,8 @@ int32_t ensure(OXSTR_STROBJ& object, int64_t n) {
     if (n < 1) n = kBlockSize;
     if (n + object.nLen < object.nCapacity) return 1;
     if (object.bCanGrow == 0) {
-        return kModule.fail_text(molte::here(), 124, molte::SystemError::none, "fixed buffer");
+        return kModule.fail_text(molte::here(), molte::kTooLong, molte::SystemError::none,
+                                 "fixed buffer");
     }
     const int64_t more = (n + kBlockSize - 1) / kBlockSize * kBlockSize;
     if (molte::grow(object.pBuf, object.nCapacity, more) > 0) return 1;
@@ -53,7 +54,7 @@ int32_t measure(const char* fmt, va_list args) {
 }  // namespace
 
 int32_t OXSTR_STROBJ_Init(OXSTR_STROBJ* obj, uint8_t option) {
-    if (obj == nullptr) return kModule.fail(molte::here(), 50);
+    if (obj == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     *obj = {};
     if (molte::grow(obj->pBuf, obj->nCapacity, kBlockSize) < 0) return kModule.trace(molte::here());
     obj->bCanGrow = 1;
@@ -69,13 +70,13 @@ int32_t OXSTR_STROBJ_Free(OXSTR_STROBJ* obj) {
 }
 
 int32_t OXSTR_STROBJ_EnsureFreeSizeIs(OXSTR_STROBJ* obj, int32_t n) {
-    if (obj == nullptr) return kModule.fail(molte::here(), 50);
+    if (obj == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     return ensure(*obj, n);
 }
 
 int32_t OXSTR_STROBJ_Append(OXSTR_STROBJ* obj, const void* data, int32_t n) {
     if (obj == nullptr || n < 0 || (data == nullptr && n > 0)) {
-        return kModule.fail(molte::here(), 50);
+        return kModule.fail(molte::here(), molte::kBadArgument);
     }
     if (ensure(*obj, int64_t{n} + 1) < 0) return kModule.trace(molte::here());
     if (n > 0) memcpy(obj->pBuf + obj->nLen, data, static_cast<size_t>(n));
@@ -84,7 +85,7 @@ int32_t OXSTR_STROBJ_Append(OXSTR_STROBJ* obj, const void* data, int32_t n) {
 }
 
 int32_t OXSTR_STROBJ_vPrintf(OXSTR_STROBJ* obj, const char* fmt, va_list args) {
-    if (obj == nullptr || fmt == nullptr) return kModule.fail(molte::here(), 50);
+    if (obj == nullptr || fmt == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     int32_t size = format(*obj, fmt, args);
     if (size < 0) {
         const int64_t needed = measure(fmt, args);
@@ -106,7 +107,7 @@ int32_t OXSTR_STROBJ_Printf(OXSTR_STROBJ* obj, const char* fmt, ...) {
 }
 
 int32_t OXSTR_STROBJ_Empty(OXSTR_STROBJ* obj) {
-    if (obj == nullptr) return kModule.fail(molte::here(), 50);
+    if (obj == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     obj->nLen = 0;
     return 1;
 }

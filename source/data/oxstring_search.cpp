@@ -24,7 +24,7 @@ char same(char c) {
 // The first place of sub, read through a function of its bytes, or -1.
 template <char (*read)(char)>
 int32_t find(const char* text, const char* sub) {
-    if (text == nullptr || sub == nullptr) return kModule.fail(molte::here(), 50);
+    if (text == nullptr || sub == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     if (*sub == 0) return -1;
     for (const char* start = text; *start != 0; ++start) {
         size_t i = 0;
@@ -144,14 +144,14 @@ int32_t OXSTR_REGOBJ_Free(OXSTR_REGOBJ* reg) {
 }
 
 int32_t MOLTE_STR_REG_Find(const char* text, const OXSTR_REGOBJ* reg, OXSTR_MATCHLIST* matches) {
-    if (text == nullptr || !is_usable(reg)) return kModule.fail(molte::here(), 50);
+    if (text == nullptr || !is_usable(reg)) return kModule.fail(molte::here(), molte::kBadArgument);
     return find_matches(text, strlen(text), *reg, matches);
 }
 
 int32_t MOLTE_STR_REG_Replace(OXSTR_STROBJ* strObj, OXSTR_REGOBJ* reg, const char* replacement) {
     if (strObj == nullptr || strObj->pBuf == nullptr || strObj->nLen < 0 ||
         replacement == nullptr || !is_usable(reg)) {
-        return kModule.fail(molte::here(), 50);
+        return kModule.fail(molte::here(), molte::kBadArgument);
     }
     const uint8_t all = reg->bAllMatches;
     reg->bAllMatches = 0;

@@ -141,7 +141,7 @@ bool split(const char* text, const char* delim, Texts& items) {
 
 char** OXSTR_CmdStr2Arg(const char* cmdLine, int32_t* pnArgc) {
     if (cmdLine == nullptr || pnArgc == nullptr) {
-        kModule.fail(molte::here(), 50);
+        kModule.fail(molte::here(), molte::kBadArgument);
         return nullptr;
     }
     const size_t length = strlen(cmdLine);
@@ -169,7 +169,7 @@ char** ox_strsplit(const char* text, const char* delim, int32_t* pnCount) {
     if (pnCount != nullptr) *pnCount = 0;
     if (text == nullptr) return nullptr;
     if (delim == nullptr || pnCount == nullptr) {
-        kModule.fail(molte::here(), 50);
+        kModule.fail(molte::here(), molte::kBadArgument);
         return nullptr;
     }
     Texts items(kItemsToAdd);

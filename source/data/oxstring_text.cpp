@@ -48,7 +48,7 @@ bool lies_within(const char* text, int32_t pos, int32_t len) {
 }  // namespace
 
 int32_t ox_snprintf(char* dst, int32_t size, const char* fmt, ...) {
-    if (!can_format(dst, size, fmt)) return kModule.fail(molte::here(), 50);
+    if (!can_format(dst, size, fmt)) return kModule.fail(molte::here(), molte::kBadArgument);
     va_list arguments;
     va_start(arguments, fmt);
     const int32_t result = _vsnprintf(dst, static_cast<size_t>(size), fmt, arguments);
@@ -57,7 +57,7 @@ int32_t ox_snprintf(char* dst, int32_t size, const char* fmt, ...) {
 }
 
 int32_t ox_snprintfW(wchar_t* dst, int32_t size, const wchar_t* fmt, ...) {
-    if (!can_format(dst, size, fmt)) return kModule.fail(molte::here(), 50);
+    if (!can_format(dst, size, fmt)) return kModule.fail(molte::here(), molte::kBadArgument);
     va_list arguments;
     va_start(arguments, fmt);
     const int32_t result = _vsnwprintf(dst, static_cast<size_t>(size), fmt, arguments);
@@ -83,7 +83,7 @@ wchar_t* ox_strncatW(wchar_t* dst, const wchar_t* src, int64_t n) {
 
 int32_t ORVEX_strncpy(char* dst, const char* src, int32_t n) {
     if (n < 1) return 0;
-    if (dst == nullptr || src == nullptr) return kModule.fail(molte::here(), 50);
+    if (dst == nullptr || src == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     const size_t size = strnlen(src, static_cast<size_t>(n) - 1);
     memcpy(dst, src, size);
     dst[size] = 0;
@@ -201,7 +201,7 @@ int32_t MOLTE_STR_MBIsBlank(const char* buf, int32_t n) {
 
 int32_t MOLTE_STR_SBIsBlank(const char* buf, int32_t n) {
     if (n < 1) return 1;
-    if (buf == nullptr) return kModule.fail(molte::here(), 50);
+    if (buf == nullptr) return kModule.fail(molte::here(), molte::kBadArgument);
     for (int32_t i = 0; i < n; ++i) {
         if (!is_blank(buf[i])) return 0;
     }
@@ -209,10 +209,10 @@ int32_t MOLTE_STR_SBIsBlank(const char* buf, int32_t n) {
 }
 
 int32_t ox_substr(const char* s, int32_t pos, int32_t len) {
-    return lies_within(s, pos, len) ? kModule.fail(molte::here(), 50) : 0;
+    return lies_within(s, pos, len) ? kModule.fail(molte::here(), molte::kBadArgument) : 0;
 }
 
 int32_t ox_part_atoi(const char* s, int32_t pos, int32_t len) {
     const bool within = len <= kMaxNumberText && lies_within(s, pos, len);
-    return within ? kModule.fail(molte::here(), 50) : -1;
+    return within ? kModule.fail(molte::here(), molte::kBadArgument) : -1;
 }

@@ -17,12 +17,13 @@ using molte::SystemError;
 using molte::lists::kModule;
 using molte::lists::refuse;
 
+using molte::kNotOpened;
+using molte::kNotRead;
+using molte::kNotWritten;
+using molte::kTooLong;
+
 namespace {
 
-constexpr uint32_t kNotOpened = 1;
-constexpr uint32_t kNotRead = 3;
-constexpr uint32_t kNotWritten = 4;
-constexpr uint32_t kTooLong = 124;
 constexpr int64_t kLongestList = 10485760;
 constexpr int32_t kReadBinary = 32768;
 constexpr int32_t kOwnerReadWrite = 384;

@@ -17,14 +17,14 @@ namespace molte::file {
 inline constexpr Module kModule("oxfileop");
 
 // Error numbers.
-inline constexpr uint32_t kNotOpened = 1;
 inline constexpr uint32_t kNotLocked = 2;
-inline constexpr uint32_t kNotRead = 3;
-inline constexpr uint32_t kNotWritten = 4;
 inline constexpr uint32_t kNoPosition = 5;
 inline constexpr uint32_t kNoState = 10;
 inline constexpr uint32_t kSizeNotChanged = 15;
 using molte::kBadArgument;
+using molte::kNotOpened;
+using molte::kNotRead;
+using molte::kNotWritten;
 
 inline bool exists(const char* name) {
     return _access(name, 0) == 0;

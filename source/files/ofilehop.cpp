@@ -108,7 +108,7 @@ int32_t set_end_here(ORVEX_HFILE* file) {
 ORVEX_HFILE* ORVEX_HFILE_Open(const char* pszName, int32_t nFlags) {
     if (pszName == nullptr) return refuse_null_name();
     if (strnlen(pszName, ORVEX_HFILE_NAME_SIZE) == ORVEX_HFILE_NAME_SIZE) {
-        kModule.fail_text(here(), 124, SystemError::none, pszName);
+        kModule.fail_text(here(), molte::kTooLong, SystemError::none, pszName);
         return nullptr;
     }
     Record record = new_record(pszName);
@@ -183,7 +183,7 @@ int64_t ORVEX_HFILE_Read(ORVEX_HFILE* pFile, void* pBuf, int64_t nLen) {
         MOLTE_COUNTER_ReadInc(nLen, ticks);
         return result;
     }
-    kModule.fail_text(here(), 3, SystemError::runtime, pFile->szFileName);
+    kModule.fail_text(here(), molte::kNotRead, SystemError::runtime, pFile->szFileName);
     log_failed_read(pFile, pBuf, result, nLen);
     return result;
 }
@@ -198,7 +198,7 @@ int64_t ORVEX_HFILE_Write(ORVEX_HFILE* pFile, const void* pData, int64_t nLen) {
         MOLTE_COUNTER_WriteInc(nLen, ticks);
         return result;
     }
-    kModule.fail_text(here(), 4, SystemError::runtime, pFile->szFileName);
+    kModule.fail_text(here(), molte::kNotWritten, SystemError::runtime, pFile->szFileName);
     log_failed_write(pFile, pData, result, nLen);
     return result;
 }

@@ -13,11 +13,11 @@ namespace molte::pinyin {
 
 inline constexpr Module kModule("oxpinyin");
 
-inline constexpr uint32_t kNotOpened = 1;
-inline constexpr uint32_t kNotRead = 3;
-inline constexpr uint32_t kNotWritten = 4;
 using molte::kBadArgument;
-inline constexpr uint32_t kNoRoom = 124;
+using molte::kNotOpened;
+using molte::kNotRead;
+using molte::kNotWritten;
+using molte::kTooLong;
 inline constexpr uint32_t kNoSuchPart = 930;
 inline constexpr uint32_t kForeignTable = 931;
 inline constexpr uint32_t kCodeTooLarge = 932;

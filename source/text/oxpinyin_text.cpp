@@ -14,7 +14,7 @@ constexpr size_t kWorkSize = 2048;  // with the terminator
 constexpr int32_t kFirstPoly = 16;
 
 int32_t fail_room(int32_t line) {
-    return kModule.fail(line, kNoRoom, SystemError::none, "buffer length not enough");
+    return kModule.fail(line, kTooLong, SystemError::none, "buffer length not enough");
 }
 
 // Makes a piece of a text of so many bytes.
