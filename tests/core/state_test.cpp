@@ -1,14 +1,5 @@
 #include "support/test.h"
 
-#if defined(_WIN32)
-#include <process.h>
-#include <windows.h>
-#else
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 class State : public testing::Test {
@@ -61,25 +52,6 @@ CHILD_ROLE(has_long_name) {
     return std::strcmp(g_stBv.szAppShortName, "a_program_name_of_forty_charact") == 0 ? 0 : 2;
 }
 
-// Runs a role in a process that believes to be called so; its exit code.
-int run_role_as(const char* name, const char* role) {
-#if defined(_WIN32)
-    char program[MAX_PATH];
-    GetModuleFileNameA(nullptr, program, sizeof program);
-    const std::string quoted = "\"" + std::string(name) + "\"";
-    return static_cast<int>(
-        _spawnl(_P_WAIT, program, quoted.c_str(), "--child-role", role, nullptr));
-#else
-    std::string words[] = {name, "--child-role", role};
-    char* argv[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-    pid_t pid = 0;
-    int status = 0;
-    if (posix_spawn(&pid, "/proc/self/exe", nullptr, nullptr, argv, environ) != 0) return -1;
-    waitpid(pid, &status, 0);
-    return WEXITSTATUS(status);
-#endif
-}
-
 CHILD_ROLE(has_no_main_path) {
     if (ORVEX_BASE_InitVar() != -1 || history_of_this_thread() != "413 moltevar") return 1;
     if (GetRvexErrNo() != 1000 || g_stBv.stCounterLock.bInited != 0) return 2;
@@ -95,7 +67,7 @@ TEST_F(State, WithoutAMainPathBringUpFailsOnceAndForAll) {
 }
 
 TEST_F(State, AShortNameHas31CharactersAndAGivenNameHasNone) {
-    EXPECT_EQ(run_role_as(kLongName, "has_long_name"), 0);
+    EXPECT_EQ(ChildProcess("has_long_name", {}, kLongName).wait(), 0);
     MOLTE_SetAppName("given");
     ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
     EXPECT_STREQ(g_stBv.szAppName, "given");

@@ -3,37 +3,29 @@
 
 namespace {
 
-// The code page of a test, and the "C" locale behind it. A C run-time may lack a locale.
-class CodePage {
- public:
-    explicit CodePage(const char* name) : set_(platform::set_locale(name) != nullptr) {}
-    ~CodePage() { platform::set_locale("C"); }
-    CodePage(const CodePage&) = delete;
-    CodePage& operator=(const CodePage&) = delete;
-    [[nodiscard]] bool missing() const { return !set_; }
-
- private:
-    bool set_;
+// Runs in code page 936, which a C run-time may lack, and goes back to the "C" locale.
+class CodePage : public testing::Test {
+ protected:
+    void SetUp() override {
+        if (!use("chs")) GTEST_SKIP() << "this C run-time has no such locale";
+    }
+    void TearDown() override { use("C"); }
+    static bool use(const char* locale) { return platform::set_locale(locale) != nullptr; }
 };
 
-#define NEEDS(page) \
-    if ((page).missing()) GTEST_SKIP() << "this C run-time has no such locale"
-
-TEST(CodePage, KnowsLocales) {
-    const CodePage page("chs");
-    NEEDS(page);
+TEST_F(CodePage, KnowsLocales) {
     const std::string now = platform::set_locale(nullptr);
-    EXPECT_EQ(platform::set_locale("no such place"), nullptr);
+    EXPECT_FALSE(use("no such place"));
     EXPECT_EQ(platform::set_locale(nullptr), now);
     EXPECT_EQ(platform::longest_char(), 2);
-    EXPECT_NE(platform::set_locale("esp"), nullptr);
+    EXPECT_TRUE(use("esp"));
     EXPECT_NE(platform::set_locale(nullptr), now);
     EXPECT_EQ(platform::longest_char(), 1);
 }
 
 // Read off the published tables of the two code pages; the private characters are the first and
 // last of each of their areas.
-constexpr std::tuple<const char*, const char*, unsigned> kCharacters[] = {
+constexpr tuple<const char*, const char*, unsigned> kCharacters[] = {
     {"chs", "A", 0x41},          {"chs", "\x7F", 0x7F},       {"chs", "\x80", 0x20AC},
     {"chs", "\x81\x40", 0x4E02}, {"chs", "\xB0\xA1", 0x554A}, {"chs", "\xD2\xBB", 0x4E00},
     {"chs", "\xA1\xA1", 0x3000}, {"chs", "\xA1\xA4", 0xB7},   {"chs", "\xA1\xAA", 0x2014},
@@ -44,10 +36,9 @@ constexpr std::tuple<const char*, const char*, unsigned> kCharacters[] = {
     {"us", "\x80", 0x20AC},      {"us", "\x8A", 0x160},       {"us", "\xE9", 0xE9},
     {"esp", "\x81", 0x81},       {"esp", "\x9F", 0x178},      {"esp", "\xF1", 0xF1}};
 
-TEST(CodePage, Characters) {
+TEST_F(CodePage, Characters) {
     for (const auto& [locale, text, character] : kCharacters) {
-        const CodePage page(locale);
-        NEEDS(page);
+        ASSERT_TRUE(use(locale));
         const int length = static_cast<int>(std::string(text).size());
         const auto first = static_cast<unsigned char>(text[0]);
         EXPECT_EQ(platform::is_lead_byte(first), length == 2) << character;
@@ -61,9 +52,7 @@ TEST(CodePage, Characters) {
     }
 }
 
-TEST(CodePage, EveryCharacterComesBackAndIsUnique) {
-    const CodePage page("chs");
-    NEEDS(page);
+TEST_F(CodePage, EveryCharacterComesBackAndIsUnique) {
     std::set<wchar_t> seen;
     for (unsigned code = 1; code <= 0xFEFE; ++code) {
         if (code > 0x80 && code < 0x8140) continue;
@@ -84,13 +73,12 @@ TEST(CodePage, EveryCharacterComesBackAndIsUnique) {
     EXPECT_EQ(seen.size(), 0x80U + 126U * 190U);
 }
 
-TEST(CodePage, RefusesWhatItLacks) {
+TEST_F(CodePage, RefusesWhatItLacks) {
     const std::pair<const char*, unsigned> lacking[] = {
         {"C", 0x100},   {"C", 0x20AC}, {"us", 0x100},  {"us", 0x4E00}, {"us", 0xFF21},
         {"us", 0xD800}, {"chs", 0x81}, {"chs", 0xE0B}, {"chs", 0xD800}};
     for (const auto& [locale, character] : lacking) {
-        const CodePage page(locale);
-        NEEDS(page);
+        ASSERT_TRUE(use(locale));
         const wchar_t text[] = {L'a', static_cast<wchar_t>(character), 0};
         char out[8];
         errno = 0;
@@ -100,8 +88,7 @@ TEST(CodePage, RefusesWhatItLacks) {
         EXPECT_EQ(platform::wide_to_multibyte(nullptr, text, 0),
                   locale[0] == 'C' ? 2 : platform::kBadText);
     }
-    const CodePage page("chs");
-    NEEDS(page);
+    use("chs");
     for (const char* cut : {"\x81", "\xB0", "\xB0\x30", "\x81\x7F", "\xFE\xFF"}) {
         wchar_t out[8];
         errno = 0;
@@ -110,17 +97,15 @@ TEST(CodePage, RefusesWhatItLacks) {
         EXPECT_EQ(platform::multibyte_to_wide(nullptr, cut, 0), platform::kBadText);
         EXPECT_EQ(platform::multibyte_to_wide(out, cut, 8), platform::kBadText);
     }
-    const std::tuple<const char*, size_t, int> lengths[] = {{"\xB0\xA1", 2, 2}, {"\xB0\xA1", 1, -1},
-                                                            {"\xB0\xA1", 0, 0}, {"a", 2, 1},
-                                                            {"", 2, 0},         {nullptr, 2, 0}};
+    const tuple<const char*, size_t, int> lengths[] = {{"\xB0\xA1", 2, 2}, {"\xB0\xA1", 1, -1},
+                                                       {"\xB0\xA1", 0, 0}, {"a", 2, 1},
+                                                       {"", 2, 0},         {nullptr, 2, 0}};
     for (const auto& [text, limit, length] : lengths) {
         EXPECT_EQ(platform::char_length(text, limit), length) << limit;
     }
 }
 
-TEST(CodePage, WholeTexts) {
-    const CodePage page("chs");
-    NEEDS(page);
+TEST_F(CodePage, WholeTexts) {
     const char* text = "a\xB0\xA1z\x80";
     const wchar_t expected[] = {L'a', 0x554A, L'z', 0x20AC, 0};
     ASSERT_EQ(platform::multibyte_to_wide(nullptr, text, 0), 4U);

@@ -65,7 +65,8 @@ static FILE* own_end(HANDLE pipe, const char* mode) {
     return _fdopen(_open_osfhandle(reinterpret_cast<intptr_t>(pipe), 0), mode);
 }
 
-ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& args)
+ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& args,
+                           const std::string& called)
     : system_(std::make_unique<System>()) {
     SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
     HANDLE in[2];
@@ -76,7 +77,8 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     system_->from_child = own_end(out[0], "rb");
     char program[MAX_PATH];
     GetModuleFileNameA(nullptr, program, sizeof program);
-    std::string command = std::string("\"") + program + "\" " + kRoleOption + " " + role;
+    std::string command =
+        "\"" + (called.empty() ? program : called) + "\" " + kRoleOption + " " + role;
     for (const auto& arg : args) command += " \"" + arg + "\"";
     STARTUPINFOA start{};
     start.cb = sizeof start;
@@ -84,7 +86,7 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     start.hStdInput = in[0];
     start.hStdOutput = out[1];
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+    if (CreateProcessA(program, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
                        &system_->process) == 0) {
         std::fprintf(stderr, "no child process: %lu\n", GetLastError());
         std::abort();
@@ -115,12 +117,14 @@ struct ChildProcess::System {
     int code = -1;
 };
 
-ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& args)
+ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& args,
+                           const std::string& called)
     : system_(std::make_unique<System>()) {
     int in[2];
     int out[2];
     if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0) std::abort();
-    std::vector<std::string> words = {"/proc/self/exe", kRoleOption, role};
+    std::vector<std::string> words = {called.empty() ? "/proc/self/exe" : called, kRoleOption,
+                                      role};
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
     for (auto& word : words) argv.push_back(word.data());

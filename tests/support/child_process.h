@@ -25,7 +25,9 @@ struct RegisterRole {
 
 class ChildProcess {
  public:
-    explicit ChildProcess(const std::string& role, const std::vector<std::string>& args = {});
+    // called: what it is told to be its program; empty: this one.
+    explicit ChildProcess(const std::string& role, const std::vector<std::string>& args = {},
+                          const std::string& called = "");
     ~ChildProcess();  // kills a child that still runs
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
