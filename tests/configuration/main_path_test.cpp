@@ -35,6 +35,15 @@ const Asking kAsking[] = {
      "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname, 356 oxparam"},
     {[](char*) { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); }, nullptr,
      "28 oxfname, 36 oxfname, 54 oxfname, 378 oxparam, 443 oxparam"},
+    {[](char*) { return MOLTE_BERRLOG_AddLog("x", 1); }, nullptr,
+     "28 oxfname, 123 oxfname, 333 oxerrlog, 369 oxerrlog"},
+    {[](char*) {
+         BERRLOG_ENTRY* entries = nullptr;
+         char* text = nullptr;
+         BERRLOG_FILTER filter{};
+         return MOLTE_BERRLOG_Retr(&entries, &text, &filter);
+     },
+     nullptr, "28 oxfname, 123 oxfname, 333 oxerrlog, 385 oxerrlog"},
     {[](char*) { return ORVEX_PARAMETER_DelServerID(); }, nullptr,
      "28 oxfname, 36 oxfname, 54 oxfname, 471 oxparam"},
 };

@@ -53,27 +53,6 @@ class BinaryLog : public testing::Test {
     TempFolder folder_;
 };
 
-// In a process of its own: once looked for, the main path counts as known.
-CHILD_ROLE(has_no_main_path) {
-    BERRLOG_FILTER filter{};
-    BERRLOG_ENTRY* entries = nullptr;
-    char* text = nullptr;
-    const int32_t result = args[0] == "add" ? MOLTE_BERRLOG_AddLog("x", 1)
-                                            : MOLTE_BERRLOG_Retr(&entries, &text, &filter);
-    tell_parent(history_of_this_thread());
-    return result == -1 ? 0 : 1;
-}
-
-TEST(BinaryLogOfTheInstallation, NeedsAMainPath) {
-    for (const auto& [what, line] :
-         std::vector<tuple<Text, Text>>{{"add", "369"}, {"retrieve", "385"}}) {
-        ChildProcess child("has_no_main_path", {what});
-        EXPECT_EQ(child.read_line(),
-                  "28 oxfname, 123 oxfname, 333 oxerrlog, "s + line + " oxerrlog");
-        EXPECT_EQ(child.wait(), 0);
-    }
-}
-
 TEST_F(BinaryLog, ANewFileByteForByte) {
     EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), 0), 1);
     const std::string head = std::string("\0\0\0\40\0\0\0\0erlogfileobject", 23);
@@ -123,15 +102,13 @@ TEST_F(BinaryLog, EntriesLieOneOverTheOther) {
 
 TEST_F(BinaryLog, AFullBlockBeginsAgain) {
     // 8160 - 250 * 32 is no more than 96 + 64.
-    constexpr uint32_t rows[][2] = {{96, 1}, {95, 251}};
-    for (const auto& [length, entries] : rows) {
+    for (const auto& [length, entries, behind] : {tuple{96U, 1U, '\0'}, {95U, 251U, 'e'}}) {
         make(block(0, 250, std::string(8000, 'e')) + block(0, 0, ""));
         add(std::string(length, 'x'));
         const std::string bytes = file();
         EXPECT_EQ(bytes[44], entries == 1 ? 1 : 0);
         EXPECT_EQ(bytes.substr(kMap + 12, 4), number(entries));
-        EXPECT_EQ(bytes.substr(kMap + length, length + 1),
-                  std::string(length, 'x') + (entries == 1 ? '\0' : 'e'));
+        EXPECT_EQ(bytes.substr(kMap + length, length + 1), std::string(length, 'x') + behind);
         EXPECT_EQ(bytes.find_first_not_of('\0', kMap + 8192), std::string::npos);
     }
 }
@@ -222,20 +199,20 @@ TEST_F(BinaryLog, HostileBlocksAreRefusedOrCut) {
 }
 
 TEST_F(BinaryLog, ParametersThatAreNone) {
-    EXPECT_EQ(BERRLOG_AddLog(nullptr, "x", 1) + BERRLOG_AddLog(path().c_str(), nullptr, 1) +
-                  BERRLOG_AddLog(path().c_str(), "x", -1),
+    const std::string name = path();
+    EXPECT_EQ(BERRLOG_AddLog(nullptr, "x", 1) + BERRLOG_AddLog(name.c_str(), nullptr, 1) +
+                  BERRLOG_AddLog(name.c_str(), "x", -1),
               0);
-    EXPECT_FALSE(fs::exists(path()));
-    EXPECT_EQ(BERRLOG_RetrLog(path().c_str(), nullptr, nullptr, nullptr), -1);
+    EXPECT_FALSE(fs::exists(name));
+    EXPECT_EQ(BERRLOG_RetrLog(name.c_str(), nullptr, nullptr, nullptr), -1);
     ORVEX_Err_ClearError();
     BERRLOG_FILE file;
-    EXPECT_EQ(BERRLOG_OpenFile(path().c_str(), &file), -1);
-    EXPECT_EQ(history_of_this_thread(), "99 oxerrlog");
+    EXPECT_TRUE(told(BERRLOG_OpenFile(name.c_str(), &file)).ends_with(" < 99 oxerrlog"));
     EXPECT_EQ(BERRLOG_ReadRawData(&file, 0, nullptr, 1), -1);
     EXPECT_EQ(BERRLOG_CloseFile(&file), 1);
     // A transfer of -1 bytes or at -1 fails, as its results do.
     make("text");
-    ASSERT_EQ(BERRLOG_OpenFile(path().c_str(), &file), 1);
+    ASSERT_EQ(BERRLOG_OpenFile(name.c_str(), &file), 1);
     EXPECT_EQ(BERRLOG_SaveRawData(&file, 0, "x", -1), -1);
     EXPECT_EQ(BERRLOG_SaveRawData(&file, -1, "x", 1), -1);
     EXPECT_EQ(BERRLOG_CloseFile(&file), 1);
