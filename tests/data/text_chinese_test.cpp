@@ -50,12 +50,10 @@ TEST(Chinese, ConvertsWholeTexts) {
     ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);
     const char* text = "a" A1 YI "\x80";
     const wchar_t wide[] = {L'a', 0x554A, 0x4E00, 0x20AC, 0};
-    wchar_t* made = ox_mbstowcs(text);
-    char* back = ox_wcstombs(wide);
-    EXPECT_STREQ(made, wide);
-    EXPECT_STREQ(back, text);
-    ORVEX_free(made);
-    ORVEX_free(back);
+    const std::unique_ptr<wchar_t, void (*)(void*)> made(ox_mbstowcs(text), ORVEX_free);
+    const std::unique_ptr<char, void (*)(void*)> back(ox_wcstombs(wide), ORVEX_free);
+    EXPECT_STREQ(made.get(), wide);
+    EXPECT_STREQ(back.get(), text);
     wchar_t into[5];
     char bytes[7];
     EXPECT_EQ(MOLTE_STR_mbstowcs(text, into, 5), 1);
