@@ -28,8 +28,8 @@
  *
  * All give 1 for a match, else 0, also for a null text or pattern. Nothing is reported. Any thread
  * may call them. Time is at most that of text length times pattern length times the number of "."
- * between two "*". Up to 63 of those take no memory but the stack; with more a text as long takes
- * some from the heap, and doesn't match when there is none.
+ * between two "*". Up to 63 "." in the pattern take no memory but the stack; with more a text as
+ * long takes some from the heap, and doesn't match when there is none.
  */
 #ifndef MOLTELIB_WILD_MATCH_H
 #define MOLTELIB_WILD_MATCH_H
@@ -38,7 +38,7 @@
 
 /*
  * With any routines, which get the character of the text first. Their results must depend on their
- * arguments alone.
+ * arguments alone; how often and in which order they are asked is left open.
  */
 MOLTE_API int32_t OCOLL_SB_WildMatch(const char* pszText, const char* pszPattern,
                                      OCOLL_CHARCMP cmp);

@@ -1,8 +1,7 @@
 // Wild matching of texts against patterns as they stand.
 //
-// "*" and "." can be tried by recursion, in a certain order, and so they are for routines that come
-// from outside, which may be seen at work: InOrder. All else is matched by AllAtOnce, without
-// recursion and in bounded time. Both take single elements by Elements.
+// "*" and "." leave many ways to match, which recursion would try one after the other. AllAtOnce
+// follows them together, in bounded time. It takes single elements by Elements.
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -55,7 +54,7 @@ struct ByReading {
 };
 using ByReadingText = ByReading<MOLTE_HZPY_VARIANT_B>;
 
-// One from outside, which may be seen at work.
+// The caller's.
 struct Foreign {
     OCOLL_CHARCMP routine;
     int32_t operator()(int32_t a, int32_t b) const { return routine(a, b); }
@@ -69,10 +68,14 @@ const char* behind_run(const char* pattern, char c) {
     return pattern;
 }
 
+const char* behind_optional(const char* pattern) {
+    while (*pattern == '*' || *pattern == '.') ++pattern;
+    return pattern;
+}
+
 // Whether nothing is left in the pattern that needs a character.
 bool all_optional(const char* pattern) {
-    while (*pattern == '*' || *pattern == '.') ++pattern;
-    return *pattern == '\0';
+    return *behind_optional(pattern) == '\0';
 }
 
 // The elements of a pattern that take one character of text.
@@ -159,7 +162,6 @@ class Elements {
         const bool negated = *at == '^';
         if (negated) ++at;
         if (*at == ']' || c.size != 1) return false;
-        if (std::is_same_v<Single, Foreign> && *end_of_class(at) == '\0') return false;
         bool hit = false;
         for (; *at != ']' && !hit; ++at) {
             if (Glyphs::first(at).size != 1) return false;  // also at the end of the pattern
@@ -183,63 +185,6 @@ class Elements {
 
     [[no_unique_address]] Single single_;
     [[no_unique_address]] Double double_;
-};
-
-// The recursion as the language is defined, as far as it can lead anywhere.
-template <typename Language>
-class InOrder {
- public:
-    explicit InOrder(const Language& language) : language_(language) {}
-
-    // A pattern with more ways than these would take too long, if not too much stack.
-    static constexpr int kMostWays = 12;
-
-    static bool is_for(const char* pattern) {
-        int ways = 0;
-        for (; *pattern != '\0' && ways <= kMostWays; ++pattern) {
-            if (*pattern == '*' || *pattern == '.') ++ways;
-        }
-        return ways <= kMostWays;
-    }
-
-    bool match(const char* text, const char* pattern) const {
-        return walk(text, pattern) == Outcome::matched;
-    }
-
- private:
-    // Failed for good: a "*" was come to and failed. The way that comes to it first leads to the
-    // leftmost place where it can begin, so that what is before it can't help by going on.
-    enum class Outcome : uint8_t { failed, failed_for_good, matched };
-
-    static Outcome outcome(bool matched) { return matched ? Outcome::matched : Outcome::failed; }
-
-    Outcome walk(const char* text, const char* pattern) const {
-        while (*text != '\0') {
-            if (*pattern == '*') return walk_anywhere(text, behind_run(pattern, '*'));
-            if (*pattern == '.') {
-                ++pattern;
-                if (*pattern == '\0') return outcome(text[1] == '\0');  // meant, for both widths
-                const Outcome without = walk(text, pattern);
-                if (without != Outcome::failed) return without;
-                text = Language::next(text);
-                continue;
-            }
-            if (*pattern == '\0' || !language_.take(text, pattern)) return Outcome::failed;
-        }
-        return outcome(all_optional(pattern));
-    }
-
-    Outcome walk_anywhere(const char* text, const char* pattern) const {
-        if (*pattern == '\0') return Outcome::matched;
-        for (; *text != '\0'; text = Language::next(text)) {
-            const Outcome there = walk(text, pattern);
-            if (there != Outcome::failed) return there;
-        }
-        // What is all optional matches once the text has ended before the "*".
-        return all_optional(pattern) ? Outcome::failed : Outcome::failed_for_good;
-    }
-
-    Language language_;
 };
 
 // The places in a text that a pattern can have come to, from left to right. They differ by the "."
@@ -311,35 +256,13 @@ class AllAtOnce {
     explicit AllAtOnce(const Language& language) : language_(language) {}
 
     bool match(const char* text, const char* pattern) {
-        return match_to(nullptr, text, pattern) || (Language::kWhole && match_tail(text, pattern));
-    }
-
- private:
-    enum class Outcome : uint8_t { matched, failed, at_star };
-
-    // A "." behind a "*" at the end of the pattern takes no double-byte character. Where the text
-    // ends before the "*" that doesn't matter; but there only a place that isn't leftmost may lead.
-    bool match_tail(const char* text, const char* pattern) {
-        const char* end = pattern + std::strlen(pattern);
-        if (end - pattern < 2 || end[-1] != '.' || end[-2] != '*') return false;
-        --end;
-        while (end != pattern && end[-1] == '*') --end;
-        return end != pattern && match_to(end, text, pattern);
-    }
-
-    // Matches the text with the pattern up to an end, null for its own; behind another end all is
-    // optional.
-    bool match_to(const char* pattern_end, const char* text, const char* pattern) {
-        pattern_end_ = pattern_end;
         const char* star = nullptr;  // what stands behind the last "*", and where that is tried
         const char* tried = nullptr;
         for (;;) {
             switch (match_to_star(text, pattern)) {
                 case Outcome::matched:
                     return true;
-                case Outcome::at_star:
-                    pattern = behind_star(pattern);
-                    if (*pattern == '\0') return true;
+                case Outcome::behind_star:
                     star = pattern;
                     tried = text;
                     break;
@@ -354,35 +277,48 @@ class AllAtOnce {
         }
     }
 
-    // Passes over a run of "*"; and over "." behind it when something follows that takes a
-    // character: it is found one place further on as well.
-    static const char* behind_star(const char* pattern) {
-        pattern = behind_run(pattern, '*');
-        const char* behind = behind_run(pattern, '.');
-        return *behind != '\0' && *behind != '*' ? behind : pattern;
-    }
+ private:
+    enum class Outcome : uint8_t { matched, failed, behind_star };
 
-    // Passes over elements and characters up to a "*", which the text comes to before its end.
-    Outcome match_to_star(const char*& text, const char*& pattern) const {
+    // Passes over elements and characters up to behind a "*", before which the text hasn't ended.
+    Outcome match_to_star(const char*& text, const char*& pattern) {
         for (;;) {
             if (*text == '\0') return all_optional(pattern) ? Outcome::matched : Outcome::failed;
-            if (pattern == pattern_end_) return Outcome::failed;
-            if (*pattern == '*') return Outcome::at_star;
+            if (*pattern == '*') return pass_star(text, pattern);
             if (*pattern == '.') return follow_all(text, pattern);
             if (!language_.take(text, pattern)) return Outcome::failed;
         }
     }
 
-    // The same from a "." on. The text goes to the leftmost place.
-    Outcome follow_all(const char*& text, const char*& pattern) const {
+    // More "*" and "." behind a "*" are passed over too: what takes a character behind them is
+    // found further on as well, and without it they match. But one "." at the end of the pattern
+    // takes no double-byte character, so that only a text that ends before the "*" might match.
+    Outcome pass_star(const char* text, const char*& pattern) {
+        const char* behind = behind_run(pattern, '*');
+        pattern = behind_optional(behind);
+        if (*pattern != '\0') return Outcome::behind_star;
+        const bool one_dot = pattern - behind == 1;
+        return one_dot && ends_in_double_byte(text) ? Outcome::failed : Outcome::matched;
+    }
+
+    // Asked for any place of the text, walked through only once: a "no" ends the match.
+    bool ends_in_double_byte(const char* text) {
+        if (!Language::kWhole || double_at_end_) return double_at_end_;
+        const char* last = text;
+        for (; *text != '\0'; text = Language::next(text)) last = text;
+        double_at_end_ = last[1] != '\0';
+        return double_at_end_;
+    }
+
+    // The same as match_to_star from a "." on. The text goes to the leftmost place.
+    Outcome follow_all(const char*& text, const char*& pattern) {
         Places places;
         if (!places.start(text, count_dots(pattern))) return Outcome::failed;
         while (!places.none()) {
             if (*places.last() == '\0' && all_optional(pattern)) return Outcome::matched;
-            if (pattern == pattern_end_) return Outcome::failed;
             if (*pattern == '*') {
                 text = places.first();
-                return Outcome::at_star;
+                return pass_star(text, pattern);
             }
             if (*pattern != '.') {
                 take_at_each(places, pattern);
@@ -418,7 +354,7 @@ class AllAtOnce {
     }
 
     Language language_;
-    const char* pattern_end_ = nullptr;
+    bool double_at_end_ = false;
 };
 
 template <typename Glyphs, typename Single, typename Double = Single>
@@ -426,11 +362,7 @@ int32_t match(const char* text, const char* pattern, Single single = {}, Double 
     using Language = Elements<Glyphs, Single, Double>;
     if (text == nullptr || pattern == nullptr) return 0;
     if (*pattern == '\0') return 1;
-    const Language language(single, both);
-    if (std::is_same_v<Single, Foreign> && InOrder<Language>::is_for(pattern)) {
-        return InOrder<Language>(language).match(text, pattern) ? 1 : 0;
-    }
-    return AllAtOnce<Language>(language).match(text, pattern) ? 1 : 0;
+    return AllAtOnce(Language(single, both)).match(text, pattern) ? 1 : 0;
 }
 
 }  // namespace

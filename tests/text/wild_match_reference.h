@@ -24,13 +24,13 @@ inline WildChar wild_char(const char* text, bool gbk) {
 class WildReference {
  public:
     // Walks by whole characters if gbk is set; pair is needed only then.
-    WildReference(bool gbk, OCOLL_CHARCMP single, OCOLL_CHARCMP pair, int64_t steps)
-        : gbk_(gbk), single_(single), pair_(pair), steps_(steps) {}
+    WildReference(bool gbk, OCOLL_CHARCMP single, OCOLL_CHARCMP pair)
+        : gbk_(gbk), single_(single), pair_(pair) {}
 
     int32_t match(const char* text, const char* pattern) {
         return *pattern == '\0' || rest(text, pattern) ? 1 : 0;
     }
-    // The recursion took more steps than it was given: the result says nothing.
+    // The recursion took too many steps: the result says nothing.
     [[nodiscard]] bool gave_up() const { return steps_ < 0; }
 
  private:
@@ -102,10 +102,17 @@ class WildReference {
     bool gbk_;
     OCOLL_CHARCMP single_;
     OCOLL_CHARCMP pair_;
-    int64_t steps_;
+    int64_t steps_ = 20000;
 };
 
-// The eight functions of fixed routines, and what they are made of.
+// Routines that are no order at all.
+inline int32_t odd_single(int32_t c, int32_t pattern) {
+    return (c | 32) == (pattern | 32) ? 0 : (c * 7 + pattern * 13) % 4 - 1;
+}
+inline int32_t odd_pair(int32_t c, int32_t pattern) {
+    return (c & 0xFF) - (pattern & 0xF0);
+}
+
 struct WildFunction {
     OCOLL_WILDMATCH match;
     bool whole;  // by whole characters
@@ -113,6 +120,7 @@ struct WildFunction {
     OCOLL_CHARCMP pair;
 };
 
+// The eight functions of fixed routines, and the two of any with those above.
 inline const std::vector<WildFunction>& wild_functions() {
     static const OCOLL_CHARCMP bin = OCOLL_DB_CharBinCmp;
     static const OCOLL_CHARCMP ci = OCOLL_SB_CharCiCmp;
@@ -127,6 +135,12 @@ inline const std::vector<WildFunction>& wild_functions() {
         {ORVEX_MB_Ci_WildMatch, true, ci, bin},
         {ORVEX_MB_Ci_WildPyMatch, true, ci, py},
         {ORVEX_MB_Ci_WildVarPyMatch, true, ci, variant},
+        {[](auto text, auto pattern) { return OCOLL_SB_WildMatch(text, pattern, odd_single); },
+         false, odd_single, nullptr},
+        {[](auto text, auto pattern) {
+             return OCOLL_MB_WildMatch(text, pattern, odd_single, odd_pair);
+         },
+         true, odd_single, odd_pair},
     };
     return functions;
 }
