@@ -44,9 +44,7 @@ TEST(Error, EveryByteOfARecordHasItsPlace) {
     put(50, "\xFF\xFE");
     put(56, data.substr(0, 96));
     put(152, "text");
-    put(212,
-        "\x01\x02\x63"
-        "aller.cpp");
+    put(212, "\1\2caller.cpp");
     put(492, kTime);
     put(512, std::string(16, 'h') + std::string(64, 'e') + data.substr(96, 48));
     EXPECT_EQ(bytes_of(&record, 0, 640), expected);

@@ -110,6 +110,7 @@ TEST_F(TextHook, InstallationsAreChecked) {
         const auto text = told(OTXTHOOK_InstallHook(hook, nullptr, nullptr, 0, mask, id));
         EXPECT_TRUE(text.starts_with(error) && text.ends_with(line)) << text;
     }
+    EXPECT_EQ(OTXTHOOK_UTIL_GetHook(nullptr, 1), nullptr);
     EXPECT_EQ(install(&kept, 512, 99999), 1);
     EXPECT_EQ(told(OTXTHOOK_RemoveHook(keep, 3)), "305 otxthook Hook id=3 @209");
     EXPECT_EQ(OTXTHOOK_Init(), 0);
@@ -324,6 +325,7 @@ TEST_F(TextHook, BuiltInOnesWrite) {
     char text[64];
     uint64_t next = 0;
     EXPECT_EQ(OLINEBUF_GetMultiLine(buf, text, sizeof text, &next), 3);
+    EXPECT_EQ(std::string(text, 3), "030");
     OTXTHOOK_Release();
     EXPECT_EQ(read_text(file), "before\n030");
     EXPECT_EQ(read_text(log), "00");
