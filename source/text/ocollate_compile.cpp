@@ -215,10 +215,11 @@ int32_t MOLTE_CompileTempl(const char* pszPattern, MOLTE_WMTEMPL* pTempl) {
 }
 
 int32_t MOLTE_UTIL_FinWmChar(PA* pChars, MOLTE_WMCHAR* pCur, PA* pText) {
-    if (pChars == nullptr || pCur == nullptr || pText == nullptr || pText->nCount > kMostBytes) {
+    if (pChars == nullptr || pCur == nullptr || pText == nullptr) {
         return kModule.fail(here(), molte::kBadArgument);
     }
     if (pCur->nType == 0) return 0;
+    if (pText->nCount > kMostBytes) return kModule.fail(here(), molte::kBadArgument);
     if (pText->nCount > 0) {
         const auto size = static_cast<size_t>(pText->nCount);
         auto text = molte::allocate<char>(pText->nCount + 1);

@@ -54,6 +54,7 @@ TEST(WildMatch, language) {
         {"[a]b]", {"ab]"}, {"]", "a"}},
         {"[ba-]", {"b"}, {"a", "-"}},  // a hit before the range without end
         {"[--/]", {".", "-"}, {"a"}},
+        {"[+-]]", {}, {",", "+", ",]"}},
         {"[\\*]", {"\\", "*"}, {"a"}},
     };
     for (const auto& [pattern, matching, others] : cases) {

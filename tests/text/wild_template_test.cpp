@@ -42,10 +42,33 @@ class Compiled {
     int32_t result_ = 0;
 };
 
+// A template in words, as "*r(am3:..x)(?1:)"; "!" where its fields contradict each other.
+std::string described(const MOLTE_WMTEMPL& templ) {
+    std::string all;
+    for (int32_t i = 0; i < templ.nSubStr; ++i) {
+        const MOLTE_WMSUBSTR& piece = templ.pSubStr[i];
+        if (piece.nType < 1 || piece.nType > 3) return "!";
+        all += " *.r"[piece.nType];
+        if ((piece.pChar != nullptr) != (piece.nType == 3)) all += '!';
+        for (int32_t k = 0; k < piece.nChar; ++k) {
+            const MOLTE_WMCHAR& element = piece.pChar[k];
+            if (element.nType < 1 || element.nType > 3 || element.nLen < 0) return "!";
+            const bool has_text = element.nType != MOLTE_WMCHAR_ANY && element.nLen > 0;
+            if ((element.pText != nullptr) != has_text) all += '!';
+            all += std::string("(") + " ?[a"[element.nType] + (element.bNegate == 1 ? "^" : "") +
+                   (element.bMB == 1 ? "m" : "") + std::to_string(element.nLen) + ":";
+            if (has_text) all.append(element.pText, static_cast<size_t>(element.nLen));
+            if (has_text && element.pText[element.nLen] != '\0') all += '!';
+            all += ')';
+        }
+    }
+    return all;
+}
+
 // What a pattern becomes, or its error.
 std::string compiled(const std::string& pattern) {
     const Compiled templ{Exact(pattern)};
-    if (templ.result() == 1) return described_template(*templ);
+    if (templ.result() == 1) return described(*templ);
     EXPECT_EQ(templ.result(), -1);
     EXPECT_EQ((*templ).nSubStr, 0);
     EXPECT_EQ((*templ).pSubStr, nullptr);
@@ -55,34 +78,24 @@ std::string compiled(const std::string& pattern) {
 TEST_F(WildTemplate, compiling) {
     const std::vector<tuple<std::string, std::string>> cases = {
         {"", ""},
-        {"*", "*"},
-        {"..", "."},
-        {".*.", "*"},
-        {"a.*b", "r(a1:a)*r(a1:b)"},
+        {"a*.?..*", "r(a1:a)*r(?1:)*"},
+        {"a...b", "r(a1:a).r(a1:b)"},
         {"ab?[^c]??*.\\*d", "r(a2:ab)(?1:)([^1:c)(?2:)*r(a2:*d)"},
-        {"?a?", "r(?1:)(a1:a)(?1:)"},
-        {"[a][b]", "r([1:a)([1:b)"},
         {"]^-", "r(a3:]^-)"},
         {A1 "x?" SLASH, "r(am3:" A1 "x)(?1:)(am2:" SLASH ")"},
         {"\\" A1 "\\\\\\[", "r(am4:" A1 "\\[)"},
         {"a*b\\", "r(a1:a)*r(a2:b\0)"s},
-        {"\\", "r(a1:\0)"s},
         {"[", "r([0:)"},
-        {"[]", "r([0:)"},
         {"[]a]", "r([0:)(a2:a])"},
-        {"[^", "r([^0:)"},
         {"[^]x", "r([^0:)(a1:x)"},
         {"[a^*.?[]", "r([6:a^*.?[)"},
-        {"[ab", "r([2:ab)"},
         {"[\\]\\-\\\\]", "r([3:]-\\)"},
-        {"[a-e]", "r([5:abcde)"},
         {"[A-C0-2]", "r([6:ABC012)"},
         {"[a-c-e]", "r([4:abce)"},
         {"[c-a]", "r([1:c)"},
-        {"[a-a]", "r([1:a)"},
         {"[\\a-c]", "r([3:abc)"},
         {"[^a" BRACKET "b]", "r([^m4:a" BRACKET "b)"},
-        {"[\\" A1 "]", "r([m2:" A1 ")"}};
+        {"[\\" A1, "r([m2:" A1 ")"}};
     for (const auto& [pattern, result] : cases) {
         EXPECT_EQ(compiled(pattern), result) << shown(pattern);
     }
@@ -112,45 +125,32 @@ TEST_F(WildTemplate, matching) {
     };
     const Case cases[] = {
         {"", {"", "abc", A1}, {}},
-        {"*", {"", "abc", "\x81"}, {}},
         {"abc", {"abc", ""}, {"ABC", "abcd", "ab"}},  // a lone run: also the empty text
         {"a\\*b", {"a*b"}, {"axb", "ab"}},
         {"ab?", {"abc", "ab" A1, "ab\x81"}, {"ab", "abcd"}},
         {"a.b", {"ab", "axb", "a" A1 "b"}, {"axxb", "a", ""}},
         {"a.", {"a", "ab", "abcd"}, {"", "ba"}},
-        {".", {"", "a", "abc"}, {}},
         {"*abc", {"xabc", "abc", "abcabc"}, {"abcx", "bc", ""}},
         {"*a*b", {"aab", "ab", "xaxb"}, {"aa", "ba"}},
         {"a*b*c", {"abcabc", "abc"}, {"acb", "abcab"}},
         {"*ab*c.d", {"abcd", "xabxcd"}, {"abcxd", "ab"}},  // "." adds nothing to the tail
         {"*?ab*", {"xabz", "aab"}, {"xyabz", "ab"}},
         {"*a[bc]*", {"xacx", "xaxab"}, {"xaxa"}},  // goes on behind a hit
-        {"*aa[b]*", {"aaab"}, {"aba"}},            // by one byte
-        {"*aXb*b", {"aXbb", "aXb"}, {"aX"}},       // the tail may use what is matched already
         {"*abx*aby", {"abxaby", "abxxaby"}, {"abyabx"}},
-        {"*ab*abc", {"ababc", "abc"}, {"abab"}},
         {"a*ab", {"ab", "aab"}, {"a", "b"}},
-        {"*a*?c", {"abc", "axbc", "ac"}, {"c"}},
         {"a\\", {""}, {"a", "ab"}},
         {"*a\\", {}, {"", "a", "ba"}},
         {"[^a]", {"b", A1}, {"", "a", "bb"}},
         {"[", {""}, {"a", "["}},
         {"[^", {"a", "]", A1}, {"", "ab"}},
         {"[^a]*", {"", "b", "bcd"}, {"a"}},  // takes the end of the text
-        {"b[^a].", {"b", "bc"}, {"ba", ""}},
-        {"[^a]*b", {"b", "xb"}, {"", "x"}},
         {"*[^a]", {"b", "ab"}, {"", "a", "ba"}},
         {".[^a]", {"b", "ab"}, {"", "a", "aa", "xb"}},
-        {".b", {"b", "ab", A1 "b"}, {"", "a", "aab"}},
-        {"[ab][0-1]", {"a0", "b1", ""}, {"a2", "0a"}},
         {"[" A1 "a]", {A1, "a", ""}, {A2, "\xA1", "\xB0"}},
         {"[^" A1 "a]", {A2, "b", "\x81"}, {A1, "a", ""}},
         {"[ab]", {"a", ""}, {A1, TRAIL_A}},
-        {"*" A1 "*", {"x" A1 "x"}, {"\xA1\xB0\xA1\xB0", A2}},
         {"*a*", {"xax", TRAIL_A}, {"x"}},  // a literal of single bytes is found in any byte
         {"a*[bc" A1 "]", {"axb", "ab"}, {"a", "abx"}},  // class counts as four
-        {"?*?", {"ab", A1 A2, "a"}, {""}},
-        {"*??*", {"ab", "a" A1, "abc"}, {"a", ""}},
     };
     for (const auto& [pattern, matching, others] : cases) {
         const Compiled templ(pattern);
@@ -203,44 +203,27 @@ TEST_F(WildTemplate, parts_of_matching) {
     }
     EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, 0, ""), 1);
     EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, -1, "a"), 0);
-    for (const auto& [c, type] : {std::pair{'a', 1},
-                                  {'z', 1},
-                                  {'A', 2},
-                                  {'Z', 2},
-                                  {'0', 3},
-                                  {'9', 3},
-                                  {'`', 0},
-                                  {'{', 0},
-                                  {'@', 0},
-                                  {'[', 0},
-                                  {'/', 0},
-                                  {':', 0},
-                                  {'\0', 0}}) {
-        EXPECT_EQ(MOLTE_UTIL_CharType(c), type) << c;
-    }
+    const std::string types = "/09:@AZ[`az{";
+    std::string found;
+    for (const char c : types) found += std::to_string(MOLTE_UTIL_CharType(c));
+    EXPECT_EQ(found, "033002200110");
     EXPECT_EQ(MOLTE_UTIL_CharType(0x8161) + MOLTE_UTIL_CharType('a' - 256), 0);
 }
 
 TEST_F(WildTemplate, pieces_made_by_hand) {
-    const MOLTE_WMCHAR elements[] = {{3, 0, 0, MOLTE_WMCHAR_LITERAL, nullptr},
-                                     {3, 1, 0, MOLTE_WMCHAR_CLASS, nullptr}};
+    MOLTE_WMCHAR elements[] = {{3, 0, 0, MOLTE_WMCHAR_LITERAL, nullptr},
+                               {3, 1, 0, MOLTE_WMCHAR_CLASS, nullptr}};
     int32_t offset = 0;
-    for (const MOLTE_WMCHAR& element : elements) {
-        MOLTE_WMCHAR copy = element;
-        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(&element, 1, "abc"), 0);
-        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(&element, 1, "abc", &offset), 0);
-        const MOLTE_WMSUBSTR pieces[] = {{1, 0, nullptr}, {3, 1, &copy}};
-        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 2, "abc"), 0);
-        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces + 1, 1, "abc"), 0);
+    for (MOLTE_WMCHAR* element : {elements, elements + 1, static_cast<MOLTE_WMCHAR*>(nullptr)}) {
+        EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(element, 1, "abc"), 0);
+        EXPECT_EQ(MOLTE_WMCHAR_StrMatch(element, 1, "abc", &offset), 0);
+        for (const int32_t kind : {1, 2, 3}) {
+            const MOLTE_WMSUBSTR pieces[] = {{kind, 0, nullptr}, {3, 1, element}, {1, 0, nullptr}};
+            EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 2, "abc"), 0);
+            EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 3, "abc"), 0);
+        }
     }
-    EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(nullptr, 2, "abc"), 0);
-    EXPECT_EQ(MOLTE_WMCHAR_StrMatch(nullptr, 2, "abc", &offset), 0);
     EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, 2, "abc"), 0);
-    for (const int32_t kind : {1, 2, 3}) {
-        const MOLTE_WMSUBSTR pieces[] = {{kind, 0, nullptr}, {3, 2, nullptr}, {1, 0, nullptr}};
-        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 2, "abc"), 0);
-        EXPECT_EQ(MOLTE_UTIL_RecurWMatch(pieces, 3, "abc"), 0);
-    }
     const MOLTE_WMTEMPL templ = {3, nullptr};
     EXPECT_EQ(MOLTE_CompiledWildMatch(&templ, "abc"), 0);
 }
@@ -270,19 +253,16 @@ TEST_F(WildTemplate, parts_of_compiling) {
     piece.nType = MOLTE_WMSUBSTR_ANY;
     EXPECT_EQ(MOLTE_UTIL_FinSubStr(&pieces, &elements, &piece), 1);
     MOLTE_WMTEMPL templ = {pieces.nCount, static_cast<MOLTE_WMSUBSTR*>(pieces.pData)};
-    EXPECT_EQ(described_template(templ), "r(a2:ab)(?4:)*");
+    EXPECT_EQ(described(templ), "r(a2:ab)(?4:)*");
 
     MOLTE_WMSUBSTR& run = templ.pSubStr[0];
     EXPECT_EQ(MOLTE_WMCHAR_Free(&run.pChar[0]), 0);
-    EXPECT_EQ(run.pChar[0].nType, MOLTE_WMCHAR_LITERAL);
-    EXPECT_EQ(run.pChar[0].nLen, 0);
+    EXPECT_EQ(described(templ), "r(a0:)(?4:)*");
     EXPECT_EQ(run.pChar[0].pText, nullptr);
     EXPECT_EQ(MOLTE_WMSUBSTR_Free(&run), 0);
-    EXPECT_EQ(run.nType + run.nChar, 0);
-    EXPECT_EQ(run.pChar, nullptr);
+    EXPECT_EQ(bytes_of(run), std::string(sizeof run, '\0'));
     EXPECT_EQ(MOLTE_WMTEMPL_Free(&templ), 0);
-    EXPECT_EQ(templ.nSubStr, 0);
-    EXPECT_EQ(templ.pSubStr, nullptr);
+    EXPECT_EQ(bytes_of(templ), std::string(sizeof templ, '\0'));
     EXPECT_EQ(MOLTE_WMCHAR_Free(nullptr) + MOLTE_WMSUBSTR_Free(nullptr), 0);
 
     element.nType = MOLTE_WMCHAR_LITERAL;
@@ -302,22 +282,13 @@ TEST_F(WildTemplate, agrees_with_its_rules) {
                                                  A1,  A2,  SLASH, BRACKET, TRAIL_A, "\x81"};
     Samples samples(45);
     int matched = 0;
-    int failed = 0;
     for (int i = 0; i < 100000; ++i) {
         const bool gbk = i < 80000;
         if (i == 80000) OXLANG_SetLocale(OXLANG_ENGLISH);
-        std::string pattern = samples.next(pattern_parts, 10);
-        if (i % 16 == 0) pattern += '\x81';
+        const std::string pattern = samples.next(pattern_parts, 10);
         const Compiled templ{Exact(pattern)};
-        const TemplateReference reference(pattern, gbk);
-        if (templ.result() < 0 || reference.error() != 0) {
-            ASSERT_EQ(static_cast<int32_t>(GetRvexErrNo()), reference.error()) << shown(pattern);
-            ORVEX_Err_ClearError();
-            ++failed;
-            continue;
-        }
-        ASSERT_EQ(described_template(*templ), reference.described()) << shown(pattern);
-        for (int k = 0; k < 3; ++k) {
+        const TemplateReference reference(*templ, gbk);
+        for (int k = 0; templ.result() > 0 && k < 3; ++k) {
             const std::string text = samples.next(text_parts, k < 2 ? 12 : 60);
             const bool expected = reference.matches(text + '\0');
             matched += expected ? 1 : 0;
@@ -326,7 +297,6 @@ TEST_F(WildTemplate, agrees_with_its_rules) {
         }
     }
     EXPECT_GT(matched, 40000);
-    EXPECT_GT(failed, 5000);
 }
 
 TEST_F(WildTemplate, long_patterns) {
@@ -336,25 +306,18 @@ TEST_F(WildTemplate, long_patterns) {
     EXPECT_EQ(literals.run().nChar, 2);
     EXPECT_EQ(literals.match(literal.c_str()), 1);
     EXPECT_EQ(literals.match((literal + "x").c_str()), 0);
-    const std::string marks(40000, '?');
-    const Compiled any(marks.c_str());
+    const Compiled any(std::string(40000, '?').c_str());
     EXPECT_EQ(any.match(literal.c_str()), 1);
     EXPECT_EQ(any.match(literal.c_str() + 1), 0);
-    const Compiled tail(("*" + literal).c_str());
-    EXPECT_EQ(tail.match(("yy" + literal).c_str()), 1);
-    EXPECT_EQ(tail.match(literal.c_str() + 1), 0);
     const std::string pairs(40000, '\xB0');
     const Compiled whole(pairs.c_str());
     ASSERT_EQ(whole.result(), 1);
     EXPECT_EQ(whole.run().pChar[0].nLen, 32766);  // a character isn't parted
     EXPECT_EQ(whole.match(pairs.c_str()), 1);
-    const std::string stars(1000000, '*');
-    EXPECT_EQ(compiled(stars), "*");
-    std::string many;
-    for (int i = 0; i < 20000; ++i) many += "a.";
-    const Compiled dots(many.c_str());
-    EXPECT_EQ(dots.match(many.c_str()), 1);
-    EXPECT_EQ(dots.match(many.c_str() + 1), 0);
+    EXPECT_EQ(compiled(std::string(1000000, '*')), "*");
+    std::string dots;
+    for (int i = 0; i < 20000; ++i) dots += "a.";
+    EXPECT_EQ(Compiled(dots.c_str()).match(dots.c_str()), 1);
 }
 
 }  // namespace
