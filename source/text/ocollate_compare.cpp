@@ -21,19 +21,14 @@ int32_t compare_readings(int32_t a, int32_t b, uint8_t mode) {
                           &options);
 }
 
-struct Head {
-    int32_t value;
-    int32_t size;  // bytes; 0 for an empty text
-};
-
 // The first character as it stands in memory now: the walk below may only end because another
 // thread changes a text, so the compiler must not take one reading for the next.
-Head head_of(const volatile char* text) {
+molte::Character head_of(const volatile char* text) {
     if (text == nullptr) return {0, 0};
     const auto lead = static_cast<unsigned char>(text[0]);
     if (lead == 0) return {0, 0};
     const auto trail = platform::is_lead_byte(lead) ? static_cast<unsigned char>(text[1]) : 0;
-    return trail != 0 ? Head{lead * 256 + trail, 2} : Head{lead, 1};
+    return trail != 0 ? molte::Character{lead * 256 + trail, 2} : molte::Character{lead, 1};
 }
 
 }  // namespace
@@ -93,8 +88,8 @@ int32_t OCOLL_SB_StrCiCmp(const char* a, const char* b) {
 
 int32_t UTIL_MB_StrCmp(const char* a, const char* b, OCOLL_CHARCMP sbCmp, OCOLL_CHARCMP dbCmp) {
     for (;;) {
-        const Head x = head_of(a);
-        const Head y = head_of(b);
+        const molte::Character x = head_of(a);
+        const molte::Character y = head_of(b);
         if (x.size == 0 || y.size == 0) return (x.size != 0) - (y.size != 0);
         const int32_t order = OCOLL_MB_CharCmp(x.value, x.size, y.value, y.size, sbCmp, dbCmp);
         if (order != 0) return order;

@@ -130,8 +130,8 @@ class Compiler {
             element_.bNegate = 1;
             ++pattern;
         }
-        int32_t last = 0;  // the character before, from which a range goes on
-        for (; *pattern != '\0' && *pattern != ']';) {
+        int32_t last = 0;  // the first byte of the character before, from which a range goes on
+        while (*pattern != '\0' && *pattern != ']') {
             if (*pattern == '-') {
                 if (add_range(last, byte(pattern[1])) < 0) return nullptr;
                 last = byte(pattern[1]) + 1;
@@ -147,7 +147,7 @@ class Compiler {
                     kModule.fail_text(here(), kHalfInClass, molte::SystemError::none, "bad hz"));
             }
             if (add(pattern, c.size) < 0) return nullptr;
-            last = c.size == 1 ? byte(*pattern) : 0;
+            last = byte(*pattern);
             pattern += c.size;
         }
         return *pattern == ']' ? pattern + 1 : pattern;

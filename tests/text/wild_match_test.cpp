@@ -5,6 +5,8 @@
 
 namespace {
 
+using testing::PrintToString;
+
 // a1 and a2 share CHANG, a3 is by itself.
 constexpr char kLines[] = "zhe\xB0\xA1\nchang\xB0\xA1\xB0\xA2\nsan\xB0\xA3\n";
 
@@ -98,7 +100,8 @@ TEST(WildMatch, what_parts_the_functions) {
         {"\x81", "\\\x81", kNone},
     };
     for (const auto& [text, pattern, result] : cases) {
-        EXPECT_EQ(results(text, pattern), result) << shown(text) << " " << shown(pattern);
+        EXPECT_EQ(results(text, pattern), result)
+            << PrintToString(text) << " " << PrintToString(pattern);
     }
 }
 
@@ -142,7 +145,8 @@ TEST(WildMatch, agrees_with_plain_recursion) {
             const int32_t expected = reference.match(exact_text, exact_pattern);
             if (reference.gave_up()) continue;
             ASSERT_EQ(match(exact_text, exact_pattern), expected)
-                << "function " << k << " text " << shown(text) << " pattern " << shown(pattern);
+                << "function " << k << " text " << PrintToString(text) << " pattern "
+                << PrintToString(pattern);
             matched += expected;
             ++compared;
         }

@@ -1,7 +1,6 @@
 // Random patterns and texts, the same ones on each run and system.
 #pragma once
 
-#include <cctype>
 #include <memory>
 #include <random>
 #include <string>
@@ -36,16 +35,3 @@ class Exact {
  private:
     std::unique_ptr<char[]> bytes_;
 };
-
-// In hex and as text.
-inline std::string shown(const std::string& bytes) {
-    std::string hex;
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        hex += "0123456789ABCDEF"[byte >> 4];
-        hex += "0123456789ABCDEF"[byte & 15];
-        text += byte >= ' ' && byte <= '~' ? c : '~';
-    }
-    return "\"" + text + "\" <" + hex + ">";
-}
