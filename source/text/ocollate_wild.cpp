@@ -1,190 +1,96 @@
 // Wild matching of texts against patterns as they stand.
 //
-// "*" and "." leave many ways to match, which recursion would try one after the other. AllAtOnce
-// follows them together, in bounded time. It takes single elements by Elements.
-#include <cstring>
+// "*" and "." leave many ways to match. The caller's routines, which may be seen at work, are asked
+// in the order of the recursion that defines the language: InOrder. All else is matched by
+// AllAtOnce, which follows the ways together, without recursion and in bounded time.
 #include <type_traits>
 #include <utility>
 
-#include "data/character.h"
 #include "data/scratch.h"
 #include "moltelib/wild_match.h"
-#include "text/oxpinyin.h"
+#include "text/ocollate_elements.h"
+
+using namespace molte::wild;
 
 namespace {
 
-using molte::Character;
-
-struct SingleBytes {
-    static constexpr bool kWhole = false;
-    static Character first(const char* text) {
-        const auto byte = static_cast<unsigned char>(*text);
-        return {byte, byte != 0 ? 1 : 0};
-    }
-};
-
-struct WholeCharacters {
-    static constexpr bool kWhole = true;
-    static Character first(const char* text) { return molte::first_character(text); }
-};
-
-// Routines. equal_to(b) is what may be asked about many characters.
-struct ByCode {
-    int32_t operator()(int32_t a, int32_t b) const { return a - b; }
-    auto equal_to(int32_t b) const {
-        return [b](int32_t a) { return a == b; };
-    }
-};
-
-struct WithoutCase {
-    int32_t operator()(int32_t a, int32_t b) const {
-        return molte::capital_of(a) - molte::capital_of(b);
-    }
-    auto equal_to(int32_t b) const {
-        return
-            [capital = molte::capital_of(b)](int32_t a) { return molte::capital_of(a) == capital; };
-    }
-};
-
-// Tells only whether two are equal.
-template <int32_t kMode>
-struct ByReading {
-    int32_t operator()(int32_t a, int32_t b) const { return equal_to(b)(a) ? 0 : 1; }
-    auto equal_to(int32_t b) const { return molte::pinyin::Alike(b, kMode); }
-};
-using ByReadingText = ByReading<MOLTE_HZPY_VARIANT_B>;
-
-// The caller's.
-struct Foreign {
-    OCOLL_CHARCMP routine;
-    int32_t operator()(int32_t a, int32_t b) const { return routine(a, b); }
-    auto equal_to(int32_t b) const {
-        return [routine = routine, b](int32_t a) { return routine(a, b) == 0; };
-    }
-};
-
-const char* behind_run(const char* pattern, char c) {
-    while (*pattern == c) ++pattern;
-    return pattern;
-}
-
-const char* behind_optional(const char* pattern) {
-    while (*pattern == '*' || *pattern == '.') ++pattern;
-    return pattern;
-}
-
-// Whether nothing is left in the pattern that needs a character.
-bool all_optional(const char* pattern) {
-    return *behind_optional(pattern) == '\0';
-}
-
-// The elements of a pattern that take one character of text.
-template <typename Glyphs, typename Single, typename Double>
-class Elements {
+// What is all optional behind a "*" matches what is left of a text. But one "." at the end of the
+// pattern takes no double-byte character, so that only a text that ends before the "*" might match.
+template <typename Language>
+class TextEnd {
  public:
-    static constexpr bool kWhole = Glyphs::kWhole;
-
-    Elements(Single single, Double both) : single_(single), double_(both) {}
-
-    static const char* next(const char* text) { return text + Glyphs::first(text).size; }
-
-    // The first place that the head of the pattern may match, if that is easily found: a literal's.
-    // Null when there is none in the text.
-    const char* find(const char* text, const char* pattern) const {
-        const Character element = Glyphs::first(pattern);
-        if (element.size == 2) return find_if<2>(text, double_.equal_to(element.value));
-        if (is_special(*pattern)) return text;
-        if constexpr (std::is_same_v<Single, ByCode> && !kWhole) {
-            return std::strchr(text, element.value);
-        }
-        return find_if<1>(text, single_.equal_to(element.value));
-    }
-
-    // Passes over an element of the pattern and a character of the text, which must not be at its
-    // end, if they match.
-    bool take(const char*& text, const char*& pattern) const {
-        const Character c = Glyphs::first(text);
-        const Character element = Glyphs::first(pattern);
-        bool matched = true;
-        switch (element.value) {
-            case '?':
-                break;
-            case '\\':
-                matched = differs(c, ++pattern);
-                break;
-            case '[':
-                matched = in_class(c, ++pattern);
-                break;
-            default:
-                matched = same(c, element);
-        }
-        if (!matched) return false;
-        text += c.size;
-        pattern = next(pattern);
-        return true;
+    bool is_matched(const char* text, const char* behind_star) {
+        const bool one_dot = behind_star[0] == '.' && behind_star[1] == '\0';
+        return !one_dot || !is_double_byte(text);
     }
 
  private:
-    static bool is_special(char c) {
-        return c == '*' || c == '.' || c == '?' || c == '[' || c == '\\';
+    // Asked for any place of the text, walked through only once: a "no" ends the match.
+    bool is_double_byte(const char* text) {
+        if (!Language::kWhole || double_) return double_;
+        const char* last = text;
+        for (; *text != '\0'; text = Language::next(text)) last = text;
+        double_ = last[1] != '\0';
+        return double_;
     }
 
-    template <int32_t kSize, typename Predicate>
-    static const char* find_if(const char* text, Predicate wanted) {
-        for (;;) {
-            const Character c = Glyphs::first(text);
-            if (c.size == kSize && wanted(c.value)) return text;
-            if (c.size == 0) return nullptr;
-            text += c.size;
+    bool double_ = false;
+};
+
+// The recursion as the language is defined, as far as it can lead anywhere.
+template <typename Language>
+class InOrder {
+ public:
+    explicit InOrder(const Language& language) : language_(language) {}
+
+    // Whether a pattern has no more ways than can be tried one after the other.
+    static bool is_for(const char* pattern) {
+        constexpr int kMostWays = 12;
+        int ways = 0;
+        for (; *pattern != '\0' && ways <= kMostWays; ++pattern) {
+            if (*pattern == '*' || *pattern == '.') ++ways;
         }
+        return ways <= kMostWays;
     }
 
-    bool same(Character c, Character element) const {
-        if (c.size != element.size) return false;
-        return (element.size == 1 ? single_(c.value, element.value)
-                                  : double_(c.value, element.value)) == 0;
+    bool match(const char* text, const char* pattern) {
+        return walk(text, pattern) == Outcome::matched;
     }
 
-    // The inverted escape: meant.
-    bool differs(Character c, const char* escaped) const {
-        const Character element = Glyphs::first(escaped);
-        return c.size == 1 && element.size == 1 && single_(c.value, element.value) != 0;
-    }
+ private:
+    // Failed for good: a "*" was come to and failed. The way that comes to it first leads to the
+    // leftmost place where it can begin, so that what is before it can't help by going on.
+    enum class Outcome : uint8_t { failed, failed_for_good, matched };
 
-    static const char* end_of_class(const char* at) {
-        while (*at != '\0' && *at != ']') at = next(at);
-        return at;
-    }
+    static Outcome outcome(bool matched) { return matched ? Outcome::matched : Outcome::failed; }
 
-    // Takes the pattern from behind "[" to the "]" of a class that holds the character.
-    bool in_class(Character c, const char*& pattern) const {
-        const char* at = pattern;
-        const bool negated = *at == '^';
-        if (negated) ++at;
-        if (*at == ']' || c.size != 1) return false;
-        bool hit = false;
-        for (; *at != ']' && !hit; ++at) {
-            if (Glyphs::first(at).size != 1) return false;  // also at the end of the pattern
-            if (at[1] != '-') {
-                hit = single_(c.value, byte(*at)) == 0;
+    Outcome walk(const char* text, const char* pattern) {
+        while (*text != '\0') {
+            if (*pattern == '*') return walk_anywhere(text, behind_run(pattern, '*'));
+            if (*pattern == '.') {
+                ++pattern;
+                if (*pattern == '\0') return outcome(text[1] == '\0');  // meant, for both widths
+                const Outcome without = walk(text, pattern);
+                if (without != Outcome::failed) return without;
+                text = Language::next(text);
                 continue;
             }
-            if (at[2] == ']' || Glyphs::first(at + 2).size != 1) return false;
-            hit = between(c.value, at[0], at[2]);
-            at += 2;
+            if (*pattern == '\0' || !language_.take(text, pattern)) return Outcome::failed;
         }
-        pattern = end_of_class(at);
-        return *pattern != '\0' && hit != negated;
+        return outcome(all_optional(pattern));
     }
 
-    bool between(int32_t value, char low, char high) const {
-        return single_(value, byte(low)) >= 0 && single_(value, byte(high)) < 1;
+    Outcome walk_anywhere(const char* text, const char* pattern) {
+        if (all_optional(pattern)) return outcome(end_.is_matched(text, pattern));
+        for (; *text != '\0'; text = Language::next(text)) {
+            const Outcome there = walk(text, pattern);
+            if (there != Outcome::failed) return there;
+        }
+        return Outcome::failed_for_good;
     }
 
-    static int32_t byte(char c) { return static_cast<unsigned char>(c); }
-
-    [[no_unique_address]] Single single_;
-    [[no_unique_address]] Double double_;
+    Language language_;
+    TextEnd<Language> end_;
 };
 
 // The places in a text that a pattern can have come to, from left to right. They differ by the "."
@@ -291,23 +197,12 @@ class AllAtOnce {
     }
 
     // More "*" and "." behind a "*" are passed over too: what takes a character behind them is
-    // found further on as well, and without it they match. But one "." at the end of the pattern
-    // takes no double-byte character, so that only a text that ends before the "*" might match.
+    // found further on as well.
     Outcome pass_star(const char* text, const char*& pattern) {
         const char* behind = behind_run(pattern, '*');
         pattern = behind_optional(behind);
         if (*pattern != '\0') return Outcome::behind_star;
-        const bool one_dot = pattern - behind == 1;
-        return one_dot && ends_in_double_byte(text) ? Outcome::failed : Outcome::matched;
-    }
-
-    // Asked for any place of the text, walked through only once: a "no" ends the match.
-    bool ends_in_double_byte(const char* text) {
-        if (!Language::kWhole || double_at_end_) return double_at_end_;
-        const char* last = text;
-        for (; *text != '\0'; text = Language::next(text)) last = text;
-        double_at_end_ = last[1] != '\0';
-        return double_at_end_;
+        return end_.is_matched(text, behind) ? Outcome::matched : Outcome::failed;
     }
 
     // The same as match_to_star from a "." on. The text goes to the leftmost place.
@@ -354,7 +249,7 @@ class AllAtOnce {
     }
 
     Language language_;
-    bool double_at_end_ = false;
+    TextEnd<Language> end_;
 };
 
 template <typename Glyphs, typename Single, typename Double = Single>
@@ -362,7 +257,11 @@ int32_t match(const char* text, const char* pattern, Single single = {}, Double 
     using Language = Elements<Glyphs, Single, Double>;
     if (text == nullptr || pattern == nullptr) return 0;
     if (*pattern == '\0') return 1;
-    return AllAtOnce(Language(single, both)).match(text, pattern) ? 1 : 0;
+    const Language language(single, both);
+    if (std::is_same_v<Single, Foreign> && InOrder<Language>::is_for(pattern)) {
+        return InOrder(language).match(text, pattern) ? 1 : 0;
+    }
+    return AllAtOnce(language).match(text, pattern) ? 1 : 0;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "moltelib.h"
@@ -105,8 +106,10 @@ class WildReference {
     int64_t steps_ = 20000;
 };
 
-// Routines that are no order at all.
+// Routines that are no order at all; what the first is asked is written down.
+inline std::vector<std::pair<int32_t, int32_t>> asked;
 inline int32_t odd_single(int32_t c, int32_t pattern) {
+    asked.emplace_back(c, pattern);
     return (c | 32) == (pattern | 32) ? 0 : (c * 7 + pattern * 13) % 4 - 1;
 }
 inline int32_t odd_pair(int32_t c, int32_t pattern) {
