@@ -40,7 +40,8 @@
  * With any routines, which get the character of the text first. Their results must depend on their
  * arguments alone. They are asked from left to right, a "*" taking nothing first, then one
  * character more each time, and a "." nothing first; no more often than can change the result. In a
- * pattern of more than 12 "*" and "." the order is left open.
+ * pattern of more than 12 "*" and "." the order is left open. With fewer, each "." may double the
+ * time told above.
  */
 MOLTE_API int32_t OCOLL_SB_WildMatch(const char* pszText, const char* pszPattern,
                                      OCOLL_CHARCMP cmp);

@@ -34,11 +34,11 @@ molte::Character head_of(const volatile char* text) {
 }  // namespace
 
 int32_t OCOLL_SB_CharCiCmp(int32_t a, int32_t b) {
-    return molte::capital_of(a) - molte::capital_of(b);
+    return OCOLL_DB_CharBinCmp(molte::capital_of(a), molte::capital_of(b));
 }
 
 int32_t OCOLL_DB_CharBinCmp(int32_t a, int32_t b) {
-    return a - b;
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
 
 int32_t OCOLL_SB_CharBinCmp(int32_t a, int32_t b) {
