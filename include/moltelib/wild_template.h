@@ -128,7 +128,7 @@ MOLTE_API int32_t MOLTE_WMSUBSTR_Free(MOLTE_WMSUBSTR* pSubStr);
  * as its text, appends the element to an array of elements, and clears it. FinSubStr moves the
  * elements of an array into a piece that is MOLTE_WMSUBSTR_FIXED, appends the piece to an array of
  * pieces, and clears it. 1; 0 and nothing is done when it has no kind; -1 with error 20, or 50 for
- * a null argument and for more than 32767 bytes.
+ * a null argument, an array of other items and more than 32767 bytes.
  */
 MOLTE_API int32_t MOLTE_UTIL_FinWmChar(PA* pChars, MOLTE_WMCHAR* pCur, PA* pText);
 MOLTE_API int32_t MOLTE_UTIL_FinSubStr(PA* pPieces, PA* pChars, MOLTE_WMSUBSTR* pCur);

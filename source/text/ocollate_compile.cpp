@@ -27,6 +27,11 @@ T* items_of(const PA& array) {
     return static_cast<T*>(array.pData);
 }
 
+template <typename T>
+bool holds(const PA& array) {
+    return array.nItemSize == static_cast<int32_t>(sizeof(T));
+}
+
 // A character of a pattern. In a text a lead byte at the end is a byte like others, here a fault.
 struct Source {
     int32_t size;
@@ -219,7 +224,9 @@ int32_t MOLTE_UTIL_FinWmChar(PA* pChars, MOLTE_WMCHAR* pCur, PA* pText) {
         return kModule.fail(here(), molte::kBadArgument);
     }
     if (pCur->nType == 0) return 0;
-    if (pText->nCount > kMostBytes) return kModule.fail(here(), molte::kBadArgument);
+    if (!holds<MOLTE_WMCHAR>(*pChars) || !holds<char>(*pText) || pText->nCount > kMostBytes) {
+        return kModule.fail(here(), molte::kBadArgument);
+    }
     if (pText->nCount > 0) {
         const auto size = static_cast<size_t>(pText->nCount);
         auto text = molte::allocate<char>(pText->nCount + 1);
@@ -243,6 +250,9 @@ int32_t MOLTE_UTIL_FinSubStr(PA* pPieces, PA* pChars, MOLTE_WMSUBSTR* pCur) {
         return kModule.fail(here(), molte::kBadArgument);
     }
     if (pCur->nType == 0) return 0;
+    if (!holds<MOLTE_WMSUBSTR>(*pPieces) || !holds<MOLTE_WMCHAR>(*pChars)) {
+        return kModule.fail(here(), molte::kBadArgument);
+    }
     if (pCur->nType == MOLTE_WMSUBSTR_FIXED && pChars->nCount > 0) {
         auto elements = molte::allocate<MOLTE_WMCHAR>(pChars->nCount);
         if (elements == nullptr) return kModule.trace(here());

@@ -265,12 +265,13 @@ class Match {
 }
 
 // Whether all is there that the counts announce. Pieces that come alone may be made by hand.
+bool is_whole(const MOLTE_WMCHAR& element) {
+    const bool needs_text = element.nType != MOLTE_WMCHAR_ANY && element.nLen != 0;
+    return element.nLen >= 0 && (element.pText != nullptr || !needs_text);
+}
+
 bool are_whole(const MOLTE_WMCHAR* elements, int32_t count) {
-    return count < 1 || (elements != nullptr &&
-                         std::all_of(elements, elements + count, [](const MOLTE_WMCHAR& element) {
-                             return element.pText != nullptr || element.nType == MOLTE_WMCHAR_ANY ||
-                                    element.nLen == 0;
-                         }));
+    return count < 1 || (elements != nullptr && std::all_of(elements, elements + count, is_whole));
 }
 
 bool are_whole(const MOLTE_WMSUBSTR* pieces, int32_t count) {
@@ -317,7 +318,8 @@ int32_t MOLTE_WMCHAR_Free(MOLTE_WMCHAR* pChar) {
 
 int32_t MOLTE_WMSUBSTR_Free(MOLTE_WMSUBSTR* pSubStr) {
     if (pSubStr == nullptr) return 0;
-    for (int32_t i = 0; i < pSubStr->nChar; ++i) MOLTE_WMCHAR_Free(pSubStr->pChar + i);
+    const int32_t count = pSubStr->pChar != nullptr ? pSubStr->nChar : 0;
+    for (int32_t i = 0; i < count; ++i) MOLTE_WMCHAR_Free(pSubStr->pChar + i);
     ORVEX_free(pSubStr->pChar);
     *pSubStr = {};
     return 0;
@@ -325,7 +327,8 @@ int32_t MOLTE_WMSUBSTR_Free(MOLTE_WMSUBSTR* pSubStr) {
 
 int32_t MOLTE_WMTEMPL_Free(MOLTE_WMTEMPL* pTempl) {
     if (pTempl == nullptr) return 0;
-    for (int32_t i = 0; i < pTempl->nSubStr; ++i) MOLTE_WMSUBSTR_Free(pTempl->pSubStr + i);
+    const int32_t count = pTempl->pSubStr != nullptr ? pTempl->nSubStr : 0;
+    for (int32_t i = 0; i < count; ++i) MOLTE_WMSUBSTR_Free(pTempl->pSubStr + i);
     ORVEX_free(pTempl->pSubStr);
     *pTempl = {};
     return 0;

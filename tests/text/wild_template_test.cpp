@@ -197,10 +197,16 @@ TEST_F(WildTemplate, parts_of_matching) {
 }
 
 TEST_F(WildTemplate, pieces_made_by_hand) {
+    char abc[] = "abc";
     MOLTE_WMCHAR elements[] = {{3, 0, 0, MOLTE_WMCHAR_LITERAL, nullptr},
-                               {3, 1, 0, MOLTE_WMCHAR_CLASS, nullptr}};
+                               {3, 1, 0, MOLTE_WMCHAR_CLASS, nullptr},
+                               {-2, 0, 0, MOLTE_WMCHAR_LITERAL, abc},
+                               {-2, 0, 0, MOLTE_WMCHAR_CLASS, abc},
+                               {-2, 0, 0, MOLTE_WMCHAR_ANY, nullptr}};
+    std::vector<MOLTE_WMCHAR*> pointers = {nullptr};
+    for (MOLTE_WMCHAR& element : elements) pointers.push_back(&element);
     int32_t offset = 0;
-    for (MOLTE_WMCHAR* element : {elements, elements + 1, static_cast<MOLTE_WMCHAR*>(nullptr)}) {
+    for (MOLTE_WMCHAR* element : pointers) {
         EXPECT_EQ(MOLTE_WMCHAR_ForewardMatch(element, 1, "abc"), 0);
         EXPECT_EQ(MOLTE_WMCHAR_StrMatch(element, 1, "abc", &offset), 0);
         for (const int32_t kind : {1, 2, 3}) {
@@ -210,8 +216,10 @@ TEST_F(WildTemplate, pieces_made_by_hand) {
         }
     }
     EXPECT_EQ(MOLTE_UTIL_RecurWMatch(nullptr, 2, "abc"), 0);
-    const MOLTE_WMTEMPL templ = {3, nullptr};
+    MOLTE_WMSUBSTR piece = {3, 2, nullptr};
+    MOLTE_WMTEMPL templ = {3, nullptr};
     EXPECT_EQ(MOLTE_CompiledWildMatch(&templ, "abc"), 0);
+    EXPECT_EQ(MOLTE_WMSUBSTR_Free(&piece) + MOLTE_WMTEMPL_Free(&templ), 0);
 }
 
 TEST_F(WildTemplate, parts_of_compiling) {
@@ -231,6 +239,9 @@ TEST_F(WildTemplate, parts_of_compiling) {
     EXPECT_EQ(error_of(MOLTE_UTIL_FinWmChar(nullptr, &element, &text)), "50 ocollate");
     EXPECT_EQ(error_of(MOLTE_UTIL_FinSubStr(nullptr, &elements, &piece)), "50 ocollate");
     text.nCount = 2;
+    EXPECT_EQ(error_of(MOLTE_UTIL_FinWmChar(&text, &element, &text)), "50 ocollate");
+    piece.nType = MOLTE_WMSUBSTR_FIXED;
+    EXPECT_EQ(error_of(MOLTE_UTIL_FinSubStr(&elements, &text, &piece)), "50 ocollate");
     EXPECT_EQ(MOLTE_UTIL_FinWmChar(&elements, &element, &text), 1);
     EXPECT_EQ(element.nType + text.nCount, 0);
     element = {4, 0, 0, MOLTE_WMCHAR_ANY, nullptr};
