@@ -114,7 +114,7 @@ MOLTE_API int32_t MOLTE_WMCHAR_ForewardMatch(const MOLTE_WMCHAR* pChars, int32_t
  * Finds n elements in a text: the bytes of the first place that is found, and its offset in *pnPos
  * (which may be null); 0 for none, and then *pnPos isn't written. Nor is it when the longest
  * literal (the earliest of several) isn't the first element: only the head of the text is looked at
- * then.
+ * then. A first place behind 2 GB is none.
  */
 MOLTE_API int32_t MOLTE_WMCHAR_StrMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText,
                                         int32_t* pnPos);

@@ -4,6 +4,7 @@
 // what has been passed over then ends with a zero byte, and nothing is read behind it.
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "data/character.h"
 #include "moltelib/memory.h"
@@ -97,9 +98,10 @@ const char* find_literal(const MOLTE_WMCHAR& literal, const char* at, const char
         return molte::find_bytes(at, last, literal.pText, size, accept);
     }
     while (at <= last) {
-        if (is_literal_at(literal, at) && accept(at)) return at;
+        const bool hit = molte::same_bytes(at, literal.pText, size);
+        if (hit && accept(at)) return at;
         // Once refused, from one byte behind, which may be the middle of a character: meant.
-        at += is_literal_at(literal, at) ? 1 : std::max(first_character(at).size, 1);
+        at += hit ? 1 : std::max(first_character(at).size, 1);
     }
     return nullptr;
 }
@@ -116,7 +118,7 @@ int32_t longest_literal(const MOLTE_WMCHAR* elements, int32_t count) {
 }
 
 int64_t find_by_first_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
-                              const char* end, int32_t* offset) {
+                              const char* end, int64_t* offset) {
     const int32_t size = elements[0].nLen;
     int64_t rest = 0;
     const char* at = find_literal(elements[0], text, end, [&](const char* place) {
@@ -125,16 +127,16 @@ int64_t find_by_first_literal(const MOLTE_WMCHAR* elements, int32_t count, const
         return rest != 0;
     });
     if (at == nullptr) return 0;
-    *offset = static_cast<int32_t>(at - text);
+    *offset = at - text;
     return size + rest;
 }
 
 int64_t find_without_literal(const MOLTE_WMCHAR* elements, int32_t count, const char* text,
-                             int32_t* offset) {
+                             int64_t* offset) {
     for (const char* at = text; *at != '\0'; at += first_character(at).size) {
         const int64_t taken = take_run(elements, count, at);
         if (taken == 0) continue;
-        *offset = static_cast<int32_t>(at - text);
+        *offset = at - text;
         return taken;
     }
     return 0;
@@ -142,7 +144,7 @@ int64_t find_without_literal(const MOLTE_WMCHAR* elements, int32_t count, const 
 
 // MOLTE_WMCHAR_StrMatch in a text that ends at END.
 int64_t find_run(const MOLTE_WMCHAR* elements, int32_t count, const char* text, const char* end,
-                 int32_t* offset) {
+                 int64_t* offset) {
     const int32_t longest = longest_literal(elements, count);
     if (longest < 0) return find_without_literal(elements, count, text, offset);
     if (longest == 0) return find_by_first_literal(elements, count, text, end, offset);
@@ -202,7 +204,7 @@ class Match {
             run.pChar->nLen > 0) {
             return pass_end(*run.pChar);
         }
-        int32_t offset = 0;
+        int64_t offset = 0;
         const int64_t taken = find_run(run.pChar, run.nChar, at_, text_end(), &offset);
         at_ += offset + taken;
         return taken != 0;
@@ -303,9 +305,11 @@ int32_t MOLTE_WMCHAR_ForewardMatch(const MOLTE_WMCHAR* pChars, int32_t n, const 
 int32_t MOLTE_WMCHAR_StrMatch(const MOLTE_WMCHAR* pChars, int32_t n, const char* pszText,
                               int32_t* pnPos) {
     if (pszText == nullptr || !are_whole(pChars, n)) return 0;
-    int32_t unwanted;
-    return static_cast<int32_t>(find_run(pChars, n, pszText, pszText + std::strlen(pszText),
-                                         pnPos != nullptr ? pnPos : &unwanted));
+    int64_t offset = -1;
+    const int64_t taken = find_run(pChars, n, pszText, pszText + std::strlen(pszText), &offset);
+    if (offset > std::numeric_limits<int32_t>::max()) return 0;
+    if (pnPos != nullptr && offset >= 0) *pnPos = static_cast<int32_t>(offset);
+    return static_cast<int32_t>(taken);
 }
 
 int32_t MOLTE_WMCHAR_Free(MOLTE_WMCHAR* pChar) {
