@@ -13,6 +13,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "installation.h"
@@ -29,7 +30,7 @@ using Test = std::function<bool(const std::string& name)>;
 
 int fail(const char* what) {
     std::printf("%s\n", what);
-    terminal::show_error();
+    if (GetRvexErrNo() != 0) terminal::show_error();
     return 1;
 }
 
@@ -37,7 +38,9 @@ int fail(const char* what) {
 std::vector<std::string> names_in(const std::string& text) {
     std::vector<std::string> names;
     int line = 0;
-    for (size_t begin = 0, end; begin < text.size(); begin = end + 1) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";  // editors put it in front
+    for (size_t begin = text.starts_with(kMark) ? kMark.size() : 0, end; begin < text.size();
+         begin = end + 1) {
         end = std::min(text.find('\n', begin), text.size());
         ++line;
         std::string utf8 = text.substr(begin, end - begin);
@@ -93,7 +96,9 @@ bool bring_up(const char* installation) {
 int list(const char* file, const Test& wanted) {
     char* text = nullptr;
     int32_t length = 0;
-    if (ORVEX_LoadTextDataFile(file, &text, &length) < 0) return fail("The list can't be read.");
+    if (ORVEX_FileLenByFileName(file) < 0 || ORVEX_LoadTextDataFile(file, &text, &length) < 0) {
+        return fail("The list can't be read.");
+    }
     const auto names = names_in(std::string(text, static_cast<size_t>(length)));
     ORVEX_free(text);
     size_t found = 0;
@@ -108,6 +113,7 @@ int list(const char* file, const Test& wanted) {
 
 int run(int argc, char** argv) {
     if (!bring_up(argv[1])) return fail("The library can't be brought up.");
+    ORVEX_Err_ClearError();  // making the table leaves one behind
     if (argc == 3) return list(argv[2], [](const std::string&) { return true; });
     const auto query = terminal::from_argument(argv[4]);
     if (!query) return fail("The query is not in the code page.");

@@ -122,6 +122,7 @@ static_assert(offsetof(MOLTE_HZPY_ONEHZ, nCount) == 14);
 static_assert(sizeof(MOLTE_HZPY_ONEHZSTR) == 64);
 #endif
 
+/* The process's table. A program that fills it by itself releases it first. */
 MOLTE_API MOLTE_HZPY_TABLE g_stPinYin;
 
 /* ---- Life ---- */

@@ -205,7 +205,6 @@ int32_t MOLTE_HZPY_Init(MOLTE_HZPY_TABLE* pTable) {
 
 int32_t MOLTE_HZPY_Release(MOLTE_HZPY_TABLE* pTable) {
     if (pTable == nullptr) return kModule.fail(here(), kBadArgument);
-    if (pTable == &g_stPinYin) made_by_init = false;
     MOLTE_HZPY_FreePYTable(&pTable->stPY);
     return MOLTE_HZPY_FreeHZTable(&pTable->stHZ);
 }

@@ -116,8 +116,8 @@ class Syllable {
     size_t size_;
 };
 
-// Whether MOLTE_HZPY_Init made g_stPinYin, which holds no part twice then: readings are equal just
-// when their indexes are. A program may have filled it in another way.
+// Whether g_stPinYin is what MOLTE_HZPY_Init made, with no part twice and no pair of none: readings
+// are equal just when their indexes are. A program may fill it in another way, or add to it.
 inline bool made_by_init = false;
 
 // Whether two characters have a pair of indexes in common.

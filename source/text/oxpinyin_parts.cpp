@@ -81,6 +81,7 @@ int32_t MOLTE_HZPY_InitPYTable(MOLTE_HZPY_PYTABLE* pPY) {
 
 int32_t MOLTE_HZPY_FreePYTable(MOLTE_HZPY_PYTABLE* pPY) {
     if (pPY == nullptr) return kModule.fail(here(), kBadArgument);
+    if (pPY == &g_stPinYin.stPY) made_by_init = false;
     MOLTE_HZPY_FreePHTable(&pPY->stShengmu);
     MOLTE_HZPY_FreePHTable(&pPY->stYunmu);
     return MOLTE_HZPY_InitPYTable(pPY);
@@ -155,5 +156,6 @@ int32_t MOLTE_HZPY_AddHz(MOLTE_HZPY_HZTABLE* pHZ, const uint8_t* pPair, int32_t 
     if (pHZ == nullptr || pPair == nullptr) return kModule.fail(here(), kBadArgument);
     MOLTE_HZPY_ONEHZ* character = entry_of(*pHZ, nCode);
     if (character == nullptr) return kModule.fail(here(), kBadArgument);
+    if (pHZ == &g_stPinYin.stHZ) made_by_init = false;  // the pair may be of no parts
     return add_reading(character, pPair);
 }
