@@ -13,7 +13,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "installation.h"
@@ -38,9 +37,9 @@ int fail(const char* what) {
 std::vector<std::string> names_in(const std::string& text) {
     std::vector<std::string> names;
     int line = 0;
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";  // editors put it in front
-    for (size_t begin = text.starts_with(kMark) ? kMark.size() : 0, end; begin < text.size();
-         begin = end + 1) {
+    const std::string mark = "\xEF\xBB\xBF";  // editors put it in front
+    const bool marked = text.compare(0, mark.size(), mark) == 0;
+    for (size_t begin = marked ? mark.size() : 0, end; begin < text.size(); begin = end + 1) {
         end = std::min(text.find('\n', begin), text.size());
         ++line;
         std::string utf8 = text.substr(begin, end - begin);
