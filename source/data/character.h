@@ -20,6 +20,11 @@ inline Character first_character(const char* text) {
     return trail != 0 ? Character{lead * 256 + trail, 2} : Character{lead, 1};
 }
 
+// Of ASCII, on every platform and in every locale.
+inline bool is_ascii_letter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
 // A single-byte character as a capital; others have none.
 inline int32_t capital_of(int32_t value) {
     if (value < 0 || value > 0xFF) return value;

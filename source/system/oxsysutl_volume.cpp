@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "core/report.h"
+#include "data/character.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/system_info.h"
 #include "platform/machine.h"
@@ -21,10 +22,6 @@ constexpr struct FileSystem {
     const char* name;
     int32_t type;
 } kFileSystems[] = {{"FAT16", 1}, {"FAT32", 2}, {"NTFS", 3}, {"JFS", 10}, {"JFS2", 11}};
-
-bool is_letter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
 
 }  // namespace
 
@@ -50,7 +47,7 @@ int32_t MOLTE_GetFileSystemInfo(const char* pszPath, MOLTE_FILESYSTEMINFO* pInfo
     if (pszPath == nullptr || pszPath[0] == '\0' || pszPath[1] == '\0') {
         return kModule.fail_text(here(), kFailed, SystemError::none, "path too short");
     }
-    if (pszPath[1] != ':' || !is_letter(pszPath[0])) {
+    if (pszPath[1] != ':' || !molte::is_ascii_letter(pszPath[0])) {
         return kModule.fail_text(here(), kFailed, SystemError::none, "FORMAT ERROR");
     }
     const char root[] = {pszPath[0], ':', '\\', '\0'};

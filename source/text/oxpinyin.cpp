@@ -55,7 +55,7 @@ struct Letters {
     uint64_t number = 0;  // of the last eight; unlike for unlike texts of no more
 
     explicit Letters(std::string_view line) {
-        for (; count < line.size() && is_letter(line[count]); ++count) {
+        for (; count < line.size() && molte::is_ascii_letter(line[count]); ++count) {
             if (count < kLongestSyllable) text[count] = line[count];
             number = number << 8 | static_cast<unsigned char>(line[count]);
         }

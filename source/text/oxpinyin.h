@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/report.h"
+#include "data/character.h"
 #include "moltelib/pinyin.h"
 #include "platform/code_page.h"
 
@@ -25,11 +26,6 @@ inline constexpr uint32_t kNotBuilt = 933;
 inline constexpr uint32_t kSingleByte = 934;
 inline constexpr uint32_t kBadCall = 935;
 inline constexpr uint32_t kTextTooLong = 936;
-
-// Of ASCII, on every platform and in every locale.
-inline bool is_letter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
 
 // A part, or the empty one when the index is beyond the list.
 inline const MOLTE_HZPY_PHENTRY& part_at(const MOLTE_HZPY_PHTABLE& list, uint8_t index) {

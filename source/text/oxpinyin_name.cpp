@@ -10,7 +10,7 @@ namespace {
 
 int32_t kind_of(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    const bool letter = byte < 0x80 ? is_letter(c) : platform::is_letter(byte);
+    const bool letter = byte < 0x80 ? molte::is_ascii_letter(c) : platform::is_letter(byte);
     return letter ? MOLTE_NAMEPART_LETTERS : MOLTE_NAMEPART_OTHER;
 }
 
