@@ -18,10 +18,9 @@ file(RELATIVE_PATH path_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/moltelib.pc.in ${CMAKE_BINARY_DIR}/moltelib.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/moltelib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The texts. Each language is also what its other countries get, in its folder "default".
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/resource DESTINATION ${CMAKE_INSTALL_DATADIR}/moltelib)
-foreach(language zh/cn en/us es/es2)
-  string(REGEX REPLACE "/.*" "" folder ${language})
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/resource/${language}/
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/moltelib/resource/${folder}/default)
-endforeach()
+# The skeleton of an installation, and the script that makes one of it.
+set(skeleton ${CMAKE_INSTALL_DATADIR}/moltelib/installation)
+install(CODE "set(DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${skeleton}\")")
+install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/installation.cmake)
+install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/moltelib-installation
+  DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -1,6 +1,6 @@
 // A program in a full installation: its parameters, its languages, and where its texts go.
 //
-//     configured_program INSTALLATION      with resource/ in it
+//     configured_program INSTALLATION      as scripts/moltelib-installation makes it
 #include <cstdio>
 
 #include "installation.h"
