@@ -23,6 +23,10 @@ void leave_common_bell() {
     if (bell.value != nullptr) bell.value->leave();
 }
 
+NamedFile* common_bell_file() {
+    return bell.value.get();
+}
+
 std::atomic<std::uint32_t>& common_bell() {
     return bell.value->content().state.word;
 }

@@ -8,6 +8,8 @@
 
 namespace platform {
 
+class NamedFile;
+
 // Somebody slept by it, once. Without this mark nobody rings.
 constexpr std::uint32_t kCommonBellInUse = 1;
 
@@ -15,6 +17,8 @@ constexpr std::uint32_t kCommonBellInUse = 1;
 bool open_common_bell();
 // Gives its file up at the end of the process.
 void leave_common_bell();
+// The file; null before it was opened.
+NamedFile* common_bell_file();
 
 std::atomic<std::uint32_t>& common_bell();
 void ring_common_bell();

@@ -4,25 +4,35 @@
 #include <link.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <climits>
+#include <cstdio>
+#include <memory>
 #include <mutex>
-#include <string>
+#include <new>
 #include <string_view>
-#include <vector>
 
 #include "failure.h"
-#include "immortal.h"
 #include "path.h"
+#include "platform/critical_section.h"
 
 namespace platform {
 
 namespace {
 
-// One place for each use of a library.
-constinit Immortal<std::mutex> uses_lock;
-constinit Immortal<std::vector<HMODULE>> uses;
+// One for each use of a library.
+struct Use {
+    HMODULE library;
+    Use* next;
+};
+constinit Lock uses_lock;
+Use* first_use = nullptr;
+
+// The link to a use of the library; to null if there is none.
+Use** find_use(HMODULE library) {
+    Use** link = &first_use;
+    while (*link != nullptr && (*link)->library != library) link = &(*link)->next;
+    return link;
+}
 
 HMODULE refuse(int system_error, DWORD number) {
     errno = system_error;
@@ -30,56 +40,84 @@ HMODULE refuse(int system_error, DWORD number) {
     return nullptr;
 }
 
-// The names that a library may have, the likeliest last but one.
-std::vector<std::string> names_of(std::string_view name) {
-    if (name.ends_with('.')) return {std::string(name.substr(0, name.size() - 1))};
-    std::string full(name);
-    if (name.find('.') == std::string_view::npos) full += ".dll";
+// A name that a library may have.
+struct Name {
+    const char* prefix;
+    std::string_view stem;
+    const char* extension;
+};
+
+struct Names {
+    Name all[3];
+    int count;
+    [[nodiscard]] const Name* begin() const { return all; }
+    [[nodiscard]] const Name* end() const { return all + count; }
+};
+
+Names names_of(std::string_view name) {
     constexpr std::string_view extension = ".dll";
-    if (!full.ends_with(extension)) return {full};
-    const std::string stem = full.substr(0, full.size() - extension.size());
-    return {full, "lib" + stem + ".so", stem + ".so"};
+    if (name.ends_with('.')) return {{{"", name.substr(0, name.size() - 1), ""}}, 1};
+    if (name.ends_with(extension)) {
+        name.remove_suffix(extension.size());
+    } else if (name.find('.') != std::string_view::npos) {
+        return {{{"", name, ""}}, 1};
+    }
+    return {{{"", name, ".dll"}, {"lib", name, ".so"}, {"", name, ".so"}}, 3};
 }
 
-std::string program_folder() {
-    char path[PATH_MAX];
+using Path = char[PATH_MAX];
+
+// False when it is too long.
+bool print(Path& path, std::string_view folder, const Name& name) {
+    const int length =
+        snprintf(path, sizeof path, "%.*s%s%.*s%s", static_cast<int>(folder.size()), folder.data(),
+                 name.prefix, static_cast<int>(name.stem.size()), name.stem.data(), name.extension);
+    return length < static_cast<int>(sizeof path);
+}
+
+std::string_view program_folder(Path& path) {
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
     if (length <= 0) return "./";
     const std::string_view program(path, static_cast<size_t>(length));
-    return std::string(program.substr(0, program.rfind('/') + 1));
+    return program.substr(0, program.rfind('/') + 1);
 }
 
 // Loads the first of the names that the folder holds. *found tells whether there was one.
-void* load_from(const std::string& folder, const std::vector<std::string>& names, bool* found) {
-    for (const std::string& name : names) {
-        const std::string path = folder + name;
-        *found = access(path.c_str(), F_OK) == 0;
-        if (*found) return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+void* load_from(std::string_view folder, const Names& names, bool* found) {
+    for (const Name& name : names) {
+        Path path;
+        *found = print(path, folder, name) && access(path, F_OK) == 0;
+        if (*found) return dlopen(path, RTLD_NOW | RTLD_LOCAL);
     }
     return nullptr;
 }
 
-void* load_as_system(const std::vector<std::string>& names) {
-    for (const std::string& name : names) {
-        void* library = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+void* load_as_system(const Names& names) {
+    for (const Name& name : names) {
+        Path path;
+        void* library = print(path, "", name) ? dlopen(path, RTLD_NOW | RTLD_LOCAL) : nullptr;
         if (library != nullptr) return library;
     }
     return nullptr;
 }
 
 HMODULE load(std::string_view path) {
+    std::unique_ptr<Use> use(new (std::nothrow) Use);
+    if (use == nullptr) return refuse(ENOMEM, ERROR_NOT_ENOUGH_MEMORY);
     const size_t slash = path.rfind('/');
     const bool bare = slash == std::string_view::npos;
-    const auto names = names_of(bare ? path : path.substr(slash + 1));
-    const std::string folder = bare ? program_folder() : std::string(path.substr(0, slash + 1));
+    const Names names = names_of(bare ? path : path.substr(slash + 1));
+    Path program;
+    const std::string_view folder = bare ? program_folder(program) : path.substr(0, slash + 1);
     bool found = false;
     void* library = load_from(folder, names, &found);
     if (!found && bare) library = load_as_system(names);
     if (library == nullptr) {
         return found ? refuse(ENOEXEC, ERROR_BAD_FORMAT) : refuse(ENOENT, ERROR_MOD_NOT_FOUND);
     }
-    const std::lock_guard guard(uses_lock.value);
-    uses.value.push_back(library);
+    const std::lock_guard guard(uses_lock);
+    *use = {library, first_use};
+    first_use = use.release();
     return library;
 }
 
@@ -120,9 +158,8 @@ HMODULE LoadLibraryExW(const wchar_t* name, HANDLE file, DWORD flags) {
 
 FARPROC GetProcAddress(HMODULE module, const char* name) {
     using namespace platform;
-    const std::lock_guard guard(uses_lock.value);
-    const auto& all = uses.value;
-    if (std::find(all.begin(), all.end(), module) == all.end()) {
+    const std::lock_guard guard(uses_lock);
+    if (*find_use(module) == nullptr) {
         refuse(EINVAL, ERROR_MOD_NOT_FOUND);
         return nullptr;
     }
@@ -134,15 +171,16 @@ FARPROC GetProcAddress(HMODULE module, const char* name) {
 
 BOOL FreeLibrary(HMODULE module) {
     using namespace platform;
+    std::unique_ptr<Use> use;
     {
-        const std::lock_guard guard(uses_lock.value);
-        auto& all = uses.value;
-        const auto use = std::find(all.begin(), all.end(), module);
-        if (use == all.end()) {
-            refuse(EINVAL, ERROR_MOD_NOT_FOUND);
-            return FALSE;
-        }
-        all.erase(use);
+        const std::lock_guard guard(uses_lock);
+        Use** link = find_use(module);
+        use.reset(*link);
+        if (use != nullptr) *link = use->next;
+    }
+    if (use == nullptr) {
+        refuse(EINVAL, ERROR_MOD_NOT_FOUND);
+        return FALSE;
     }
     dlclose(module);
     return TRUE;

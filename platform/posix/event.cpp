@@ -10,7 +10,8 @@ namespace platform {
 namespace {
 
 // Without a waiter signals don't add up. That several processes wait is known to the kernel alone:
-// a further signal counts only if it wakes one more of them.
+// a further signal counts only if it wakes one more of them. It is counted after that, so that who
+// is killed in between leaves one signal and not two; whoever then sleeps beside it looks again.
 void signal_one(Object& object) {
     std::atomic<std::uint32_t>& word = object.state().word;
     if (!object.shared()) {
@@ -18,13 +19,14 @@ void signal_one(Object& object) {
         serve_waiters(object);
         return;
     }
-    const std::uint32_t before = word.fetch_add(1);
+    std::uint32_t none = 0;
+    const bool first = word.compare_exchange_strong(none, 1);
     const int woken = futex_wake(word, 1, true);
-    ring_common_bell();
-    if (before == 0 || woken > 0) return;
-    std::uint32_t signals = word;
-    while (signals > 1 && !word.compare_exchange_weak(signals, signals - 1)) {
+    if (!first && woken > 0) {
+        word.fetch_add(1);
+        futex_wake(word, 1, true);  // who was woken may have looked already, and sleep again
     }
+    ring_common_bell();
 }
 
 void signal_all(Object& object) {
@@ -41,15 +43,16 @@ Taken take_none(Object& object, DWORD) {
     return object.state().word != 0 ? Taken::signal : Taken::nothing;
 }
 
-constexpr Kind kAutomatic = {ObjectType::event,
-                             false,
-                             word_is_set,
-                             take_one,
-                             [](Object& object, Taken) { signal_one(object); },
-                             signal_one,
-                             nullptr};
-constexpr Kind kManual = {ObjectType::event,     false,      word_is_set, take_none,
-                          [](Object&, Taken) {}, signal_all, nullptr};
+constexpr Kind kAutomatic = {.type = ObjectType::event,
+                             .ready = word_is_set,
+                             .take = take_one,
+                             .give_back = [](Object& object, Taken) { signal_one(object); },
+                             .signal = signal_one};
+constexpr Kind kManual = {.type = ObjectType::event,
+                          .ready = word_is_set,
+                          .take = take_none,
+                          .give_back = [](Object&, Taken) {},
+                          .signal = signal_all};
 
 const Kind& kind_of(const State& state) {
     return state.limit != 0 ? kAutomatic : kManual;

@@ -2,10 +2,10 @@
 // handle that was closed is known as such when its place has another object. It is odd and its
 // upper half isn't 0, as with no other handle of the platform.
 #include <array>
+#include <cstdlib>
 #include <mutex>
-#include <utility>
-#include <vector>
 
+#include "fork.h"
 #include "futex.h"
 #include "immortal.h"
 #include "kernel_object.h"
@@ -17,16 +17,19 @@ namespace platform {
 
 namespace {
 
-struct Place {
-    ObjectPointer object;
-    std::uint32_t use = 1;
-};
-
+constexpr std::uint32_t kNoPlace = 0xFFFFFFFF;
 constexpr std::uint32_t kLastUse = 0x7FFFFFFF;
 
+struct Place {
+    Object* object;  // a reference; null when free
+    std::uint32_t use;
+    std::uint32_t next_free;
+};
+
 constinit Immortal<std::mutex> object_lock;
-constinit Immortal<std::vector<Place>> places;
-constinit Immortal<std::vector<std::uint32_t>> free_places;
+Place* places = nullptr;
+std::uint32_t place_count = 0;
+std::uint32_t first_free = kNoPlace;
 
 // Bells to ring when the lock is free again: a woken thread often wants it at once.
 struct Bells {
@@ -35,27 +38,44 @@ struct Bells {
 } bells;
 
 HANDLE handle_of(std::uint32_t index) {
-    const std::uint64_t use = places.value[index].use;
+    const std::uint64_t use = places[index].use;
     return reinterpret_cast<HANDLE>(use << 32 | std::uint64_t{index} << 1 | 1);
 }
 
 Place* place_of(HANDLE handle) {
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     const std::size_t index = (value & 0xFFFFFFFF) >> 1;
-    if ((value & 1) == 0 || index >= places.value.size()) return nullptr;
-    Place& place = places.value[index];
+    if ((value & 1) == 0 || index >= place_count) return nullptr;
+    Place& place = places[index];
     return place.object != nullptr && place.use == value >> 32 ? &place : nullptr;
+}
+
+void set_free(std::uint32_t index) {
+    places[index].next_free = first_free;
+    first_free = index;
+}
+
+// False without memory.
+bool add_places() {
+    const std::uint32_t count = place_count < 16 ? 16 : place_count * 2;
+    void* block = std::realloc(places, count * sizeof(Place));
+    if (block == nullptr) return false;
+    places = static_cast<Place*>(block);
+    while (place_count < count) {
+        places[place_count] = {nullptr, 1, kNoPlace};
+        set_free(place_count++);
+    }
+    return true;
 }
 
 ObjectPointer remove_handle(HANDLE handle) {
     const ObjectLock lock;
     Place* place = place_of(handle);
-    if (place == nullptr) return nullptr;
-    ObjectPointer object = std::move(place->object);
+    if (place == nullptr) return {};
+    ObjectPointer object = ObjectPointer::adopt(place->object);
     place->object = nullptr;
     --object->handles;
-    const auto index = static_cast<std::uint32_t>(place - places.value.data());
-    if (place->use++ < kLastUse) free_places.value.push_back(index);
+    if (place->use++ < kLastUse) set_free(static_cast<std::uint32_t>(place - places));
     return object;
 }
 
@@ -87,21 +107,22 @@ void ring_after_unlock(std::atomic<std::uint32_t>& bell) {
 }
 
 HANDLE add_handle(const ObjectPointer& object) {
+    if (!object) return nullptr;
     const ObjectLock lock;
-    if (free_places.value.empty()) {
-        free_places.value.push_back(static_cast<std::uint32_t>(places.value.size()));
-        places.value.emplace_back();
+    if (first_free == kNoPlace && !add_places()) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
     }
-    const std::uint32_t index = free_places.value.back();
-    free_places.value.pop_back();
-    places.value[index].object = object;
+    const std::uint32_t index = first_free;
+    first_free = places[index].next_free;
+    places[index].object = ObjectPointer(object.get()).release();
     ++object->handles;
     return handle_of(index);
 }
 
 Object* find_object(HANDLE handle) {
     const Place* place = place_of(handle);
-    if (place != nullptr) return place->object.get();
+    if (place != nullptr) return place->object;
     SetLastError(ERROR_INVALID_HANDLE);
     return nullptr;
 }
@@ -113,12 +134,26 @@ Object* find_object(HANDLE handle, ObjectType type) {
     return nullptr;
 }
 
+void for_each_object(void (*call)(Object& object)) {
+    for (std::uint32_t i = 0; i < place_count; ++i) {
+        if (places[i].object != nullptr) call(*places[i].object);
+    }
+}
+
+void lock_objects_for_fork() {
+    object_lock.value.lock();
+}
+
+void unlock_objects_after_fork() {
+    object_lock.value.unlock();
+}
+
 }  // namespace platform
 
 BOOL CloseHandle(HANDLE handle) {
     if (handle == INVALID_HANDLE_VALUE) return TRUE;
     const platform::ObjectPointer object = platform::remove_handle(handle);
-    if (object == nullptr) {
+    if (!object) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }

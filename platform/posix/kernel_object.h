@@ -4,9 +4,12 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
+#include <utility>
 
 #include "named_file.h"
 #include "object_state.h"
+#include "platform/last_error.h"
 #include "platform/types.h"
 
 namespace platform {
@@ -19,6 +22,10 @@ class Unbroken {
     Unbroken(const Unbroken&) = delete;
     Unbroken& operator=(const Unbroken&) = delete;
 };
+
+// The same where the two ends lie apart.
+void enter_unbroken();
+void leave_unbroken();
 
 // Within an Unbroken: here it may.
 class Breakable {
@@ -46,6 +53,13 @@ class ObjectLock {
 // Wakes who sleeps on a word of this process, at the end of the ObjectLock that is held.
 void ring_after_unlock(std::atomic<std::uint32_t>& bell);
 
+// Sees to it that what the calling thread owns and waits for is settled when it ends. False with
+// the last error when it can't be.
+bool watch_end_of_thread();
+
+// In a forked child the thread that forked has another number.
+void forget_thread_number();
+
 struct Object;
 struct WaitBlock;
 
@@ -56,15 +70,23 @@ enum class Taken { nothing, signal, abandoned };
 // the thread that waits; for an object of several processes it is the calling one.
 struct Kind {
     ObjectType type;
-    bool has_owner;                                     // a wait makes the thread its owner
-    bool (*ready)(const Object& object, DWORD thread);  // whether a wait would get it; null: can't
-    Taken (*take)(Object& object, DWORD thread);        // what a wait takes
-    void (*give_back)(Object& object, Taken taken);     // as if the take hadn't been
-    void (*signal)(Object& object);                     // what a signal does; null: takes none
-    void (*abandon)(Object& object);                    // the owner ended; null without owners
+    bool has_owner = false;  // a wait makes the thread its owner
+    // Whether a wait would get it; null: it can't be waited for.
+    bool (*ready)(const Object& object, DWORD thread) = nullptr;
+    // What a wait takes.
+    Taken (*take)(Object& object, DWORD thread) = nullptr;
+    // As if the take hadn't been.
+    void (*give_back)(Object& object, Taken taken) = nullptr;
+    // What a signal does; null: it takes none.
+    void (*signal)(Object& object) = nullptr;
+    // The owner ended; null without owners.
+    void (*abandon)(Object& object) = nullptr;
+    // In a forked child: what is different there; null for nothing. The thread that forked had the
+    // first of the numbers and now has the second; all others are gone.
+    void (*forked)(Object& object, DWORD before, DWORD now) = nullptr;
 };
 
-struct Object : std::enable_shared_from_this<Object> {
+struct Object {
     explicit Object(const Kind& its_kind) : kind(&its_kind) {}
     virtual ~Object() = default;
     Object(const Object&) = delete;
@@ -77,17 +99,60 @@ struct Object : std::enable_shared_from_this<Object> {
     const Kind* kind;
     State own;                        // the state, unless it is in a file
     std::unique_ptr<NamedFile> file;  // of a named one
+    std::atomic<unsigned> references{0};
     unsigned handles = 0;
     WaitBlock* first_waiter = nullptr;  // threads of this process, the longest waiting first
     WaitBlock* last_waiter = nullptr;
-    // Of the owner, for its own use: the next object it owns; the object stays while it is owned.
+    // Of the owner, for its own use: the next object it owns. Who owns an object holds a reference.
     Object* next_owned = nullptr;
-    std::shared_ptr<Object> owner_keeps;
+    bool owned = false;
+    Object* next_named = nullptr;  // of the list of the named objects that are open
 };
 
-using ObjectPointer = std::shared_ptr<Object>;
+// A counted reference to an object, which goes with its last one.
+class ObjectPointer {
+ public:
+    ObjectPointer() = default;
+    explicit ObjectPointer(Object* object) : object_(object) {
+        if (object_ != nullptr) object_->references.fetch_add(1, std::memory_order_relaxed);
+    }
+    ObjectPointer(ObjectPointer&& other) noexcept
+        : object_(std::exchange(other.object_, nullptr)) {}
+    ObjectPointer& operator=(ObjectPointer&& other) noexcept {
+        std::swap(object_, other.object_);
+        return *this;
+    }
+    ~ObjectPointer() {
+        if (object_ != nullptr && object_->references.fetch_sub(1) == 1) delete object_;
+    }
 
-// A new handle of an object. Takes the ObjectLock.
+    [[nodiscard]] Object* get() const { return object_; }
+    Object* operator->() const { return object_; }
+    Object& operator*() const { return *object_; }
+    explicit operator bool() const { return object_ != nullptr; }
+
+    // The reference as a plain pointer, and back, for places that are only ever copied as memory.
+    [[nodiscard]] Object* release() { return std::exchange(object_, nullptr); }
+    [[nodiscard]] static ObjectPointer adopt(Object* object) {
+        ObjectPointer pointer;
+        pointer.object_ = object;
+        return pointer;
+    }
+
+ private:
+    Object* object_ = nullptr;
+};
+
+// Null with the last error without memory.
+template <typename T, typename... Arguments>
+ObjectPointer make_object(Arguments&&... arguments) {
+    ObjectPointer object(new (std::nothrow) T(std::forward<Arguments>(arguments)...));
+    if (!object) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return object;
+}
+
+// A new handle of an object; null with the last error without memory, and for no object. Takes the
+// ObjectLock.
 HANDLE add_handle(const ObjectPointer& object);
 // The object of a handle; null with ERROR_INVALID_HANDLE. Under the ObjectLock, and until its end.
 Object* find_object(HANDLE handle);
@@ -98,5 +163,8 @@ Object* find_object(HANDLE handle, ObjectType type);
 using KindOfState = const Kind& (*)(const State& state);
 HANDLE create_object(ObjectType type, KindOfState kind, const char* name, const State& state);
 HANDLE open_object(ObjectType type, KindOfState kind, BOOL inherit, const char* name);
+
+// Calls something for each object that has a handle. Under the ObjectLock.
+void for_each_object(void (*call)(Object& object));
 
 }  // namespace platform

@@ -75,14 +75,35 @@ void give_back(Object& object, Taken taken) {
     }
 }
 
-// A forked child has its parent's list of what is owned, but owns none of it.
 void abandon(Object& object) {
     if (owned_by(object.state().word, GetCurrentThreadId())) {
         let_go(object, FUTEX_OWNER_DIED | FUTEX_WAITERS);
     }
 }
 
-constexpr Kind kMutex = {ObjectType::mutex, true, ready, take, give_back, nullptr, abandon};
+// A mutex of this process stays the forking thread's; those of the threads that are gone are
+// abandoned. One of several processes is the parent's.
+void forked(Object& object, DWORD before, DWORD now) {
+    State& state = object.state();
+    if (!object.owned) return;
+    const bool mine = owned_by(state.word, before);
+    if (mine && !object.shared()) {
+        state.word = now | FUTEX_WAITERS;
+        return;
+    }
+    mine ? Waiter::of_this_thread()->disown(object) : forget_owner(object);
+    if (object.shared()) return;
+    state.word = FUTEX_OWNER_DIED | FUTEX_WAITERS;
+    state.depth = 0;
+}
+
+constexpr Kind kMutex = {.type = ObjectType::mutex,
+                         .has_owner = true,
+                         .ready = ready,
+                         .take = take,
+                         .give_back = give_back,
+                         .abandon = abandon,
+                         .forked = forked};
 
 const Kind& kind_of(const State&) {
     return kMutex;
@@ -95,7 +116,7 @@ bool release(Object& object) {
         --state.depth;
         return true;
     }
-    Waiter::of_this_thread().disown(object);
+    Waiter::of_this_thread()->disown(object);
     let_go(object, 0);
     return true;
 }
@@ -115,6 +136,8 @@ using platform::ObjectType;
 
 HANDLE CreateMutexA(SECURITY_ATTRIBUTES*, BOOL owned, const char* name) {
     if (platform::refuse_name(name)) return nullptr;
+    platform::Waiter* waiter = platform::Waiter::of_this_thread();
+    if (waiter == nullptr) return nullptr;
     platform::State state;
     if (owned != FALSE) {
         state.word = GetCurrentThreadId() | FUTEX_WAITERS;
@@ -123,7 +146,7 @@ HANDLE CreateMutexA(SECURITY_ATTRIBUTES*, BOOL owned, const char* name) {
     const HANDLE mutex = create_object(ObjectType::mutex, platform::kind_of, name, state);
     if (mutex != nullptr && owned != FALSE && GetLastError() == ERROR_SUCCESS) {
         const platform::ObjectLock lock;
-        platform::Waiter::of_this_thread().own(*platform::find_object(mutex));
+        waiter->own(*platform::find_object(mutex));
     }
     return mutex;
 }

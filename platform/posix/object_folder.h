@@ -1,15 +1,21 @@
 // Where the files of named objects lie, and how they are called.
 #pragma once
 
-#include <string>
+#include <climits>
 
 namespace platform {
 
+// The path of a file, with a NUL.
+using PathText = char[PATH_MAX];
+
 // The folder, made if need be; false with the last error, also when it isn't the user's alone to
 // write in.
-bool object_folder(std::string* folder);
+bool object_folder(PathText& folder);
 
-// The file name for an object's name; false with the last error for a name that can't be.
-bool object_file_name(const char* name, std::string* file_name);
+// Where in the folder the file of an object's name lies; false with the last error for a name that
+// can't be.
+bool object_path(const PathText& folder, const char* name, PathText& path);
+// The file of the common bell, which has a name no object can have.
+bool bell_path(const PathText& folder, PathText& path);
 
 }  // namespace platform

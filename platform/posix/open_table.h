@@ -8,6 +8,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/critical_section.h"
 #include "platform/types.h"
 
 namespace platform {
@@ -59,7 +60,7 @@ class OpenTable {
         return link;
     }
 
-    std::mutex lock_;
+    Lock lock_;
     uint64_t last_;
     T* buckets_[kBuckets] = {};
 };

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <memory>
 
 #include "descriptor.h"
 #include "kernel_object.h"
@@ -24,8 +23,7 @@ constexpr uint64_t kSecondsBefore1970 = 11'644'473'600;
 
 // Its folder under /proc, which stays its own when another process gets the number.
 struct Process : platform::Object {
-    static constexpr platform::Kind kind_of_all = {
-        platform::ObjectType::process, false, nullptr, nullptr, nullptr, nullptr, nullptr};
+    static constexpr platform::Kind kind_of_all = {.type = platform::ObjectType::process};
 
     explicit Process(int descriptor) : Object(kind_of_all), folder(descriptor) {}
 
@@ -36,20 +34,28 @@ int open_folder(const char* path) {
     return open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
 }
 
+// Null with the last error without memory.
+platform::ObjectPointer make_process(int folder) {
+    OpenFile owned(folder);
+    platform::ObjectPointer process = platform::make_object<Process>(folder);
+    if (process) (void)owned.release();
+    return process;
+}
+
 // A thread's number is no process's, although it has a folder too.
 bool is_process(int folder, DWORD number) {
     return KernelText(folder, "status").number("Tgid:") == number;
 }
 
 // Null with the last error.
-std::shared_ptr<const Process> process_of(HANDLE handle) {
-    if (handle == INVALID_HANDLE_VALUE) {
-        return std::make_shared<const Process>(open_folder("/proc/self"));
-    }
+platform::ObjectPointer process_of(HANDLE handle) {
+    if (handle == INVALID_HANDLE_VALUE) return make_process(open_folder("/proc/self"));
     const platform::ObjectLock lock;
-    auto* object = platform::find_object(handle, platform::ObjectType::process);
-    if (object == nullptr) return nullptr;
-    return std::static_pointer_cast<const Process>(object->shared_from_this());
+    return platform::ObjectPointer(platform::find_object(handle, platform::ObjectType::process));
+}
+
+int folder_of(const platform::ObjectPointer& process) {
+    return static_cast<Process&>(*process).folder.get();
 }
 
 void set_gone() {
@@ -106,14 +112,14 @@ HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD number) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return platform::add_handle(std::make_shared<Process>(folder.release()));
+    return platform::add_handle(make_process(folder.release()));
 }
 
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* end, FILETIME* kernel,
                      FILETIME* user) {
     const auto found = process_of(process);
-    if (found == nullptr) return FALSE;
-    const KernelText state(found->folder.get(), "stat");
+    if (!found) return FALSE;
+    const KernelText state(folder_of(found), "stat");
     Times times{};
     if (!read_times(state, &times)) {
         set_gone();
@@ -135,8 +141,8 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
         return FALSE;
     }
     const auto found = process_of(process);
-    if (found == nullptr) return FALSE;
-    const KernelText status(found->folder.get(), "status");
+    if (!found) return FALSE;
+    const KernelText status(folder_of(found), "status");
     if (!status.valid()) {
         set_gone();
         return FALSE;

@@ -35,7 +35,7 @@ void give_back(Object& object, Taken) {
 }
 
 constexpr Kind kSemaphore = {
-    ObjectType::semaphore, false, word_is_set, take_one, give_back, nullptr, nullptr};
+    .type = ObjectType::semaphore, .ready = word_is_set, .take = take_one, .give_back = give_back};
 
 const Kind& kind_of(const State&) {
     return kSemaphore;

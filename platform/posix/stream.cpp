@@ -11,6 +11,7 @@
 #include "descriptor.h"
 #include "failure.h"
 #include "path.h"
+#include "platform/critical_section.h"
 #include "platform/files.h"
 
 using platform::fail;
@@ -57,7 +58,7 @@ struct TextStream {
     TextStream* next = nullptr;
 };
 
-std::mutex text_streams_lock;
+constinit platform::Lock text_streams_lock;
 TextStream* text_streams = nullptr;
 
 TextStream& text_stream(void* cookie) {

@@ -19,21 +19,22 @@ namespace platform {
 
 namespace {
 
+void forked(Object& object, DWORD before, DWORD now);
+
 constexpr Kind kThread = {
-    ObjectType::thread,
-    false,
-    word_is_set,
-    [](Object& object, DWORD) { return object.state().word != 0 ? Taken::signal : Taken::nothing; },
-    [](Object&, Taken) {},
-    nullptr,
-    nullptr};
+    .type = ObjectType::thread,
+    .ready = word_is_set,
+    .take = [](Object& object,
+               DWORD) { return object.state().word != 0 ? Taken::signal : Taken::nothing; },
+    .give_back = [](Object&, Taken) {},
+    .forked = forked};
 
 struct Thread : Object {
     Thread() : Object(kThread) {}
 
     LPTHREAD_START_ROUTINE routine = nullptr;
     void* context = nullptr;
-    ObjectPointer running;  // this object, until the thread has ended
+    ObjectPointer running;  // this object, until the thread has ended or wasn't started
     pthread_t system_thread{};
     std::atomic<DWORD> number{0};
     bool has_exit_code = false;
@@ -52,7 +53,6 @@ thread_local Control control = {nullptr, 0};
 
 // 0 until it is asked for, and in a forked child.
 thread_local DWORD own_number = 0;
-const int fork_watched = pthread_atfork(nullptr, nullptr, [] { own_number = 0; });
 
 int end_signal() {
     return SIGRTMAX - 1;
@@ -82,21 +82,42 @@ bool handle_end_signal() {
     return handled;
 }
 
-// Made first and so destroyed last of the thread's own objects: who waited for the thread finds all
-// that belonged to it gone.
-struct EndOfThread {
-    ObjectPointer thread;
+// In the child only the thread that forked runs on. Nothing is known of how the others go on in the
+// parent, but nobody shall wait here for their end.
+void forked(Object& object, DWORD, DWORD) {
+    auto& thread = static_cast<Thread&>(object);
+    if (control.self == &thread || thread.own.word != 0) return;
+    thread.has_exit_code = true;
+    thread.own.word = 1;
+    const ObjectPointer gone = std::move(thread.running);
+}
 
-    ~EndOfThread() {
-        if (thread == nullptr) return;
-        const ObjectLock lock;
-        auto& self = static_cast<Thread&>(*thread);
-        self.running = nullptr;
-        self.own.word = 1;
-        serve_waiters(self);
-    }
-};
-thread_local EndOfThread end_of_thread;
+// What happens at the end of a thread that was watched, after the destructors of its C++ objects,
+// so that who waited for the thread finds all that belonged to it gone. The last reference is
+// dropped without the lock.
+thread_local bool end_is_watched = false;
+thread_local Thread* ending = nullptr;
+
+void settle_end_of_thread() {
+    ObjectPointer running;
+    const ObjectLock lock;
+    end_is_watched = false;
+    Waiter::end_of_this_thread();
+    Thread* thread = std::exchange(ending, nullptr);
+    if (thread == nullptr) return;
+    running = std::move(thread->running);
+    thread->own.word = 1;
+    serve_waiters(*thread);
+}
+
+// The key whose destructor tells of the end. To set the value of one of the first keys of a process
+// takes no memory.
+bool end_of_thread_key(pthread_key_t* key) {
+    static pthread_key_t only;
+    static const bool made = pthread_key_create(&only, [](void*) { settle_end_of_thread(); }) == 0;
+    *key = only;
+    return made;
+}
 
 void set_exit_code(Thread& self, DWORD exit_code) {
     const ObjectLock lock;
@@ -107,7 +128,8 @@ void set_exit_code(Thread& self, DWORD exit_code) {
 
 void* run_thread(void* argument) {
     Thread& self = *static_cast<Thread*>(argument);
-    end_of_thread.thread = self.running;
+    ending = &self;
+    const bool watched = watch_end_of_thread();
     self.number = GetCurrentThreadId();
     self.number.notify_all();
     sigset_t signals;
@@ -124,6 +146,7 @@ void* run_thread(void* argument) {
     }
     control.unbroken = 0;
     set_exit_code(self, exit_code);
+    if (!watched) settle_end_of_thread();
     return nullptr;
 }
 
@@ -154,12 +177,31 @@ HANDLE no_thread(DWORD number) {
 
 }  // namespace
 
-Unbroken::Unbroken() {
+bool watch_end_of_thread() {
+    if (end_is_watched) return true;
+    pthread_key_t key = 0;
+    end_is_watched = end_of_thread_key(&key) && pthread_setspecific(key, &end_is_watched) == 0;
+    if (!end_is_watched) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return end_is_watched;
+}
+
+void forget_thread_number() {
+    own_number = 0;
+}
+
+void enter_unbroken() {
     control.unbroken = control.unbroken + 1;
 }
-Unbroken::~Unbroken() {
+void leave_unbroken() {
     control.unbroken = control.unbroken - 1;
     end_if_doomed();
+}
+
+Unbroken::Unbroken() {
+    enter_unbroken();
+}
+Unbroken::~Unbroken() {
+    leave_unbroken();
 }
 
 Breakable::Breakable() : depth_(control.unbroken) {
@@ -180,19 +222,22 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stack_size, LPTHREAD_START
     if (routine == nullptr || (flags & ~STACK_SIZE_PARAM_IS_A_RESERVATION) != 0) {
         return platform::no_thread(ERROR_INVALID_PARAMETER);
     }
-    const auto thread = std::make_shared<Thread>();
-    thread->routine = routine;
-    thread->context = context;
-    thread->running = thread;
-    const HANDLE handle = add_handle(thread);
-    if (!platform::start(*thread, platform::whole_stack(stack_size, flags != 0))) {
-        thread->running = nullptr;
+    using platform::ObjectPointer;
+    const ObjectPointer object = platform::make_object<Thread>();
+    const HANDLE handle = add_handle(object);
+    if (handle == nullptr) return nullptr;
+    auto& thread = static_cast<Thread&>(*object);
+    thread.routine = routine;
+    thread.context = context;
+    thread.running = ObjectPointer(&thread);
+    if (!platform::start(thread, platform::whole_stack(stack_size, flags != 0))) {
+        thread.running = {};
         CloseHandle(handle);
         return platform::no_thread(ERROR_NOT_ENOUGH_MEMORY);
     }
     if (number != nullptr) {
-        thread->number.wait(0);
-        *number = thread->number;
+        thread.number.wait(0);
+        *number = thread.number;
     }
     return handle;
 }

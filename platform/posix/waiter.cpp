@@ -1,15 +1,17 @@
 #include "waiter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common_bell.h"
 #include "platform/threads.h"
 
 namespace platform {
 
-Waiter& Waiter::of_this_thread() {
-    static thread_local Waiter waiter;
-    return waiter;
+thread_local constinit Waiter Waiter::own_waiter;
+
+Waiter* Waiter::of_this_thread() {
+    return watch_end_of_thread() ? &own_waiter : nullptr;
 }
 
 void serve_waiters(Object& object) {
@@ -82,9 +84,9 @@ bool Waiter::take_all(DWORD* result) {
 }
 
 void Waiter::own(Object& object) {
-    object.owner_keeps = object.shared_from_this();
+    object.owned = true;
     object.next_owned = first_owned_;
-    first_owned_ = &object;
+    first_owned_ = ObjectPointer(&object).release();
 }
 
 void Waiter::disown(Object& object) {
@@ -92,7 +94,13 @@ void Waiter::disown(Object& object) {
     while (*link != nullptr && *link != &object) link = &(*link)->next_owned;
     if (*link == nullptr) return;
     *link = object.next_owned;
-    object.owner_keeps = nullptr;
+    forget_owner(object);
+}
+
+void forget_owner(Object& object) {
+    object.owned = false;
+    object.next_owned = nullptr;
+    const ObjectPointer dropped = ObjectPointer::adopt(&object);
 }
 
 void Waiter::end() {
@@ -101,17 +109,16 @@ void Waiter::end() {
         served_ ? finish(result_) : pass_on();
         robust_list_forget_operation();
     }
-    for (ObjectPointer& object : kept_) object = nullptr;
+    drop_kept();
     while (first_owned_ != nullptr) {
-        const ObjectPointer object = first_owned_->shared_from_this();
+        const ObjectPointer object(first_owned_);
         disown(*object);
         object->kind->abandon(*object);
     }
 }
 
-Waiter::~Waiter() {
-    const ObjectLock lock;
-    end();
+void Waiter::end_of_this_thread() {
+    own_waiter.end();
 }
 
 DWORD Waiter::wait(const HANDLE* handles, DWORD count, bool all, DWORD milliseconds) {
@@ -160,14 +167,14 @@ void Waiter::finish(DWORD result) {
     for (std::size_t i = 0; i < count_; ++i) {
         Object& object = *objects_[i];
         const bool got = all_ || i == place;
-        if (got && object.kind->has_owner && object.owner_keeps == nullptr) own(object);
+        if (got && object.kind->has_owner && !object.owned) own(object);
     }
 }
 
 void Waiter::enqueue() {
     for (std::size_t i = 0; i < count_; ++i) {
         Object& object = *objects_[i];
-        kept_[i] = object.shared_from_this();
+        kept_[i] = ObjectPointer(&object).release();
         if (object.shared()) continue;
         WaitBlock& block = blocks_[i];
         block = {this, &object, object.last_waiter, nullptr};
@@ -190,10 +197,25 @@ void Waiter::dequeue() {
     }
 }
 
+void Waiter::drop_kept() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        const ObjectPointer dropped = ObjectPointer::adopt(std::exchange(kept_[i], nullptr));
+    }
+}
+
+namespace {
+
+DWORD wait_for_objects(const HANDLE* handles, DWORD count, bool all, DWORD milliseconds) {
+    Waiter* waiter = Waiter::of_this_thread();
+    return waiter != nullptr ? waiter->wait(handles, count, all, milliseconds) : WAIT_FAILED;
+}
+
+}  // namespace
+
 }  // namespace platform
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
-    return platform::Waiter::of_this_thread().wait(&handle, 1, false, milliseconds);
+    return platform::wait_for_objects(&handle, 1, false, milliseconds);
 }
 
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
@@ -201,5 +223,5 @@ DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    return platform::Waiter::of_this_thread().wait(handles, count, all != FALSE, milliseconds);
+    return platform::wait_for_objects(handles, count, all != FALSE, milliseconds);
 }

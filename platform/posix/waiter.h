@@ -5,7 +5,8 @@
 // a wait for all is all or nothing. Then only the bell of the served thread rings.
 //
 // An object of several processes can't know who waits: its waiters sleep on its own word, and each
-// looks again when woken. Nothing is noted in it that a dying process could leave behind.
+// looks again when woken, and once a second besides, for who signalled may have been killed before
+// it could wake anybody. Nothing is noted in it that a dying process could leave behind.
 #pragma once
 
 #include <atomic>
@@ -28,15 +29,17 @@ struct WaitBlock {
     WaitBlock* next = nullptr;
 };
 
+// Nobody in this process owns the object any more. Under the ObjectLock.
+void forget_owner(Object& object);
+
 // After an object of this process became ready: gives it to those who wait. Under the ObjectLock.
 void serve_waiters(Object& object);
 
 class Waiter {
  public:
-    static Waiter& of_this_thread();
+    // Null with the last error where the end of the thread couldn't be watched for it.
+    static Waiter* of_this_thread();
 
-    Waiter() = default;
-    ~Waiter();
     Waiter(const Waiter&) = delete;
     Waiter& operator=(const Waiter&) = delete;
 
@@ -49,9 +52,12 @@ class Waiter {
 
     // At the end of the thread: leaves the wait it was ended in; what it owned is abandoned. Under
     // the ObjectLock.
-    void end();
+    static void end_of_this_thread();
 
  private:
+    static thread_local constinit Waiter own_waiter;
+    constexpr Waiter() = default;
+    void end();
     friend void serve_waiters(Object& object);
 
     static constexpr DWORD kNotYet = WAIT_TIMEOUT;
@@ -66,6 +72,7 @@ class Waiter {
     bool serve();
     void enqueue();
     void dequeue();
+    void drop_kept();
     DWORD sleep_until_done(DWORD milliseconds);
     DWORD look_again(bool late);
     void sleep(const std::timespec* deadline);
@@ -85,7 +92,7 @@ class Waiter {
 
     // While it sleeps.
     bool asleep_ = false;
-    ObjectPointer kept_[MAXIMUM_WAIT_OBJECTS];
+    Object* kept_[MAXIMUM_WAIT_OBJECTS] = {};  // references
     WaitBlock blocks_[MAXIMUM_WAIT_OBJECTS];
     std::atomic<std::uint32_t> bell_{0};
     std::uint32_t bell_seen_ = 0;

@@ -25,7 +25,8 @@ const std::timespec* earlier_of(const std::timespec* deadline, std::uint32_t mil
 
 // TerminateThread may end the thread while it sleeps, nowhere else. Should it end there, or be
 // killed, after the kernel woke it for a mutex, the kernel wakes the next. This it does for one
-// mutex of a thread; who waits for more of them therefore looks again from time to time.
+// mutex of a thread; the others, like all that is signalled by who may be killed before it wakes
+// anybody, are looked at again from time to time.
 DWORD Waiter::sleep_until_done(DWORD milliseconds) {
     const Unbroken unbroken;
     std::optional<RobustOperation> heir;
@@ -43,7 +44,7 @@ DWORD Waiter::sleep_until_done(DWORD milliseconds) {
     if (served_) result = result_;
     if (result != kNotYet) finish(result);
     asleep_ = false;
-    for (std::size_t i = 0; i < count_; ++i) kept_[i] = nullptr;
+    drop_kept();
     return result;
 }
 
@@ -92,7 +93,7 @@ void Waiter::sleep(const std::timespec* deadline) {
         words[count++] = {&objects_[i]->state().word, seen_[i], true};
     }
     std::timespec soon{};
-    if (shared_mutexes_ > 1) deadline = earlier_of(deadline, kLookAgain, &soon);
+    if (shared_ > 0) deadline = earlier_of(deadline, kLookAgain, &soon);
     const Breakable ends_here;
     if (count == 1) futex_sleep(words[0], deadline);
     if (count > 1) sleep_for_several(words, count, deadline);

@@ -1,5 +1,12 @@
 #include "support/temp_folder.h"
 
+#if defined(_WIN32)
+#include <process.h>
+#define getpid _getpid
+#else
+#include <unistd.h>
+#endif
+
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -7,7 +14,7 @@
 
 namespace fs = std::filesystem;
 
-TempFolder::TempFolder() {
+TempFolder::TempFolder() : process_(getpid()) {
     static std::atomic<unsigned> next{0};
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
     do {
@@ -17,6 +24,7 @@ TempFolder::TempFolder() {
 }
 
 TempFolder::~TempFolder() {
+    if (process_ != getpid()) return;
     std::error_code ignored;
     // Tests take permissions away; without them nothing could be removed.
     for (fs::recursive_directory_iterator it(path_, ignored), end; it != end;

@@ -1,4 +1,4 @@
-// A folder of the test's own, removed with all it holds at the end.
+// A folder of the test's own, removed with all it holds at the end, though not by a forked child.
 #pragma once
 
 #include <filesystem>
@@ -20,6 +20,7 @@ class TempFolder {
     std::string write(std::string_view name, std::string_view bytes) const;
 
  private:
+    int process_;
     std::filesystem::path path_;
 };
 

@@ -15,8 +15,21 @@
 // On POSIX each named object is a file in a folder of the user's own under /dev/shm, or in the one
 // that an environment variable names: OBJECT_FOLDER behind the prefix of this program's variables,
 // as in MOLTELIB_OBJECT_FOLDER. Its file system must know O_TMPFILE. A file there of other content
-// gives ERROR_INVALID_DATA; one, or a folder, of another owner, ERROR_ACCESS_DENIED. The end of a
-// process, by whatever cause, closes its handles and gives up its mutexes.
+// gives ERROR_INVALID_DATA; one, or a folder, of another owner, and one that a crash left and that
+// can't be removed, ERROR_ACCESS_DENIED; one whose remover was stopped just then, after a second,
+// ERROR_SHARING_VIOLATION. The end of a process, by whatever cause, closes its handles and gives up
+// its mutexes.
+//
+// Failing memory gives ERROR_NOT_ENOUGH_MEMORY, to the calls that make an object and to a thread's
+// first wait.
+//
+// A forked child has the same handles and is a process of its own: what either closes, or leaves by
+// its end, the other keeps. The thread that forked keeps the mutexes of its process that it owned;
+// those of the parent's other threads are abandoned, and their handles are signalled. Mutexes with
+// names stay the parent's. (After vfork, and a clone without the run-time, nothing of this holds.)
+//
+// Whoever waits for a named object looks at it once a second: so long a signal may take whose
+// sender was killed before it woke anybody.
 //
 // Limits of named objects on POSIX, all about moments when a process was woken and did not run yet:
 // a signal taken back at once (SetEvent, ResetEvent), or given a second time, may pass a waiter by;

@@ -1,0 +1,260 @@
+// What named objects, handles and locks come to when processes die, stop or fork.
+#if !defined(_WIN32)
+#include <linux/filter.h>
+#include <linux/futex.h>
+#include <linux/seccomp.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/critical_section.h"
+#include "platform/threads.h"
+#include "support/asleep.h"
+#include "support/common.h"
+#include "support/error_if.h"
+#include "support/handles.h"
+#include "support/unprivileged.h"
+
+// What the threads of the parent were about to free is lost in a forked child: no leak to be told.
+static bool forked = false;
+extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off() {  // NOLINT
+    return forked ? 1 : 0;
+}
+
+namespace {
+
+// One folder for all, since a process has one common bell.
+class ObjectSurvival : public testing::Test {
+ protected:
+    ObjectSurvival() {
+        setenv("MOLTELIB_OBJECT_FOLDER", folder().str().c_str(), 1);
+        const Handle first(automatic(false, "first"));
+    }
+
+    static const TempFolder& folder() {
+        static const TempFolder only;
+        return only;
+    }
+    [[nodiscard]] bool exists() const { return fs::exists(path_); }
+
+    const std::string path_ = folder() / "=thing";
+};
+
+HANDLE open_event(const std::string& name = "thing") {
+    return OpenEventA(EVENT_ALL_ACCESS, FALSE, name.c_str());
+}
+
+// From now on the kernel kills this process when it would wake a sleeper of another one.
+bool die_at_wake() {
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_futex, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[1])),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, FUTEX_WAKE, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {std::size(steps), steps};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+CHILD_ROLE(signal_and_die) {
+    HANDLE event = open_event(args[0]);
+    HANDLE counter = OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, args[0].c_str());
+    if (!die_at_wake()) return 2;
+    event != nullptr ? SetEvent(event) : ReleaseSemaphore(counter, 1, nullptr);
+    return 1;
+}
+
+TEST_F(ObjectSurvival, ASignallerKilledBeforeItWakesHoldsNobodyUp) {
+    const Handle objects[] = {Handle(automatic(false, "one")), Handle(manual(false, "all")),
+                              Handle(semaphore(0, 2, "some"))};
+    DWORD results[] = {WAIT_FAILED, WAIT_FAILED, WAIT_FAILED};
+    std::vector<std::unique_ptr<SleepingThread>> waiters;
+    for (int i = 0; i < 3; ++i) {
+        waiters.push_back(std::make_unique<SleepingThread>(
+            [&, i] { results[i] = wait_for(objects[i], 60'000); }));
+    }
+    const auto begin = steady_clock::now();
+    for (const char* name : {"one", "all", "some"}) {
+        EXPECT_EQ(ChildProcess("signal_and_die", {name}).wait(), -1);
+    }
+    for (auto& waiter : waiters) waiter->join();
+    for (DWORD result : results) EXPECT_EQ(result, WAIT_OBJECT_0);
+    EXPECT_LT(steady_clock::now() - begin, milliseconds(30'000));
+}
+
+TEST_F(ObjectSurvival, ASignallerKilledBeforeItWakesLeavesOneSignal) {
+    const Handle event(automatic(true, "thing"));
+    EXPECT_EQ(ChildProcess("signal_and_die", {"thing"}).wait(), -1);
+    EXPECT_EQ(wait_for(event), WAIT_OBJECT_0);
+    EXPECT_EQ(wait_for(event), WAIT_TIMEOUT);
+}
+
+TEST_F(ObjectSurvival, AFileThatCannotBeRemovedIsAFailure) {
+    const TempFolder outer;
+    fs::permissions(outer.path(), fs::perms{0777});
+    const std::string mine = outer / "mine";
+    const Unprivileged somebody;
+    setenv("MOLTELIB_OBJECT_FOLDER", mine.c_str(), 1);
+    const pid_t child = fork();
+    if (child == 0) {  // is killed with the object open
+        automatic(false, "thing");
+        raise(SIGKILL);
+    }
+    waitpid(child, nullptr, 0);
+    ASSERT_TRUE(fs::exists(mine + "/=thing"));
+    ASSERT_NE(Handle(automatic(false, "other")), nullptr);
+    fs::permissions(mine, fs::perms{0500});
+    EXPECT_EQ(error_if(automatic(false, "thing") == nullptr), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(error_if(open_event() == nullptr), ERROR_ACCESS_DENIED);
+    fs::permissions(mine, fs::perms{0700});
+    EXPECT_NE(Handle(automatic(false, "thing")), nullptr);
+}
+
+TEST_F(ObjectSurvival, OneWhoStoppedWhileRemovingIsInTheWayForAMomentOnly) {
+    const Handle other(automatic(false, "other"));
+    fs::copy_file(folder() / "=other", path_);
+    const int fd = open(path_.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(fd, LOCK_EX), 0);
+    EXPECT_EQ(error_if(automatic(false, "thing") == nullptr), ERROR_SHARING_VIOLATION);
+    close(fd);
+    EXPECT_NE(Handle(automatic(false, "thing")), nullptr);
+}
+
+// The exit code of a forked child that does this and ends as a program does; -1 when it was killed,
+// as it is when it hangs.
+int in_fork(const std::function<int()>& run) {
+    const pid_t child = fork();
+    if (child == 0) {
+        forked = true;
+        alarm(20);
+        std::exit(run());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+CHILD_ROLE(set_event) {
+    const Handle event(open_event());
+    return event != nullptr && SetEvent(event) != FALSE ? 0 : 1;
+}
+
+TEST_F(ObjectSurvival, AForkedChildTakesNothingFromItsParent) {
+    const Handle event(automatic(false, "thing"));
+    for (const bool closes : {false, true}) {
+        EXPECT_EQ(in_fork([&] {
+                      if (closes) CloseHandle(event);
+                      return 0;
+                  }),
+                  0);
+        EXPECT_TRUE(exists());
+        EXPECT_TRUE(fs::exists(folder() / "bell"));
+        EXPECT_EQ(ChildProcess("set_event").wait(), 0);
+        EXPECT_EQ(wait_for(event), WAIT_OBJECT_0);
+    }
+}
+
+// Makes an object and goes on in a child, as a service does.
+CHILD_ROLE(become_daemon) {
+    const Handle event(automatic(false, "thing"));
+    if (fork() != 0) return 0;  // to the caller's exit
+    tell_parent("started");
+    const DWORD result = wait_for(event, 5000);
+    tell_parent(std::to_string(result));
+    hear_parent();
+    return 0;
+}
+
+TEST_F(ObjectSurvival, AParentTakesNothingFromItsForkedChild) {
+    ChildProcess service("become_daemon");
+    EXPECT_EQ(service.read_line(), "started");
+    EXPECT_EQ(service.wait(), 0);
+    EXPECT_EQ(ChildProcess("set_event").wait(), 0);
+    EXPECT_EQ(service.read_line(), "0");
+    EXPECT_TRUE(exists());
+    service.send_line("end");
+    EXPECT_EQ(service.read_line(), "");  // at its end
+    EXPECT_FALSE(exists());
+}
+
+TEST_F(ObjectSurvival, AForkBesideABusyThreadLeavesNoLockHeld) {
+    std::atomic<bool> stop{false};
+    std::thread busy([&] {
+        while (!stop) {
+            const Handle named(automatic(false, "busy"));
+            const Handle unnamed(automatic(true));
+            wait_for(unnamed);
+        }
+    });
+    int clean = 0;
+    for (int i = 0; i < 100; ++i) {
+        clean += in_fork([] { return Handle(automatic(false, "thing")) != nullptr ? 0 : 1; }) == 0;
+    }
+    stop = true;
+    busy.join();
+    EXPECT_EQ(clean, 100);
+}
+
+// The thread that forks keeps what it has; what the parent's other threads have is free.
+TEST_F(ObjectSurvival, AForkedChildHasTheLocksOfItsThreadAlone) {
+    const Handle mine(mutex(true));
+    const Handle others(mutex());
+    const Handle shared(mutex(true, "thing"));
+    const Handle never(automatic());
+    CRITICAL_SECTION my_section;
+    CRITICAL_SECTION others_section;
+    for (auto* section : {&my_section, &others_section}) InitializeCriticalSection(section);
+    EnterCriticalSection(&my_section);
+    struct Other {
+        HANDLE mutex, never;
+        CRITICAL_SECTION* section;
+    } other = {others, never, &others_section};
+    const Handle thread(CreateThread(
+        nullptr, 0,
+        [](void* context) -> DWORD {
+            const Other& have = *static_cast<Other*>(context);
+            EnterCriticalSection(have.section);
+            EnterCriticalSection(have.section);
+            wait_for(have.mutex);
+            return wait_for(have.never, 60'000);
+        },
+        &other, 0, nullptr));
+    while (wait_for(others) == WAIT_OBJECT_0) {
+        ReleaseMutex(others);
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(in_fork([&] {
+                  int wrong = 0;
+                  auto expect = [&wrong, bit = 1](bool right) mutable {
+                      if (!right) wrong |= bit;
+                      bit *= 2;
+                  };
+                  expect(wait_for(thread, 10'000) == WAIT_OBJECT_0);
+                  expect(SetEvent(never) != FALSE && wait_for(never) == WAIT_OBJECT_0);
+                  expect(wait_for(others) == WAIT_ABANDONED && ReleaseMutex(others) != FALSE);
+                  expect(ReleaseMutex(mine) != FALSE && ReleaseMutex(mine) == FALSE);
+                  expect(wait_for(shared) == WAIT_TIMEOUT && ReleaseMutex(shared) == FALSE);
+                  EnterCriticalSection(&others_section);
+                  LeaveCriticalSection(&others_section);
+                  std::thread([&] {
+                      expect(TryEnterCriticalSection(&others_section) != FALSE);
+                      LeaveCriticalSection(&others_section);
+                      expect(TryEnterCriticalSection(&my_section) == FALSE);
+                  }).join();
+                  return wrong;
+              }),
+              0);
+    EXPECT_EQ(wait_for(thread), WAIT_TIMEOUT);  // here it runs on
+    EXPECT_EQ(TryEnterCriticalSection(&my_section), TRUE);
+    EXPECT_NE(ReleaseMutex(shared), FALSE);
+    SetEvent(never);
+    EXPECT_EQ(wait_for(thread, 10'000), WAIT_OBJECT_0);
+}
+
+}  // namespace
+#endif
