@@ -1,0 +1,21 @@
+// Events, mutexes and semaphores, with a name or without, and the named ones that this process has
+// open.
+#pragma once
+
+#include "kernel/kernel_object.h"
+
+namespace platform {
+
+// Named objects. Null with the last error; the Create form also sets it on success, as a caller is
+// told. These take locks of their own.
+using KindOfState = const Kind& (*)(const State& state);
+HANDLE create_object(ObjectType type, KindOfState kind, const char* name, const State& state);
+HANDLE open_object(ObjectType type, KindOfState kind, BOOL inherit, const char* name);
+
+// After the closing of a handle: the last one of the process gives the name up.
+void leave_if_unused(Object& object);
+
+// In a forked child, where nothing else runs: for each that is open, with a handle or without.
+void for_each_named_object(void (*call)(Object& object));
+
+}  // namespace platform
