@@ -11,12 +11,13 @@
 #include "moltelib/state.h"
 #include "moltelib/system_info.h"
 #include "moltelib/text.h"
+#include "platform/critical_section.h"
 
 namespace {
 
 constexpr size_t kLineSize = 256;  // holds every line whole
 
-std::mutex fill_mutex;
+constinit platform::Lock fill_lock;
 
 bool is_set(const char* field) {
     return std::atomic_ref(const_cast<char&>(*field)).load(std::memory_order_acquire) != '\0';
@@ -78,7 +79,7 @@ struct Line {
 thread_local constinit Line own_line{};
 
 void fill_inputs() {
-    const std::lock_guard guard(fill_mutex);
+    const std::lock_guard guard(fill_lock);
     std::atomic_ref bits(g_stBv.nKernelBit);
     if (bits.load(std::memory_order_relaxed) == 0) bits.store(64, std::memory_order_release);
     if (!is_set(g_stBv.szOsPlatform)) publish(g_stBv.szOsPlatform, MOLTE_UTIL_MacroOs());
@@ -97,7 +98,7 @@ const Line& current_line() {
 void molte::remember_host_name() {
     char name[sizeof g_stBv.szHostName];
     const bool known = ORVEX_GetComputerNameWithOpt(name, sizeof name, 1) > 0;
-    const std::lock_guard guard(fill_mutex);
+    const std::lock_guard guard(fill_lock);
     if (known && std::strcmp(name, g_stBv.szHostName) == 0) return;
     std::memset(g_stBv.szHostName, 0, sizeof g_stBv.szHostName);
     if (known) publish(g_stBv.szHostName, name);
@@ -110,7 +111,7 @@ void molte::stamp_host_name(char (&field)[sizeof ORVEX_ERRDATA::szHostName]) {
     }
     char name[sizeof g_stBv.szHostName];
     if (ORVEX_GetComputerNameWithOpt(name, sizeof name, 0) < 0) return;
-    const std::lock_guard guard(fill_mutex);
+    const std::lock_guard guard(fill_lock);
     if (!is_set(g_stBv.szHostName)) publish(g_stBv.szHostName, name);
 }
 

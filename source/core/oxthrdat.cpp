@@ -10,6 +10,7 @@
 #include "core/report.h"
 #include "moltelib/state.h"
 #include "moltelib/thread_list.h"
+#include "platform/critical_section.h"
 #include "platform/thread_local_storage.h"
 
 namespace {
@@ -17,7 +18,7 @@ namespace {
 constexpr molte::Module kModule("oxthrdat");
 
 constinit MOLTE_THDATAKEY block_key{};
-std::mutex key_mutex;
+constinit platform::Lock key_lock;
 
 bool have_key() {
     return std::atomic_ref(block_key.bInited).load(std::memory_order_acquire) != 0;
@@ -25,7 +26,7 @@ bool have_key() {
 
 // Reports nothing: there may be no record to report in.
 bool make_key() {
-    const std::lock_guard guard(key_mutex);
+    const std::lock_guard guard(key_lock);
     if (have_key()) return true;
     const DWORD made = TlsAlloc();
     if (made == TLS_OUT_OF_INDEXES) return false;
@@ -52,7 +53,7 @@ int32_t MOLTE_THDATA_Init(void) {
 }
 
 int32_t MOLTE_THDATA_Destroy(void) {
-    const std::lock_guard guard(key_mutex);
+    const std::lock_guard guard(key_lock);
     if (!have_key()) return 0;
     TlsFree(block_key.nKey);
     block_key.nKey = 0;

@@ -10,6 +10,7 @@
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "moltelib/uuid.h"
+#include "platform/critical_section.h"
 #include "platform/guid.h"
 #include "platform/ticks.h"
 
@@ -18,7 +19,7 @@ namespace {
 constexpr molte::Module kModule("oxsysutl");
 using molte::kBadArgument;
 
-std::mutex last_lock;
+constinit platform::Lock last_lock;
 uint8_t last_result[ORVEX_UUID_SIZE];
 
 void seed_by_ticks(DWORD ticks) {

@@ -18,9 +18,8 @@ struct GUID {
     BYTE Data4[8];
 };
 
-// A random one, version 4 of RFC 9562, from a generator of the thread's own that the kernel seeds.
-// A child of fork, and of a bare clone, never gives what its parent gives. E_FAIL when the kernel
-// has no seed.
+// A random one, version 4 of RFC 9562, of the kernel's random bytes. A child of fork, and of a bare
+// clone, never gives what its parent gives. E_FAIL when the kernel has none.
 HRESULT CoCreateGuid(GUID* guid);
 
 #endif
