@@ -60,9 +60,9 @@ static_assert(sizeof(OXLANG_VAR) == 232);
 MOLTE_API OXLANG_VAR g_stLangVar;
 
 /*
- * Sets the state up: needs a main path that isn't empty, fills the tables, sets the collations to 0
- * and 50 and the language by OXLANG_SetDefLang. 0 when it is done already; -1 with error 1000 or
- * that of the registry (no main path), or 134.
+ * Sets the state up: needs a main path, which a program may have given as an empty one, fills the
+ * tables, sets the collations to 0 and 50 and the language by OXLANG_SetDefLang. 0 when it is done
+ * already; -1 with error 1000 or that of the registry (no main path), or 134.
  */
 MOLTE_API int32_t OXLANG_Init(void);
 

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "configuration/oxmnpath.h"
 #include "core/report.h"
 #include "moltelib/language.h"
 #include "moltelib/main_path.h"
@@ -53,9 +54,8 @@ const OXLANG_NAMEROW* rows_end() {
 int32_t OXLANG_Init(void) {
     if (g_stLangVar.bInited != 0) return 0;
     if (InitMainPath() < 0) return kModule.trace(178);
-    // An empty one is what a failure that nobody looked at has left: see InitMainPath.
-    const char* main_path = GetMainPath();
-    if (main_path == nullptr || *main_path == '\0') return kModule.fail(molte::here(), kNoMainPath);
+    // After a failure that nobody looked at the main path counts as known.
+    if (!molte::main_path_found()) return kModule.fail(molte::here(), kNoMainPath);
     OXLANG_COLLATE_InitName(g_stLangVar.astCollName);
     OXLANG_LANG_Init(&g_stLangVar.stLangName);
     OXLANG_LID_Init();

@@ -1,4 +1,6 @@
 // The main path: where it is kept, read and written.
+#include "configuration/oxmnpath.h"
+
 #include <cstring>
 
 #include "core/owners.h"
@@ -19,6 +21,7 @@ constexpr size_t kPathSize = 128;
 
 char main_path[kPathSize];
 const char* known_main_path = nullptr;
+bool found = false;
 
 class RegistryKey {
  public:
@@ -89,6 +92,10 @@ int32_t store(const char* path) {
 
 }  // namespace
 
+bool molte::main_path_found() {
+    return found;
+}
+
 const char* GetMainPath(void) {
     if (known_main_path == nullptr) kModule.fail(27, 1000);
     return known_main_path;
@@ -101,6 +108,7 @@ int32_t ORVEX_SetMainPath(const char* pszPath) {
     }
     std::memmove(main_path, pszPath, std::strlen(pszPath) + 1);
     known_main_path = main_path;
+    found = true;
     return 1;
 }
 
@@ -116,6 +124,7 @@ int32_t InitMainPath(void) {
     char value[kPathSize] = {};
     if (read_stored(value) < 0) return -1;
     print_as_format(main_path, value);
+    found = true;
     return 1;
 }
 

@@ -55,10 +55,12 @@ CHILD_ROLE(has_long_name) {
 CHILD_ROLE(has_no_main_path) {
     if (ORVEX_BASE_InitVar() != -1 || history_of_this_thread() != "413 moltevar") return 1;
     if (GetRvexErrNo() != 1000 || g_stBv.stCounterLock.bInited != 0) return 2;
-    return ORVEX_BASE_InitVar() == 0 && ORVEX_BASE_ReleaseVar() == 1 ? 0 : 3;
+    if (ORVEX_BASE_InitVar() != 0 || ORVEX_BASE_ReleaseVar() != 1) return 3;
+    ORVEX_SetMainPath("");  // empty, and given
+    return ORVEX_BASE_InitVar() == 1 && g_stBv.stCounterLock.bInited == 1 ? 0 : 4;
 }
 
-TEST_F(State, WithoutAMainPathBringUpFailsOnceAndForAll) {
+TEST_F(State, WithoutAMainPathBringUpFailsUntilOneIsGiven) {
     const TempFolder registry;
 #if !defined(_WIN32)
     setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
