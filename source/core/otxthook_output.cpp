@@ -32,12 +32,15 @@ bool may_be_taken(uint32_t mask) {
     return agree(mask, installed_bits.load(std::memory_order_acquire));
 }
 
-// Adds a span to a sum of ticks; the whole seconds of the sum follow it.
+// Adds a span to a sum of ticks; the whole seconds of the sum follow it. Administrators may set
+// both to anything, so they stop at the ends of their types.
 void add_time(int64_t span, int64_t* ticks, int32_t* seconds) {
     static const int64_t per_second = MOLTE_HiResoTickPerSec();
-    *ticks += span;
-    const int64_t rest = *ticks - *seconds * per_second;
-    if (rest < 0 || rest >= per_second) *seconds = static_cast<int32_t>(*ticks / per_second);
+    if (__builtin_add_overflow(*ticks, span, ticks)) *ticks = INT64_MAX;
+    int64_t rest = 0;
+    const bool far = __builtin_sub_overflow(*ticks, *seconds * per_second, &rest);
+    if (!far && rest >= 0 && rest < per_second) return;
+    *seconds = static_cast<int32_t>(std::clamp<int64_t>(*ticks / per_second, INT32_MIN, INT32_MAX));
 }
 
 // Gives a text to the hooks that take it, newest first, and counts the time. The clock is read once

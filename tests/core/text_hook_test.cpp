@@ -197,6 +197,16 @@ TEST_F(TextHook, TimeIsCounted) {
     g_stBv.stTextHook.n64OutputTicks += 7 * MOLTE_HiResoTickPerSec();
     out(0, "x");
     EXPECT_EQ((Ints{node->nTotalSec, g_stBv.stTextHook.nOutputSec}), (Ints{3, 7}));
+    // An administrator may set the sum to anything.
+    MOLTE_PARAMNETITEM record{};
+    std::strcpy(record.szName, "OutputTextTimeInHiReso");
+    for (const auto& [sum, seconds] : {std::pair{INT64_MAX, INT32_MAX}, {INT64_MIN, INT32_MIN}}) {
+        uint8ToChar8(static_cast<uint64_t>(sum), record.abyValue);
+        EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(&record, 1, MOLTE_PARAM_FROM_NET), 1);
+        out(0, "x");
+        EXPECT_EQ(g_stBv.stTextHook.n64OutputTicks < 0, sum < 0);
+        EXPECT_EQ(g_stBv.stTextHook.nOutputSec, seconds);
+    }
 }
 
 TEST_F(TextHook, TheParametersComeFirst) {
