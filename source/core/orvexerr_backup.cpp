@@ -112,15 +112,16 @@ FileNow look_at(const char* path) {
 
 void turn_over(const GrowingFile& file) {
     const BackupPath current(file, kOwnName);
-    // Another process may take the number first. Then the next one is taken, and its backup stays.
-    for (int race = 0; race < kRaces; ++race) {
-        const FileNow now = look_at(current.text);
-        if (!now.exists || now.size < file.min_size) return;
+    const auto is_due = [&](const FileNow& now) { return now.exists && now.size >= file.min_size; };
+    // Another process may turn the file over meanwhile. When it takes the number first, this one
+    // begins again; when it took one before, the second look finds the new file, which stays.
+    for (int race = 0; race < kRaces && is_due(look_at(current.text)); ++race) {
         const Backups backups = look_for_backups(file);
-        if (backups.any) make_room(file, backups, now.size);
         const BackupPath next(file, next_number(file, backups.highest));
-        if (platform::rename_file(current.text, next.text) == 0) return;
-        if (errno != EEXIST) return;
+        const FileNow now = look_at(current.text);
+        if (!is_due(now)) return;
+        if (backups.any) make_room(file, backups, now.size);
+        if (platform::rename_file(current.text, next.text) == 0 || errno != EEXIST) return;
     }
 }
 
