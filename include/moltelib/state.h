@@ -107,8 +107,10 @@ MOLTE_API MOLTE_BASEVAR g_stBv;
  * Brings the library up: 1 when this call did it, 0 when it is up. -1 on failure, with the history
  * in the error record; what was done so far stays. A failure before nInitCount is raised may be
  * tried again; after a later one the next call gives 0, and only ORVEX_BASE_ReleaseVar leads on.
- * A szAppName that a program has set before stays, and its szAppShortName with it; so does a
- * szAppVersion. Threads that come first at the same time wait for the one that does it.
+ * Success leaves in the error record what was met on the way: a parameter that the INI file lacks,
+ * a program without a version, the faults of the file of string resources. A szAppName that a
+ * program has set before stays, and its szAppShortName with it; so does a szAppVersion. Threads
+ * that come first at the same time wait for the one that does it.
  */
 MOLTE_API int32_t ORVEX_BASE_InitVar(void);
 

@@ -11,7 +11,6 @@
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/array.h"
-#include "moltelib/error.h"
 #include "moltelib/error_log.h"
 #include "moltelib/file.h"
 #include "moltelib/language.h"
@@ -128,13 +127,7 @@ int32_t ORVEX_BASE_InitVar(void) {
     MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
     molte::remember_host_name();
     raise_count();
-    // What the INI file or the program lacks is no failure: who comes here by the way of a report
-    // keeps the error he has.
-    ORVEX_ERRDATA before;
-    ORVEX_CopyErrData(&before);
-    const int32_t result = bring_up_rest();
-    if (result > 0) ORVEX_SetErrData(&before);
-    return result;
+    return bring_up_rest();
 }
 
 int32_t ORVEX_BASE_ReleaseVar(void) {

@@ -232,6 +232,18 @@ class LoadedResource : public testing::Test, protected Configured {
     }
 };
 
+TEST_F(LoadedResource, FaultsInItAreInTheRecordAfterBringUp) {
+    write_ini("DEF_LANG_ID = 2052\n");
+    add_resource("zh/cn/moltelibrc_zh.xml",
+                 "<ORVEX_RESOURCE><ITEM/><STRINGTABLE><ITEM id='20' value='cn'/>"
+                 "</STRINGTABLE></ORVEX_RESOURCE>");
+    ORVEX_Err_Set(77, 0, "caller", 1, 0, nullptr, 0);
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
+    EXPECT_EQ(history_of_this_thread(), kRootLines + ", 263 rcxmlpro");
+    EXPECT_STREQ(GetRVEXErrStrByErrno(20), "cn");  // the rest of the file is used
+    ORVEX_BASE_ReleaseVar();
+}
+
 TEST_F(LoadedResource, TheFileOfTheLanguage) {
     EXPECT_STREQ(GetRVEXErrStrByErrno(20), "Unknown");
     for (const auto& [file, text] : {std::pair<Text, Text>{"zh/cn/moltelibrc_zh.xml", "cn"},
