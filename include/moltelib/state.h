@@ -109,8 +109,15 @@ MOLTE_API MOLTE_BASEVAR g_stBv;
  * tried again; after a later one the next call gives 0, and only ORVEX_BASE_ReleaseVar leads on.
  * Success leaves in the error record what was met on the way: a parameter that the INI file lacks,
  * a program without a version, the faults of the file of string resources. A szAppName that a
- * program has set before stays, and its szAppShortName with it; so does a szAppVersion. Threads
- * that come first at the same time wait for the one that does it.
+ * program has set before stays, and its szAppShortName with it; so does a szAppVersion.
+ *
+ * A thread that calls while another one brings the library up waits for the end, and gets 0. One
+ * that runs or closes a text hook, or holds ORVEX_InnerTimeLock, waits no longer than until
+ * nInitCount is raised, since bring-up may need the lock that it holds; the short lock is there
+ * then, and what else is missing comes while it runs. ORVEX_ShortOpLock, MOLTE_ERRLOG_Lock,
+ * MOLTE_BERRLOG_Retr and MOLTE_WaitThreadBurst call this only while nInitCount is 0. When the
+ * thread that does it is ended in the middle, or a process is forked in which it isn't, the next
+ * call begins again if nInitCount wasn't raised, and else takes it for a failure: 0.
  */
 MOLTE_API int32_t ORVEX_BASE_InitVar(void);
 

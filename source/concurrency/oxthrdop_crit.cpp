@@ -1,4 +1,5 @@
 // Critical sections: the platform's, in a block of the interface's own.
+#include "concurrency/oxthrdop.h"
 #include "core/report.h"
 #include "moltelib/thread.h"
 #include "platform/critical_section.h"
@@ -16,6 +17,10 @@ CRITICAL_SECTION* native(OXCRITSECT* section) {
 }
 
 }  // namespace
+
+bool molte::holds(const OXCRITSECT& section) {
+    return platform::holds_section(reinterpret_cast<const CRITICAL_SECTION*>(&section));
+}
 
 int32_t ORVEX_InitCritSect(OXCRITSECT* pSection) {
     InitializeCriticalSection(native(pSection));

@@ -1,6 +1,7 @@
 // The run-time's local-time functions share a record among all threads; one lock guards it.
 #include <cstring>
 
+#include "concurrency/oxthrdop.h"
 #include "core/owners.h"
 #include "moltelib/thread.h"
 #include "platform/time.h"
@@ -9,11 +10,7 @@ namespace {
 
 constexpr size_t kFieldBytes = 9 * sizeof(int);  // tm_sec to tm_isdst
 constexpr size_t kTextSize = 26;
-
-OXCRITSECT& time_lock() {
-    static molte::LastingLock lock;
-    return lock.section;
-}
+using molte::time_lock;
 
 __time64_t moment_or_now(const int64_t* moment) {
     return moment != nullptr ? static_cast<__time64_t>(*moment) : _time64(nullptr);
@@ -25,6 +22,11 @@ char* copied(char* text, char* dst) {
 }
 
 }  // namespace
+
+OXCRITSECT& molte::time_lock() {
+    static LastingLock lock;
+    return lock.section;
+}
 
 int32_t ORVEX_InnerTimeLock(void) {
     return MOLTE_EnterCrit(&time_lock());

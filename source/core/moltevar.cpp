@@ -2,15 +2,17 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <string_view>
 
+#include "concurrency/oxthrdop.h"
 #include "configuration/rcxmlpro.h"
 #include "core/identity.h"
+#include "core/otxthook.h"
 #include "core/report.h"
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/array.h"
+#include "moltelib/clock.h"
 #include "moltelib/error_log.h"
 #include "moltelib/file.h"
 #include "moltelib/language.h"
@@ -22,6 +24,7 @@
 #include "moltelib/thread.h"
 #include "moltelib/thread_data.h"
 #include "moltelib/thread_list.h"
+#include "platform/threads.h"
 
 namespace {
 
@@ -30,31 +33,29 @@ constexpr molte::Module kModule("moltevar");
 constexpr uint32_t kDefaultErrorMask = 8200;  // error flag and text error log
 constexpr int32_t kFirstListenBacklog = 100;  // until its parameter is read
 
-// Threads that come first at the same time: one of them brings the library up and the others wait,
-// so that none sees it half made. Programs owe nothing to this; it guards the lazy ways in.
-std::mutex bring_up_mutex;
+// The number of the thread that brings the library up, 0 while none does. This is no lock: one
+// would stay held when that thread is ended, and in a process that is forked meanwhile.
+std::atomic<uint32_t> builder{0};
 
 bool is_up() {
     return std::atomic_ref(g_stBv.nInitCount).load(std::memory_order_acquire) != 0;
 }
 
+// Others may print already.
 void allow_output() {
-    g_stBv.bOutputMsg = 1;
-    g_stBv.nPrintErrorMask = kDefaultErrorMask;
-    g_stBv.nPrintInfoMask = 0;
+    std::atomic_ref(g_stBv.bOutputMsg).store(1, std::memory_order_relaxed);
+    std::atomic_ref(g_stBv.nPrintErrorMask).store(kDefaultErrorMask, std::memory_order_relaxed);
+    std::atomic_ref(g_stBv.nPrintInfoMask).store(0, std::memory_order_relaxed);
 }
 
-// The short lock comes first, though nothing but the count tells of it: a thread that sees the
-// count raised enters the lock at once.
+// The short lock and the first values come before it, for a thread that sees the count raised goes
+// on at once.
 void raise_count() {
     MOLTE_InitCrit(&g_stBv.stShortOpLock);
-    std::atomic_ref(g_stBv.nInitCount).fetch_add(1, std::memory_order_release);
-}
-
-void set_first_values() {
     g_stBv.bErrLogEnabled = 1;
     g_stBv.bBackupErrLogFile = 1;
     g_stBv.nListenBacklogCnt = kFirstListenBacklog;
+    std::atomic_ref(g_stBv.nInitCount).fetch_add(1, std::memory_order_release);
 }
 
 int32_t make_line_buffer_list() {
@@ -90,7 +91,6 @@ void measure_program() {
 
 // All steps behind the count: a failure here is final.
 int32_t bring_up_rest() {
-    set_first_values();
     if (OTXTHOOK_Init() < 0) return kModule.trace(388);
     if (make_line_buffer_list() < 0) return kModule.trace(389);
     close_hooks_at_exit();
@@ -103,6 +103,28 @@ int32_t bring_up_rest() {
     MOLTE_InitCrit(&g_stBv.stCounterLock);
     molte::RCXML_Init();  // without texts an error reads "Unknown"
     return 1;
+}
+
+int32_t bring_up() {
+    allow_output();
+    if (MOLTE_THDATA_Init() < 0) return kModule.trace(373);
+    MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
+    molte::remember_host_name();
+    raise_count();
+    return bring_up_rest();
+}
+
+// Makes this thread the builder in the place of none, or of one that is gone.
+bool become_builder(uint32_t self) {
+    uint32_t other = builder.load();
+    if (other != 0 && platform::thread_lives(other)) return false;
+    return builder.compare_exchange_strong(other, self);
+}
+
+// Who holds a lock that bring-up may enter must not wait for it. All others that it enters are held
+// for moments and never around a call of it.
+bool must_not_wait() {
+    return molte::holds(molte::hooks::list_lock().stCrit) || molte::holds(molte::time_lock());
 }
 
 void release_state() {
@@ -119,15 +141,18 @@ void release_state() {
 }  // namespace
 
 int32_t ORVEX_BASE_InitVar(void) {
-    if (is_up()) return 0;
-    const std::lock_guard guard(bring_up_mutex);
-    if (is_up()) return 0;
-    allow_output();
-    if (MOLTE_THDATA_Init() < 0) return kModule.trace(373);
-    MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
-    molte::remember_host_name();
-    raise_count();
-    return bring_up_rest();
+    const uint32_t self = ORVEX_THREAD_GetCurID();
+    while (!is_up() || builder.load() != 0) {
+        if (builder.load() == self) return 0;  // from within
+        if (become_builder(self)) {
+            const int32_t result = is_up() ? 0 : bring_up();
+            builder = 0;
+            return result;
+        }
+        if (is_up() && must_not_wait()) return 0;
+        ORVEX_SleepMilli(1);
+    }
+    return 0;
 }
 
 int32_t ORVEX_BASE_ReleaseVar(void) {

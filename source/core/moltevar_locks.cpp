@@ -1,6 +1,7 @@
 // The short global lock, critical sections that know whether they were made, and the counters of
 // file traffic.
 #include <atomic>
+#include <cstring>
 
 #include "core/owners.h"
 #include "core/report.h"
@@ -20,7 +21,9 @@ struct Counters {
 };
 
 int32_t add(const Counters& counters, int64_t bytes, int64_t ticks) {
-    if (g_stBv.stCounterLock.bInited == 0) return 0;
+    // Some threads don't wait for the end of bring-up.
+    if (std::atomic_ref(g_stBv.stCounterLock.bInited).load(std::memory_order_acquire) == 0)
+        return 0;
     const molte::CritGuard guard(g_stBv.stCounterLock);
     ++counters.count;
     counters.bytes += bytes;
@@ -46,9 +49,10 @@ int32_t ORVEX_ShortOpUnLock(void) {
 
 int32_t MOLTE_InitCrit(MOLTE_CRIT* pCrit) {
     if (pCrit == nullptr) return kModule.fail(molte::here(), kBadArgument);
-    *pCrit = {};
+    std::memset(&pCrit->stCrit, 0, sizeof pCrit->stCrit);
+    std::memset(pCrit->abyReserved, 0, sizeof pCrit->abyReserved);
     ORVEX_InitCritSect(&pCrit->stCrit);
-    pCrit->bInited = 1;
+    std::atomic_ref(pCrit->bInited).store(1, std::memory_order_release);
     return 1;
 }
 

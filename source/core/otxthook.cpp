@@ -123,19 +123,22 @@ void Walk::free_removed() {
 
 }  // namespace molte::hooks
 
+// Hooks run under the lock for as long as they please, so who finds them up doesn't want it.
 int32_t OTXTHOOK_Init(void) {
+    std::atomic_ref up(state().bInited);
+    if (up.load(std::memory_order_acquire) != 0) return 0;
     const molte::CritGuard guard(list_lock());
-    if (state().bInited != 0) return 0;
-    state().bInited = 1;
+    if (up.load(std::memory_order_relaxed) != 0) return 0;
     std::atomic_ref(state().bCsReady).store(1, std::memory_order_release);
     OTXTHOOK_PARAM_Init();
+    up.store(1, std::memory_order_release);
     return 1;
 }
 
 int32_t OTXTHOOK_Release(void) {
     const molte::CritGuard guard(list_lock());
     if (state().bInited == 0) return 0;
-    state().bInited = 0;
+    std::atomic_ref(state().bInited).store(0, std::memory_order_relaxed);
     std::atomic_ref(state().bCsReady).store(0, std::memory_order_release);
     while (state().pHead != nullptr) remove_node(&state().pHead);
     withdraw_parameters();

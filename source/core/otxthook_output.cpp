@@ -79,6 +79,10 @@ void switch_printing(int32_t on) {
     std::atomic_ref(g_stBv.bOutputMsg).store(on, std::memory_order_relaxed);
 }
 
+uint32_t mask_of(uint32_t& field) {
+    return std::atomic_ref(field).load(std::memory_order_relaxed);
+}
+
 [[gnu::format(printf, 2, 0)]] int32_t print(uint32_t mask, const char* format, va_list arguments) {
     if (!printing_is_on()) return 0;
     return MOLTE_UTIL_OutMsg(mask | MOLTE_UTIL_GetInOutMask(), format, arguments);
@@ -155,7 +159,7 @@ int32_t MOLTE_Print(uint32_t nMask, const char* pszFmt, ...) {
 int32_t MOLTE_PrintInfo(const char* pszFmt, ...) {
     va_list args;
     va_start(args, pszFmt);
-    const int32_t result = print(g_stBv.nPrintInfoMask, pszFmt, args);
+    const int32_t result = print(mask_of(g_stBv.nPrintInfoMask), pszFmt, args);
     va_end(args);
     return result;
 }
@@ -163,7 +167,7 @@ int32_t MOLTE_PrintInfo(const char* pszFmt, ...) {
 int32_t MOLTE_PrintError(const char* pszFmt, ...) {
     va_list args;
     va_start(args, pszFmt);
-    const int32_t result = print(g_stBv.nPrintErrorMask, pszFmt, args);
+    const int32_t result = print(mask_of(g_stBv.nPrintErrorMask), pszFmt, args);
     va_end(args);
     return result;
 }

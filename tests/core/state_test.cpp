@@ -1,5 +1,10 @@
 #include "support/test.h"
 
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 class State : public testing::Test {
@@ -92,6 +97,91 @@ TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
     EXPECT_EQ(counted, 4000);
     EXPECT_EQ(g_stBv.nInitCount, 1);
 }
+
+// Another thread brings the library up, and can't end before the local time is unlocked here.
+class HeldBuilder {
+ public:
+    HeldBuilder() {
+        ORVEX_InnerTimeLock();
+        ORVEX_CreateThread(&thread_, 0, run, &result_, 0, nullptr);
+        while (std::atomic_ref(g_stBv.nInitCount) == 0) std::this_thread::yield();
+    }
+    ~HeldBuilder() { ORVEX_CloseThreadHandle(thread_); }
+    HeldBuilder(const HeldBuilder&) = delete;
+    HeldBuilder& operator=(const HeldBuilder&) = delete;
+    int32_t finish() {
+        ORVEX_InnerTimeUnlock();
+        ORVEX_EVENT_Wait(thread_);
+        return result_;
+    }
+
+ private:
+    static uint32_t run(void* result) {
+        *static_cast<int32_t*>(result) = ORVEX_BASE_InitVar();
+        MOLTE_THDATA_FreeData();
+        return 0;
+    }
+    OXHANDLE thread_ = nullptr;
+    int32_t result_ = 0;
+};
+
+TEST_F(State, OthersWaitForTheWholeOfBringUp) {
+    HeldBuilder builder;
+    EXPECT_EQ(ORVEX_BASE_InitVar(), 0);  // this thread holds what the builder waits for
+    EXPECT_EQ(ORVEX_ShortOpLock() + ORVEX_ShortOpUnLock(), 2);
+    int32_t result = -1;
+    bool whole = false;
+    std::thread other([&] {
+        result = ORVEX_BASE_InitVar();
+        whole = g_stBv.stCounterLock.bInited != 0;
+    });
+    ORVEX_SleepMilli(20);  // the time in which one that doesn't wait is seen
+    EXPECT_EQ(builder.finish(), 1);
+    other.join();
+    EXPECT_EQ(result, 0);
+    EXPECT_TRUE(whole);
+}
+
+// The list of hooks is locked while they run and while they are closed.
+TEST_F(State, HooksAndBringUpDoNotWaitForEachOther) {
+    static std::unique_ptr<HeldBuilder> builder;
+    static const auto meet = [] {
+        builder = std::make_unique<HeldBuilder>();
+        EXPECT_EQ(ORVEX_ShortOpLock() + ORVEX_ShortOpUnLock(), 2);
+        EXPECT_EQ(ORVEX_BASE_InitVar(), 0);
+    };
+    const auto hook = [](uint32_t, void*, int32_t, const char*, int32_t) {
+        meet();
+        EXPECT_EQ(builder->finish(), 1);  // while the list is locked
+        return 0;
+    };
+    const auto close = [](void*, int32_t) {
+        meet();
+        return 0;
+    };
+    OTXTHOOK_InstallHook(hook, nullptr, nullptr, 0, OXMSG_TO_OUTER, 1);
+    EXPECT_EQ(OTXTHOOK_OutText(0, "x", 1, 0), 1);
+    ORVEX_BASE_ReleaseVar();
+    OTXTHOOK_InstallHook(hook, close, nullptr, 0, OXMSG_TO_OUTER, 1);
+    EXPECT_EQ(OTXTHOOK_Release(), 1);
+    EXPECT_EQ(builder->finish(), 1);
+    builder = nullptr;
+}
+
+#if !defined(_WIN32)
+TEST_F(State, AForkedChildDoesNotWaitForABuilderThatItLacks) {
+    HeldBuilder builder;
+    const pid_t child = fork();
+    if (child == 0) {
+        ORVEX_InnerTimeUnlock();
+        _exit(ORVEX_BASE_InitVar() == 0 ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(builder.finish(), 1);
+}
+#endif
 
 TEST_F(State, CountersCountFromBringUpOn) {
     int64_t* const counters = &g_stBv.n64ReadCount;  // six in a row

@@ -74,6 +74,8 @@ TEST(Threads, TellTheirNumberWithAnyStackThatThereCanBe) {
             EXPECT_EQ(exit_code_of(thread), 7U);
             EXPECT_EQ(shared.number, number);
             EXPECT_TRUE(number != 0 && number != GetCurrentThreadId());
+            while (platform::thread_lives(number)) Sleep(1);  // its end is signalled from within
+            EXPECT_TRUE(platform::thread_lives(GetCurrentThreadId()));
         }
     }
     EXPECT_EQ(error_if(!CreateThread(nullptr, std::size_t{1} << 50, run, nullptr, 0, nullptr)),

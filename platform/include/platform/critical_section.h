@@ -11,7 +11,18 @@
 
 #include "platform/types.h"
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+
+namespace platform {
+
+// Whether the calling thread holds the section.
+inline bool holds_section(const CRITICAL_SECTION* section) {
+    return HandleToULong(section->OwningThread) == GetCurrentThreadId();
+}
+
+}  // namespace platform
+
+#else
 
 #include <atomic>
 #include <cstdint>
@@ -47,6 +58,10 @@ inline bool holds_section(const CRITICAL_SECTION* section, const void* self) {
     const std::uint32_t taken_in = section->state.load(std::memory_order_relaxed) & ~3U;
     return taken_in == section_generation.load(std::memory_order_relaxed) ||
            self == section_survivor;
+}
+
+inline bool holds_section(const CRITICAL_SECTION* section) {
+    return holds_section(section, __builtin_thread_pointer());
 }
 
 // Whether it was held by a thread that the fork left behind.

@@ -34,3 +34,10 @@ BOOL GetExitCodeThread(HANDLE thread, DWORD* exit_code);
 DWORD GetCurrentThreadId();
 
 #endif
+
+namespace platform {
+
+// Whether the calling process has a thread of that number.
+bool thread_lives(DWORD number);
+
+}  // namespace platform

@@ -212,6 +212,10 @@ Breakable::~Breakable() {
     control.unbroken = depth_;
 }
 
+bool thread_lives(DWORD number) {
+    return syscall(SYS_tgkill, getpid(), static_cast<pid_t>(number), 0) == 0;
+}
+
 }  // namespace platform
 
 using platform::ObjectType;
