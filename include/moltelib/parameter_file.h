@@ -33,7 +33,7 @@
 
 #define MOLTE_PARAM_SLOT 128
 
-/* 1, at first: names are compared exactly. 0: without regard to the case of A to Z. */
+/* 1, at first: names are compared exactly. 0: without regard to case, as MOLTE_STR_stricmp does. */
 MOLTE_API int32_t g_bParamIsCaseSensitive;
 
 /* ---- Files by path ---- */

@@ -1,8 +1,9 @@
 /*
  * Bounded formatting and copying of text, its length, and what can be asked of it.
  *
- * Bytes from 128 up are no digits, no blanks and not printable, and have no case. Pointers must not
- * be null unless a function says what it does then.
+ * Blanks, printable characters and the case of letters are those of the code page that
+ * OXLANG_SetLocale has set, of ASCII alone before it. Lead bytes of double-byte characters are none
+ * of them and have no case. Pointers must not be null unless a function says what it does then.
  */
 #ifndef MOLTELIB_TEXT_H
 #define MOLTELIB_TEXT_H
@@ -61,9 +62,9 @@ MOLTE_API int32_t ox_copytoesc(char* dst, int32_t dstSize, const char* src, char
                                char escChar);
 
 /*
- * Compares without regard to the case of letters: below 0, 0 or above 0. With null pointers the
- * result is a == b: 1 for two nulls and 0, which reads as equal, for one. The names are one
- * function.
+ * Compares byte by byte without regard to the case of letters: below 0, 0 or above 0. With null
+ * pointers the result is a == b: 1 for two nulls and 0, which reads as equal, for one. The names
+ * are one function.
  */
 MOLTE_API int32_t MOLTE_STR_stricmp(const char* a, const char* b);
 MOLTE_API int32_t MOLTE_STR_IsSamePath(const char* a, const char* b);

@@ -4,7 +4,7 @@
  * Functions that take bytes work on bytes; those that take a set of characters walk by whole
  * characters of the process's code page, where a double-byte character's value is its lead byte
  * times 256 plus its trail byte. A lead byte that ends the text stands for itself. Blanks and the
- * case of letters are those of ASCII, whatever the language: bytes from 128 up are and have none.
+ * case of letters are those of the code page, for each byte alone.
  */
 #ifndef MOLTELIB_TEXT_EDIT_H
 #define MOLTELIB_TEXT_EDIT_H

@@ -1,7 +1,8 @@
 /*
  * Search in a text, and the search object, which finds or replaces a literal text.
  *
- * The case of letters is that of ASCII, whatever the language: bytes from 128 up have none.
+ * The case of letters is that of the code page that OXLANG_SetLocale has set, for each byte alone:
+ * a trail byte that is a letter of ASCII has a case, too.
  */
 #ifndef MOLTELIB_TEXT_SEARCH_H
 #define MOLTELIB_TEXT_SEARCH_H

@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "platform/code_page.h"
 
 namespace platform {
 
@@ -8,8 +8,8 @@ int compare_no_case(const char* a, const char* b) {
 
 int compare_no_case(const char* a, const char* b, std::size_t limit) {
     for (std::size_t i = 0; i < limit; ++i) {
-        const int left = to_lower(static_cast<unsigned char>(a[i]));
-        const int right = to_lower(static_cast<unsigned char>(b[i]));
+        const int left = small_of(static_cast<unsigned char>(a[i]));
+        const int right = small_of(static_cast<unsigned char>(b[i]));
         if (left != right || left == 0) return left - right;
     }
     return 0;

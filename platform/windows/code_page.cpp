@@ -34,13 +34,26 @@ bool has_code_page() {
     return code_page() != 0;
 }
 
+// The run-time may answer anything for a lead byte.
+
 bool is_letter(unsigned char byte) {
-    return isalpha(byte) != 0;
+    return !is_lead_byte(byte) && isalpha(byte) != 0;
 }
 
-// The run-time may answer anything for a lead byte, which is no character.
+bool is_white_beyond_ascii(unsigned char byte) {
+    return !is_lead_byte(byte) && isspace(byte) != 0;
+}
+
+bool is_printed_beyond_ascii(unsigned char byte) {
+    return !is_lead_byte(byte) && isprint(byte) != 0;
+}
+
 unsigned char capital_beyond_ascii(unsigned char byte) {
     return is_lead_byte(byte) ? byte : static_cast<unsigned char>(toupper(byte));
+}
+
+unsigned char small_beyond_ascii(unsigned char byte) {
+    return is_lead_byte(byte) ? byte : static_cast<unsigned char>(tolower(byte));
 }
 
 int longest_char() {

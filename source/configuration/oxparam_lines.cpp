@@ -2,7 +2,7 @@
 
 #include "configuration/parameter_lines.h"
 #include "moltelib/parameter_file.h"
-#include "platform/text.h"
+#include "platform/code_page.h"
 
 int32_t g_bParamIsCaseSensitive = 1;
 

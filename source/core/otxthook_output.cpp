@@ -38,8 +38,8 @@ void add_time(int64_t span, int64_t* ticks, int32_t* seconds) {
     static const int64_t per_second = MOLTE_HiResoTickPerSec();
     if (__builtin_add_overflow(*ticks, span, ticks)) *ticks = INT64_MAX;
     int64_t rest = 0;
-    const bool far = __builtin_sub_overflow(*ticks, *seconds * per_second, &rest);
-    if (!far && rest >= 0 && rest < per_second) return;
+    const bool outside = __builtin_sub_overflow(*ticks, *seconds * per_second, &rest);
+    if (!outside && rest >= 0 && rest < per_second) return;
     *seconds = static_cast<int32_t>(std::clamp<int64_t>(*ticks / per_second, INT32_MIN, INT32_MAX));
 }
 

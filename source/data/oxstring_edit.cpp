@@ -5,14 +5,14 @@
 #include "data/character.h"
 #include "moltelib/text_edit.h"
 #include "moltelib/text_search.h"
-#include "platform/text.h"
+#include "platform/code_page.h"
 
 namespace {
 
 constexpr molte::Module kModule("oxstring");
 
-bool is_space(char c) {
-    return platform::is_space(static_cast<unsigned char>(c));
+bool is_white(char c) {
+    return platform::is_white(static_cast<unsigned char>(c));
 }
 
 void remove_head(char* text, size_t count) {
@@ -101,14 +101,14 @@ int32_t MOLTE_STR_RightTrim(char* s, char ch) {
 }
 
 char* MOLTE_STR_LeftTrimSpace(const char* s) {
-    while (s != nullptr && is_space(*s)) ++s;
+    while (s != nullptr && is_white(*s)) ++s;
     return const_cast<char*>(s);
 }
 
 int32_t MOLTE_STR_RightTrimSpace(char* s) {
     if (s == nullptr) return 0;
     size_t end = strlen(s);
-    while (end > 0 && is_space(s[end - 1])) --end;
+    while (end > 0 && is_white(s[end - 1])) --end;
     s[end] = 0;
     return 1;
 }

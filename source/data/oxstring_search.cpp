@@ -6,7 +6,7 @@
 #include "data/oxstring_grow.h"
 #include "moltelib/memory.h"
 #include "moltelib/text_search.h"
-#include "platform/text.h"
+#include "platform/code_page.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr molte::Module kModule("oxstring");
 constexpr int32_t kMatchesToAdd = 8;
 
 char folded(char c) {
-    return static_cast<char>(platform::to_lower(static_cast<unsigned char>(c)));
+    return static_cast<char>(platform::small_of(static_cast<unsigned char>(c)));
 }
 char same(char c) {
     return c;

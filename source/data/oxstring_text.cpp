@@ -36,7 +36,7 @@ size_t count_of(int64_t n) {
 
 bool is_blank(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return platform::is_space(byte) || !platform::is_print(byte);
+    return platform::is_white(byte) || !platform::is_printed(byte);
 }
 
 bool lies_within(const char* text, int32_t pos, int32_t len) {

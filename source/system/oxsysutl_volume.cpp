@@ -6,8 +6,8 @@
 #include "data/character.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/system_info.h"
+#include "platform/code_page.h"
 #include "platform/machine.h"
-#include "platform/text.h"
 
 using molte::here;
 using molte::SystemError;

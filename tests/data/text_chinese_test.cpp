@@ -1,4 +1,5 @@
-// What depends on the process's code page: walking by whole characters, and conversion.
+// What depends on the process's code page: blanks and the case of letters, walking by whole
+// characters, and conversion.
 #include "support/test.h"
 
 namespace {
@@ -6,6 +7,35 @@ namespace {
 #define A1 "\xB0\xA1"     // U+554A
 #define YI "\xD2\xBB"     // U+4E00
 #define SLASH "\x81\x5C"  // U+4E57, the trail byte is a backslash
+
+TEST(CodePages, HaveTheirLettersAndBlanks) {
+    // Bytes; whether they are the same but for their case in Latin, and in Chinese.
+    const tuple<Text, Text, bool, bool> pairs[] = {
+        {"\xC9", "\xE9", true, false},  {"a\x8Ez", "A\x9EZ", true, false},
+        {"\x9F", "\xFF", true, false},  {"\xD7", "\xF7", false, false},
+        {"\xDF", "\xFF", false, false}, {"\x81\x41", "\x81\x61", true, true}};
+    const std::pair<Text, int32_t> blanks[] = {
+        {"\xC9", 0}, {"\xA0", 1}, {" \xA0\x81", 1}, {"\xBF", 0}, {" \x8A", 0}};  // in Latin
+    for (const int32_t language : {OXLANG_ENGLISH, OXLANG_SPANISH, OXLANG_CHINESE}) {
+        ASSERT_EQ(OXLANG_SetLocale(language), 1);
+        const bool latin = language != OXLANG_CHINESE;
+        for (const auto& [a, b, in_latin, in_chinese] : pairs) {
+            const bool same = latin ? in_latin : in_chinese;
+            EXPECT_EQ(MOLTE_STR_stricmp(a, b) == 0, same) << a << " " << language;
+            EXPECT_EQ(MOLTE_STR_FindSubStr(("x"s + a).c_str(), b), same ? 1 : -1) << a;
+        }
+        EXPECT_GT(MOLTE_STR_stricmp("\xC9", "z"), 0);  // as unsigned bytes
+        for (const auto& [text, blank] : blanks) {
+            const auto length = static_cast<int32_t>(strlen(text));
+            EXPECT_EQ(MOLTE_STR_SBIsBlank(text, length), latin ? blank : 1) << text;
+            EXPECT_EQ(MOLTE_STR_MBIsBlank(text, length), latin ? blank : 0) << text;
+        }
+        char text[] = " \xA0x\xA0 ";
+        EXPECT_EQ(MOLTE_STR_LeftTrimSpace(text), text + (latin ? 2 : 1));
+        MOLTE_STR_RightTrimSpace(text);
+        EXPECT_STREQ(text, latin ? " \xA0x" : " \xA0x\xA0");
+    }
+}
 
 TEST(Chinese, SearchesByWholeCharacters) {
     ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);

@@ -73,6 +73,43 @@ TEST_F(CodePage, EveryCharacterComesBackAndIsUnique) {
     EXPECT_EQ(seen.size(), 0x80U + 126U * 190U);
 }
 
+// The bytes from 128 up of which something holds, as "from-to " in hexadecimal.
+template <typename Holds>
+std::string runs_of(Holds holds) {
+    std::string runs;
+    for (unsigned from = 0x80; from < 0x100; ++from) {
+        unsigned to = from;
+        while (to < 0x100 && holds(static_cast<unsigned char>(to))) ++to;
+        char run[8];
+        std::snprintf(run, sizeof run, "%02X-%02X ", from, to - 1);
+        if (to > from) runs += run;
+        from = to;
+    }
+    return runs;
+}
+
+TEST_F(CodePage, WhatBytesAre) {
+    using Byte = unsigned char;
+    for (const char* locale : {"us", "esp", "chs", "C"}) {
+        ASSERT_TRUE(use(locale));
+        const bool latin = *locale == 'u' || *locale == 'e';
+        EXPECT_EQ(runs_of(platform::is_white), latin ? "A0-A0 " : "") << locale;
+        EXPECT_EQ(runs_of(platform::is_printed), latin ? "82-8C 8E-8E 91-97 9A-9C 9E-FF " : "");
+        EXPECT_EQ(runs_of(platform::is_letter),
+                  latin ? "83-83 88-88 8A-8A 8C-8C 8E-8E 9A-9A 9C-9C 9E-9F AA-AA B5-B5 BA-BA "
+                          "C0-D6 D8-F6 F8-FF "
+                        : "");
+        EXPECT_EQ(runs_of([](Byte byte) { return platform::small_of(byte) != byte; }),
+                  latin ? "8A-8A 8C-8C 8E-8E 9F-9F C0-D6 D8-DE " : "");
+        for (int byte = 0; byte < 0x100; ++byte) {
+            const Byte lower = platform::small_of(static_cast<Byte>(byte));
+            EXPECT_TRUE(lower == byte || platform::capital_of(lower) == byte) << byte;
+        }
+        EXPECT_EQ(runs_of([](Byte byte) { return platform::capital_of(byte) != byte; }),
+                  latin ? "9A-9A 9C-9C 9E-9E E0-F6 F8-FF " : "");
+    }
+}
+
 TEST_F(CodePage, RefusesWhatItLacks) {
     const std::pair<const char*, unsigned> lacking[] = {
         {"C", 0x100},   {"C", 0x20AC}, {"us", 0x100},  {"us", 0x4E00}, {"us", 0xFF21},

@@ -49,12 +49,31 @@ inline bool is_lead_byte(unsigned char byte) {
 }
 #endif
 
-// Whether a byte alone is a letter, and its capital: itself if it has none. (isalpha, toupper)
+// What a byte alone is, and its capital and small letter: itself if it has none. A lead byte is no
+// character, and so nothing of all that. (isalpha, isspace, isprint, toupper, tolower)
 bool is_letter(unsigned char byte);
+bool is_white_beyond_ascii(unsigned char byte);
+bool is_printed_beyond_ascii(unsigned char byte);
 unsigned char capital_beyond_ascii(unsigned char byte);
+unsigned char small_beyond_ascii(unsigned char byte);
+
+inline bool is_white(unsigned char byte) {
+    return byte < 0x80 ? is_space(byte) : is_white_beyond_ascii(byte);
+}
+inline bool is_printed(unsigned char byte) {
+    return byte < 0x80 ? is_print(byte) : is_printed_beyond_ascii(byte);
+}
 inline unsigned char capital_of(unsigned char byte) {
     return byte < 0x80 ? to_upper(byte) : capital_beyond_ascii(byte);
 }
+inline unsigned char small_of(unsigned char byte) {
+    return byte < 0x80 ? to_lower(byte) : small_beyond_ascii(byte);
+}
+
+// Compares byte by byte without regard to case, at most so many bytes: below 0, 0 or above 0.
+// (_stricmp, _strnicmp)
+int compare_no_case(const char* a, const char* b);
+int compare_no_case(const char* a, const char* b, std::size_t limit);
 
 // Bytes of the longest character: 1 or 2. (MB_CUR_MAX)
 int longest_char();

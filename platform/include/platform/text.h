@@ -1,4 +1,4 @@
-// Formatting, number text, and characters without regard to case.
+// Formatting, number text, and the characters of ASCII.
 #pragma once
 
 #include <cstdarg>
@@ -42,7 +42,7 @@ int64_t _atoi64(const char* text);
 namespace platform {
 
 // Bytes as the "C" locale classes them, whatever locale is in force: 128 and up are no letters,
-// no blanks and not printed.
+// no blanks and not printed. By the code page: platform/code_page.h.
 constexpr bool is_space(unsigned char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
@@ -58,10 +58,5 @@ constexpr unsigned char to_lower(unsigned char c) {
 constexpr unsigned char to_upper(unsigned char c) {
     return c >= 'a' && c <= 'z' ? static_cast<unsigned char>(c - 32) : c;
 }
-
-// Compares without regard to the case of A to Z: below 0, 0 or above 0. (_stricmp, _strnicmp, whose
-// results on bytes from 128 up depend on the run-time)
-int compare_no_case(const char* a, const char* b);
-int compare_no_case(const char* a, const char* b, std::size_t limit);
 
 }  // namespace platform

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "kernel/open_table.h"
-#include "platform/text.h"
+#include "platform/code_page.h"
 #include "registry/registry_store.h"
 
 using platform::keep_error;

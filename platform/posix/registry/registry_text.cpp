@@ -3,8 +3,8 @@
 #include <charconv>
 #include <cstdio>
 
+#include "platform/code_page.h"
 #include "platform/registry.h"
-#include "platform/text.h"
 
 namespace platform {
 

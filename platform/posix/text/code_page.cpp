@@ -178,12 +178,31 @@ bool is_letter(unsigned char byte) {
     return strchr("\x83\x88\x8A\x8C\x8E\x9A\x9C\x9E\x9F\xAA\xB5\xBA", byte) != nullptr;
 }
 
+// The no-break space.
+bool is_white_beyond_ascii(unsigned char byte) {
+    return is_latin() && byte == 0xA0;
+}
+
+// Not the euro, the small tilde, the trade mark, and the bytes that stand for no character.
+bool is_printed_beyond_ascii(unsigned char byte) {
+    return is_latin() && strchr("\x80\x81\x8D\x8F\x90\x98\x99\x9D", byte) == nullptr;
+}
+
 unsigned char capital_beyond_ascii(unsigned char byte) {
     if (!is_latin()) return byte;
     if (byte == 0xFF) return 0x9F;
     if (byte >= 0xE0 && byte != 0xF7) return static_cast<unsigned char>(byte - 0x20);
     const bool caron_or_ligature = byte == 0x9A || byte == 0x9C || byte == 0x9E;
     return static_cast<unsigned char>(caron_or_ligature ? byte - 0x10 : byte);
+}
+
+unsigned char small_beyond_ascii(unsigned char byte) {
+    if (!is_latin()) return byte;
+    if (byte == 0x9F) return 0xFF;
+    if (byte >= 0xC0 && byte <= 0xDE && byte != 0xD7)
+        return static_cast<unsigned char>(byte + 0x20);
+    const bool caron_or_ligature = byte == 0x8A || byte == 0x8C || byte == 0x8E;
+    return static_cast<unsigned char>(caron_or_ligature ? byte + 0x10 : byte);
 }
 
 int longest_char() {
