@@ -105,12 +105,14 @@ int32_t bring_up_rest() {
     return 1;
 }
 
+// Up to the count nothing enters a lock that a program may hold: every thread waits as long. The
+// host name comes behind it, since a report of its failure would.
 int32_t bring_up() {
     allow_output();
     if (MOLTE_THDATA_Init() < 0) return kModule.trace(373);
     MOLTE_THREADLIST_Init(&g_stBv.stThreadList);
-    molte::remember_host_name();
     raise_count();
+    molte::remember_host_name();
     return bring_up_rest();
 }
 
