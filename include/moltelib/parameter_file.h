@@ -17,9 +17,14 @@
  * caller, is cut. Arrays of values are slots in a row; arrays of names are pointers.
  *
  * Every call opens the file, locks it, walks it through and closes it: nothing is kept in memory,
- * and threads and processes may call at any time. A file that is missing is made, empty. A change
- * rewrites the file in place and keeps all other lines byte for byte; a crash in between can lose
- * it, a full disk leaves it as it was. When no value changes the file isn't touched.
+ * and threads and processes may call at any time. A file that is missing is made, empty; one that
+ * can't be opened or read to its end is never written. A change rewrites the file in place, so that
+ * locks hold, and keeps all other lines byte for byte, and a UTF-8 byte order mark before them,
+ * which reading passes over. When no value changes the file isn't touched.
+ *
+ * What can be torn. A write that fails, as on a full disk, puts the old content back. A process or
+ * machine that stops in the middle of a write, and a disk that refuses that as well, leave a file
+ * whose beginning is new and whose rest is old or missing. There is no backup.
  *
  * Results are 1, or -1 with an error of module "oxparam", unless told otherwise: 1 (the path) the
  * file can't be opened, 2 it can't be locked, 20 no memory, 50 a null argument or, to be written,
@@ -120,14 +125,16 @@ MOLTE_API int32_t ORVEX_PARAMETER_CFGEXFFileName(char* pszDst);
  */
 MOLTE_API int32_t ORVEX_PARAMETER_GetCFGEXFServer(char** ppszList, int32_t* pnCount);
 
-/* Writes nCount texts that lie so one after the other. */
+/* Writes nCount texts that lie so one after the other. The same can be torn as of an INI file. */
 MOLTE_API int32_t ORVEX_PARAMETER_SetCFGEXFServer(const char* pszList, int32_t nCount);
 
 /* ---- The identity of the machine, "serverid.dat" ---- */
 
 /*
- * Reads the 16 bytes, 1; or makes a new identity and writes it, 2. An error
- * is then left behind.
+ * Reads the 16 bytes, 1; or makes a new identity and writes it, 2. An error is then left behind.
+ * Beware: whatever keeps the file from being read, and be it that descriptors are out, makes the
+ * identity a NEW one; the file is emptied and written anew. One that is written in part, which is
+ * error 4, counts as none the next time.
  */
 MOLTE_API int32_t ORVEX_PARAMETER_GetServerID(uint8_t* pabyId);
 

@@ -37,6 +37,7 @@ void put_value(char* values, int32_t i, std::string_view value) {
 
 void find_values(std::string_view text, const Names& names, char* values) {
     for (int32_t i = 0; i < names.count(); ++i) put_value(values, i, {});
+    text.remove_prefix(byte_order_mark(text).size());
     while (!text.empty()) {
         const std::string_view piece = take_line(text);
         if (!names.may_be_in(piece)) continue;
@@ -133,7 +134,9 @@ void Rewrite::add_missing() {
 // A file keeps the line ends it has; a new one gets those of the platform.
 int32_t Rewrite::make(std::string_view text) {
     if (allocate(text) < 0) return -1;
-    std::string_view rest = text;
+    const std::string_view mark = byte_order_mark(text);
+    add(mark);
+    std::string_view rest = text.substr(mark.size());
     line_end_ = line_end(text.substr(0, text.find('\n') + 1));
     if (line_end_.empty()) line_end_ = platform::kLineEnd;
     for (int32_t missing = names_.count(); missing > 0 && !rest.empty();) {
@@ -145,7 +148,7 @@ int32_t Rewrite::make(std::string_view text) {
         }
     }
     add(rest);
-    if (size_ > 0 && text_[size_ - 1] != '\n') add(line_end_);
+    if (size_ > mark.size() && text_[size_ - 1] != '\n') add(line_end_);
     add_missing();
     return 1;
 }
@@ -156,16 +159,13 @@ int32_t rewrite(const char* path, const Names& names, const char* values) {
     LockedFile file;
     FileText text;
     Rewrite changed(names, values);
-    if (file.open(path, "r+b", "w+b", 231) < 0 || text.load(file.fd()) < 0) return -1;
+    if (file.open_to_change(path, 231) < 0 || text.load(file.fd()) < 0) return -1;
     if (changed.make(text.text()) < 0) return -1;
     file.close();
     FileText text_now;
-    if (file.open(path, "r+b", "w+b", 323) < 0 || text_now.load(file.fd()) < 0) return -1;
+    if (file.open_to_change(path, 323) < 0 || text_now.load(file.fd()) < 0) return -1;
     if (text_now.text() != text.text() && changed.make(text_now.text()) < 0) return -1;
-    if (file.replace(changed.result()) > 0) return 1;
-    // What was there has its room even on a full disk.
-    static_cast<void>(file.replace(text_now.text()));
-    return -1;
+    return file.change(text_now.text(), changed.result());
 }
 
 }  // namespace
@@ -177,7 +177,7 @@ int32_t PARAMETER_GetValueArray(const char* pszPath, const char* const* ppszName
     }
     LockedFile file;
     FileText text;
-    if (file.open(pszPath, "a+b", "rb", 119) < 0 || text.load(file.fd()) < 0) return -1;
+    if (file.open_or_make(pszPath, 119) < 0 || text.load(file.fd()) < 0) return -1;
     find_values(text.text(), {ppszNames, nCount}, pszValues);
     return 1;
 }

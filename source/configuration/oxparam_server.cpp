@@ -19,6 +19,7 @@ constexpr size_t kPathSize = 256;
 // The bytes used. A terminator takes the place of each line end; a piece of a long line has none.
 size_t list_servers(std::string_view text, char* list, int32_t* count) {
     size_t used = 0;
+    text.remove_prefix(byte_order_mark(text).size());
     while (!text.empty()) {
         std::string_view line = take_line(text, kLongestServerLine);
         line.remove_suffix(line_end(line).size());
@@ -62,7 +63,7 @@ int32_t ORVEX_PARAMETER_GetCFGEXFServer(char** ppszList, int32_t* pnCount) {
     std::memset(list.get(), 0, static_cast<size_t>(room));
     LockedFile file;
     FileText text;
-    if (file.open(path, "rb", "rb", 407) < 0 || text.load(file.fd()) < 0) return -1;
+    if (file.open(path, 407) < 0 || text.load(file.fd()) < 0) return -1;
     // The file may have grown since it was measured.
     const std::string_view known = text.text().substr(0, static_cast<size_t>(size));
     const size_t used = list_servers(known, list.get(), pnCount);
@@ -89,6 +90,7 @@ int32_t ORVEX_PARAMETER_SetCFGEXFServer(const char* pszList, int32_t nCount) {
         name += line.size() + 1;
     }
     LockedFile file;
-    if (file.open(path, "r+b", "w+b", 446) < 0) return -1;
-    return file.replace({text.get(), size});
+    FileText old;
+    if (file.open_to_change(path, 446) < 0 || old.load(file.fd()) < 0) return -1;
+    return file.change(old.text(), {text.get(), size});
 }

@@ -18,10 +18,27 @@ int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int64_t size) {
 
 }  // namespace
 
-int32_t LockedFile::open(const char* path, const char* mode, const char* second_mode,
-                         int32_t line) {
-    stream_.reset(platform::open_stream(path, mode));
-    if (stream_ == nullptr) stream_.reset(platform::open_stream(path, second_mode));
+int32_t LockedFile::open(const char* path, int32_t line) {
+    return take(platform::open_stream(path, "rb"), path, line);
+}
+
+int32_t LockedFile::open_or_make(const char* path, int32_t line) {
+    FILE* stream = platform::open_stream(path, "a+b");
+    return take(stream != nullptr ? stream : platform::open_stream(path, "rb"), path, line);
+}
+
+// Only a file that is missing is made, and not by "w": another process may make it meanwhile.
+int32_t LockedFile::open_to_change(const char* path, int32_t line) {
+    FILE* stream = platform::open_stream(path, "r+b");
+    if (stream == nullptr && errno == ENOENT) {
+        const Stream made(platform::open_stream(path, "a+b"));
+        if (made != nullptr) stream = platform::open_stream(path, "r+b");
+    }
+    return take(stream, path, line);
+}
+
+int32_t LockedFile::take(FILE* stream, const char* path, int32_t line) {
+    stream_.reset(stream);
     if (stream_ == nullptr) return kModule.fail_text(line, kNotOpened, SystemError::runtime, path);
     fd_ = _fileno(stream_.get());
     if (ORVEX_FP_FileLock(stream_.get(), kLockWaiting, 1) < 0) {
@@ -43,25 +60,34 @@ int32_t LockedFile::replace(std::string_view text) const {
     return 1;
 }
 
+int32_t LockedFile::change(std::string_view from, std::string_view to) const {
+    if (replace(to) > 0) return 1;
+    // What was there has its room even on a full disk.
+    static_cast<void>(replace(from));
+    return -1;
+}
+
 int32_t FileText::load(int32_t fd) {
     const int count = _read(fd, near_, sizeof near_);
     if (count < 0) return fail_read(here(), fd, near_, sizeof near_);
     text_ = {near_, static_cast<size_t>(count)};
-    return text_.size() < sizeof near_ ? 1 : load_rest(fd);
-}
-
-int32_t FileText::load_rest(int32_t fd) {
     const int64_t size = ORVEX_FileLen(fd);
     if (size < 0) return kModule.trace(here());
+    if (size <= count) return 1;
+    return load_rest(fd, size);
+}
+
+int32_t FileText::load_rest(int32_t fd, int64_t size) {
     if (size >= kSizeLimit) return kModule.fail(here(), kTooLarge);
     const auto known = static_cast<int64_t>(text_.size());
-    if (size <= known) return 1;
     far_ = allocate<char>(size);
     if (far_ == nullptr) return kModule.trace(here());
-    std::memcpy(far_.get(), near_, sizeof near_);
-    const int more = _read(fd, far_.get() + known, static_cast<unsigned>(size - known));
-    if (more < 0) return fail_read(here(), fd, far_.get(), size);
-    text_ = {far_.get(), static_cast<size_t>(known + more)};
+    std::memcpy(far_.get(), near_, text_.size());
+    errno = 0;
+    if (_read(fd, far_.get() + known, static_cast<unsigned>(size - known)) != size - known) {
+        return fail_read(here(), fd, far_.get(), size);
+    }
+    text_ = {far_.get(), static_cast<size_t>(size)};
     return 1;
 }
 

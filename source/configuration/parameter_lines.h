@@ -23,6 +23,12 @@ inline std::string_view take_line(std::string_view& text, size_t longest = kLong
     return molte::take_line(text, longest);
 }
 
+// The byte order mark that some editors put before UTF-8 text, or nothing.
+inline std::string_view byte_order_mark(std::string_view text) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return text.substr(0, text.starts_with(kMark) ? kMark.size() : 0);
+}
+
 // LF, CR LF or nothing: what a line ends with.
 std::string_view line_end(std::string_view line);
 

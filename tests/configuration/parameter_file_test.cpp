@@ -1,11 +1,38 @@
 #if !defined(_WIN32)
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdarg>
 #endif
 
 #include "support/test.h"
 #include "support/unprivileged.h"
+
+#if !defined(_WIN32)
+// These stand before the C library's. The one open to update that the count tells is refused, as
+// when descriptors are out; the one read comes back short, as before a bad place on a disk.
+static int updates_to_refused = -1;
+static int reads_to_short = -1;
+
+extern "C" [[gnu::visibility("default")]] int open(const char* name, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const unsigned mode = (flags & O_CREAT) != 0 ? va_arg(more, unsigned) : 0;
+    va_end(more);
+    if ((flags & (O_ACCMODE | O_CREAT)) == O_RDWR && updates_to_refused-- == 0) {
+        errno = EMFILE;
+        return -1;
+    }
+    return openat(AT_FDCWD, name, flags, mode);
+}
+
+extern "C" [[gnu::visibility("default")]] ssize_t read(int fd, void* buffer, size_t size) {
+    return syscall(SYS_read, fd, buffer, reads_to_short-- == 0 ? size / 2 : size);
+}
+#endif
 
 namespace {
 
@@ -49,6 +76,7 @@ TEST_F(ParameterFile, LinesAreReadSo) {
         {"Name = 1\nName =\n", "Name", ""},
         {"name = 1\nNames = 2\nNam = 3\n", "Name", ""},
         {"[server]\r\nName = 1 \r\nOther = 2\r\n", "Name", "1 "},
+        {"\xEF\xBB\xBFName = 1\n", "Name", "1"},
         {"Name = a\rb\n", "Name", "a\rb"},  // a CR alone is no line end
         {"Name = a\0b\nOther = 2\n"s, "Name", "a"},
         {"Name = a\0b\nOther = 2\n"s, "Other", "2"},
@@ -111,6 +139,8 @@ TEST_F(ParameterFile, LinesAreChangedSo) {
         {"Name = 1 # n", "Name = 2   # n" + end},
         {"#Name = 1\nname = 1\n", "#Name = 1\nname = 1\nName = 2\n"},
         {"Name = 1\nName = 1\n", "Name = 2\nName = 1\n"},
+        {"\xEF\xBB\xBFName = 1\n", "\xEF\xBB\xBFName = 2\n"},
+        {"\xEF\xBB\xBF", "\xEF\xBB\xBFName = 2" + end},
         {"# dos\r\nName = 1 # n\r\nx\r\n", "# dos\r\nName = 2   # n\r\nx\r\n"},
         {"# dos\r\nName = 1\r\nx", "# dos\r\nName = 2\r\nx\r\n"},
         {"# dos\r\nOther = 1", "# dos\r\nOther = 1\r\nName = 2\r\n"},
@@ -187,6 +217,28 @@ TEST_F(ParameterFile, RefusedArgumentsAndFiles) {
 }
 
 #if !defined(_WIN32)
+TEST_F(ParameterFile, OneFailureOfTheSystemLosesNothing) {
+    const std::string bytes = "A = 1\n" + std::string(40000, '#') + "\nB = 2\n";
+    const std::pair<int, std::string> refused[] = {{0, "@231"}, {1, "@323"}};
+    for (const auto& [updates, line] : refused) {
+        folder_.write("p.ini", bytes);
+        updates_to_refused = updates;
+        EXPECT_EQ(told(PARAMETER_SetValue(path_.c_str(), "A", "3")),
+                  "1 oxparam " + path_ + " " + line);
+        updates_to_refused = -1;
+        EXPECT_TRUE(read_bytes(path_) == bytes) << updates;
+    }
+    // The file is read three times, by two reads each, of which the second is the last.
+    for (int reads = 0; reads < 6; ++reads) {
+        folder_.write("p.ini", bytes);
+        reads_to_short = reads;
+        const bool done = PARAMETER_SetValue(path_.c_str(), "A", "3") == 1;
+        reads_to_short = -1;
+        EXPECT_EQ(done, reads % 2 == 0);
+        EXPECT_TRUE(read_bytes(path_) == (done ? "A = 3" + bytes.substr(5) : bytes)) << reads;
+    }
+}
+
 TEST_F(ParameterFile, AFullDiskLeavesWhatWasThere) {
     const std::string bytes = "A = 1\n" + std::string(5000, '#') + "\nB = 2\n";
     folder_.write("p.ini", bytes);
@@ -343,7 +395,8 @@ TEST_F(DefaultFile, TheListOfServers) {
     EXPECT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 0);
     EXPECT_EQ(list, nullptr);
     // 515 characters are a line; of a longer one each piece takes a terminator more than it has.
-    write("CONF/exfsvr.cfg", std::string(515, 'a') + "\r\n" + std::string(200000, 'b'));
+    write("CONF/exfsvr.cfg",
+          "\xEF\xBB\xBF" + std::string(515, 'a') + "\r\n" + std::string(200000, 'b'));
     EXPECT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 516 + 200000 + 389);
     EXPECT_EQ(count, 390);
     EXPECT_EQ(std::string(list), std::string(515, 'a'));
