@@ -85,6 +85,15 @@ MOLTE_API int32_t MOLTE_LoadKeyList(const char* pszPath, char** ppKeys);
  * Writes a list, with the platform's line ends; n. For n below 1 it gives 0 and touches no file. A
  * file marked read-only is made writable first. -1: 1 not made, 4 not written whole, each with the
  * path.
+ *
+ * The list is written beside the old one, under its name with ".0.tmp" or a higher number, flushed
+ * to the disk and renamed over it: the file is the old list or the new one, whatever fails, and so
+ * is what a reader finds. Its folder must therefore be writable. The new file keeps the permission
+ * and, as far as the system lets, the owner of the old one (on Windows it gets those of the
+ * folder); a symbolic link stays and what it leads to is replaced; a hard link keeps the old list.
+ * A process that is ended on the way leaves the ".tmp" file. Written in place, and so can be torn:
+ * a device or a pipe; on Windows also what a symbolic link leads to and, while it is copied, a list
+ * that somebody else holds open.
  */
 MOLTE_API int32_t MOLTE_SaveKeyList(const char* pszPath, const char* pKeys, int32_t n);
 

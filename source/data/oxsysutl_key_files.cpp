@@ -9,6 +9,7 @@
 #include "moltelib/array.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
+#include "platform/replacement.h"
 #include "platform/text.h"
 
 using molte::here;
@@ -78,6 +79,8 @@ int32_t ListFile::read(const char* path, int32_t unit) {
     if (ORVEX_FileStatByFileName(path, &state) < 0) return kModule.trace(here());
     molte::Descriptor file(_open(path, kReadBinary));
     if (!file.valid()) return fail_path(here(), kNotOpened, path);
+    // By now it may be another file of that name.
+    if (ORVEX_FileStatByFileDes(file.get(), &state) < 0) return fail_path(here(), kNotRead, path);
     if (state.st_size == 0) {
         (void)file.release();  // stays open: meant
         return 0;
@@ -87,10 +90,10 @@ int32_t ListFile::read(const char* path, int32_t unit) {
     }
     bytes = molte::allocate_list<char>(static_cast<size_t>(state.st_size));
     if (bytes == nullptr) return kModule.trace(here());
-    const int count = _read(file.get(), bytes.get(), static_cast<unsigned>(state.st_size));
-    if (count < 0) return fail_path(here(), kNotRead, path);
-    size = count;
-    return 1;
+    size = state.st_size;
+    errno = 0;
+    const int count = _read(file.get(), bytes.get(), static_cast<unsigned>(size));
+    return count == size ? 1 : fail_path(here(), kNotRead, path);
 }
 
 constexpr bool is_blank(char c) {
@@ -144,34 +147,34 @@ int32_t load(const char* path, int32_t unit, int32_t usual_line,
     return list->count();
 }
 
-// A text file that is written line by line.
+// A text file that is written line by line beside the one whose place it takes.
 class Output {
  public:
     bool open(const char* path) {
         // A file marked read-only stops no write.
         if (_access(path, 0) == 0) ORVEX_FileChangeMode(path, kOwnerReadWrite, 0);
-        stream_.reset(platform::open_stream(path, "wt"));
-        return stream_ != nullptr;
+        return file_.open(path);
     }
     void write_line(std::string_view text) {
-        if (used_ + text.size() + 1 > sizeof buffer_) flush();
-        std::memcpy(buffer_ + used_, text.data(), text.size());
-        used_ += text.size();
-        buffer_[used_++] = '\n';
+        if (used_ + text.size() + kLineEnd.size() > sizeof buffer_) flush();
+        used_ += text.copy(buffer_ + used_, text.size());
+        used_ += kLineEnd.copy(buffer_ + used_, kLineEnd.size());
     }
-    // False if anything could not be written.
+    // False, with errno, if anything could not be written; the old file is then as it was.
     bool close() {
         flush();
-        return std::fclose(stream_.release()) == 0 && whole_;
+        return whole_ && file_.finish();
     }
 
  private:
+    static constexpr std::string_view kLineEnd = platform::kLineEnd;
+
     void flush() {
-        whole_ = std::fwrite(buffer_, 1, used_, stream_.get()) == used_ && whole_;
+        whole_ = whole_ && file_.write(buffer_, static_cast<unsigned>(used_));
         used_ = 0;
     }
 
-    molte::Stream stream_;
+    platform::Replacement file_;
     bool whole_ = true;
     size_t used_ = 0;
     char buffer_[65536];

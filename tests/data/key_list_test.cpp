@@ -2,6 +2,12 @@
 
 #include "support/test.h"
 
+#if !defined(_WIN32)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 namespace {
 
 #if defined(_WIN32)
@@ -259,6 +265,57 @@ TEST(KeyFile, SavesAndKeepsWhatItShould) {
     EXPECT_EQ(read_bytes(file), std::string(32, 'f') + kLineEnd);
 }
 
+#if !defined(_WIN32)
+// A limit on the size of files stands for the disk that fills up on the way.
+TEST(KeyFile, IsTheOldOneOrTheNewOne) {
+    const TempFolder folder;
+    const std::string file = folder.write("keys", "old\n");
+    const std::string link = folder / "link";
+    fs::create_symlink("keys", link);
+    fs::permissions(file, fs::perms(0640));
+    folder.write("keys.0.tmp", "of a process that was ended");
+    const Keys keys(Texts(1000, "0123456789"));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    for (const rlim_t size : {rlim_t{5000}, limit.rlim_max}) {
+        limit.rlim_cur = size;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const std::string result = told(MOLTE_SaveKeyList(link.c_str(), keys.data(), 1000));
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const bool fits = size == limit.rlim_max;
+        EXPECT_EQ(result.substr(0, result.find(" @")), fits ? "1000" : "4 oxsysutl " + link);
+        EXPECT_EQ(read_bytes(file).size(), fits ? 11000 : 4);
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+        EXPECT_TRUE(fs::is_symlink(link));
+        EXPECT_EQ(names_in(folder.path()), (Texts{"keys", "keys.0.tmp", "link"}));
+    }
+}
+
+TEST(KeyFile, IsWholeForWhoeverReadsIt) {
+    const TempFolder folder;
+    const std::string file = folder / "sids";
+    std::vector<uint64_t> sids(20000);
+    for (uint64_t& sid : sids) sid = static_cast<uint64_t>(&sid - sids.data());
+    MOLTE_SaveSIDList(file.c_str(), sids.data(), 10);
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+        for (int i = 0; i < 60; ++i) {
+            MOLTE_SaveSIDList(file.c_str(), sids.data(), i % 2 == 0 ? 20000 : 10);
+        }
+        done = true;
+    });
+    while (!done) {
+        uint64_t* list = nullptr;
+        const int32_t count = MOLTE_LoadSIDList(file.c_str(), &list);
+        EXPECT_TRUE(count == 10 || count == 20000) << told(count);
+        ORVEX_free(list);
+    }
+    writer.join();
+}
+#endif
+
 TEST(KeyFile, FailuresNameTheirCause) {
     const TempFolder folder;
     const Keys keys({"a"});
@@ -282,7 +339,9 @@ TEST(KeyFile, FailuresNameTheirCause) {
     fs::resize_file(file, 10485761LL * 20);
     EXPECT_EQ(error_of(MOLTE_LoadKeyList(file.c_str(), &list)), too_long);
     EXPECT_EQ(list, nullptr);
-#if !defined(_WIN32)
+#if defined(_WIN32)
+    EXPECT_EQ(MOLTE_SaveKeyList("NUL", keys.data(), 1), 1);  // a device isn't replaced
+#else
     EXPECT_EQ(error_of(MOLTE_SaveKeyList("/dev/full", keys.data(), 1)), "4 oxsysutl /dev/full");
 #endif
 }
@@ -296,6 +355,10 @@ TEST(KeyFile, AnEmptyOneStaysOpen) {
     EXPECT_EQ(MOLTE_LoadKeyList(file.c_str(), &list), 0);
     const int after = ORVEX_FileOpenByChmod(file.c_str(), 32768);
     EXPECT_GT(after, before);
+    // It is saved all the same.
+    EXPECT_EQ(MOLTE_SaveKeyList(file.c_str(), Keys({"a"}).data(), 1), 1);
+    EXPECT_EQ(read_bytes(file), "a" + kLineEnd);
+    EXPECT_EQ(names_in(folder.path()), Texts{"empty"});
     ORVEX_FileCloseByChmod(after);
     ORVEX_FileCloseByChmod(before);  // what was left open
 }
