@@ -129,7 +129,7 @@ int32_t PA_AllocMem(PA* pArray, int32_t n) {
 
 int32_t PA_SetBuf(PA* pArray, int32_t n) {
     if (pArray->nCapacity >= n) return 0;
-    return PA_AllocMem(pArray, n - 1);
+    return PA_AllocMem(pArray, n - 1) > 0 ? 1 : kModule.trace(molte::here());
 }
 
 int32_t PA_SetAt(PA* pArray, int32_t nIndex, const void* pItem) {

@@ -51,6 +51,9 @@ TEST(Array, AllocMemAndSetBuf) {
     EXPECT_EQ(a.pa.nCapacity, 16);
     EXPECT_EQ(PA_SetBuf(&a.pa, 17), 1);
     EXPECT_EQ(a.pa.nCapacity, 32);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(error_number_of(PA_SetBuf(&a.pa, INT32_MAX)), 20U);
+    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 2);
 }
 
 TEST(Array, InsertLeavesZeroGapsEvenWhereItemsWere) {
