@@ -3,6 +3,20 @@
 #include "platform/files.h"
 #include "support/common.h"
 
+#if !defined(_WIN32)
+#include <dlfcn.h>
+
+// Stands before the C library's; can be made to fail once, as when memory is out.
+static bool no_stream = false;
+extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
+    if (std::exchange(no_stream, false)) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return reinterpret_cast<decltype(&fdopen)>(dlsym(RTLD_NEXT, "fdopen"))(fd, mode);
+}
+#endif
+
 namespace {
 
 #if defined(_WIN32)
@@ -94,6 +108,16 @@ TEST(Stream, EntriesOfProcessesStayWhole) {
         ASSERT_EQ(line.find_first_not_of(line[0]), std::string::npos) << "two entries are mixed";
     }
     EXPECT_EQ(entries, 400);
+}
+
+TEST(Stream, OneThatCannotBeMadeEmptiesNothing) {
+    const TempFolder folder;
+    const std::string name = folder.write("f", "old");
+    no_stream = true;
+    errno = 0;
+    EXPECT_EQ(platform::open_stream(name.c_str(), "wb"), nullptr);
+    EXPECT_EQ(errno, ENOMEM);
+    EXPECT_EQ(read_bytes(name), "old");
 }
 
 TEST(Stream, PositionsBehindAPairAreRefused) {

@@ -185,7 +185,8 @@ FILE* open_path(const KernelPath& path, const StreamMode& mode) {
         fail();
         return nullptr;
     }
-    OpenFile file(platform::open_file(path.get(), mode.flags, 0666));
+    // Emptied last: a stream that can't be made leaves a file as it was.
+    OpenFile file(platform::open_file(path.get(), mode.flags & ~O_TRUNC, 0666));
     if (!file.valid()) return nullptr;
     const bool reads = (mode.flags & O_ACCMODE) != O_WRONLY;
     FILE* stream =
@@ -194,7 +195,15 @@ FILE* open_path(const KernelPath& path, const StreamMode& mode) {
         fail();
         return nullptr;
     }
-    (void)file.release();
+    const int fd = file.release();
+    // EINVAL: what has no size, like a pipe.
+    if ((mode.flags & O_TRUNC) != 0 && ftruncate(fd, 0) != 0 && errno != EINVAL) {
+        fail();
+        const int reason = errno;
+        fclose(stream);
+        errno = reason;
+        return nullptr;
+    }
     return stream;
 }
 
