@@ -16,7 +16,8 @@
  *   PINYIN.TXT   A line per syllable: 1 to 15 ASCII letters of either case from the start of the
  *                line, then the characters that read so, in double-byte code. Any other line is
  *                skipped, and so are single bytes behind the letters. A line has up to 65534 bytes;
- *                of a longer one each 65535 bytes count as a line.
+ *                of a longer one each 65535 bytes count as a line. A file of 1 GB and more is
+ *                refused.
  *   HZFUZZY.DAT  The 32 bytes of MOLTE_HZPY_FUZZYOPT. Need not exist.
  *
  * Results are 1, 0 or -1 as told below. A null argument is error 50 where nothing else is said.

@@ -98,9 +98,15 @@ inline int32_t fail_write(int32_t line, int32_t fd, const void* data, int32_t si
                         size);
 }
 
-// Sets a position counted from the start; the platform's own -1 is no position.
+// Sets a position counted from the start. Of a negative one the platform says EINVAL; its own -1 is
+// no position.
 inline bool seek_whole(int32_t fd, int64_t offset) {
-    return offset >= 0 && _lseeki64(fd, offset, SEEK_SET) == offset;
+    return _lseeki64(fd, offset, SEEK_SET) == offset && offset >= 0;
+}
+
+// Whether there are so many bytes; null has none.
+inline bool is_block(const void* bytes, int32_t size) {
+    return size == 0 || (bytes != nullptr && size > 0);
 }
 
 // Whole transfers: a short one is a failure. One that ends early for no error of the system, as at

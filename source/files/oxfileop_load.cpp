@@ -7,7 +7,7 @@
 #include "files/file_open.h"
 #include "moltelib/text_convert.h"
 #include "moltelib/whole_file.h"
-#include "platform/whole_read.h"
+#include "platform/memory.h"
 
 using namespace molte::file;
 using molte::here;
@@ -72,9 +72,8 @@ int32_t load(const Char* name, uint8_t** buffer_out, int32_t* length_out) {
         add_owner_mode(name);
     }
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, name);
-    errno = 0;
-    const auto size = static_cast<unsigned>(length);
-    if (platform::read_from_start(file.get(), buffer.get(), size) != length) {
+    platform::expect_large_use(buffer.get(), static_cast<size_t>(length));
+    if (!read_whole(file.get(), buffer.get(), length)) {
         return fail_read(here(), file.get(), buffer.get(), length);
     }
     *buffer_out = buffer.release();
@@ -115,10 +114,13 @@ int32_t save(const Char* name, const void* data, int32_t length) {
 
 template <typename Char>
 int32_t save_text(const Char* name, const char* text, int32_t length) {
-    if (text == nullptr || length < 0) return kModule.fail(here(), kBadArgument);
+    if (!is_block(text, length)) return kModule.fail(here(), kBadArgument);
+    change_mode(name, kOwnerReadWrite);  // one marked read-only stops nobody; nothing is reported
     const Stream stream = open_text(name, "wt");
     if (stream == nullptr) return -1;
-    (void)std::fwrite(text, 1, static_cast<size_t>(length), stream.get());  // not looked at
+    if (length > 0) {
+        (void)std::fwrite(text, 1, static_cast<size_t>(length), stream.get());  // not looked at
+    }
     return 1;
 }
 

@@ -1,10 +1,11 @@
 // The process's table, built from its file.
+#include <cerrno>
 #include <string_view>
 
 #include "core/owners.h"
 #include "data/text_lines.h"
 #include "moltelib/language.h"
-#include "platform/whole_read.h"
+#include "platform/files.h"
 #include "text/oxpinyin.h"
 
 MOLTE_HZPY_TABLE g_stPinYin;
@@ -35,16 +36,20 @@ int32_t Content::load(const char* path) {
     if (!file.valid()) {
         return kModule.fail_text(here(), kNotOpened, molte::SystemError::runtime, path);
     }
-    const int64_t size = std::min<int64_t>(status.st_size, kSizeLimit);
+    const int64_t size = status.st_size;
+    if (size >= kSizeLimit) {
+        return kModule.fail_text(here(), kFileTooLarge, molte::SystemError::none,
+                                 "file size too big max 1GB");
+    }
     block_ = molte::allocate<char>(size + 1);
     if (block_ == nullptr) return kModule.trace(here());
-    const int count = _read(file.get(), block_.get(), static_cast<unsigned>(size));
-    if (count < 0) {
+    errno = 0;
+    if (_read(file.get(), block_.get(), static_cast<unsigned>(size)) != size) {
         return kModule.fail(here(), kNotRead, molte::SystemError::runtime, "fd=%d pbuf=%p nsize=%d",
                             file.get(), static_cast<const void*>(block_.get()),
                             static_cast<int>(size));
     }
-    text_ = {block_.get(), static_cast<size_t>(count)};
+    text_ = {block_.get(), static_cast<size_t>(size)};
     return 1;
 }
 

@@ -19,6 +19,7 @@ using molte::kNotOpened;
 using molte::kNotRead;
 using molte::kNotWritten;
 using molte::kTooLong;
+inline constexpr uint32_t kFileTooLarge = 303;
 inline constexpr uint32_t kNoSuchPart = 930;
 inline constexpr uint32_t kForeignTable = 931;
 inline constexpr uint32_t kCodeTooLarge = 932;

@@ -113,8 +113,10 @@ TEST_F(Files, ALockExcludesAnotherDescriptorAndKeepsThePosition) {
               "2 oxfileop " + b.str() + " mode=2 size=1");
     EXPECT_EQ(ORVEX_FileRecordLock(a.fd, 0, 4, 2), 0);
     EXPECT_EQ(ORVEX_FileRecordLock(b.fd, 2, 5, 1), 0);
+    errno = ENOENT;  // of something else
     EXPECT_EQ(error_of(ORVEX_FileRecordLock(b.fd, 2, -1, 1)),
               "5 oxfileop " + b.str() + " offset=-1 op=0");
+    EXPECT_EQ(ORVEX_GetErrData()->nSysErrNo[3], EINVAL);
     EXPECT_EQ(error_number_of(ORVEX_FileRecordLock(9999, 2, 0, 1)), 5U);
     EXPECT_EQ(ORVEX_GetErrData()->nDataLen, 4);  // the descriptor's bytes
     EXPECT_EQ(error_of(ORVEX_FP_FileLock(nullptr, 2, 1)), "50 oxfileop");

@@ -69,7 +69,11 @@ TEST(Find, StatesOfTheEntries) {
             struct _stat64 status = {};
             EXPECT_EQ(platform::stat_found(find, folder.str().c_str(), &found, &status), 0);
             EXPECT_EQ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0, is_file);
-            EXPECT_EQ(status.st_size == 5 && (status.st_mode & _S_IFDIR) == 0, is_file);
+            EXPECT_EQ((status.st_mode & _S_IFDIR) == 0, is_file);
+            EXPECT_EQ(status.st_size, is_file ? 5 : 0);
+            if (first == FindFirstFileA) {
+                EXPECT_EQ(found.nFileSizeLow, status.st_size);
+            }
         } while (FindNextFileA(find, &found) != FALSE);
         FindClose(find);
     }

@@ -98,8 +98,10 @@ TEST(Pinyin, other_languages_and_other_tables) {
     EXPECT_EQ(readings_of(0xB0A1), "933 oxpinyin");
     EXPECT_EQ(converted("x\xB0\xA1"), "933 oxpinyin");
     const PinyinTable table(kLines);
-    fs::remove(table.folder() / "PINYIN.TXT");
+    fs::resize_file(table.folder() / "PINYIN.TXT", 0x40000000);
     g_stPinYin.bInited = 0;
+    EXPECT_EQ(error_of(MOLTE_HZPY_Init(&g_stPinYin)), "303 oxpinyin file size too big max 1GB");
+    fs::remove(table.folder() / "PINYIN.TXT");
     EXPECT_EQ(error_number_of(MOLTE_HZPY_Init(&g_stPinYin)), 1U);
     EXPECT_EQ(g_stPinYin.stHZ.nCount, 0);
     EXPECT_EQ(g_stPinYin.bInited, 0);

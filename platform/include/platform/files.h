@@ -33,6 +33,9 @@ inline constexpr char kLineEnd[] = "\r\n";
 inline int rename_file(const char* from, const char* to) {
     return std::rename(from, to);
 }
+int open_to_read(const char* name, struct _stat64* status);
+int open_to_read(const wchar_t* name, struct _stat64* status);
+bool is_file(int fd, const char* name);
 inline FILE* open_stream(const char* name, const char* mode) {
     return std::fopen(name, mode);
 }
@@ -75,7 +78,7 @@ constexpr int _S_IFMT = 0xF000;
 
 // The state of a file. Times are seconds since 1970; st_ctime is that of the last change of the
 // state (on Windows that of creation). Nothing but a folder has _S_IFDIR: a socket passes for a
-// pipe, a block device for a character device.
+// pipe, a block device for a character device. The size of a folder is 0.
 struct _stat64 {
     uint64_t st_dev;
     uint64_t st_ino;
@@ -193,6 +196,15 @@ int handle_descriptor(HANDLE file);
 // Gives a file or folder another name on the same disk (else EXDEV), and never replaces: a taken
 // name is EEXIST. (rename, as it is on Windows.)
 int rename_file(const char* from, const char* to);
+
+// Whether a name is that of an open file, whatever its spelling: another name, a link. False as
+// well for a name that can't be looked at.
+bool is_file(int fd, const char* name);
+
+// Opens a file to be read from its start and tells its state in the same step. A pipe doesn't hold
+// the caller up. As _open otherwise.
+int open_to_read(const char* name, struct _stat64* status);
+int open_to_read(const wchar_t* name, struct _stat64* status);
 
 // Opens a stream by the modes "r", "w", "a" with "+" for both directions; with "b" for bytes as
 // they stand, else, or with "t", for text. Text is written with the platform's own line end, and

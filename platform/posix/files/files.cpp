@@ -42,7 +42,7 @@ void fill_status(const struct stat& from, struct _stat64* to) {
            .st_uid = from.st_uid,
            .st_gid = from.st_gid,
            .st_rdev = from.st_rdev,
-           .st_size = from.st_size,
+           .st_size = S_ISDIR(from.st_mode) ? 0 : from.st_size,
            .st_atime = from.st_atim.tv_sec,
            .st_mtime = from.st_mtim.tv_sec,
            .st_ctime = from.st_ctim.tv_sec};
@@ -86,6 +86,14 @@ int open_path(const KernelPath& path, int flags, int permission) {
     const int fd = platform::open_file(path.get(), kernel,
                                        static_cast<unsigned>(permission) & kMostPermission);
     if (fd < 0 && errno == EEXIST) SetLastError(ERROR_FILE_EXISTS);
+    return fd;
+}
+
+int open_path_to_read(const KernelPath& path, struct _stat64* status) {
+    if (!path.valid()) return fail();
+    struct stat found;
+    const int fd = platform::open_file(path.get(), O_RDONLY | O_NONBLOCK, 0, &found);
+    if (fd >= 0) platform::fill_status(found, status);
     return fd;
 }
 
@@ -220,3 +228,23 @@ BOOL SetEndOfFile(HANDLE file) {
     fail();
     return FALSE;
 }
+
+namespace platform {
+
+int open_to_read(const char* name, struct _stat64* status) {
+    return open_path_to_read(KernelPath(name), status);
+}
+
+int open_to_read(const wchar_t* name, struct _stat64* status) {
+    return open_path_to_read(KernelPath(name), status);
+}
+
+bool is_file(int fd, const char* name) {
+    const KernelPath path(name);
+    struct stat one;
+    struct stat other;
+    return path.valid() && fstat(fd, &one) == 0 && stat(path.get(), &other) == 0 &&
+           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+}  // namespace platform

@@ -105,7 +105,7 @@ void fill_state(const struct stat& status, WIN32_FIND_DATAA* found) {
     found->ftCreationTime = file_time(status.st_ctim);
     found->ftLastAccessTime = file_time(status.st_atim);
     found->ftLastWriteTime = file_time(status.st_mtim);
-    const auto size = static_cast<uint64_t>(status.st_size);
+    const auto size = static_cast<uint64_t>(S_ISDIR(status.st_mode) ? 0 : status.st_size);
     found->nFileSizeHigh = static_cast<DWORD>(size >> 32);
     found->nFileSizeLow = static_cast<DWORD>(size);
 }
