@@ -40,7 +40,8 @@ MOLTE_API ORVEX_HFILE* ORVEX_HFILE_Open(const char* pszName, int32_t nFlags);
 MOLTE_API ORVEX_HFILE* ORVEX_HFILE_OpenMode(const char* pszName, int32_t nFlags,
                                             int32_t nPermission);
 
-/* The same with create added; creating anew; creating anew for the owner alone. */
+/* The same with create added; creating anew; creating anew for the owner alone. Creating anew
+ * empties a file that is there. */
 MOLTE_API ORVEX_HFILE* ORVEX_HFILE_CreateOpen(const char* pszName, int32_t nFlags,
                                               int32_t nPermission);
 MOLTE_API ORVEX_HFILE* ORVEX_HFILE_Create(const char* pszName, int32_t nPermission);
@@ -111,7 +112,8 @@ MOLTE_API int32_t ORVEX_HFILE_ChangeMode(const char* pszName, int32_t nMode);
 MOLTE_API int64_t ORVEX_HFILE_Load(const char* pszName, uint8_t** ppBuf, int64_t nOffset,
                                    int64_t nLen);
 
-/* Writes a range of a file, which is made or grown (with zeros) as need be; nLen. */
+/* Writes a range of a file, which is made or grown (with zeros) as need be; nLen. A failure on the
+ * way leaves the part that was written. */
 MOLTE_API int64_t ORVEX_HFILE_AddUpdate(const char* pszName, const void* pData, int64_t nPos,
                                         int64_t nLen);
 
@@ -135,7 +137,9 @@ MOLTE_API int32_t ORVEX_HFILE_Move(ORVEX_HFILE* pFile, int64_t nTargetPos, int64
 /*
  * Copies a file to a name of its own; an empty name is filled with one beside the source (the
  * buffer then holds the source's folder and 24 bytes more). 0 whether the copy worked or not: a
- * failure shows in the error record alone. -1 when no name was found.
+ * failure shows in the error record alone. -1 when no name was found. A file of that name is
+ * emptied first, and a copy that fails leaves what was written. Is it the source itself, by
+ * whatever name, nothing is done but a line in the history.
  */
 MOLTE_API int32_t ORVEX_HFILE_Dup(ORVEX_HFILE* pSource, char* pszTarget);
 

@@ -1,5 +1,6 @@
 // Whole jobs on file handles: load, update, copy, move, duplicate.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -102,9 +103,10 @@ int64_t ORVEX_HFILE_AddUpdate(const char* pszName, const void* pData, int64_t nP
     if (pData == nullptr || nPos < 0 || nLen < 0 || nLen > kMaxPosition - nPos) {
         return kModule.fail(here(), kBadArgument);
     }
-    const Handle file(_access(pszName, 0) != 0
-                          ? ORVEX_HFILE_OpenMode(pszName, kMakeAnew, kOwnerReadWrite)
-                          : ORVEX_HFILE_Open(pszName, kUpdate));
+    // A file that only can't be looked at isn't emptied.
+    const bool missing = _access(pszName, 0) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    const Handle file(missing ? ORVEX_HFILE_OpenMode(pszName, kMakeAnew, kOwnerReadWrite)
+                              : ORVEX_HFILE_Open(pszName, kUpdate));
     if (!file) return kModule.trace(here());
     const int64_t length = ORVEX_HFILE_Size(file.get());
     if (length < 0) return kModule.trace(here());
@@ -162,6 +164,10 @@ int32_t ORVEX_HFILE_Dup(ORVEX_HFILE* pSource, char* pszTarget) {
     if (pszTarget[0] == '\0' &&
         ORVEX_UTIL_TempFNFromFN(pSource->szFileName, pszTarget, "otmp") < 0) {
         return kModule.trace(here());
+    }
+    if (platform::is_file(pSource->fd, pszTarget)) {  // emptying the one would empty the other
+        kModule.trace(here());
+        return 0;
     }
     const Handle target(ORVEX_HFILE_OpenMode(pszTarget, kMakeAnew, kOwnerReadWrite));
     if (target && ORVEX_HFILE_Copy(target.get(), 0, pSource, 0, 0, 0, nullptr, 0) < 0) {

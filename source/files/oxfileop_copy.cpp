@@ -14,13 +14,6 @@ namespace {
 
 constexpr uint32_t kNotCopied = 12;
 
-// Emptying the target would empty the source. Systems that number no files answer 0 for all.
-bool is_same_file(const OXSTAT64& source, const char* target) {
-    OXSTAT64 other;
-    return source.st_ino != 0 && status(target, &other) == 0 && other.st_ino == source.st_ino &&
-           other.st_dev == source.st_dev;
-}
-
 int32_t copy_bytes(int32_t source, int32_t target, int64_t length, void* buffer, int32_t size) {
     for (int64_t left = length; left > 0;) {
         const auto chunk = static_cast<int32_t>(std::min<int64_t>(left, size));
@@ -47,7 +40,7 @@ int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTarget, int3
     if (status(source.get(), &state) != 0) {
         return fail_name(here(), kNoState, SystemError::runtime, pszSource);
     }
-    if (is_same_file(state, pszTarget)) {
+    if (platform::is_file(source.get(), pszTarget)) {  // emptying the one would empty the other
         return fail_name(here(), kNotCopied, SystemError::none, pszTarget);
     }
     add_owner_mode(pszTarget);

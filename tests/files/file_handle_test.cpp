@@ -1,5 +1,21 @@
 #include "support/test.h"
 
+#if !defined(_WIN32)
+#include <dlfcn.h>
+
+// Stands before the C library's; can be made to fail once.
+static bool looking_fails = false;
+extern "C" [[gnu::visibility("default")]] int faccessat(int folder, const char* name, int mode,
+                                                        int flags) noexcept {
+    if (!std::exchange(looking_fails, false)) {
+        auto* next = dlsym(RTLD_NEXT, "faccessat");
+        return reinterpret_cast<decltype(&faccessat)>(next)(folder, name, mode, flags);
+    }
+    errno = ENOMEM;
+    return -1;
+}
+#endif
+
 namespace {
 
 struct Handle {
@@ -145,6 +161,11 @@ TEST_F(FileHandle, AddUpdateMakesGrowsAndWrites) {
     const std::string never = folder_ / "never";
     EXPECT_EQ(error_number_of(ORVEX_HFILE_AddUpdate(never.c_str(), "z", INT64_MAX, 1)), 50U);
     EXPECT_FALSE(fs::exists(never));
+#if !defined(_WIN32)
+    looking_fails = true;
+    EXPECT_EQ(ORVEX_HFILE_AddUpdate(none_.c_str(), "Z", 0, 1), 1);
+    EXPECT_EQ(read_bytes(none_), "Z\0\0xy"s);  // not emptied
+#endif
 }
 
 TEST_F(FileHandle, CopiesRangesInChunks) {
@@ -218,6 +239,14 @@ TEST_F(FileHandle, DuplicatesBesideTheSource) {
     EXPECT_EQ(ORVEX_HFILE_Dup(Handle(file), name), 0);  // even so
     EXPECT_EQ(GetRvexErrNo(), 7U);
     EXPECT_EQ(ORVEX_HFILE_DupFile(none_.c_str(), name), -1);
+    fs::create_hard_link(file_, folder_.path() / "link");
+    for (const std::string& same : {file, folder_ / "./a", folder_ / "link"}) {
+        std::strcpy(name, same.c_str());
+        ORVEX_Err_ClearError();
+        EXPECT_EQ(ORVEX_HFILE_Dup(Handle(file), name), 0);
+        EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1) << same;
+        EXPECT_EQ(read_bytes(file_), bytes);
+    }
 }
 
 }  // namespace
