@@ -1,7 +1,13 @@
 /*
  * One complete job on a file by name: load, save, copy, read or update a range. Each call opens,
- * works and closes, and leaves no descriptor behind; a file that was only partly written stays.
- * Nothing is locked. Functions may be called from any thread.
+ * works and closes, and leaves no descriptor behind. Nothing is locked. Functions may be called
+ * from any thread.
+ *
+ * What can be torn. Files are written in place, with no backup. Save, CopyWrite and FileCopyWithBuf
+ * EMPTY the target when they open it: whatever fails from then on, the old content is gone, and
+ * what was written of the new one stays. A range that is written in part stays so. To keep the old
+ * content write to a name beside it and exchange the names (ORVEX_FileExchangeName). Nothing is
+ * flushed to the disk.
  *
  * A failure is -1 with an error of module "oxfileop": 1 not opened, 3 not read whole, 4 not written
  * whole, 5 position not set, 10 and 23 no state (moltelib/file.h). Before a file is opened "the
@@ -14,8 +20,8 @@
 
 /*
  * Loads a file into a buffer that the caller frees with ORVEX_free; its length is the result and
- * goes to *pnLen, which is 0 otherwise. 0 when the file doesn't exist, with no error, or is empty;
- * *ppBuf is then as it was. A file of 0x40000000 bytes and more is error 303.
+ * goes to *pnLen, which is 0 otherwise. 0 when the file doesn't exist, with no error, or is empty,
+ * as a folder is; *ppBuf is then as it was. A file of 0x40000000 bytes and more is error 303.
  */
 MOLTE_API int32_t ORVEX_LoadBinDataFile(const char* pszName, uint8_t** ppBuf, int32_t* pnLen);
 MOLTE_API int32_t ORVEX_LoadBinDataFileW(const wchar_t* pwszName, uint8_t** ppBuf, int32_t* pnLen);
@@ -34,7 +40,7 @@ MOLTE_API int32_t ORVEX_SaveBinDataToFileW(const wchar_t* pwszName, const void* 
 
 /*
  * Writes a text file anew, with the platform's line ends. How much could be written isn't looked
- * at. Error 50 for a null text or a negative length.
+ * at: a full disk isn't told. Error 50 for a null text that has a length, and a negative length.
  */
 MOLTE_API int32_t ORVEX_SaveTextDataToFile(const char* pszName, const char* pszText, int32_t nLen);
 MOLTE_API int32_t ORVEX_SaveTextDataToFileW(const wchar_t* pwszName, const char* pszText,
@@ -57,14 +63,16 @@ MOLTE_API int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, vo
 
 /*
  * Copies content and attributes by the system's own call; error 12 with the source's name. With
- * bFailIfExists a target that exists is left alone, and a failure.
+ * bFailIfExists a target that exists is left alone, and a failure. A copy that fails on its way
+ * leaves no target, also if there was one before.
  */
 MOLTE_API int32_t ORVEX_FileCopy(const char* pszSource, const char* pszTarget,
                                  int32_t bFailIfExists);
 
 /*
  * Copies by way of the caller's buffer, with the source's mode and, unless it is empty, its times.
- * nUnused is not looked at. Error 12 when both names are one file, 50 without a buffer.
+ * nUnused is not looked at. Error 12 (the target's name) when both names are one file, links and
+ * other spellings included; 50 without a buffer.
  */
 MOLTE_API int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTarget,
                                         int32_t nUnused, void* pBuf, int32_t nBufSize);
@@ -75,7 +83,8 @@ MOLTE_API int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTa
  * end but leave no hole: error 403) and puts the modification time back, as both times; 0.
  * CopyRead reads the first nLen bytes, which must be there, and gives the modification time; nLen.
  * CopyReadPart reads a range; nLen, 0 for an nLen below 1. A negative offset counts as 0 there, but
- * is an error in CopyUpdate. A range that passes the end is error 404.
+ * is an error in CopyUpdate. A range that passes the end is error 404. Null is taken for no bytes;
+ * with a length it is error 50.
  */
 MOLTE_API int32_t ORVEX_CopyWrite(const char* pszName, const void* pData, int32_t nLen,
                                   int64_t nTime);

@@ -80,7 +80,8 @@ int32_t ORVEX_WriteBinDataToFile(const char* pszName, int64_t nOffset, const voi
 int32_t ORVEX_AppendBinDataToFile(const char* pszName, const void* pData, int32_t nLen) {
     const int64_t length = ORVEX_FileLenByFileName(pszName);
     if (length < 0) return kModule.trace(here());
-    return ORVEX_WriteBinDataToFile(pszName, length, pData, nLen);
+    const int32_t result = ORVEX_WriteBinDataToFile(pszName, length, pData, nLen);
+    return result < 0 ? kModule.trace(here()) : result;
 }
 
 int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, void* pBuf, int32_t nLen) {
@@ -98,7 +99,7 @@ int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, void* pBuf, 
 }
 
 int32_t ORVEX_CopyWrite(const char* pszName, const void* pData, int32_t nLen, int64_t nTime) {
-    if (pData == nullptr || nLen < 0) return kModule.fail(here(), kBadArgument);
+    if (!is_block(pData, nLen)) return kModule.fail(here(), kBadArgument);
     add_owner_mode(pszName);
     molte::Descriptor file(open(pszName, kMakeAnew, kOwnerReadWrite));
     if (!file.valid()) return fail_open(here(), pszName);
@@ -114,7 +115,7 @@ int32_t ORVEX_CopyUpdate(const char* pszName, const void* pData, int64_t nOffset
     if (nOffset < 0 || nOffset > length || nLen < 0) {
         return fail_range(here(), kBadUpdate, length, nOffset, nLen, pszName);
     }
-    if (pData == nullptr && nLen > 0) return kModule.fail(here(), kBadArgument);
+    if (!is_block(pData, nLen)) return kModule.fail(here(), kBadArgument);
     molte::Descriptor file(open_by_chmod(pszName, kUpdate));
     if (!file.valid()) return fail_open(here(), pszName);
     if (write_at(file, nOffset, pData, nLen) < 0) return -1;
@@ -124,7 +125,7 @@ int32_t ORVEX_CopyUpdate(const char* pszName, const void* pData, int64_t nOffset
 
 int32_t ORVEX_CopyRead(const char* pszName, void* pBuf, int32_t nLen, int64_t* pnTime) {
     *pnTime = 0;
-    if (pBuf == nullptr || nLen < 0) return kModule.fail(here(), kBadArgument);
+    if (!is_block(pBuf, nLen)) return kModule.fail(here(), kBadArgument);
     const molte::Descriptor file(open_by_chmod(pszName, kRead));
     if (!file.valid()) return fail_open(here(), pszName);
     if (!read_whole(file.get(), pBuf, nLen)) return fail_read(here(), file.get(), pBuf, nLen);

@@ -39,9 +39,9 @@ TEST_F(WholeFile, IsLoadedAsItStands) {
     EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, folder_.write("e", "").c_str()), kUntouched);
 }
 
-// Around the sizes from which on large pages, and then two threads, are used.
+// Around the size from which on large pages are used.
 TEST_F(WholeFile, EveryByteOfALargeOneIsLoaded) {
-    for (const size_t size : {(size_t{4} << 20) + 13, (size_t{64} << 20) + 77}) {
+    for (const size_t size : {(size_t{4} << 20) - 5, (size_t{4} << 20) + 13}) {
         std::string bytes(size, '\x5A');
         uint64_t word = size;
         for (size_t at = 0; at + sizeof word <= size; at += sizeof word) {
@@ -55,6 +55,31 @@ TEST_F(WholeFile, EveryByteOfALargeOneIsLoaded) {
     const std::string too_large = "303 oxfileop file size too big max 1GB";
     EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, file_.c_str()), too_large);
     EXPECT_EQ(loaded(ORVEX_LoadTextDataFile, file_.c_str()), too_large);
+}
+
+#if !defined(_WIN32)
+int64_t time_on(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+TEST_F(WholeFile, ALargeOneIsLoadedWithNoThreadOfTheLibrarys) {
+    fs::resize_file(file_, size_t{128} << 20);
+    const int64_t process = time_on(CLOCK_PROCESS_CPUTIME_ID);
+    const int64_t thread = time_on(CLOCK_THREAD_CPUTIME_ID);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, file_.c_str()).size(), size_t{128} << 20);
+    const int64_t mine = time_on(CLOCK_THREAD_CPUTIME_ID) - thread;
+    const int64_t others = time_on(CLOCK_PROCESS_CPUTIME_ID) - process - mine;
+    EXPECT_LT(others, mine / 10);
+}
+#endif
+
+TEST_F(WholeFile, AFolderIsEmpty) {
+    const std::string folder = folder_.str();
+    EXPECT_EQ(ORVEX_FileLenByFileName(folder.c_str()), 0);
+    EXPECT_EQ(loaded(ORVEX_LoadBinDataFile, folder.c_str()), kUntouched);
+    EXPECT_EQ(loaded(ORVEX_LoadTextDataFile, folder.c_str()), kUntouched);
 }
 
 TEST_F(WholeFile, LineEndsOfTextsAreTranslated) {
@@ -71,6 +96,12 @@ TEST_F(WholeFile, LineEndsOfTextsAreTranslated) {
 }
 
 TEST_F(WholeFile, IsSavedAnewEvenIfReadOnly) {
+    ORVEX_FileChangeMode(file_.c_str(), 0, 0x80);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(ORVEX_SaveTextDataToFile(file_.c_str(), "t", 1), 1);
+    EXPECT_EQ(ORVEX_FileGetMode(file_.c_str(), nullptr) & 0x180, 0x180);
+    EXPECT_EQ(ORVEX_SaveTextDataToFileW(fs::path(none_).wstring().c_str(), nullptr, 0), 1);
+    EXPECT_EQ(taken_error(), "");
     ORVEX_FileChangeMode(file_.c_str(), 0, 0x80);
     EXPECT_EQ(ORVEX_SaveBinDataToFile(file_.c_str(), "new", 3), 1);
     EXPECT_EQ(ORVEX_SaveBinDataToFile(file_.c_str(), nullptr, 3), 0);
@@ -93,6 +124,9 @@ TEST_F(WholeFile, RangesAreWrittenWithoutHoles) {
               "297 oxfileop offset=14 filelen=13. does not permit hole in file");
     EXPECT_EQ(error_number_of(write(none_, 0, "x", 1)), 1U);
     EXPECT_EQ(ORVEX_AppendBinDataToFile(none_.c_str(), "x", 1), -1);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(error_number_of(ORVEX_AppendBinDataToFile(file_.c_str(), nullptr, 1)), 405U);
+    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
     EXPECT_EQ(error_number_of(write(file_, 0, "x", 0)), 405U);
     EXPECT_EQ(ORVEX_WriteBinDataToFile(nullptr, 0, "x", 1) + write(file_, 0, nullptr, 1), -2);
     EXPECT_EQ(read_bytes(file_), "ab23456789XY!");
@@ -150,10 +184,12 @@ TEST_F(WholeFile, IsCopiedBySystemAndByBuffer) {
     EXPECT_EQ(error_number_of(copy(none_, file_, 1)), 1U);
     EXPECT_EQ(ORVEX_FileCopyWithBuf(source.c_str(), file_.c_str(), 0, nullptr, 1), -1);
     EXPECT_EQ(error_of(copy(source, file_, 0)), "50 oxfileop");
-#if !defined(_WIN32)
-    EXPECT_EQ(copy(source, source, 1), -1);
-    EXPECT_EQ(read_bytes(source), bytes);  // not emptied
-#endif
+    const std::string link = folder_ / "link";
+    fs::create_hard_link(source, link);
+    for (const std::string& same : {source, folder_ / "./s", link}) {
+        EXPECT_EQ(error_of(copy(source, same, 1)), "12 oxfileop " + same);
+        EXPECT_EQ(read_bytes(source), bytes);  // not emptied
+    }
 }
 
 TEST_F(WholeFile, RemoteCopiesKeepTheRemoteTime) {
@@ -185,6 +221,11 @@ TEST_F(WholeFile, RemoteCopiesKeepTheRemoteTime) {
     }
     EXPECT_EQ(error_of(ORVEX_CopyReadPart(file, buffer, 10, 3)),
               "404 oxfileop filelen=12 start=10 len=3 " + file_);
+    EXPECT_EQ(ORVEX_CopyRead(file, nullptr, 0, &time), 0);
+    EXPECT_EQ(ORVEX_CopyUpdate(file, nullptr, 0, 0), 0);
+    EXPECT_EQ(ORVEX_CopyWrite(file, nullptr, 0, 1400000000), 0);
+    EXPECT_EQ(state_of(file_).st_size + state_of(file_).st_mtime, 1400000000);
+    EXPECT_EQ(error_of(ORVEX_CopyWrite(file, nullptr, 1, 0)), "50 oxfileop");
     EXPECT_EQ(error_number_of(ORVEX_CopyWrite(nowhere_.c_str(), "x", 1, 0)), 1U);
 }
 

@@ -59,16 +59,13 @@ int make_beside(const char* target, const char* beside) {
     if (stat(target, &old) != 0) return open_file(beside, flags, 0666);
     OpenFile file(open_file(beside, flags, S_IRUSR | S_IWUSR));
     if (!file.valid()) return -1;
-    // Root can give a file away, others only to a group of theirs.
+    // Root can give a file away, others only to a group of theirs; a file system without owners and
+    // permissions refuses both.
     if (fchown(file.get(), old.st_uid, old.st_gid) != 0) {
         (void)!fchown(file.get(), static_cast<uid_t>(-1), old.st_gid);
     }
-    if (fchmod(file.get(), old.st_mode & kPermission) == 0) return file.release();
-    fail();
-    const int reason = errno;
-    unlink(beside);
-    errno = reason;
-    return -1;
+    (void)!fchmod(file.get(), old.st_mode & kPermission);
+    return file.release();
 }
 
 int replace_file(const char* from, const char* target) {
