@@ -71,9 +71,10 @@ MOLTE_API int32_t MOLTE_STR_IsSamePath(const char* a, const char* b);
 
 /*
  * Compares two fields of nA and nB bytes, either of which may end earlier with a terminator: the
- * result of strncmp over the shorter count. If that is equal, the longer field's next byte decides:
- * 0 when it is a terminator, else 1 for a longer a and -1 for a longer b. Fields that both end
- * within the shorter count are equal. A count below 0 counts as 0.
+ * result of strncmp over the shorter count. If that is equal and the counts differ, the longer
+ * field's next byte decides: 0 when it is a terminator, else 1 for a longer a and -1 for a longer
+ * b. THAT BYTE COUNTS also when both texts ended before it, so it must be there to be read. A count
+ * below 0 counts as 0.
  */
 MOLTE_API int32_t MOLTE_STR_strncmp(const char* a, int32_t nA, const char* b, int32_t nB);
 

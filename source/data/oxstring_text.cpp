@@ -158,8 +158,8 @@ int32_t MOLTE_STR_strncmp(const char* a, int32_t nA, const char* b, int32_t nB) 
     const size_t size_b = count_of(nB);
     const size_t both = size_a < size_b ? size_a : size_b;
     const int order = strncmp(a, b, both);
-    // A text that ended within the shorter count has no next byte to look at.
-    if (order != 0 || size_a == size_b || strnlen(a, both) < both) return order;
+    if (order != 0 || size_a == size_b) return order;
+    // The next byte counts even behind a terminator: meant.
     if (size_a > both) return a[both] != 0 ? 1 : 0;
     return b[both] != 0 ? -1 : 0;
 }

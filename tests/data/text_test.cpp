@@ -98,11 +98,11 @@ TEST(Compare, WithoutCaseAndWithNull) {
 
 TEST(Compare, FieldsOfGivenLength) {
     const tuple<Text, int32_t, Text, int32_t, int> rows[] = {
-        {"abc", 3, "abc", 3, 0},  {"abc", 3, "abd", 3, -1}, {"abd", 2, "abc", 2, 0},
-        {"ab", 2, "abc", 3, -1},  {"abc", 3, "ab", 2, 1},   {"ab", 2, "ab\0c", 4, 0},
-        {"ab\0c", 4, "ab", 2, 0}, {"abX", 2, "abc", 3, -1}, {"b", 1, "abc", 3, 1},
-        {"ab", 3, "ab", 100, 0},  {"", 0, "a", 1, -1},      {"a", 1, "", 0, 1},
-        {"a", -5, "b", -1, 0},    {"a\0x", 3, "a\0y", 2, 0}};
+        {"abc", 3, "abc", 3, 0},  {"abc", 3, "abd", 3, -1},  {"abd", 2, "abc", 2, 0},
+        {"ab", 2, "abc", 3, -1},  {"abc", 3, "ab", 2, 1},    {"ab", 2, "ab\0c", 4, 0},
+        {"ab\0c", 4, "ab", 2, 0}, {"abX", 2, "abc", 3, -1},  {"b", 1, "abc", 3, 1},
+        {"", 0, "a", 1, -1},      {"a", 1, "", 0, 1},        {"a", -5, "b", -1, 0},
+        {"a\0x", 3, "a\0", 2, 1}, {"a\0", 2, "a\0y", 9, -1}, {"a\0\0x", 4, "a\0", 2, 0}};
     for (const auto& [a, size_a, b, size_b, order] : rows) {
         EXPECT_EQ(sign(MOLTE_STR_strncmp(a, size_a, b, size_b)), order) << a << " " << b << size_b;
     }
