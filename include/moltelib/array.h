@@ -31,8 +31,9 @@ static_assert(sizeof(PA) == 32);
 
 /*
  * Makes an empty array of items of nItemSize bytes with room for nCapacity, zeroed; below 1 nothing
- * is allocated. nGrowBy becomes 16 for items below 16 bytes, 8 below 512, 2 from 512 up. An
- * nItemSize below 1 is error 50.
+ * is allocated. nGrowBy becomes 16 for items below 16 bytes, 8 below 512, 2 from 512 up. Items of
+ * 0 bytes are counted as others are, but their array doesn't grow (error 50); a negative nItemSize
+ * is error 50.
  */
 MOLTE_API int32_t PA_Init(PA* pArray, int32_t nItemSize, int32_t nCapacity);
 

@@ -98,7 +98,7 @@ bool extend_to(PA* array, int32_t index) {
 
 int32_t PA_Init(PA* pArray, int32_t nItemSize, int32_t nCapacity) {
     *pArray = {};
-    if (nItemSize < 1) return kModule.fail(molte::here(), kBadArgument);
+    if (nItemSize < 0) return kModule.fail(molte::here(), kBadArgument);
     pArray->nItemSize = nItemSize;
     pArray->nGrowBy = default_growth(nItemSize);
     if (nCapacity < 1) return 1;

@@ -26,7 +26,19 @@ TEST(Array, InitChoosesTheQuantumByItemSize) {
     EXPECT_EQ(roomy.pa.nCapacity, 5);
     EXPECT_EQ(std::memcmp(roomy.pa.pData, "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 15), 0);
     PA bad;
-    EXPECT_EQ(error_number_of(PA_Init(&bad, 0, 4)), 50U);
+    EXPECT_EQ(error_number_of(PA_Init(&bad, -1, 4)), 50U);
+}
+
+TEST(Array, ItemsMayHaveNoBytes) {
+    Array none(0, 2);
+    EXPECT_EQ((Ints{none.pa.nItemSize, none.pa.nCapacity, none.pa.nGrowBy}), (Ints{0, 2, 16}));
+    EXPECT_EQ(PA_Append(&none.pa, "") + PA_Append(&none.pa, ""), 2);
+    PA twin;
+    ASSERT_EQ(PA_Duplicate(&none.pa, &twin), 1);
+    EXPECT_EQ(twin.nCount, 2);
+    PA_Release(&twin);
+    ASSERT_EQ(PA_Duplicate(&twin, &twin), 1);  // of an array that holds nothing at all
+    EXPECT_EQ(twin.nCapacity, 0);
 }
 
 TEST(Array, GrowsByWholeQuantaAndZeroFills) {
