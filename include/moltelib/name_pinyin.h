@@ -50,7 +50,8 @@ MOLTE_API int32_t MOLTE_NAMEPART_MultiFree(MOLTE_NAMEPART* pParts, int32_t n);
 /*
  * Appends to an array of MOLTE_NAMEPART a copy of pPart that owns a copy of the nValue bytes at its
  * pszText, with a terminator. nValue and pszText of pPart are cleared then: the text it pointed to
- * stays its owner's. 1, or -1 with both as they were.
+ * stays its owner's. 1, or -1 with both as they were; an array of items of another size is
+ * error 50.
  */
 MOLTE_API int32_t UTIL_AppendStringPart(PA* pArray, MOLTE_NAMEPART* pPart);
 

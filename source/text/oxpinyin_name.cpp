@@ -151,7 +151,8 @@ int32_t MOLTE_NAMEPART_MultiFree(MOLTE_NAMEPART* pParts, int32_t n) {
 }
 
 int32_t UTIL_AppendStringPart(PA* pArray, MOLTE_NAMEPART* pPart) {
-    if (pArray == nullptr || pPart == nullptr || pPart->pszText == nullptr || pPart->nValue < 0) {
+    if (pArray == nullptr || pArray->nItemSize != sizeof(MOLTE_NAMEPART) || pPart == nullptr ||
+        pPart->pszText == nullptr || pPart->nValue < 0) {
         return kModule.fail(here(), kBadArgument);
     }
     const auto size = static_cast<size_t>(pPart->nValue);

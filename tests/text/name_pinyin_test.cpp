@@ -96,6 +96,13 @@ TEST(NamePinyin, appending_takes_the_run_from_its_part) {
     EXPECT_EQ(MOLTE_NAMEPART_Free(copy), 1);
     EXPECT_TRUE(copy->nValue == 0 && copy->pszText == nullptr && copy->nType == 1);
     PA_Release(&array);
+    for (const int32_t size : {15, 17, 4096}) {  // no array of parts
+        PA_Init(&array, size, 1);
+        part = {2, MOLTE_NAMEPART_LETTERS, run};
+        EXPECT_EQ(error_of(UTIL_AppendStringPart(&array, &part)), "50 oxpinyin") << size;
+        EXPECT_TRUE(array.nCount == 0 && part.nValue == 2 && part.pszText == run);
+        PA_Release(&array);
+    }
 }
 
 }  // namespace
