@@ -4,7 +4,6 @@
 #include <ctime>
 #include <limits>
 
-#include "data/date_fields.h"
 #include "moltelib/date_time.h"
 #include "moltelib/thread.h"
 #include "platform/ticks.h"
@@ -33,39 +32,6 @@ ORVEXDATETIME record_of(const struct tm& fields) {
     ORVEX_SetDate(&record.stDate, fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday);
     return record;
 }
-
-// The record of now without a conversion for each call. Local time changes its rules at quarters
-// of an hour of UTC at most, so within a quarter only minute and second move on.
-class CurrentQuarter {
- public:
-    // False when the local time can't be had, or has no whole quarters.
-    bool record_at(int64_t now, ORVEXDATETIME* record) {
-        const int64_t start = now - now % kQuarter;
-        if (start != start_ && !load(start)) return false;
-        const auto passed = static_cast<int32_t>(now - start);
-        *record = first_;
-        record->stTime.nMinute = static_cast<uint8_t>(first_.stTime.nMinute + passed / 60);
-        molte::put_low_first(passed % 60 * 1000, record->stTime.anMilliSecond);
-        return true;
-    }
-
- private:
-    static constexpr int64_t kQuarter = 15 * 60;
-
-    bool load(int64_t start) {
-        struct tm fields {};
-        if (!local_time(&start, &fields)) return false;
-        if (fields.tm_min % 15 != 0 || fields.tm_sec != 0) return false;
-        first_ = record_of(fields);
-        start_ = start;
-        return true;
-    }
-
-    int64_t start_ = -1;
-    ORVEXDATETIME first_{};
-};
-
-thread_local constinit CurrentQuarter current_quarter;
 
 }  // namespace
 
@@ -113,8 +79,7 @@ int32_t FormatDateTime(int64_t nTime, ORVEXDATETIME* pDateTime) {
 }
 
 int32_t FormatCurrentDateTime(ORVEXDATETIME* pDateTime) {
-    const int64_t now = ORVEX_Time();
-    return current_quarter.record_at(now, pDateTime) ? 1 : FormatDateTime(now, pDateTime);
+    return FormatDateTime(ORVEX_Time(), pDateTime);
 }
 
 int32_t FormatCurrentDate4(ORVEXDATE* pDate) {

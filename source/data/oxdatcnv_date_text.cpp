@@ -32,10 +32,11 @@ bool has_length(const char* text, size_t length) {
     return text != nullptr && strnlen(text, length) == length;
 }
 
-// Plain arithmetic: what is no digit gives what it gives.
+// Plain arithmetic: what is no digit gives what it gives, bytes from 128 up being negative.
 int32_t number(const char* digits, int count) {
     int32_t value = 0;
-    for (int i = 0; i < count; ++i) value = value * 10 + (digits[i] - '0');
+    for (int i = 0; i < count; ++i)
+        value = value * 10 + (static_cast<signed char>(digits[i]) - '0');
     return value;
 }
 

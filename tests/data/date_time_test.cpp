@@ -89,6 +89,8 @@ TEST(DateText, DigitsBackIntoRecords) {
     EXPECT_EQ(hex(d), "28a0000b0405e207");
     EXPECT_EQ(ORVEX_Time_DispFmt2DBFmt("2575AB", &d.stTime), 1);  // clamped, not refused
     EXPECT_EQ(hex(d.stTime), "78e63b17");
+    EXPECT_EQ(ORVEX_Time_DispFmt2DBFmt("\xB0\xB0\xB0\xB0\xB0\xB0", &d.stTime), 1);
+    EXPECT_EQ(hex(d.stTime), "00000000");  // bytes from 128 up are negative
     EXPECT_EQ(ORVEX_Date_DispFmt2DBFmt("2018130412", &d.stDate), 1);  // nothing is checked
     EXPECT_EQ(d.stDate.nMonth, 12);
     EXPECT_EQ(error_of(ORVEX_Date_DispFmt2DBFmt("2018060", &d.stDate)), "50 oxdatcnv 2018060");
@@ -229,6 +231,36 @@ TEST(Clock, NowInEveryForm) {
     // The seconds are those of the last tick, up to some milliseconds ago.
     EXPECT_LE(ORVEX_GetTimeMilli() / 1000, ORVEX_GetTimeInt() + 1);
     EXPECT_GE(ORVEX_GetCurrentYear(), year);
+}
+
+void change_zone(const char* zone) {
+#if defined(_WIN32)
+    _putenv_s("TZ", zone);
+    _tzset();
+#else
+    setenv("TZ", zone, 1);
+    tzset();
+#endif
+}
+
+TEST(Clock, FollowsAChangeOfTheZoneAtOnce) {
+    for (const auto& [zone, first_hour] : {std::pair("UTC0", 0), {"XYZ-3", 3}, {"ABC5", 19}}) {
+        change_zone(zone);
+        ORVEXDATETIME record;
+        FormatDateTime(0, &record);
+        EXPECT_EQ(record.stTime.nHour, first_hour) << zone;
+        ORVEXDATETIME now;
+        ORVEXDATETIME parts;
+        int64_t second = 0;
+        do {  // until all of it is of one second
+            second = ORVEX_Time();
+            FormatDateTime(second, &record);
+            FormatCurrentDateTime(&now);
+            FormatCurrentDate4(&parts.stDate);
+            FormatCurrentTime4(&parts.stTime);
+        } while (ORVEX_Time() != second);
+        EXPECT_EQ(hex(now) + hex(parts), hex(record) + hex(record)) << zone;
+    }
 }
 
 TEST(Clock, TimeValuesThereAndBack) {
