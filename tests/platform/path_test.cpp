@@ -71,7 +71,8 @@ TEST_F(Paths, DoubleByteNamesKeepTheirTrailByte) {
 
 TEST_F(Paths, WideNamesAreUtf8) {
     EXPECT_TRUE(made_as(L"\u00E9\u4E2D\U0001F642", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x99\x82"));
-    for (const wchar_t bad : {wchar_t{0xD800}, wchar_t{0xDFFF}, wchar_t{0x110000}, wchar_t{-1}}) {
+    for (const wchar_t bad :
+         {wchar_t{0xD800}, wchar_t{0xDFFF}, wchar_t{0x110000}, static_cast<wchar_t>(-1)}) {
         const wchar_t name[] = {L'a', bad, 0};
         EXPECT_EQ(create(name), -1);
         EXPECT_EQ(errno, EILSEQ);
