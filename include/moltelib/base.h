@@ -6,6 +6,9 @@
  * says otherwise; a function that returns a pointer returns null on failure. A failure leaves an
  * error record on the calling thread (moltelib/error.h).
  *
+ * Nulls. A pointer must not be null unless the function, or the head of its header, says what null
+ * does there.
+ *
  * Ownership. What a function allocates for its caller is released with ORVEX_free
  * (moltelib/memory.h). What a caller passes in stays the caller's.
  *

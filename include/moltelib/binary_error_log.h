@@ -37,7 +37,7 @@ typedef struct BERRLOG_FILE {
 
 /* ---- The log of the installation ---- */
 
-/* The path of the log, into 256 bytes; -1 without a main path. */
+/* The log's path, which takes 144 bytes of pszDst at most; -1 without a main path. */
 MOLTE_API int32_t MOLTE_BERRLOG_PathFileName(char* pszDst);
 
 /* Adds a text; 0, also when the file can't be written, and for no text. -1 without a main path. */

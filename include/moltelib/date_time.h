@@ -3,10 +3,12 @@
  * validity, comparisons, calendar arithmetic, and the clock.
  *
  * Months are 1 to 12 in every argument and 0 to 11 in a record. Times are local unless said
- * otherwise; time values are seconds since 1970-01-01 00:00 UTC. Functions that make or take a
- * record return 1 where nothing else is said; functions that make a text terminate it and return
- * its number of characters (at most 26: a buffer of 32 bytes holds each of them). Pointers must
- * be valid; a null text is an error where it says so. The calendar is the Gregorian one.
+ * otherwise, by the zone that the run-time has: after a change of the variable TZ a program calls
+ * tzset (_tzset on Windows), and the next call here goes by it. Time values are seconds since
+ * 1970-01-01 00:00 UTC. Functions that make or take a record return 1 where nothing else is said;
+ * functions that make a text terminate it and return its number of characters (at most 26, and 31
+ * of ORVEX_DigitToStrTime: a buffer of 32 bytes holds each of them). A null text is an error where
+ * it says so. The calendar is the Gregorian one.
  *
  * All functions may be called from any thread.
  */
@@ -94,6 +96,11 @@ MOLTE_API int32_t ORVEX_StrTimeToDigit(const char* pszText, int32_t* pnYear, int
                                        int32_t* pnDay, int32_t* pnHour, int32_t* pnMinute,
                                        int32_t* pnSecond);
 MOLTE_API int64_t ORVEX_MkTimeStr(const char* pszText);
+
+/*
+ * And back: four digits of the year and two of each other number; of numbers that need more, the
+ * text is cut at 31 characters.
+ */
 MOLTE_API int32_t ORVEX_DigitToStrTime(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                                        int32_t nMinute, int32_t nSecond, char* pszDst);
 

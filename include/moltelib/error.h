@@ -13,9 +13,9 @@
  * record alone, so GetRvexErrNo tells something only right after a failure.
  *
  * Reporting never fails, allocates nothing after a thread's first report and works before bring-up.
- * It takes no lock but that of local time (moltelib/thread.h), once in a quarter of an hour, and
- * when the host name or the operating system is not yet known one that guards the filling in. Text
- * that does not fit a field is cut. Null where text is expected counts as empty text.
+ * It takes no lock but that of local time (moltelib/thread.h), and when the host name or the
+ * operating system is not yet known one that guards the filling in. Text that does not fit a field
+ * is cut. Null where text is expected counts as empty text.
  */
 #ifndef MOLTELIB_ERROR_H
 #define MOLTELIB_ERROR_H
@@ -69,10 +69,15 @@ MOLTE_API int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char*
  */
 MOLTE_API int32_t ORVEX_Err_AddNL(int32_t nLine, const char* szFile);
 
-/* ---- The record as a whole: 1, or -1 with error 50 for a null record ---- */
+/* ---- The record as a whole ---- */
 
-/* The current record; it stays the library's and is overwritten by the thread's next report. */
+/*
+ * The current record, never null; it stays the library's and is overwritten by the thread's next
+ * report.
+ */
 MOLTE_API ORVEX_ERRDATA* ORVEX_GetErrData(void);
+
+/* 1, or -1 with error 50 for a null record. */
 MOLTE_API int32_t ORVEX_SetErrData(const ORVEX_ERRDATA* pSrc); /* becomes the current record */
 MOLTE_API int32_t ORVEX_CopyErrData(ORVEX_ERRDATA* pDst);      /* takes the current record */
 MOLTE_API int32_t ORVEX_Err_ClearError(void);                  /* no error recorded any more */
@@ -114,9 +119,16 @@ MOLTE_API int32_t ORVEX_Err_GetErrData(ORVEX_ERRDATA* pRec, void* pBuf, int32_t 
  */
 MOLTE_API char* ORVEX_GetEnvString(char* szBuf, int32_t nLen);
 
-/* ---- Texts of error numbers; they stay the library's ---- */
+/*
+ * ---- Texts of error numbers ----
+ *
+ * They stay the library's, and are good until tear-down. Bring-up loads them once, from the string
+ * resource of the language that the parameter DEF_LANG_ID names, or of the user's where that is
+ * absent or 0; without a file for it, from the Chinese one. NOTHING CHANGES THEM LATER, neither
+ * OXLANG_LID_Set nor a new value of DEF_LANG_ID: another language takes tear-down and bring-up.
+ */
 
-/* The text in the language of messages, or "Unknown". */
+/* The text, or "Unknown" for a number that the resource lacks and where none is loaded. */
 MOLTE_API const char* GetRVEXErrStrByErrno(uint32_t nErrNo);
 MOLTE_API const char* ORVEX_Err_GetErrString(uint32_t nErrNo); /* the same */
 MOLTE_API const char* GetRvexErrStr(void);                     /* of the current record */

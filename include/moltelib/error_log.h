@@ -27,7 +27,7 @@ MOLTE_API int32_t ORVEX_ERRLOG_Init(void);
 MOLTE_API int32_t ORVEX_ERRLOG_Lock(void);
 MOLTE_API int32_t ORVEX_ERRLOG_Unlock(void);
 
-/* The log's file name, into 256 bytes; -1 without a main path. */
+/* The log's path, which takes 143 bytes of pszBuf at most; -1 without a main path. */
 MOLTE_API int32_t ORVEX_ERRLOG_GetFileName(char* pszBuf);
 
 /*

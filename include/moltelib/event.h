@@ -1,6 +1,7 @@
 /*
- * Events. An event is automatic-reset and made unsignalled: a signal releases one waiter and is
- * gone with it; given with nobody waiting it stays for the next.
+ * Events, and waiting for them and for whatever else of the system can be waited for: threads
+ * (moltelib/thread.h), mutexes, semaphores. An event is automatic-reset and made unsignalled: a
+ * signal releases one waiter and is gone with it; given with nobody waiting it stays for the next.
  *
  * MIND THE UNITS: seconds, unless the name says milliseconds. In both 0 means no limit.
  *
@@ -46,7 +47,8 @@ MOLTE_API int32_t ORVEX_EVENT_WaitEx(OXHANDLE hEvent, int32_t nSeconds);
 
 /*
  * Waits for one of nCount objects, or with bWaitAll for all of them at once, at most nSeconds;
- * below 1 there is no limit. Which one was signalled isn't told.
+ * below 1 there is no limit. Which one was signalled isn't told. More than 64 objects, and one that
+ * stands twice in a wait for all, are error 289.
  */
 MOLTE_API int32_t ORVEX_EVENT_MultiTimeWait(const OXHANDLE* phEvents, int32_t nCount,
                                             int32_t bWaitAll, int32_t nSeconds);

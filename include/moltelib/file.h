@@ -9,10 +9,7 @@
  * and success is 1. Functions may be called from any thread; threads that share a descriptor share
  * its position.
  *
- * Open flags and permissions are numbers, alike on every platform:
- *   32768 read; 32769 write; 32770 read and write; and added to the last: 0x100 create, 0x200
- *   truncate, 0x400 the file must not exist. So 33026, 33538, 34050 and 34562.
- *   384 (0x180) is "the owner reads and writes": 0x100 reads, 0x80 writes; 0x4000 is a folder.
+ * Open flags and modes are numbers (below), alike on every platform.
  */
 #ifndef MOLTELIB_FILE_H
 #define MOLTELIB_FILE_H
@@ -21,6 +18,25 @@
 
 #include "moltelib/base.h"
 #include "moltelib/format/file_stat_record.h"
+
+/* Open flags: all that the library uses. Bytes go in and out as they are. */
+enum {
+    ORVEX_OPEN_READ = 32768,
+    ORVEX_OPEN_WRITE = 32769,
+    ORVEX_OPEN_UPDATE = 32770,   /* reads and writes, as do all below */
+    ORVEX_OPEN_CREATE = 33026,   /* makes the file, or takes the one that is there */
+    ORVEX_OPEN_ANEW = 33538,     /* makes the file, or empties the one that is there */
+    ORVEX_OPEN_RESERVE = 34050,  /* makes the file, which must not be there */
+    ORVEX_OPEN_EXCLUSIVE = 34562 /* the same, with the flag that empties */
+};
+
+/* Bits of a file's mode, which are also the permission of a file that is made. */
+enum {
+    ORVEX_MODE_OWNER_WRITES = 0x80,
+    ORVEX_MODE_OWNER_READS = 0x100,
+    ORVEX_MODE_OWNER = 0x180, /* both: 384 */
+    ORVEX_MODE_FOLDER = 0x4000
+};
 
 /* The system's own record of a file's state; the same fields on every platform. */
 #if defined(_WIN32)
@@ -90,7 +106,7 @@ MOLTE_API int32_t ORVEX_GetFileStat(const char* pszName, OXFILESTAT* pRecord);
  */
 MOLTE_API int32_t ORVEX_FileSetModeToFS(const OXSTAT64* pStatus, OXFILESTAT* pRecord);
 
-/* The mode bits that a record tells: 256 and 128 for its owner, 0x4000 for a folder. */
+/* The mode bits that a record tells: both of the owner's and that of a folder. */
 MOLTE_API int32_t ORVEX_FileGetModeFromFS(const OXFILESTAT* pRecord);
 
 /* 1 for the record of a folder, else 0. */
@@ -122,9 +138,12 @@ MOLTE_API int32_t ORVEX_FileChangeModeByFD(int32_t fd, int32_t nSet, int32_t nCl
 /* ---- Locks ---- */
 
 /*
- * Locks or unlocks nSize bytes at nOffset, for this descriptor alone. Modes: 0 unlock; 1 lock, with
- * ten tries a second apart; 2 lock with one try; 3 and 4 the same for reading. The descriptor's
- * position moves while the call runs, and its low 32 bits are the result: test for -1 alone.
+ * Locks or unlocks nSize bytes at nOffset, for this descriptor alone; its end ends the lock. Modes:
+ * 0 unlock; 1 lock, with ten tries a second apart; 2 lock with one try; 3 as 1 and 4 as 2, though
+ * their names speak of reading. A lock keeps out all other descriptors that ask for one. But on
+ * Linux one that was OPENED FOR READING ALONE keeps out, in every mode, none but those that may
+ * write: whoever must be alone opens for writing. The descriptor's position moves while the call
+ * runs, and its low 32 bits are the result: test for -1 alone.
  * Errors: 5 ("fd=%d offset=%s op=%d") when the position can't be set, 2 ("fd=%d mode=%d size=%d").
  */
 MOLTE_API int32_t ORVEX_FileRecordLock(int32_t fd, int32_t nMode, int64_t nOffset, int32_t nSize);
@@ -135,18 +154,22 @@ MOLTE_API int32_t ORVEX_FileRecordLock(int32_t fd, int32_t nMode, int64_t nOffse
  */
 MOLTE_API int32_t ORVEX_LockFile(const char* pszName);
 
-/* Locks nSize bytes at the descriptor position of a stream. Errors: 50 for null, 2. */
+/* The same for nSize bytes at the descriptor position of a stream; 1. Errors: 50 for null, 2. */
 MOLTE_API int32_t ORVEX_FP_FileLock(FILE* pStream, int32_t nMode, int32_t nSize);
 
 /* ---- Names and folders ---- */
 
-/* A name for a temporary file that doesn't exist yet; error 296 ("path=%s prefix=%s"). */
+/*
+ * A name for a temporary file that doesn't exist yet, to pszOut without a bound; error 296
+ * ("path=%s prefix=%s").
+ */
 MOLTE_API int32_t ORVEX_TempFileName(const char* pszDir, char* pszOut, const char* pszPrefix);
 
 /*
  * Reserves a temporary name in a folder by making an empty file of it: prefix ("otmp" for null or
- * empty), the first free number from 0 to 999998, ".tmp". -1, with nothing reported, when there is
- * none. The caller's buffer holds the folder's length and 24 bytes more, and the prefix's.
+ * empty), the first free number from 0 to 999998, ".tmp". -1 with nothing reported when there is
+ * none or the folder takes none, with error 50 for a null folder or buffer. The caller's buffer
+ * holds the folder's length and 24 bytes more, and the prefix's.
  */
 MOLTE_API int32_t ORVEX_UTIL_GetTempFileName(const char* pszDir, char* pszOut,
                                              const char* pszPrefix);

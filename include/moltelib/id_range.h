@@ -10,9 +10,10 @@
  * A range holds nStart and all up to, but not, nEnd; with nEnd not above nStart it is empty. The
  * identifier 0xFFFFFFFF is therefore in no range. All comparisons are unsigned.
  *
- * Errors are of module "oidrange". A null pointer is error 50, and -1 (0 from functions that count,
- * nothing done by those without a result); ranges may be null when there are none. -1 otherwise
- * means that memory is out, with a line in the history; the array is then as it was, apart from
+ * Errors are of module "oidrange". A null pointer is error 50 and -1, ALSO FROM FUNCTIONS THAT
+ * ANSWER YES OR NO: test those for a result above 0. Functions with an unsigned result give 0 then,
+ * those without a result do nothing. pRanges may be null when n is below 1. -1 otherwise means that
+ * memory is out, with a line in the history; the array is then as it was, apart from
  * whole ranges that were dealt with before.
  */
 #ifndef MOLTELIB_ID_RANGE_H
@@ -47,19 +48,19 @@ typedef struct OX_NETIDRANGEARRAY {
 /* How many identifiers. */
 MOLTE_API uint32_t OX_IDRANGE_GetCount(const OX_IDRANGE* pRange);
 
-/* 1 or 0. */
+/* 1 for an empty range, else 0. */
 MOLTE_API int32_t OX_IDRANGE_IsEmpty(const OX_IDRANGE* pRange);
 
-/* 1 if both fields are equal. */
+/* 1 if both fields are equal, else 0. */
 MOLTE_API int32_t OX_IDRANGE_IsSame(const OX_IDRANGE* pA, const OX_IDRANGE* pB);
 
-/* 1 if a reaches from b's start or below to b's end or above, be they empty or not. */
+/* 1 if a reaches from b's start or below to b's end or above, be they empty or not; else 0. */
 MOLTE_API int32_t OX_IDRANGE_IsLarger(const OX_IDRANGE* pA, const OX_IDRANGE* pB);
 
 /* What both hold; (0, 0) if there is nothing. pOut may be one of the two. */
 MOLTE_API void OX_IDRANGE_Intersect(const OX_IDRANGE* pA, const OX_IDRANGE* pB, OX_IDRANGE* pOut);
 
-/* 1 if there is something that both hold. */
+/* 1 if there is something that both hold, else 0. */
 MOLTE_API int32_t OX_IDRANGE_HasIntersection(const OX_IDRANGE* pA, const OX_IDRANGE* pB);
 
 /* How many identifiers lie between two ranges; 0 if either is empty, or they touch or overlap. */
@@ -132,7 +133,7 @@ MOLTE_API int32_t OX_IDRANGEARRAY_RemoveRange(OX_IDRANGEARRAY* pArray, const OX_
 /* Removes the first element that is the same range; 1, or 0 if there is none. */
 MOLTE_API int32_t OX_IDRANGEARRAY_SimpRemove(OX_IDRANGEARRAY* pArray, const OX_IDRANGE* pRange);
 
-/* 1 if any element is not empty. */
+/* 1 if any element is not empty, else 0. */
 MOLTE_API int32_t OX_IDRANGEARRAY_HasWork(const OX_IDRANGEARRAY* pArray);
 
 /*
@@ -167,8 +168,8 @@ MOLTE_API int32_t OX_IDRANGEARRAY_GetSegToWork(OX_IDRANGEARRAY* pArray, OX_IDRAN
 
 /*
  * Moves the lowest identifiers, nMax at most, from one set to another, where they stand at the end
- * as one range; how many. The element that they come from may stay, empty. With pWorking null
- * nothing moves: a look at what would be next. 0, and (0, 0), for no work.
+ * as one range; how many, or -1. The element that they come from may stay, empty. With pWorking
+ * null nothing moves: a look at what would be next. 0, and (0, 0), for no work.
  */
 MOLTE_API int64_t OX_IDRANGEARRAY_GetReadySeg(OX_IDRANGEARRAY* pReady, OX_IDRANGEARRAY* pWorking,
                                               OX_IDRANGE* pOut, uint32_t nMax);

@@ -1,6 +1,12 @@
 /*
- * Languages and collations: the language that messages, times and dates are in, the collation that
- * a Latin or a multi-byte text column is sorted by, and the names of both.
+ * Languages and collations: the language that a program works in, the collation that a Latin or a
+ * multi-byte text column is sorted by, and the names of both.
+ *
+ * What the library does by them: the default language sets the code page (OXLANG_SetLocale), and
+ * with 2052 Chinese is understood (moltelib/pinyin.h, moltelib/collation.h); the language of
+ * messages decides with that of the user's system on the form of dates (moltelib/date_time.h). The
+ * languages of times and dates and the two collations are kept for programs. The TEXTS of errors
+ * and products are loaded at bring-up and don't follow any of these (moltelib/error.h).
  *
  * A language is the platform's locale number; a collation has a number of the system's own:
  *
@@ -12,8 +18,10 @@
  *
  * A collation text names one or two collations joined by an underscore, as "MB_Py_Lat_Ci".
  *
- * Bring-up sets all this by the parameter DEF_LANG_ID; tear-down leaves it. Nothing locks: programs
- * change the language before they start threads.
+ * The first bring-up sets all this by the parameter DEF_LANG_ID; tear-down and later bring-ups
+ * leave it. EVERY bring-up ends by setting the locale for the texts that it loads: by DEF_LANG_ID
+ * as well, but where that is absent or 0 by the language of the user, while the default language is
+ * 2052 or 0 then. Nothing locks: programs change the language before they start threads.
  */
 #ifndef MOLTELIB_LANGUAGE_H
 #define MOLTELIB_LANGUAGE_H
@@ -26,6 +34,18 @@
 
 #define OXLANG_COLLATION_COUNT 8
 #define OXLANG_LANGUAGE_COUNT 4
+
+/* The collations. */
+enum {
+    OXLANG_COLLATE_LAT_DEFAULT = 0,
+    OXLANG_COLLATE_LAT_BIN = 1,
+    OXLANG_COLLATE_LAT_CI = 2,
+    OXLANG_COLLATE_LAT_CS = 3,
+    OXLANG_COLLATE_MB_DEFAULT = 50,
+    OXLANG_COLLATE_MB_BIN = 51,
+    OXLANG_COLLATE_MB_PY = 52,
+    OXLANG_COLLATE_MB_VARPY = 53
+};
 
 /* One row of a name table. */
 typedef struct OXLANG_NAMEROW {
@@ -80,8 +100,9 @@ MOLTE_API int32_t OXLANG_Init(void);
 MOLTE_API int32_t OXLANG_LID_Get(int32_t nKind);
 
 /*
- * For kinds 1 to 5 sets that id and gives THE OLD ONE. Any other kind sets all four languages and
- * the locale: 1, or -1 with error 134, the languages then being set all the same. No id is refused.
+ * For kinds 1 to 5 sets that id and gives THE OLD ONE; the locale stays. Any other kind sets all
+ * four languages and the locale: 1, or -1 with error 134, the languages then being set all the
+ * same. No id is refused.
  */
 MOLTE_API int32_t OXLANG_LID_Set(int32_t nKind, int32_t nId);
 
@@ -91,7 +112,10 @@ MOLTE_API int32_t OXLANG_LID_Set(int32_t nKind, int32_t nId);
  */
 MOLTE_API int32_t OXLANG_LID_Init(void);
 
-/* The same for the languages alone, with 2052 (Chinese) where DEF_LANG_ID is absent. */
+/*
+ * The same without the collations, with 2052 (Chinese) where DEF_LANG_ID is absent; a negative one
+ * is taken as it stands.
+ */
 MOLTE_API int32_t OXLANG_SetDefLang(void);
 
 /*

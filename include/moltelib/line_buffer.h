@@ -161,9 +161,10 @@ MOLTE_API int32_t MOLTE_UTIL_GetTxtInfo(const char* pszName, char* pszOut, int32
                                         uint64_t* pLineID);
 
 /*
- * Installs a text hook that writes to a new line buffer (OTXTHOOK_MEMTXT_InstallHook) and puts that
- * on the list; the result of MOLTE_UTIL_AddLineBuf. -1 when there is no buffer. A hook whose buffer
- * can't go on the list stays.
+ * Installs a text hook that writes to a new line buffer (OTXTHOOK_MEMTXT_InstallHook, whose nId is
+ * nOption: the number that identifies the hook) and puts the buffer on the list; the result of
+ * MOLTE_UTIL_AddLineBuf. -1 when there is no buffer. A hook whose buffer can't go on the list
+ * stays.
  */
 MOLTE_API int32_t MOLTE_UTIL_AddMemTextHook(const char* pszName, int32_t nBufSize, uint32_t nMask,
                                             int32_t nOption);

@@ -4,9 +4,9 @@
  * Every folder and well-known file name of the system is derived from it.
  *
  * Names are built with a backslash. The functions that write a name into pszDst leave its bounds to
- * the caller: 262 bytes hold every folder and file name here but one that the caller gives. Their
- * result is 1, or -1 when no main path is known; then the error is 1000, or that of the registry
- * (InitMainPath).
+ * the caller. A main path has at most 127 characters, so 136 bytes hold every folder, 261 bytes the
+ * parameter file (whose own name may have 127 too) and 165 the database list. Their result is 1, or
+ * -1 when no main path is known; then the error is 1000, or that of the registry (InitMainPath).
  *
  * The main path is read once, on one thread, during bring-up; afterwards any thread may ask.
  */
@@ -74,7 +74,7 @@ MOLTE_API const char* ORVEX_PARAMETER_GetIniFileName(void);
 /* 1; 0 for null or an empty name, which change nothing; -1, with no error, from 128 characters. */
 MOLTE_API int32_t ORVEX_PARAMETER_SetIniFileName(const char* pszName);
 
-/* The parameter file, or pszName, in the CONF folder. */
+/* The parameter file, or pszName of any length, in the CONF folder. */
 MOLTE_API int32_t ORVEX_PARAMETER_PathFileName(char* pszDst);
 MOLTE_API int32_t ORVEX_PARAMETER_PathFileNameByFN(char* pszDst, const char* pszName);
 

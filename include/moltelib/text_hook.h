@@ -217,7 +217,7 @@ MOLTE_API int32_t ORVEX_ERRLOG_LogStackTrace(void);
 /* All destinations with inner for a thread marked as inner worker, else with outer. */
 MOLTE_API uint32_t MOLTE_UTIL_GetInOutMask(void);
 
-/* Switch the three functions above and the logger on and off (bOutputMsg of g_stBv); 1. */
+/* Switch MOLTE_Print, its two kin and the logger on and off (bOutputMsg of g_stBv); 1. */
 MOLTE_API int32_t MOLTE_UTIL_EnableOuputMsg(void);
 MOLTE_API int32_t MOLTE_UTIL_DisableOutputMsg(void);
 

@@ -12,7 +12,7 @@
 
 /* ---- Threads ---- */
 
-/* What a thread runs; its result is the thread's exit code. */
+/* What a thread runs; its result is the thread's exit code, which nothing here reads. */
 typedef uint32_t (*OXTHREADROUTINE)(void* pContext);
 
 /*
@@ -20,6 +20,10 @@ typedef uint32_t (*OXTHREADROUTINE)(void* pContext);
  * run at once. The handle goes to *phThread and is closed by the caller; with phThread null the
  * thread runs detached. Its identifier goes to *pnThreadId unless that is null.
  * ALWAYS 1: when no thread could be made *phThread is null and error 277 is reported.
+ *
+ * Whoever waits for the end of a thread passes its handle to a wait of moltelib/event.h:
+ * ORVEX_EVENT_Wait, or ORVEX_EVENT_MultiTimeWait for several. A thread that has ended stays
+ * signalled for every wait. The handle is closed afterwards; closing it first waits for nothing.
  */
 MOLTE_API int32_t ORVEX_CreateThread(OXHANDLE* phThread, int64_t nStackSize,
                                      OXTHREADROUTINE pfnRoutine, void* pContext, uint32_t nFlags,

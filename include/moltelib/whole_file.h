@@ -10,8 +10,9 @@
  * flushed to the disk.
  *
  * A failure is -1 with an error of module "oxfileop": 1 not opened, 3 not read whole, 4 not written
- * whole, 5 position not set, 10 and 23 no state (moltelib/file.h). Before a file is opened "the
- * owner reads and writes" is added to its mode, and stays added. Lengths are in bytes.
+ * whole, 5 position not set, 10 and 23 no state (moltelib/file.h); or 20 of "oxsysutl", no memory.
+ * Before a file is opened "the owner reads and writes" is added to its mode, and stays added; the
+ * functions for text and ORVEX_FileCopy leave the mode alone. Lengths are in bytes.
  */
 #ifndef MOLTELIB_WHOLE_FILE_H
 #define MOLTELIB_WHOLE_FILE_H
@@ -83,8 +84,9 @@ MOLTE_API int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTa
  * end but leave no hole: error 403) and puts the modification time back, as both times; 0.
  * CopyRead reads the first nLen bytes, which must be there, and gives the modification time; nLen.
  * CopyReadPart reads a range; nLen, 0 for an nLen below 1. A negative offset counts as 0 there, but
- * is an error in CopyUpdate. A range that passes the end is error 404. Null is taken for no bytes;
- * with a length it is error 50.
+ * is an error in CopyUpdate. A range that passes the end is error 404.
+ * Null is taken for no bytes; with a length it is error 50, and so is a negative nLen of CopyWrite
+ * and CopyRead.
  */
 MOLTE_API int32_t ORVEX_CopyWrite(const char* pszName, const void* pData, int32_t nLen,
                                   int64_t nTime);

@@ -2,8 +2,10 @@
 // and passes module, line and kind of system error; and one that adds a trace line.
 //
 //     constexpr molte::Module kModule("oxmnpath");
-//     return kModule.fail(35, molte::kTooLong, molte::SystemError::none, "main path name too
-//     long"); return kModule.trace(molte::here());
+//     ...
+//     return kModule.fail(here(), kBadArgument);                           // a failure of its own
+//     return kModule.fail(35, kTooLong, SystemError::none, "%d bytes", n); // the same with data
+//     return kModule.trace(here());                                        // one that is passed on
 #pragma once
 
 #include <cstdint>
