@@ -9,7 +9,6 @@
 namespace {
 
 constexpr molte::Module kModule("oxfname");
-constexpr int32_t kOwnerReadWrite = 384;
 constexpr size_t kIniNameSize = 128;
 
 char ini_file_name[kIniNameSize] = "rvexinit.ini";
@@ -98,7 +97,7 @@ int32_t ORVEX_SYS_CreatePath(void) {
     for (const Step& step : steps) {
         char path[256];
         step.name(path);
-        if (ORVEX_DirCreateRecur(path, kOwnerReadWrite) < 0) return kModule.trace(step.line);
+        if (ORVEX_DirCreateRecur(path, ORVEX_MODE_OWNER) < 0) return kModule.trace(step.line);
     }
     return 1;
 }

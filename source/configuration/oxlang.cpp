@@ -86,8 +86,8 @@ int32_t OXLANG_LID_Set(int32_t nKind, int32_t nId) {
 int32_t OXLANG_LID_Init(void) {
     const int32_t language = default_language_or(-1);
     const int32_t result = OXLANG_LID_Set(OXLANG_KIND_DEFAULT, language < 0 ? 0 : language);
-    g_stLangVar.nLatCollID = 0;
-    g_stLangVar.nMBCollID = 50;
+    g_stLangVar.nLatCollID = OXLANG_COLLATE_LAT_DEFAULT;
+    g_stLangVar.nMBCollID = OXLANG_COLLATE_MB_DEFAULT;
     return result < 0 ? kModule.trace(143) : 1;
 }
 

@@ -11,15 +11,18 @@ constexpr molte::Module kModule("oxlang");
 using molte::kBadArgument;
 constexpr uint32_t kNoCollation = 250;
 constexpr uint32_t kBadCollationText = 251;
-constexpr int32_t kFirstMultiByte = 50;
-constexpr int32_t kLatinBinary = 1;
-constexpr int32_t kMultiByteBinary = 51;
 constexpr size_t kTextSize = 128;    // what is read of a collation text
 constexpr size_t kLongestText = 24;  // of those written, with terminator
 
 constexpr OXLANG_NAMEROW kCollations[OXLANG_COLLATION_COUNT] = {
-    {"Lat_Default", 0}, {"Lat_Bin", 1}, {"Lat_Ci", 2}, {"Lat_Cs", 3},
-    {"MB_Default", 50}, {"MB_Bin", 51}, {"MB_Py", 52}, {"MB_VarPy", 53}};
+    {"Lat_Default", OXLANG_COLLATE_LAT_DEFAULT},
+    {"Lat_Bin", OXLANG_COLLATE_LAT_BIN},
+    {"Lat_Ci", OXLANG_COLLATE_LAT_CI},
+    {"Lat_Cs", OXLANG_COLLATE_LAT_CS},
+    {"MB_Default", OXLANG_COLLATE_MB_DEFAULT},
+    {"MB_Bin", OXLANG_COLLATE_MB_BIN},
+    {"MB_Py", OXLANG_COLLATE_MB_PY},
+    {"MB_VarPy", OXLANG_COLLATE_MB_VARPY}};
 
 // Stores the id of a name where it belongs.
 bool take_name(const char* name, int32_t& latin, int32_t& multi_byte) {
@@ -51,11 +54,11 @@ int32_t OXLANG_COLLATE_InitName(OXLANG_NAMEROW* pTable) {
 }
 
 int32_t OXLANG_COLLATE_IsValidLatID(int32_t nId) {
-    return nId >= 0 && nId <= 3 ? 1 : 0;
+    return nId >= OXLANG_COLLATE_LAT_DEFAULT && nId <= OXLANG_COLLATE_LAT_CS ? 1 : 0;
 }
 
 int32_t OXLANG_COLLATE_IsValidMBID(int32_t nId) {
-    return nId >= kFirstMultiByte && nId <= kFirstMultiByte + 3 ? 1 : 0;
+    return nId >= OXLANG_COLLATE_MB_DEFAULT && nId <= OXLANG_COLLATE_MB_VARPY ? 1 : 0;
 }
 
 int32_t OXLANG_COLLATE_Name2ID(const char* pszName, int32_t* pbLatin) {
@@ -98,8 +101,8 @@ int32_t OXLANG_COLLATE_Str2ID(const char* pszText, int32_t* pnLat, int32_t* pnMB
     }
     char text[kTextSize];
     std::snprintf(text, sizeof text, "%s", pszText);
-    *pnLat = kLatinBinary;
-    *pnMB = kMultiByteBinary;
+    *pnLat = OXLANG_COLLATE_LAT_BIN;
+    *pnMB = OXLANG_COLLATE_MB_BIN;
     char* underscore = std::strchr(text, '_');
     if (underscore == nullptr) return bad_text(pszText);
     const char* second = cut_second_name(underscore);

@@ -15,10 +15,6 @@ using molte::SystemError;
 
 namespace {
 
-constexpr int32_t kRead = 32768;
-constexpr int32_t kUpdate = 32770;
-constexpr int32_t kMakeAnew = 33538;
-constexpr int32_t kOwnerReadWrite = 384;
 constexpr size_t kPathSize = 256;
 
 int32_t identity_path(char (&dst)[kPathSize], int32_t line) {
@@ -28,8 +24,8 @@ int32_t identity_path(char (&dst)[kPathSize], int32_t line) {
 }
 
 int32_t read_identity(const char* path, uint8_t* id) {
-    molte::Descriptor file(ORVEX_FileOpenByChmod(path, kUpdate));
-    if (!file.valid()) file.reset(ORVEX_FileOpenByChmod(path, kRead));
+    molte::Descriptor file(ORVEX_FileOpenByChmod(path, ORVEX_OPEN_UPDATE));
+    if (!file.valid()) file.reset(ORVEX_FileOpenByChmod(path, ORVEX_OPEN_READ));
     if (!file.valid()) return kModule.fail_text(492, kNotOpened, SystemError::runtime, path);
     errno = 0;
     if (_read(file.get(), id, ORVEX_UUID_SIZE) != ORVEX_UUID_SIZE) {
@@ -40,8 +36,8 @@ int32_t read_identity(const char* path, uint8_t* id) {
 }
 
 int32_t write_identity(const char* path, const uint8_t* id) {
-    ORVEX_FileChangeMode(path, kOwnerReadWrite, 0);
-    const molte::Descriptor file(_open(path, kMakeAnew, kOwnerReadWrite));
+    ORVEX_FileChangeMode(path, ORVEX_MODE_OWNER, 0);
+    const molte::Descriptor file(_open(path, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return kModule.fail_text(502, kNotOpened, SystemError::runtime, path);
     errno = 0;
     if (_write(file.get(), id, ORVEX_UUID_SIZE) != ORVEX_UUID_SIZE) {

@@ -16,7 +16,6 @@ constexpr molte::Module kModule("oxerrlog");
 using molte::kBadArgument;
 constexpr uint32_t kBadHead = 298;
 constexpr char kMagic[] = "erlogfileobject";
-constexpr int32_t kOwnerReadWrite = 384;
 constexpr int64_t kMapSize = sizeof(BERRLOG_FILEMAP);
 constexpr int64_t kDefaultSize = 1049600;
 constexpr int64_t kLeastBlocks = 32;
@@ -41,7 +40,7 @@ class HandleOwner {
 };
 
 int32_t write_new_file(const char* path, int64_t blocks) {
-    const HandleOwner file(ORVEX_HFILE_Create(path, kOwnerReadWrite));
+    const HandleOwner file(ORVEX_HFILE_Create(path, ORVEX_MODE_OWNER));
     if (file.get() == nullptr) return kModule.trace(71);
     BERRLOG_FILEMAP map;
     BERRLOG_InitFileMap(&map);

@@ -26,8 +26,6 @@ using molte::kTooLong;
 namespace {
 
 constexpr int64_t kLongestList = 10485760;
-constexpr int32_t kReadBinary = 32768;
-constexpr int32_t kOwnerReadWrite = 384;
 constexpr int32_t kGrowBy = 10240;
 constexpr size_t kLongestLine = 127;
 constexpr size_t kLongestEntry = 31;
@@ -77,7 +75,7 @@ struct ListFile {
 int32_t ListFile::read(const char* path, int32_t unit) {
     OXSTAT64 state;
     if (ORVEX_FileStatByFileName(path, &state) < 0) return kModule.trace(here());
-    molte::Descriptor file(_open(path, kReadBinary));
+    molte::Descriptor file(_open(path, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_path(here(), kNotOpened, path);
     // By now it may be another file of that name.
     if (ORVEX_FileStatByFileDes(file.get(), &state) < 0) return fail_path(here(), kNotRead, path);
@@ -152,7 +150,7 @@ class Output {
  public:
     bool open(const char* path) {
         // A file marked read-only stops no write.
-        if (_access(path, 0) == 0) ORVEX_FileChangeMode(path, kOwnerReadWrite, 0);
+        if (_access(path, 0) == 0) ORVEX_FileChangeMode(path, ORVEX_MODE_OWNER, 0);
         return file_.open(path);
     }
     void write_line(std::string_view text) {

@@ -8,7 +8,6 @@
 
 #include "core/report.h"
 #include "data/decimal.h"
-#include "files/open_modes.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
 
@@ -42,16 +41,16 @@ inline int change_mode(const wchar_t* name, int mode) {
 
 // So that a file marked read-only stops nobody; a failure is for the open that follows to tell.
 inline void add_owner_mode(const char* name) {
-    ORVEX_FileChangeMode(name, kOwnerReadWrite, 0);
+    ORVEX_FileChangeMode(name, ORVEX_MODE_OWNER, 0);
 }
 inline void add_owner_mode(const wchar_t* name) {
-    ORVEX_FileChangeModeW(name, kOwnerReadWrite, 0);
+    ORVEX_FileChangeModeW(name, ORVEX_MODE_OWNER, 0);
 }
 
-inline int open(const char* name, int flags, int permission = kOwnerReadWrite) {
+inline int open(const char* name, int flags, int permission = ORVEX_MODE_OWNER) {
     return _open(name, flags, permission);
 }
-inline int open(const wchar_t* name, int flags, int permission = kOwnerReadWrite) {
+inline int open(const wchar_t* name, int flags, int permission = ORVEX_MODE_OWNER) {
     return _wopen(name, flags, permission);
 }
 

@@ -19,10 +19,7 @@ using molte::Decimal;
 using molte::here;
 using molte::SystemError;
 using molte::handle::kBadArgument;
-using molte::handle::kMakeAnew;
 using molte::handle::kModule;
-using molte::handle::kOwnerReadWrite;
-using molte::handle::kUpdate;
 using molte::handle::seek_to;
 
 namespace {
@@ -113,9 +110,9 @@ ORVEX_HFILE* ORVEX_HFILE_Open(const char* pszName, int32_t nFlags) {
     }
     Record record = new_record(pszName);
     if (record == nullptr) return nullptr;
-    _chmod(pszName, kOwnerReadWrite);
-    const int32_t flags = nFlags != 0 ? nFlags : kUpdate;
-    return open_into(std::move(record), pszName, flags, kOwnerReadWrite, 1);
+    _chmod(pszName, ORVEX_MODE_OWNER);
+    const int32_t flags = nFlags != 0 ? nFlags : int32_t{ORVEX_OPEN_UPDATE};
+    return open_into(std::move(record), pszName, flags, ORVEX_MODE_OWNER, 1);
 }
 
 ORVEX_HFILE* ORVEX_HFILE_OpenMode(const char* pszName, int32_t nFlags, int32_t nPermission) {
@@ -132,11 +129,11 @@ ORVEX_HFILE* ORVEX_HFILE_CreateOpen(const char* pszName, int32_t nFlags, int32_t
 }
 
 ORVEX_HFILE* ORVEX_HFILE_Create(const char* pszName, int32_t nPermission) {
-    return ORVEX_HFILE_OpenMode(pszName, kMakeAnew, nPermission | kOwnerReadWrite);
+    return ORVEX_HFILE_OpenMode(pszName, ORVEX_OPEN_ANEW, nPermission | ORVEX_MODE_OWNER);
 }
 
 ORVEX_HFILE* ORVEX_HFILE_NewBinaryFile(const char* pszName) {
-    return ORVEX_HFILE_OpenMode(pszName, kMakeAnew, kOwnerReadWrite);
+    return ORVEX_HFILE_OpenMode(pszName, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER);
 }
 
 int32_t ORVEX_HFILE_Close(ORVEX_HFILE** ppFile) {

@@ -5,16 +5,13 @@
 
 #include "core/owners.h"
 #include "core/report.h"
-#include "files/open_modes.h"
+#include "moltelib/file.h"
 #include "moltelib/file_handle.h"
 
 namespace molte::handle {
 
 inline constexpr Module kModule("ofilehop");
 
-using file::kMakeAnew;
-using file::kOwnerReadWrite;
-using file::kUpdate;
 using molte::kBadArgument;
 
 // Closes a handle at the end of the block.

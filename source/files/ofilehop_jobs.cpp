@@ -13,10 +13,7 @@ using molte::here;
 using molte::handle::CopyBuffer;
 using molte::handle::Handle;
 using molte::handle::kBadArgument;
-using molte::handle::kMakeAnew;
 using molte::handle::kModule;
-using molte::handle::kOwnerReadWrite;
-using molte::handle::kUpdate;
 using molte::handle::read_at;
 using molte::handle::seek_to;
 using molte::handle::write_at;
@@ -84,7 +81,7 @@ CopyBuffer::CopyBuffer(void* given, int32_t given_size, int64_t length)
 
 int64_t ORVEX_HFILE_Load(const char* pszName, uint8_t** ppBuf, int64_t nOffset, int64_t nLen) {
     if (nOffset < 0 || nLen < -1) return kModule.fail(here(), kBadArgument);
-    const Handle file(ORVEX_HFILE_Open(pszName, kUpdate));
+    const Handle file(ORVEX_HFILE_Open(pszName, ORVEX_OPEN_UPDATE));
     if (!file) return kModule.trace(here());
     const int64_t length = ORVEX_HFILE_Size(file.get());
     if (length < 0) return kModule.trace(here());
@@ -105,8 +102,8 @@ int64_t ORVEX_HFILE_AddUpdate(const char* pszName, const void* pData, int64_t nP
     }
     // A file that only can't be looked at isn't emptied.
     const bool missing = _access(pszName, 0) != 0 && (errno == ENOENT || errno == ENOTDIR);
-    const Handle file(missing ? ORVEX_HFILE_OpenMode(pszName, kMakeAnew, kOwnerReadWrite)
-                              : ORVEX_HFILE_Open(pszName, kUpdate));
+    const Handle file(missing ? ORVEX_HFILE_OpenMode(pszName, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER)
+                              : ORVEX_HFILE_Open(pszName, ORVEX_OPEN_UPDATE));
     if (!file) return kModule.trace(here());
     const int64_t length = ORVEX_HFILE_Size(file.get());
     if (length < 0) return kModule.trace(here());
@@ -169,7 +166,7 @@ int32_t ORVEX_HFILE_Dup(ORVEX_HFILE* pSource, char* pszTarget) {
         kModule.trace(here());
         return 0;
     }
-    const Handle target(ORVEX_HFILE_OpenMode(pszTarget, kMakeAnew, kOwnerReadWrite));
+    const Handle target(ORVEX_HFILE_OpenMode(pszTarget, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (target && ORVEX_HFILE_Copy(target.get(), 0, pSource, 0, 0, 0, nullptr, 0) < 0) {
         kModule.trace(here());
     }
@@ -183,7 +180,7 @@ int32_t ORVEX_HFILE_DupFile(const char* pszSource, char* pszTarget) {
     if (ORVEX_DISK_CanHoldFile(pszTarget, length + kDupReserve) < 0) return kModule.trace(here());
     // The permission number serves as flags on purpose: read only, create, not inherited. With it
     // the bytes are taken as they stand, where a platform would translate line ends.
-    const Handle source(ORVEX_HFILE_Open(pszSource, kOwnerReadWrite | kUntranslated));
+    const Handle source(ORVEX_HFILE_Open(pszSource, ORVEX_MODE_OWNER | kUntranslated));
     if (!source) return kModule.trace(here());
     return ORVEX_HFILE_Dup(source.get(), pszTarget);
 }

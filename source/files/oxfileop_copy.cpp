@@ -34,7 +34,7 @@ int32_t ORVEX_FileCopy(const char* pszSource, const char* pszTarget, int32_t bFa
 int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTarget, int32_t /*nUnused*/,
                               void* pBuf, int32_t nBufSize) {
     if (pBuf == nullptr || nBufSize < 1) return kModule.fail(here(), kBadArgument);
-    const molte::Descriptor source(open_by_chmod(pszSource, kRead));
+    const molte::Descriptor source(open_by_chmod(pszSource, ORVEX_OPEN_READ));
     if (!source.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, pszSource);
     OXSTAT64 state;
     if (status(source.get(), &state) != 0) {
@@ -44,7 +44,7 @@ int32_t ORVEX_FileCopyWithBuf(const char* pszSource, const char* pszTarget, int3
         return fail_name(here(), kNotCopied, SystemError::none, pszTarget);
     }
     add_owner_mode(pszTarget);
-    molte::Descriptor target(open(pszTarget, kMakeAnew, state.st_mode));
+    molte::Descriptor target(open(pszTarget, ORVEX_OPEN_ANEW, state.st_mode));
     if (!target.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, pszTarget);
     if (state.st_size == 0) return 1;  // with the time of now
     if (copy_bytes(source.get(), target.get(), state.st_size, pBuf, nBufSize) < 0) return -1;

@@ -67,8 +67,8 @@ int32_t load(const Char* name, uint8_t** buffer_out, int32_t* length_out) {
     auto buffer = molte::allocate<uint8_t>(length);
     if (buffer == nullptr) return kModule.trace(here());
     if (!file.valid()) {
-        file.reset(open_by_chmod(name, kRead));
-    } else if ((state.st_mode & kOwnerReadWrite) != kOwnerReadWrite) {
+        file.reset(open_by_chmod(name, ORVEX_OPEN_READ));
+    } else if ((state.st_mode & ORVEX_MODE_OWNER) != ORVEX_MODE_OWNER) {
         add_owner_mode(name);
     }
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, name);
@@ -106,7 +106,7 @@ template <typename Char>
 int32_t save(const Char* name, const void* data, int32_t length) {
     if (data == nullptr || length < 1) return 0;
     add_owner_mode(name);
-    const molte::Descriptor file(open(name, kMakeAnew, kOwnerReadWrite));
+    const molte::Descriptor file(open(name, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, name);
     if (!write_whole(file.get(), data, length)) return fail_write(here(), file.get(), data, length);
     return 1;

@@ -32,7 +32,7 @@ int32_t ORVEX_FileRecordLock(int32_t fd, int32_t nMode, int64_t nOffset, int32_t
 
 int32_t ORVEX_LockFile(const char* pszName) {
     add_owner_mode(pszName);
-    molte::Descriptor file(open(pszName, kOpenOrMake, kOwnerReadWrite));
+    molte::Descriptor file(open(pszName, ORVEX_OPEN_CREATE, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_name(here(), kLockFileNotOpened, SystemError::runtime, pszName);
     if (_locking(file.get(), _LK_NBLCK, 1) != 0) {
         return fail_name(here(), kNotLocked, SystemError::runtime, pszName);

@@ -64,7 +64,7 @@ int32_t ORVEX_UTIL_GetTempFileName(const char* pszDir, char* pszOut, const char*
     const size_t room = std::strlen(pszDir) + std::strlen(pszPrefix) + 24;
     for (int32_t number = 0; number < kTempNames; ++number) {
         snprintf(pszOut, room, "%s%c%s%d%s", pszDir, '\\', pszPrefix, number, ".tmp");
-        const int32_t fd = open(pszOut, kReserve, kOwnerReadWrite);
+        const int32_t fd = open(pszOut, ORVEX_OPEN_RESERVE, ORVEX_MODE_OWNER);
         if (fd >= 0) {
             _close(fd);
             return 1;

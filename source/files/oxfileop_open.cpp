@@ -26,7 +26,7 @@ OXCRITSECT& creation_lock() {
 
 template <typename Char>
 int32_t make_exclusive(const Char* name, const void* data, int32_t length, int32_t permission) {
-    molte::Descriptor file(open(name, kMakeExclusive, permission | kOwnerReadWrite));
+    molte::Descriptor file(open(name, ORVEX_OPEN_EXCLUSIVE, permission | ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, name);
     if (data != nullptr && length >= 1 && !write_whole(file.get(), data, length)) {
         return fail_write(here(), file.get(), data, length);
@@ -118,7 +118,7 @@ int32_t ORVEX_FileOpenCreateW(const wchar_t* pwszName, const void* pData, int32_
 
 int32_t ORVEX_NewEmptyFile(const char* pszName) {
     add_owner_mode(pszName);
-    const int32_t fd = open(pszName, kMakeAnew, kOwnerReadWrite);
+    const int32_t fd = open(pszName, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER);
     if (fd < 0) return fail_name(here(), kNotOpened, SystemError::runtime, pszName);
     if (fd > 0) _close(fd);  // descriptor 0 stays open: meant so
     return 1;
@@ -153,7 +153,7 @@ int32_t ORVEX_UTIL_FileExpand(int32_t fd, int64_t nNewSize) {
 }
 
 int32_t ORVEX_FileChangeSizeByFN(const char* pszName, int64_t nNewSize) {
-    const molte::Descriptor file(open_by_chmod(pszName, kUpdate));
+    const molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_UPDATE));
     if (!file.valid()) return fail_name(here(), kNotOpened, SystemError::runtime, pszName);
     return ORVEX_UTIL_FileExpand(file.get(), nNewSize) > 0 ? 1 : kModule.trace(here());
 }

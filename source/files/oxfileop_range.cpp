@@ -65,7 +65,7 @@ int32_t ORVEX_WriteBinDataToFile(const char* pszName, int64_t nOffset, const voi
                             nLen, pData, static_cast<const void*>(pszName));
     }
     const int64_t offset = std::max<int64_t>(nOffset, 0);
-    const molte::Descriptor file(open_by_chmod(pszName, kWrite));
+    const molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_WRITE));
     if (!file.valid()) return fail_open(here(), pszName);
     const int64_t length = ORVEX_FileLen(file.get());
     if (length < 0) return kModule.trace(here());
@@ -93,7 +93,7 @@ int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, void* pBuf, 
     if (!within(offset, nLen, length)) {
         return kModule.fail(here(), kOutsideFile, SystemError::none, "exceed file size.");
     }
-    const molte::Descriptor file(open_by_chmod(pszName, kRead));
+    const molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_open(here(), pszName);
     return read_at(file, offset, pBuf, nLen);
 }
@@ -101,7 +101,7 @@ int32_t ORVEX_ReadBinDataFile(const char* pszName, int64_t nOffset, void* pBuf, 
 int32_t ORVEX_CopyWrite(const char* pszName, const void* pData, int32_t nLen, int64_t nTime) {
     if (!is_block(pData, nLen)) return kModule.fail(here(), kBadArgument);
     add_owner_mode(pszName);
-    molte::Descriptor file(open(pszName, kMakeAnew, kOwnerReadWrite));
+    molte::Descriptor file(open(pszName, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_open(here(), pszName);
     if (!write_whole(file.get(), pData, nLen)) return fail_write(here(), file.get(), pData, nLen);
     file.close();
@@ -116,7 +116,7 @@ int32_t ORVEX_CopyUpdate(const char* pszName, const void* pData, int64_t nOffset
         return fail_range(here(), kBadUpdate, length, nOffset, nLen, pszName);
     }
     if (!is_block(pData, nLen)) return kModule.fail(here(), kBadArgument);
-    molte::Descriptor file(open_by_chmod(pszName, kUpdate));
+    molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_UPDATE));
     if (!file.valid()) return fail_open(here(), pszName);
     if (write_at(file, nOffset, pData, nLen) < 0) return -1;
     file.close();
@@ -126,7 +126,7 @@ int32_t ORVEX_CopyUpdate(const char* pszName, const void* pData, int64_t nOffset
 int32_t ORVEX_CopyRead(const char* pszName, void* pBuf, int32_t nLen, int64_t* pnTime) {
     *pnTime = 0;
     if (!is_block(pBuf, nLen)) return kModule.fail(here(), kBadArgument);
-    const molte::Descriptor file(open_by_chmod(pszName, kRead));
+    const molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_open(here(), pszName);
     if (!read_whole(file.get(), pBuf, nLen)) return fail_read(here(), file.get(), pBuf, nLen);
     OXSTAT64 state;
@@ -146,7 +146,7 @@ int32_t ORVEX_CopyReadPart(const char* pszName, void* pBuf, int64_t nOffset, int
     if (!within(offset, nLen, length)) {
         return fail_range(here(), kBadPartRead, length, offset, nLen, pszName);
     }
-    const molte::Descriptor file(open_by_chmod(pszName, kRead));
+    const molte::Descriptor file(open_by_chmod(pszName, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_open(here(), pszName);
     return read_at(file, offset, pBuf, nLen);
 }

@@ -11,10 +11,6 @@
 
 namespace {
 
-constexpr int32_t kLatinWithCase = 3;
-constexpr int32_t kByReading = 52;
-constexpr int32_t kByReadingText = 53;
-
 int32_t compare_readings(int32_t a, int32_t b, uint8_t mode) {
     const MOLTE_HZPY_CMPOPT options{mode, 1, {}};
     return MOLTE_HZPY_Cmp(&g_stPinYin, static_cast<uint16_t>(a), static_cast<uint16_t>(b),
@@ -122,7 +118,7 @@ int32_t OCOLL_MB_StrBVarPyCsCmp(const char* a, const char* b) {
 }
 
 OCOLL_CHARCMP ORVEX_UTIL_GetLatCmpRoutine(int32_t nLatId) {
-    return nLatId == kLatinWithCase ? OCOLL_DB_CharBinCmp : OCOLL_SB_CharCiCmp;
+    return nLatId == OXLANG_COLLATE_LAT_CS ? OCOLL_DB_CharBinCmp : OCOLL_SB_CharCiCmp;
 }
 
 OCOLL_CHARCMP ORVEX_UTIL_GetMBCmpRoutine(void) {
@@ -130,14 +126,14 @@ OCOLL_CHARCMP ORVEX_UTIL_GetMBCmpRoutine(void) {
 }
 
 OCOLL_WILDMATCH ORVEX_UTIL_GetWildMatchRoutine(int32_t nLatId, int32_t nMbId) {
-    const bool with_case = nLatId == kLatinWithCase;
+    const bool with_case = nLatId == OXLANG_COLLATE_LAT_CS;
     if (OXLANG_LID_Get(OXLANG_KIND_DEFAULT) != OXLANG_CHINESE) {
         return with_case ? ORVEX_WildMatch : ORVEX_Ci_WildMatch;
     }
     switch (nMbId) {
-        case kByReadingText:
+        case OXLANG_COLLATE_MB_VARPY:
             return with_case ? ORVEX_MB_WildVarPyMatch : ORVEX_MB_Ci_WildVarPyMatch;
-        case kByReading:
+        case OXLANG_COLLATE_MB_PY:
             return with_case ? ORVEX_MB_WildPyMatch : ORVEX_MB_Ci_WildPyMatch;
         default:
             return with_case ? ORVEX_MB_WildMatch : ORVEX_MB_Ci_WildMatch;

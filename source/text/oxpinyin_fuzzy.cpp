@@ -2,7 +2,6 @@
 #include <cerrno>
 
 #include "core/owners.h"
-#include "files/open_modes.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
 #include "text/oxpinyin.h"
@@ -59,7 +58,7 @@ int32_t MOLTE_HZPY_LoadOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
     char path[MOLTE_HZPY_PATH_SIZE];
     if (MOLTE_HZPY_FuzzyTableFN(path) < 0) return kModule.trace(here());
     if (!exists(path)) return 0;
-    const molte::Descriptor file(_open(path, molte::file::kRead));
+    const molte::Descriptor file(_open(path, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_open(here(), path);
     errno = 0;  // a short file is no error of the system
     if (_read(file.get(), pOpt, kOptionSize) != static_cast<int>(kOptionSize)) {
@@ -75,8 +74,8 @@ int32_t MOLTE_HZPY_SaveOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
     char path[MOLTE_HZPY_PATH_SIZE];
     if (MOLTE_HZPY_FuzzyTableFN(path) < 0) return kModule.trace(here());
     if (!exists(path)) return 0;
-    ORVEX_FileChangeMode(path, molte::file::kOwnerReadWrite, 0);
-    const molte::Descriptor file(_open(path, molte::file::kMakeAnew, molte::file::kOwnerReadWrite));
+    ORVEX_FileChangeMode(path, ORVEX_MODE_OWNER, 0);
+    const molte::Descriptor file(_open(path, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_open(here(), path);
     errno = 0;
     if (_write(file.get(), pOpt, kOptionSize) != static_cast<int>(kOptionSize)) {
