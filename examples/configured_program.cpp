@@ -32,7 +32,7 @@ bool show_failure_in(const char* language, int32_t id) {
     if (ORVEX_PARAMETER_SetValueInt("DEF_LANG_ID", id) < 0 || ORVEX_BASE_InitVar() < 0) {
         return false;
     }
-    OXLANG_LID_Set(0, id);
+    OXLANG_LID_Set(OXLANG_KIND_DEFAULT, id);
     std::printf("\n---- a failed read, in %s\n", language);
     read_missing_file();
     terminal::show_error();
@@ -111,8 +111,9 @@ void show_error_log() {
 
 int run(const char* installation) {
     if (!make_installation(installation)) return fail("The installation can't be made.");
-    if (!show_failure_in("Chinese", 2052) || !show_failure_in("English", 1033) ||
-        !show_failure_in("Spanish", 1034)) {
+    if (!show_failure_in("Chinese", OXLANG_CHINESE) ||
+        !show_failure_in("English", OXLANG_ENGLISH) ||
+        !show_failure_in("Spanish", OXLANG_SPANISH)) {
         return fail("The library can't be brought up.");
     }
     if (ORVEX_BASE_InitVar() < 0) return fail("The library can't be brought up.");

@@ -14,8 +14,6 @@
 namespace {
 
 constexpr const char* kModule = "failed_read";
-constexpr int32_t kReadOnly = 32768;
-constexpr int32_t kOwnerReadWrite = 384;
 
 // Each caller that passes a failure on adds its own line to the history of the record.
 int32_t passed_on(int32_t line) {
@@ -80,7 +78,7 @@ int run(const std::string& installation, const char* given) {
         std::printf("%s is a folder.\n", name.c_str());
         return 1;
     }
-    ORVEX_HFILE* file = ORVEX_HFILE_OpenMode(name.c_str(), kReadOnly, kOwnerReadWrite);
+    ORVEX_HFILE* file = ORVEX_HFILE_OpenMode(name.c_str(), ORVEX_OPEN_READ, ORVEX_MODE_OWNER);
     if (file == nullptr) return fail("The file can't be opened.");
 
     read_all_records(file);  // ends by failing at the end of the file

@@ -21,10 +21,6 @@
 
 namespace {
 
-constexpr int32_t kWithoutCase = 2;  // "Lat_Ci"
-constexpr int32_t kByCode = 51;      // "MB_Bin"
-constexpr int32_t kByReading = 52;   // "MB_Py"
-
 using Test = std::function<bool(const std::string& name)>;
 
 int fail(const char* what) {
@@ -66,7 +62,8 @@ Test by_pinyin(const std::string& words) {
     int32_t count = 0;
     char** word = ox_strsplit(words.c_str(), " ", &count);
     for (int32_t i = 0; i < count; ++i) {
-        if (word[i][0] != '\0') pattern += std::string(" ") + word[i] + " *";
+        if (ox_strlen(word[i]) > 0) pattern += std::string(" ") + word[i] + " *";
+        ORVEX_free(word[i]);
     }
     ORVEX_free(word);
     return [pattern](const std::string& name) {
@@ -75,14 +72,14 @@ Test by_pinyin(const std::string& words) {
 }
 
 Test by_wildcard(const std::string& pattern, int32_t collation) {
-    const OCOLL_WILDMATCH match = ORVEX_UTIL_GetWildMatchRoutine(kWithoutCase, collation);
+    const OCOLL_WILDMATCH match = ORVEX_UTIL_GetWildMatchRoutine(OXLANG_COLLATE_LAT_CI, collation);
     return [=](const std::string& name) { return match(name.c_str(), pattern.c_str()) > 0; };
 }
 
 std::optional<Test> test_of(const std::string& kind, const std::string& query) {
     if (kind == "pinyin") return by_pinyin(query);
-    if (kind == "wildcard") return by_wildcard(query, kByCode);
-    if (kind == "both") return by_wildcard(query, kByReading);
+    if (kind == "wildcard") return by_wildcard(query, OXLANG_COLLATE_MB_BIN);
+    if (kind == "both") return by_wildcard(query, OXLANG_COLLATE_MB_PY);
     return std::nullopt;
 }
 
