@@ -4,7 +4,6 @@
 //
 //     failed_read INSTALLATION [FILE]
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "installation.h"

@@ -11,8 +11,8 @@
  *
  * A failure is -1 with an error of module "oxfileop": 1 not opened, 3 not read whole, 4 not written
  * whole, 5 position not set, 10 and 23 no state (moltelib/file.h); or 20 of "oxsysutl", no memory.
- * Before a file is opened "the owner reads and writes" is added to its mode, and stays added; the
- * functions for text and ORVEX_FileCopy leave the mode alone. Lengths are in bytes.
+ * Before a file is opened "the owner reads and writes" is added to its mode, and stays added, save
+ * by the loading of text and ORVEX_FileCopy; saving text gives it that mode. Lengths are in bytes.
  */
 #ifndef MOLTELIB_WHOLE_FILE_H
 #define MOLTELIB_WHOLE_FILE_H

@@ -1,7 +1,5 @@
 // The language in use, and names of languages.
-#include <cerrno>
 #include <cstring>
-#include <iterator>
 
 #include "configuration/oxmnpath.h"
 #include "core/report.h"

@@ -1,8 +1,7 @@
 // The loaded resource.
 #include "configuration/rcxmlpro.h"
 
-#include <cstring>
-
+#include "moltelib/array.h"
 #include "moltelib/memory.h"
 #include "moltelib/parameter_file.h"
 #include "moltelib/text.h"

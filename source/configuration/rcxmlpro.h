@@ -19,7 +19,6 @@
 #include <cstdint>
 
 #include "core/report.h"
-#include "moltelib/array.h"
 
 namespace molte {
 

@@ -1,8 +1,6 @@
 // Reads a file of string resources.
 #include <expat.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -1,12 +1,10 @@
 // The text error log.
 #include <atomic>
-#include <cerrno>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "core/backup.h"
 #include "core/owners.h"

@@ -1,6 +1,11 @@
 #include "data/merge_sort.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+
+#include "data/scratch.h"
 
 namespace molte {
 

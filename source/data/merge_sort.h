@@ -2,12 +2,7 @@
 // they give, and nothing outside the items is touched whatever they give.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-
-#include "data/scratch.h"
 
 namespace molte {
 

@@ -1,5 +1,4 @@
 // Arrays of ranges, kept as sets.
-#include <cstring>
 #include <limits>
 
 #include "core/allocator.h"

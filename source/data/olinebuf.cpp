@@ -1,7 +1,6 @@
 // Line buffers: making them, adding lines, reading them, statistics.
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include "core/owners.h"
 #include "core/report.h"

@@ -6,7 +6,6 @@
 
 #include "moltelib/date_time.h"
 #include "moltelib/thread.h"
-#include "platform/ticks.h"
 #include "platform/time.h"
 
 namespace {

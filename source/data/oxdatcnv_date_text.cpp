@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "core/report.h"
-#include "data/date_fields.h"
 #include "moltelib/date_time.h"
 #include "moltelib/language.h"
 #include "platform/system.h"

@@ -1,4 +1,3 @@
-#include <cstring>
 
 #include "core/owners.h"
 #include "core/report.h"

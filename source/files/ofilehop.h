@@ -5,7 +5,6 @@
 
 #include "core/owners.h"
 #include "core/report.h"
-#include "moltelib/file.h"
 #include "moltelib/file_handle.h"
 
 namespace molte::handle {

@@ -1,7 +1,6 @@
 // Whole jobs on file handles: load, update, copy, move, duplicate.
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <limits>
 
 #include "files/ofilehop.h"

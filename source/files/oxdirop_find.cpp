@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "files/directory_walk.h"
-#include "files/file_calls.h"
 #include "moltelib/directory.h"
 #include "platform/find.h"
 #include "platform/last_error.h"

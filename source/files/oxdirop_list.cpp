@@ -6,7 +6,6 @@
 #include "moltelib/array.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
-#include "platform/files.h"
 
 using molte::here;
 using molte::SystemError;

@@ -1,5 +1,4 @@
 // Whole files into memory, and back.
-#include <algorithm>
 #include <cstdio>
 
 #include "core/owners.h"
@@ -115,7 +114,7 @@ int32_t save(const Char* name, const void* data, int32_t length) {
 template <typename Char>
 int32_t save_text(const Char* name, const char* text, int32_t length) {
     if (!is_block(text, length)) return kModule.fail(here(), kBadArgument);
-    change_mode(name, kOwnerReadWrite);  // one marked read-only stops nobody; nothing is reported
+    change_mode(name, ORVEX_MODE_OWNER);  // one marked read-only stops nobody; nothing is reported
     const Stream stream = open_text(name, "wt");
     if (stream == nullptr) return -1;
     if (length > 0) {

@@ -6,7 +6,6 @@
 #include "core/owners.h"
 #include "files/directory_of.h"
 #include "files/file_calls.h"
-#include "moltelib/text.h"
 
 using namespace molte::file;
 using molte::here;

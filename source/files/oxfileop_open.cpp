@@ -1,6 +1,5 @@
 // Opening files that may be marked read-only, making them, changing their size.
 #include <algorithm>
-#include <cstring>
 
 #include "core/owners.h"
 #include "files/file_calls.h"

@@ -1,5 +1,4 @@
 // Length, state, mode and times of files.
-#include <algorithm>
 #include <cstring>
 
 #include "files/file_calls.h"

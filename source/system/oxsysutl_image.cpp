@@ -1,6 +1,5 @@
 // Names of the images that the system handles.
 #include <algorithm>
-#include <cstddef>
 
 #include "moltelib/application.h"
 

@@ -1,5 +1,4 @@
 // Memory and processors of the machine.
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 

@@ -1,6 +1,5 @@
 // Names of the operating system, the user and the computer.
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 #include "core/report.h"

@@ -1,6 +1,4 @@
 // Product and company, as the string resources tell them.
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <iterator>

@@ -4,8 +4,8 @@
 
 #include "core/owners.h"
 #include "core/report.h"
-#include "data/character.h"
 #include "moltelib/wild_template.h"
+#include "platform/code_page.h"
 
 namespace {
 

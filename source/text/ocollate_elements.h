@@ -5,7 +5,6 @@
 #include <type_traits>
 
 #include "data/character.h"
-#include "moltelib/wild_match.h"
 #include "text/oxpinyin.h"
 
 namespace molte::wild {

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "core/owners.h"
+#include "data/character.h"
 #include "data/text_lines.h"
 #include "moltelib/language.h"
 #include "platform/files.h"

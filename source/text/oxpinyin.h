@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "core/report.h"
-#include "data/character.h"
 #include "moltelib/pinyin.h"
 #include "platform/code_page.h"
 

@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include "core/allocator.h"
-#include "core/owners.h"
+#include "moltelib/memory.h"
 #include "text/oxpinyin.h"
 
 using namespace molte::pinyin;
