@@ -15,14 +15,14 @@ if(NOT EXPAT_FOUND AND WIN32)
   if(NOT EXISTS ${source}/xmlparse.c)
     message(FATAL_ERROR "no expat: run scripts/setup windows, or set MOLTELIB_EXPAT_SOURCE")
   endif()
-  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/expat/expat_config.h CONTENT
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/expat/expat_config.h CONTENT
 "#define BYTEORDER 1234
 #define XML_CONTEXT_BYTES 1024
 #define XML_DTD 1
 #define XML_NS 1
 ")
   add_library(expat STATIC ${source}/xmlparse.c ${source}/xmlrole.c ${source}/xmltok.c)
-  target_include_directories(expat SYSTEM PUBLIC ${source} PRIVATE ${CMAKE_BINARY_DIR}/expat)
+  target_include_directories(expat SYSTEM PUBLIC ${source} PRIVATE ${PROJECT_BINARY_DIR}/expat)
   target_compile_definitions(expat PUBLIC XML_STATIC)
   target_compile_options(expat PRIVATE -w)
   add_library(EXPAT::EXPAT ALIAS expat)
@@ -36,7 +36,7 @@ if(MOLTELIB_TESTS)
   if(WIN32 AND EXISTS /usr/src/googletest/CMakeLists.txt)
     set(BUILD_GMOCK OFF)
     set(INSTALL_GTEST OFF)
-    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
     if(NOT TARGET GTest::gtest)
       add_library(GTest::gtest ALIAS gtest)
     endif()
