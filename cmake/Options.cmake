@@ -22,4 +22,11 @@ function(molte_library_options target)
   molte_options(${target})
   target_compile_options(${target} PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+  # Paths in what is built count from the tree, so that every folder gives the same bytes; a debugger
+  # finds the sources when it is started there. ccache hands the compiler relative ones.
+  file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  string(REGEX REPLACE "/$" "" up "${up}")
+  foreach(folder ${up} ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR})
+    target_compile_options(${target} PRIVATE -ffile-prefix-map=${folder}=.)
+  endforeach()
 endfunction()
