@@ -8,7 +8,11 @@ endif()
 if(MINGW)
   # The run-time travels inside the binaries, so that a DLL alone is enough.
   add_link_options(-static -static-libgcc -static-libstdc++)
+  # No time of linking in what is linked.
+  add_link_options(-Wl,--no-insert-timestamp)
   add_compile_definitions(_WIN32_WINNT=0x0601 WINVER=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
+else()
+  add_link_options(-Wl,-z,relro,-z,now)
 endif()
 
 function(molte_options target)
@@ -21,7 +25,12 @@ endfunction()
 function(molte_library_options target)
   molte_options(${target})
   target_compile_options(${target} PRIVATE
-    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>
+    -fstack-protector-strong)
+  if(NOT MOLTELIB_SANITIZE) # they check more, by the calls' plain names
+    target_compile_options(${target} PRIVATE
+      $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  endif()
   # Paths in what is built count from the tree, so that every folder gives the same bytes; a debugger
   # finds the sources when it is started there. ccache hands the compiler relative ones.
   file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
