@@ -30,6 +30,8 @@ else()
   find_package(EXPAT REQUIRED)
 endif()
 
+find_package(Threads REQUIRED)
+
 # What the tests need from outside. On a cross build Debian has no GoogleTest for the target, so
 # its packaged source is built along.
 if(MOLTELIB_TESTS)

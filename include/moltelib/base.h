@@ -24,7 +24,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(_WIN32)
+#if defined(MOLTE_STATIC) /* as the packages of a static library tell the compiler */
+#define MOLTE_DLL
+#elif defined(_WIN32)
 #if defined(MOLTE_BUILDING)
 #define MOLTE_DLL __declspec(dllexport)
 #else
