@@ -174,7 +174,8 @@ TEST_F(State, AForkedChildDoesNotWaitForABuilderThatItLacks) {
     const pid_t child = fork();
     if (child == 0) {
         ORVEX_InnerTimeUnlock();
-        _exit(ORVEX_BASE_InitVar() == 0 ? 0 : 1);
+        if (ORVEX_BASE_InitVar() != 0) _exit(1);
+        _exit(ORVEX_BASE_ReleaseVar() == 1 && ORVEX_BASE_InitVar() == 1 ? 0 : 2);
     }
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
