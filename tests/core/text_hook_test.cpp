@@ -232,6 +232,8 @@ TEST_F(TextHook, TheParametersComeFirst) {
 TEST_F(TextHook, AHookMayPrintAndRemoveHooks) {
     static Kept first;
     static Kept last;
+    first = Kept{};
+    last = Kept{};
     install(&last, 768 | 48, 3);
     install(&first, 512, 2);
     static const OTXTHOOK_OUTTEXT acts = [](uint32_t, void*, int32_t, const char* text, int32_t) {
