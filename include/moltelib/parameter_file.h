@@ -114,7 +114,7 @@ MOLTE_API int32_t ORVEX_PARAMETER_SetValueByFN(const char* pszFile, const char* 
 
 /* ---- The list of servers, "exfsvr.cfg" ---- */
 
-/* Its path, to 256 bytes. */
+/* Its path, which takes 144 bytes of pszDst at most. */
 MOLTE_API int32_t ORVEX_PARAMETER_CFGEXFFileName(char* pszDst);
 
 /*

@@ -57,8 +57,8 @@ MOLTE_API int32_t OXSTR_STROBJ_Append(OXSTR_STROBJ* obj, const void* data, int32
 
 /*
  * Append text by the platform's printf rules; the bytes added. No argument may point into obj's own
- * buffer. -1 when the object can't grow or the
- * text can't be made: then text and length are as they were.
+ * buffer. -1 when the object can't grow or the text can't be made: then text and length are as they
+ * were.
  */
 MOLTE_API int32_t OXSTR_STROBJ_vPrintf(OXSTR_STROBJ* obj, const char* fmt, va_list args);
 MOLTE_API int32_t OXSTR_STROBJ_Printf(OXSTR_STROBJ* obj, const char* fmt, ...) MOLTE_PRINTF(2, 3);
