@@ -19,6 +19,7 @@ TEST(BarCode, Reads) {
 }
 
 TEST(BarCode, Writes) {
+    ORVEX_Err_ClearError();
     const tuple<uint64_t, int32_t, Text, Text> rows[] = {
         {123, 4, "0123", ""},
         {0, 4, "0000", ""},

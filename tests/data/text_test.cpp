@@ -7,6 +7,7 @@ constexpr int sign(int32_t value) {
 }
 
 TEST(Format, ResultsOfABoundedText) {
+    ORVEX_Err_ClearError();
     const tuple<int32_t, int32_t, Text, Text> rows[] = {
         {6, 4, "", "abcd\0#"}, {5, 4, "", "abcd\0#"}, {4, -1, "501 oxstring", "abcd##"},
         {3, -1, "", "abc###"}, {0, -1, "", "######"}, {-1, -1, "50 oxstring", "######"}};
