@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 
 #include "platform/text.h"
 
@@ -112,11 +113,16 @@ bool fill_1252(CodePage& page) {
     return true;
 }
 
-// The tables of a code page, made on first use; null when the C library lacks it.
+// The tables of a code page, made on first use; null with errno when the C library lacks it or has
+// no memory, and then the next use tries again.
 template <bool (*fill)(CodePage&)>
 const CodePage* page_of() {
     static CodePage page;
-    static const bool made = fill(page);
+    static constinit std::atomic<bool> made{false};
+    static constinit std::mutex making;
+    if (made.load(std::memory_order_acquire)) return &page;
+    const std::lock_guard guard(making);
+    if (!made.load(std::memory_order_relaxed)) made.store(fill(page), std::memory_order_release);
     return made ? &page : nullptr;
 }
 
