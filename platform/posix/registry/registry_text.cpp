@@ -47,7 +47,8 @@ int escaped_byte(std::string_view text) {
 }
 
 // Decodes the quoted text at the start of another; the bytes it took, 0 when it is none.
-size_t unquote(std::string_view text, GrowingText& out) {
+template <typename Out>
+size_t unquote(std::string_view text, Out& out) {
     if (text.empty() || text.front() != '"') return 0;
     for (size_t at = 1; at < text.size(); ++at) {
         const char c = text[at];
@@ -83,12 +84,28 @@ void append_quoted(std::string_view text, GrowingText& out) {
     out.append('"');
 }
 
+// Compares what is decoded with a name, byte by byte: a look-up needs no memory, and so can't miss
+// a name for want of it.
+class NameCheck {
+ public:
+    explicit NameCheck(std::string_view name) : rest_(name) {}
+    void append(char c) {
+        same_ = same_ && !rest_.empty() && same({&c, 1}, rest_.substr(0, 1));
+        rest_.remove_prefix(rest_.empty() ? 0 : 1);
+    }
+    [[nodiscard]] bool passed() const { return same_ && rest_.empty(); }
+
+ private:
+    std::string_view rest_;
+    bool same_ = true;
+};
+
 // What stands behind the "=" of a line with a value of this name; empty for any other line.
 std::string_view value_in_line(std::string_view line, std::string_view name) {
-    GrowingText found;
-    const size_t taken = line.front() == '@' ? 1 : unquote(line, found);
+    NameCheck check(name);
+    const size_t taken = line.front() == '@' ? 1 : unquote(line, check);
     const std::string_view rest = trimmed(line.substr(taken));
-    if (taken == 0 || rest.empty() || rest.front() != '=' || !same(found.view(), name)) return {};
+    if (taken == 0 || rest.empty() || rest.front() != '=' || !check.passed()) return {};
     return trimmed(rest.substr(1));
 }
 
