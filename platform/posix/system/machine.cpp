@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -52,6 +53,23 @@ bool copy(char* destination, DWORD room, std::string_view text) {
     memcpy(destination, text.data(), text.size());
     destination[text.size()] = '\0';
     return true;
+}
+
+// A user, in the caller's room; 0, or errno. The machine's own list comes first: the C library's
+// look-up, which asks every list there is, ends the process when it has no memory.
+int find_user(uid_t number, passwd* entry, char* texts, size_t size, passwd** user) {
+    // A name with a sign in front refers to another list.
+    const auto is_other = [=](const passwd& read) {
+        return read.pw_uid != number || strchr("+-", read.pw_name[0]) != nullptr;
+    };
+    FILE* const own = fopen("/etc/passwd", "re");
+    int error = errno;
+    if (own != nullptr) {
+        do error = fgetpwent_r(own, entry, texts, size, user);
+        while (error == 0 && is_other(*entry));
+        fclose(own);
+    }
+    return error == ENOENT ? getpwuid_r(number, entry, texts, size, user) : error;
 }
 
 // Of the lines "36 35 98:0 / /mnt rw,noatime master:1 - ext4 /dev/root rw" the one of a mount.
@@ -112,8 +130,8 @@ BOOL GetUserNameA(char* name, DWORD* size) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    const int error = getpwuid_r(geteuid(), &entry, texts, sizeof texts, &user);
-    if (user == nullptr) {
+    const int error = find_user(geteuid(), &entry, texts, sizeof texts, &user);
+    if (error != 0 || user == nullptr) {
         SetLastError(error == 0 ? ERROR_NOT_FOUND : platform::error_number(error));
         return FALSE;
     }
