@@ -12,7 +12,8 @@
 
 #include "moltelib/base.h"
 
-/* Copies the raw command line, cut to nDstLen - 1 characters; 1, or -1 with error 50 for null. */
+/* Copies the raw command line, cut to nDstLen - 1 characters; 1, or -1 with error 50 for null, 3
+ * with an empty text when the system doesn't tell it. */
 MOLTE_API int32_t MOLTE_GetCommandLine(char* pszDst, int32_t nDstLen);
 
 /* Writes the full path of the program's file, cut to nDstLen - 1 characters: 1, or -1. */
@@ -20,7 +21,7 @@ MOLTE_API int32_t MOLTE_Win_GetExeName(char* pszDst, int32_t nDstLen);
 
 /*
  * Writes the program's name, cut to nDstLen - 1 characters: the first word of the command line if
- * that is in quotes, else the full path of its file. 1, 0 when the command line is empty. A null
+ * that is in quotes, else the full path of its file. 1, 0 when there is no command line. A null
  * pszDst or an nDstLen below 1 is error 50, -1.
  */
 MOLTE_API int32_t MOLTE_GetAppName(char* pszDst, int32_t nDstLen);

@@ -12,6 +12,8 @@ namespace {
 
 constexpr molte::Module kModule("oxsysutl");
 using molte::kBadArgument;
+using molte::kNotRead;
+using molte::SystemError;
 constexpr size_t kNameSize = 256;
 
 bool program_path(char* path, DWORD size) {
@@ -33,8 +35,9 @@ int32_t set_text(char (&field)[size], const char* text) {
 
 int32_t MOLTE_GetCommandLine(char* pszDst, int32_t nDstLen) {
     if (pszDst == nullptr) return kModule.fail(molte::here(), kBadArgument);
-    ORVEX_strncpy(pszDst, GetCommandLineA(), nDstLen);
-    return 1;
+    const char* line = GetCommandLineA();
+    ORVEX_strncpy(pszDst, line, nDstLen);
+    return line[0] != '\0' ? 1 : kModule.fail(molte::here(), kNotRead, SystemError::platform);
 }
 
 int32_t MOLTE_Win_GetExeName(char* pszDst, int32_t nDstLen) {

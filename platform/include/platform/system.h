@@ -48,7 +48,7 @@ LANGID GetUserDefaultLangID();
 LCID GetUserDefaultLCID();
 
 // The words the process was started with, those with blanks or quotes in quotes; made at the first
-// call, cut at 32767 bytes. Empty when the system doesn't tell.
+// call, cut at 32767 bytes. Empty, with the last error, when the system doesn't tell them now.
 char* GetCommandLineA();
 
 // A process has one module, its program. Only the own process is known.

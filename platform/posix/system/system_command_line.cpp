@@ -4,12 +4,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <mutex>
 #include <string_view>
 
+#include "files/descriptor.h"
+#include "platform/last_error.h"
 #include "platform/system.h"
 
 namespace {
+
+using platform::OpenFile;
 
 constexpr size_t kMaxLength = 32767;
 
@@ -50,20 +56,24 @@ void append_word(std::string_view word) {
     }
 }
 
+// Their bytes; 0 with errno when they can't be had.
 size_t read_words() {
-    const int fd = open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return 0;
+    const OpenFile file(open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC));
+    if (!file.valid()) return 0;
     size_t length = 0;
-    ssize_t count = 0;
-    while (length < kMaxLength && (count = read(fd, words + length, kMaxLength - length)) > 0) {
+    while (length < kMaxLength) {
+        const ssize_t count = read(file.get(), words + length, kMaxLength - length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return 0;
+        if (count == 0) break;
         length += static_cast<size_t>(count);
     }
-    close(fd);
     return length;
 }
 
 void make_line() {
     const size_t length = read_words();
+    if (length == 0) platform::set_last_error_from_errno();
     for (size_t start = 0; start < length;) {
         const std::string_view word(words + start);
         append_word(word);
@@ -74,7 +84,11 @@ void make_line() {
 }  // namespace
 
 char* GetCommandLineA() {
-    static std::once_flag once;
-    std::call_once(once, make_line);
+    static constinit std::mutex making;
+    static constinit std::atomic<bool> made{false};
+    if (made.load(std::memory_order_acquire)) return line.text;
+    const std::lock_guard guard(making);
+    if (line.length == 0) make_line();
+    made.store(line.length > 0, std::memory_order_release);
     return line.text;
 }
