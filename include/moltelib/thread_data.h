@@ -174,8 +174,8 @@ MOLTE_API int32_t ORVEX_InitThreadDataKey(uint32_t* pKey);
 /* Gives the key back; the threads' blocks stay allocated. 1, or -1 with error 50 for null. */
 MOLTE_API int32_t ORVEX_ReleaseThreadDataKey(uint32_t* pKey);
 
-/* The calling thread's block of nDataSize bytes, made and zeroed at its first use; null on failure.
- * ORVEX_FreeThreadSpecData frees it. */
+/* The calling thread's block of nDataSize bytes, made and zeroed at its first use; null on failure,
+ * with error 20 when memory is out. ORVEX_FreeThreadSpecData frees it. */
 MOLTE_API void* ORVEX_GetThreadSpecData(const MOLTE_THDATAKEY* pRec);
 
 /* The block if the thread has one, else null. */

@@ -35,11 +35,13 @@ void* ORVEX_GetThreadSpecData(const MOLTE_THDATAKEY* pRec) {
     if (pRec == nullptr || pRec->nDataSize < 1) return nullptr;
     if (void* const block = TlsGetValue(pRec->nKey)) return block;
     void* const block = std::calloc(1, static_cast<size_t>(pRec->nDataSize));
-    if (block != nullptr && TlsSetValue(pRec->nKey, block) == FALSE) {
-        std::free(block);
+    if (block == nullptr) {
+        kModule.fail(molte::here(), molte::kOutOfMemory, molte::SystemError::runtime);
         return nullptr;
     }
-    return block;
+    if (TlsSetValue(pRec->nKey, block) != FALSE) return block;
+    std::free(block);
+    return nullptr;
 }
 
 int32_t ORVEX_FreeThreadSpecData(const uint32_t* pKey) {
