@@ -136,7 +136,7 @@ MOLTE_API int32_t ORVEX_UTIL_RecurFileListLong(const char* pszRoot, const char* 
 /*
  * The bytes that a file takes, or the entries of a folder: a file of at least a byte counts in
  * whole 4096 bytes there, a folder that isn't empty 4096 more. 0 for null; -1 when there is no such
- * name.
+ * name. A folder that can't be walked COUNTS 0, and leaves error 1 behind.
  */
 MOLTE_API int64_t ORVEX_DiskUsedInDir(const char* pszName);
 

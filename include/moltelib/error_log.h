@@ -9,7 +9,8 @@
  * other than 0 the thread's error record (moltelib/error.h).
  *
  * A log that can't be written never makes its caller fail: the LOG folder must be there, for nobody
- * makes it here, else entries are lost in silence. The log is on after bring-up (bErrLogEnabled of
+ * makes it here, else entries are lost in silence; one for which there is too little room,
+ * in memory or on the disk, is cut. The log is on after bring-up (bErrLogEnabled of
  * g_stBv). Functions may be called from any thread.
  */
 #ifndef MOLTELIB_ERROR_LOG_H

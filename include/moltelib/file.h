@@ -190,7 +190,8 @@ MOLTE_API int32_t ORVEX_CreatePathByFileName(const char* pszFileName);
 
 /*
  * Gives two files each other's name, by way of A's name with ".dhX". A step that fails is undone as
- * far as can be; error 14 with A's name.
+ * far as can be; error 14 with A's name. A process that dies between the steps leaves one of them
+ * under that third name.
  */
 MOLTE_API int32_t ORVEX_FileExchangeName(const char* pszA, const char* pszB);
 
@@ -210,7 +211,8 @@ MOLTE_API int32_t ORVEX_FileCloseByChmod(int32_t fd);
 
 /*
  * Makes a file that must not exist yet and writes nLen bytes of pData to it (none for null or an
- * nLen below 1). Calls wait for each other. Errors: 1; 4 ("fd=%d buf=%p size=%d").
+ * nLen below 1). Calls wait for each other. Errors: 1; 4 ("fd=%d buf=%p size=%d"), and then the
+ * file stays with what was written, as after a death on the way.
  */
 MOLTE_API int32_t ORVEX_FileExclCreate(const char* pszName, const void* pData, int32_t nLen,
                                        int32_t nPermission);

@@ -132,7 +132,7 @@ MOLTE_API MOLTE_HZPY_TABLE g_stPinYin;
  * Builds g_stPinYin, which pTable must be: else error 931. 1; 0 when it is built already; -1 with
  * the error of MOLTE_HZPY_BuildPY, the table then being empty. Under any other language than 2052
  * the table stays EMPTY and that is success: no character has a reading. A success may leave error
- * 930 behind, see MOLTE_HZPY_UTIL_GetPyIndex.
+ * 930 behind, see MOLTE_HZPY_UTIL_GetPyIndex; or that of MOLTE_HZPY_LoadOpt, and no options then.
  */
 MOLTE_API int32_t MOLTE_HZPY_Init(MOLTE_HZPY_TABLE* pTable);
 
@@ -206,7 +206,8 @@ MOLTE_API int32_t MOLTE_HZPY_LoadOpt(MOLTE_HZPY_FUZZYOPT* pOpt);
 /*
  * RESETS the options: zeroes *pOpt first, then writes those zeros to the file, which is made
  * writable (mode 0600). It never stores an option. 1; 0 when there is no such file, which isn't
- * made; -1 with error 1, 4 ("fd=%d buf=%p size=%d") or 1000.
+ * made; -1 with error 1, 4 ("fd=%d buf=%p size=%d") or 1000. The file is emptied first: one that
+ * is cut by a failure holds no options, which MOLTE_HZPY_LoadOpt tells as error 3.
  */
 MOLTE_API int32_t MOLTE_HZPY_SaveOpt(MOLTE_HZPY_FUZZYOPT* pOpt);
 

@@ -62,6 +62,7 @@ int32_t MOLTE_HZPY_LoadOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
     if (!file.valid()) return fail_open(here(), path);
     errno = 0;  // a short file is no error of the system
     if (_read(file.get(), pOpt, kOptionSize) != static_cast<int>(kOptionSize)) {
+        *pOpt = {};
         return kModule.fail(here(), kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d",
                             file.get(), static_cast<void*>(pOpt), kOptionSize);
     }
