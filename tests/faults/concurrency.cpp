@@ -1,0 +1,64 @@
+#include <thread>
+
+#include "excuses.h"
+
+FAMILY(event) {
+    OXHANDLE events[2] = {};
+    if (DID(events[0] = ORVEX_EVENT_Create("faults"))) {
+        OXHANDLE other = nullptr;
+        if (DID(other = ORVEX_EVENT_Open("faults"))) {
+            int32_t result = 0;
+            if (DID(ORVEX_EVENT_Set(other))) {
+                GIVES(result = ORVEX_EVENT_TimeWait(events[0], 1), result == 1);
+            }
+            // Nobody signals: the wait sleeps.
+            GIVES(result = ORVEX_EVENT_TimeWaitInMilliSecond(events[0], 20), result == 0);
+            events[1] = ORVEX_EVENT_Create(nullptr);
+            bool signalled = false;
+            std::thread later([&] {
+                ORVEX_SleepMilli(5);  // so that the wait for two sleeps as well
+                signalled = ORVEX_EVENT_Set(other) == 1;
+                MOLTE_THDATA_FreeData();
+            });
+            const bool waited = DID(result = ORVEX_EVENT_MultiTimeWait(events, 2, 0, 1));
+            later.join();
+            if (waited) RIGHT(result == (signalled ? 1 : 0));
+        }
+        FAULTY((ORVEX_EVENT_Release(other), 1));
+        FAULTY((ORVEX_EVENT_Release(events[0]), 1));
+        ORVEX_EVENT_Release(events[1]);
+    }
+}
+AFTER(event) {
+    const OXHANDLE event = ORVEX_EVENT_Create("faults");
+    RIGHT(event != nullptr && ORVEX_EVENT_Set(event) == 1 && ORVEX_EVENT_TimeWait(event, 1) == 1);
+    ORVEX_EVENT_Release(event);
+}
+
+FAMILY(thread) {
+    static int32_t runs = 0;
+    const auto run = [](void*) -> uint32_t {
+        ++runs;
+        MOLTE_THDATA_SetInnerThreadFlag(1);
+        MOLTE_THDATA_FreeData();
+        return 7;
+    };
+    OXHANDLE thread = nullptr;
+    RIGHT(FAULTY(ORVEX_CreateThread(&thread, 0, run, nullptr, 0, nullptr)) == 1);
+    RIGHT_OR(kThreadCallGives1, thread != nullptr);
+    if (thread != nullptr) {
+        int32_t ended = 0;
+        if (!DID(ended = ORVEX_EVENT_TimeWait(thread, 5))) ended = ORVEX_EVENT_TimeWait(thread, 5);
+        RIGHT(ended == 1 && runs == 1);
+    } else {
+        RIGHT(runs == 0 && GetRvexErrNo() == 277);
+    }
+    ORVEX_CloseThreadHandle(thread);
+    OXCRITSECT section;
+    ORVEX_InitCritSect(&section);
+    RIGHT(DID(ORVEX_TryEnterCritSect(&section)) && FAULTY(ORVEX_LeaveCritSect(&section)) == 1);
+    ORVEX_DestroyCritSect(&section);
+    const int64_t moment = 1000000000;
+    struct tm fields;
+    RIGHT(FAULTY(ORVEX_LocalTime(&moment, &fields)) != nullptr && fields.tm_year == 101);
+}

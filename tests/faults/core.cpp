@@ -1,0 +1,170 @@
+#include <cstring>
+
+#include "excuses.h"
+
+namespace {
+
+int32_t count_of(const std::string& text, std::string_view part) {
+    int32_t count = 0;
+    for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) ++count;
+    return count;
+}
+
+const std::string kBigText(9000, 'x');
+constexpr char kEntry[] = "an entry of the binary log";
+constexpr int32_t kEntrySize = sizeof kEntry - 1;
+
+// A binary log with an entry of the time 300, which has a text, and one of the time 100.
+std::string log_of_two_entries() {
+    BERRLOG_BLOCK block{};
+    block.nEntryCount[3] = 2;
+    uint4ToChar4(300, block.astEntry[0].tTime);
+    uint4ToChar4(4096, block.astEntry[0].nOffset);
+    uint4ToChar4(kEntrySize, block.astEntry[0].nLen);
+    uint4ToChar4(100, block.astEntry[1].tTime);
+    std::string bytes(reinterpret_cast<const char*>(&block), sizeof block);
+    return std::string(sizeof(BERRLOG_FILEMAP), '\0') + bytes.replace(4096, kEntrySize, kEntry);
+}
+
+}  // namespace
+
+FAMILY(memory) {
+    void* block = nullptr;
+    if (DID(block = ORVEX_release_malloc(100))) std::memset(block, 1, 100);
+    ORVEX_free(block);
+    void* items = nullptr;
+    int32_t capacity = 0;
+    for (int32_t i = 0; i < 3; ++i) {
+        const int32_t before = capacity;
+        const bool grown = DID(ORVEX_release_realloc(&items, 8, &capacity, 1000));
+        RIGHT(capacity == before + (grown ? 1000 : 0));
+    }
+    ORVEX_free(items);
+}
+
+FAMILY(state) {
+    install("ListenBacklogCnt = 64\nDEF_LANG_ID = 1033\n");
+    const auto is_right = [] {
+        return g_stBv.nListenBacklogCnt == 64 && g_stBv.szAppName[0] != '\0' &&
+               g_stBv.stSysInfo.nCpuCount > 0 && MOLTE_PARAMADM_GetMemValPt("KernelBit") != nullptr;
+    };
+    if (DID(ORVEX_BASE_InitVar())) {
+        RIGHT(g_stBv.nInitCount == 1);
+        RIGHT_OR(kBringUpGoesOn, is_right() && OXLANG_GetLID() == 1033);
+    }
+    FAULTY(ORVEX_BASE_ReleaseVar());
+    RIGHT(g_stBv.nInitCount == 0 && ORVEX_BASE_InitVar() == 1 && is_right());
+    ORVEX_BASE_ReleaseVar();
+}
+
+FAMILY(thread_data) {
+    arm();
+    MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
+    disarm();
+    RIGHT_OR(kNoBlockNoRecord, block != nullptr);
+    MOLTE_CALLTRACEHEAD trace{};
+    for (int32_t i = 0; i < 20; ++i) FAULTY(MOLTE_CALLTRACEHEAD_PushEnt(&trace, "source.cpp", i));
+    RIGHT_OR(kTraceStaysShort, trace.nCount == 20);
+    ORVEX_free(trace.pEnt);
+    uint32_t key = 0;
+    if (!DID(ORVEX_InitThreadDataKey(&key))) return;
+    const MOLTE_THDATAKEY record{1, 100, key};
+    GIVES(ORVEX_GetThreadSpecData(&record), ORVEX_HasThreadSpecData(&key) == 1);
+    ORVEX_FreeThreadSpecData(&key);
+    ORVEX_ReleaseThreadDataKey(&key);
+}
+
+FAMILY(thread_list) {
+    MOLTE_THREADLIST list;
+    MOLTE_THREADLIST_Init(&list);
+    MOLTE_THREADLISTNODE* node = nullptr;
+    if (DID(node = MOLTE_THREADLIST_Add(&list, "source.cpp", 5))) {
+        RIGHT_OR(kTraceStaysShort, node->stTrace.nCount == 1);
+        RIGHT(MOLTE_THREADLIST_Remove(&list) == 1 && list.pHead == nullptr);
+    }
+    MOLTE_THREADLIST_Release(&list);
+}
+
+FAMILY(error) {
+    bring_up();
+    MOLTE_THDATA_FreeData();
+    char text[2048];
+    arm();
+    ORVEX_Err_Set(3, 2, "source.cpp", 7, 4, "name", 1);
+    ORVEX_Err_AddNL(8, "caller.cpp");
+    const int32_t printed = ORVEX_Err_sPrint(text, sizeof text);
+    disarm();
+    RIGHT(printed == 1);
+    RIGHT_OR(kSharedRecord, GetRvexErrNo() == 3 && std::strstr(text, "name") != nullptr);
+    RIGHT(std::strcmp(FAULTY(GetRVEXErrStrByErrno(20)), "") != 0);
+    ORVEX_BASE_ReleaseVar();
+}
+
+FAMILY(error_log) {
+    bring_up();
+    given("grown_0000.txt", "older");
+    given("grown.txt", "content");
+    const std::string here = in_folder("");
+    FAULTY(ORVEX_ERRLOG_Log("first"));
+    FAULTY(ORVEX_ERRLOG_LogEx(0, "%s\n", kBigText.c_str()));
+    FAULTY(ORVEX_ERRLOG_Close());
+    const std::string log = bytes_of("LOG/errlog.txt");
+    const int32_t whole = count_of(log, "first\n") + count_of(log, kBigText);
+    RIGHT_OR(kLogEntryLost, whole == 2);
+    RIGHT_OR(kLogEntryCut, whole == count_of(log, "======>"));
+    FAULTY(MOLTE_BackupFile(here.c_str(), "grown", ".txt", 1000, 5));
+    RIGHT_OR(kTurnsOverLater, bytes_of("grown_0001.txt") == "content");
+    ORVEX_BASE_ReleaseVar();
+}
+AFTER(error_log) {
+    RIGHT(bytes_of("grown_0000.txt") == "older");
+    RIGHT(bytes_of("grown.txt") == "content" || bytes_of("grown_0001.txt") == "content");
+    bring_up();
+    RIGHT(ORVEX_ERRLOG_Log("next") == 1 && bytes_of("LOG/errlog.txt").ends_with("next\n"));
+    ORVEX_BASE_ReleaseVar();
+}
+
+FAMILY(binary_error_log) {
+    g_stBv.bFastExpandFile = 1;
+    const std::string path = in_folder("b.dat");
+    const std::string old_log = given("old.dat", log_of_two_entries());
+    RIGHT(FAULTY(BERRLOG_AddLog(path.c_str(), kEntry, kEntrySize)) == 0);
+    RIGHT_OR(kBinaryEntryLost, count_of(bytes_of("b.dat"), kEntry) == 1);
+    BERRLOG_ENTRY* entries = nullptr;
+    char* text = nullptr;
+    BERRLOG_FILTER filter{};
+    filter.tTime[3] = 200;
+    GIVES(BERRLOG_RetrLog(old_log.c_str(), &entries, &text, &filter),
+          std::memcmp(text, kEntry, kEntrySize) == 0);
+    ORVEX_free(text);
+}
+AFTER(binary_error_log) {
+    const std::string path = in_folder("b.dat");
+    RIGHT(bytes_of("b.dat") == "(none)" || bytes_of("b.dat").size() == 1049600);
+    RIGHT(BERRLOG_AddLog(path.c_str(), kEntry, kEntrySize) == 0);
+    RIGHT(count_of(bytes_of("b.dat"), kEntry) == 1);
+}
+
+FAMILY(text_hook) {
+    bring_up();
+    const std::string path = in_folder("out.txt");
+    const bool has_file = DID(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), OXMSG_TO_OUTER_FILE, 1));
+    OLINEBUF* lines = nullptr;
+    const bool has_lines = DID(lines = OTXTHOOK_MEMTXT_InstallHook("m", 65536, OXMSG_TO_OUTER, 2));
+    RIGHT(FAULTY(MOLTE_OutMsg(OXMSG_TO_OUTER | OXMSG_TO_OUTER_FILE, "%s\n", "a text")) == 1);
+    RIGHT(!has_lines || lines->nNextLineID == 1);
+    FAULTY(OTXTHOOK_Release());
+    RIGHT_OR(kPrintingNeverFails, !has_file || bytes_of("out.txt") == "a text\n");
+    ORVEX_BASE_ReleaseVar();
+}
+
+FAMILY(message_queue) {
+    OTXTHOOK_MSGQUELIST queue;
+    OTXTHOOK_MSGQUENODE* node = nullptr;
+    if (!DID(OTXTHOOK_MSGQUELIST_Init(&queue))) return;
+    if (DID(OTXTHOOK_MSGQUELIST_AddMsg(&queue, 1, nullptr, 0, "text", 4))) {
+        GIVES(node = OTXTHOOK_MSGQUELIST_GetMsg(&queue), std::strcmp(node->pText, "text") == 0);
+    }
+    OTXTHOOK_MSGQUENODE_Release(&node);
+    OTXTHOOK_MSGQUELIST_Release(&queue);
+}

@@ -1,0 +1,105 @@
+// Scenarios in which allocations and calls of the system fail.
+//
+//     FAMILY(array) {                            // the stem of its public header
+//         PA array{};
+//         GIVES(PA_Init(&array, 8, 4), array.nCapacity >= 4);
+//         PA_Release(&array);
+//     }
+//
+// Each run is a process of its own, in an empty folder, with the library not yet up. What stands as
+// the call in DID, GIVES or FAULTY meets faults, and allocates nothing by itself; all else doesn't.
+// A call must do its work, or tell its error; what may happen beside that, because the interface
+// says so, is a row of excuses.h.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "interposer.h"
+#include "moltelib.h"
+
+// What the interface allows, and why. The runner tells of one that is never needed.
+struct Excuse {
+    Excuse(const char* what_happens, const char* why);
+    const char* what;
+    const char* reason;
+    int number;
+    const Excuse* next;
+};
+
+// ---- In a scenario ----
+
+// The path of a name in the run's folder; that of a file that is written there; the bytes of one,
+// "(none)" when there is none.
+std::string in_folder(std::string_view name);
+std::string given(std::string_view name, std::string_view bytes);
+std::string bytes_of(std::string_view name);
+
+// Makes the folder an installation, and brings the library up in it.
+void install(std::string_view ini = "");
+void bring_up(std::string_view ini = "");
+
+// Makes the call with faults, from an empty error record; its result.
+template <typename Call>
+auto with_faults(Call call) {
+    ORVEX_Err_ClearError();
+    arm();
+    const auto result = call();
+    disarm();
+    return result;
+}
+#define FAULTY(call) with_faults([&] { return call; })
+
+// Whether it did its work. A call that didn't must have met a fault, and left an error.
+bool did_work(bool done, const char* call, const char* file, int line);
+inline bool is_done(int64_t result) {
+    return result >= 0;
+}
+inline bool is_done(const void* result) {
+    return result != nullptr;
+}
+#define DID(call) did_work(is_done(FAULTY(call)), #call, __FILE__, __LINE__)
+
+// What must hold whatever has failed; what must when the call did its work.
+void must_hold(bool holds, const char* what, const char* file, int line);
+#define RIGHT(condition) must_hold((condition), #condition, __FILE__, __LINE__)
+#define GIVES(call, condition) (DID(call) ? RIGHT(condition) : void())
+
+// What holds unless a fault has struck and the excuse allows for it.
+void holds_or(bool holds, const Excuse& excuse, const char* what, const char* file, int line);
+#define RIGHT_OR(excuse, condition) holds_or((condition), excuse, #condition, __FILE__, __LINE__)
+
+// ---- Behind it, in a process of its own (AFTER): what is stored ----
+
+bool run_died();  // the process was ended in a call
+bool run_told();  // a failure was told
+bool run_goes_on_failing();
+// The file holds the old bytes, or the new ones; of a run that told nothing and lived to its end,
+// the new ones. So the old ones are given before any call meets a fault. After a failure that was
+// told, or death, a file with an excuse may be torn.
+void must_be_stored(const Excuse* torn, std::string_view name, std::string_view old_bytes,
+                    std::string_view new_bytes, const char* file, int line);
+#define STORED(name, old_bytes, new_bytes) \
+    must_be_stored(nullptr, name, old_bytes, new_bytes, __FILE__, __LINE__)
+#define STORED_OR(excuse, name, old_bytes, new_bytes) \
+    must_be_stored(&excuse, name, old_bytes, new_bytes, __FILE__, __LINE__)
+
+// ---- How they are found ----
+
+struct Scenario {
+    Scenario(const char* family_name, void (*run_all)(), bool behind);
+    const char* family;
+    void (*run)();
+    bool after;
+    const Scenario* next;
+};
+
+#define FAMILY(name)                                                    \
+    static void family_##name();                                        \
+    static const Scenario scenario_##name(#name, family_##name, false); \
+    static void family_##name()
+#define AFTER(name)                                                         \
+    static void after_##name();                                             \
+    static const Scenario scenario_after_##name(#name, after_##name, true); \
+    static void after_##name()
