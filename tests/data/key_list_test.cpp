@@ -210,6 +210,7 @@ TEST(KeyFile, ReadsEveryKindOfLine) {
         {std::string(32, 'l'), {}},
     };
     const TempFolder folder;
+    ORVEX_Err_ClearError();
     for (const auto& [bytes, keys] : table) {
         EXPECT_EQ(load(folder.write("keys", bytes)), keys) << bytes;
     }
