@@ -6,9 +6,11 @@
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -79,6 +81,13 @@ Fault fault_of_call(const void* caller, Kind kind, size_t size) {
     const int number = ++watch->system_calls;
     const Fault fault = watch->plan.fault;
     return suits(fault, kind, size) && strikes(number) ? fault : Fault::none;
+}
+
+// What a read can get: half of more than is there would be all of it.
+size_t readable(int fd, size_t size, off_t at) {
+    struct stat state;
+    const bool told = fstat(fd, &state) == 0 && state.st_size > at;
+    return told ? std::min(size, static_cast<size_t>(state.st_size - at)) : size;
 }
 
 // Makes a call of SIZE bytes (0: one that moves none), or what comes of it.
@@ -208,10 +217,11 @@ int openat(int folder, const char* path, int flags, ...) {
     SYSTEM_CALL(openat, other, 0, -1, real(folder, path, flags, mode));
 }
 ssize_t read(int fd, void* to, size_t size) {
-    SYSTEM_CALL(read, read, size, ssize_t{-1}, real(fd, to, part));
+    const size_t there = armed ? readable(fd, size, lseek(fd, 0, SEEK_CUR)) : size;
+    SYSTEM_CALL(read, read, there, ssize_t{-1}, real(fd, to, part));
 }
 ssize_t pread(int fd, void* to, size_t size, off_t at) {
-    SYSTEM_CALL(pread, read, size, ssize_t{-1}, real(fd, to, part, at));
+    SYSTEM_CALL(pread, read, readable(fd, size, at), ssize_t{-1}, real(fd, to, part, at));
 }
 ssize_t write(int fd, const void* from, size_t size) {
     SYSTEM_CALL(write, write, size, ssize_t{-1}, real(fd, from, part));
@@ -292,8 +302,10 @@ int fileno(FILE* stream) noexcept {
 namespace {
 
 ssize_t read_stream(void* cookie, char* to, size_t size) {
-    return make_call(&library_stream, Kind::read, size, ssize_t{-1},
-                     [=](size_t part) { return read(of_cookie(cookie).fd, to, part); });
+    const int fd = of_cookie(cookie).fd;
+    const size_t there = readable(fd, size, lseek(fd, 0, SEEK_CUR));
+    return make_call(&library_stream, Kind::read, there, ssize_t{-1},
+                     [=](size_t part) { return read(fd, to, part); });
 }
 
 // The C library takes what is less than SIZE for an error, and 0 for a whole one.
