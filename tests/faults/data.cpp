@@ -218,13 +218,15 @@ FAMILY(text_search) {
 
 FAMILY(text_split) {
     int32_t count = 0;
-    char** words = FAULTY(OXSTR_CmdStr2Arg("program \"two words\" last", &count));
-    RIGHT_OR(kNoWords, words != nullptr && count == 3 && equal(words[1], "two words"));
+    char** words = nullptr;
+    GIVES(words = OXSTR_CmdStr2Arg("program \"two words\" last", &count),
+          count == 3 && equal(words[1], "two words"));
     if (words != nullptr) ORVEX_free(words[0]);
     ORVEX_free(words);
-    char** items = FAULTY(ox_strsplit("one,two,three", ",", &count));
-    RIGHT_OR(kNoWords, items != nullptr);
-    for (int32_t i = 0; items != nullptr && i < count; ++i) {
+    char** items = nullptr;
+    count = 0;
+    if (DID(items = ox_strsplit("one,two,three", ",", &count))) RIGHT_OR(kNullItems, count == 3);
+    for (int32_t i = 0; i < count; ++i) {
         RIGHT_OR(kNullItems, items[i] != nullptr);
         ORVEX_free(items[i]);
     }

@@ -21,9 +21,7 @@ inline const Excuse kBinaryEntryLost{"an entry isn't in the binary error log",
                                      "BERRLOG_AddLog gives 0, also after a failure"};
 inline const Excuse kPrintingNeverFails{"a hook has not got a text",
                                         "printing never fails: the results of hooks are ignored"};
-inline const Excuse kNoWords{"a text isn't split, without an error",
-                             "null when there is no memory"};
-inline const Excuse kNullItems{"ox_strsplit gives null items",
+inline const Excuse kNullItems{"ox_strsplit gives null items or fewer",
                                "when memory runs out later the array comes back with its count"};
 inline const Excuse kNewIdentity{"ORVEX_PARAMETER_GetServerID makes a new identity",
                                  "it does when the old one can't be read, and tells it by 2"};
