@@ -149,6 +149,7 @@ TEST_F(ThreadData, ProgramsKeepBlocksOfTheirOwn) {
     EXPECT_EQ(ORVEX_HasThreadSpecData(&rec.nKey), 0);
     rec.nDataSize = -1;
     EXPECT_EQ(ORVEX_GetThreadSpecData(&rec), nullptr);
+    EXPECT_EQ(ORVEX_GetThreadSpecDataNoAlloc(nullptr), nullptr);
     EXPECT_EQ(ORVEX_ReleaseThreadDataKey(&rec.nKey), 1);
 }
 

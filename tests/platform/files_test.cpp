@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr int kRead = 32768;
 constexpr int kUpdate = 32770;
 constexpr int kNew = 33538;
 
@@ -28,40 +27,25 @@ struct _stat64 state_of(const std::string& name) {
     return status;
 }
 
-TEST(Files, OpenFlags) {
+TEST(Files, AreOpenedOrRefusedAndNeverReplaced) {
     const TempFolder folder;
     const std::string full = folder.write("full", "12345");
     const std::string none = folder / "none";
-    const struct {
-        std::string name;
-        int flags, error;
-        DWORD last_error;
-    } rows[] = {{full, 384, 0, 0},  // read, create, not inherited
-                {full, 34562, EEXIST, ERROR_FILE_EXISTS},
-                {none, kUpdate, ENOENT, ERROR_FILE_NOT_FOUND},
-                {none, 34050, 0, 0},
-                {folder.str(), kRead, EACCES, ERROR_ACCESS_DENIED},
-                {folder.str(), kNew, EACCES, ERROR_ACCESS_DENIED}};
-    for (const auto& row : rows) {
+    const tuple<std::string, int, int, DWORD> rows[] = {
+        {full, 384, 0, 0},  // read, create, not inherited
+        {full, 34562, EEXIST, ERROR_FILE_EXISTS},
+        {none, kUpdate, ENOENT, ERROR_FILE_NOT_FOUND},
+        {folder.str(), kNew, EACCES, ERROR_ACCESS_DENIED}};
+    for (const auto& [name, flags, number, last_error] : rows) {
         errno = 0;
-        const int fd = open_file(row.name, row.flags);
-        EXPECT_EQ(error_if(fd < 0), row.last_error) << row.name << " " << row.flags;
-        EXPECT_EQ(errno, row.error) << row.flags;
+        const int fd = open_file(name, flags);
+        EXPECT_EQ(error_if(fd < 0), last_error) << name << " " << flags;
+        EXPECT_EQ(errno, number) << flags;
         if (fd >= 0) _close(fd);
     }
+    const std::string other = folder.write("other", "2");
+    EXPECT_TRUE(platform::rename_file(other.c_str(), full.c_str()) == -1 && errno == EEXIST);
     EXPECT_EQ(read_bytes(full), "12345");
-    _close(open_file(full, kNew));
-    EXPECT_EQ(read_bytes(full), "");
-}
-
-TEST(Files, RenameNeverReplaces) {
-    const TempFolder folder;
-    const std::string a = folder.write("a", "1");
-    const std::string b = folder.write("b", "2");
-    const std::string c = folder / "c";
-    EXPECT_TRUE(platform::rename_file(a.c_str(), b.c_str()) == -1 && errno == EEXIST);
-    EXPECT_EQ(platform::rename_file(a.c_str(), c.c_str()), 0);
-    EXPECT_EQ(read_bytes(b) + read_bytes(c), "21");
 }
 
 TEST(FileCopy, ContentAndState) {
@@ -85,21 +69,16 @@ TEST(FileCopy, Refusals) {
     const TempFolder folder;
     const std::string file = folder.write("f", "123");
     const std::string none = folder / "none";
-    const struct {
-        std::string from, to;
-        BOOL must_be_new;
-        DWORD error;
-    } rows[] = {{file, folder.write("g", "4"), TRUE, ERROR_FILE_EXISTS},
-                {file, file, FALSE, ERROR_SHARING_VIOLATION},
-                {none, folder / "n", FALSE, ERROR_FILE_NOT_FOUND},
-                {file, folder / "none/f", FALSE, ERROR_PATH_NOT_FOUND},
-                {folder.str(), none, FALSE, ERROR_ACCESS_DENIED},
-                {file, folder.str(), FALSE, ERROR_ACCESS_DENIED}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(error_if(!CopyFileA(row.from.c_str(), row.to.c_str(), row.must_be_new)),
-                  row.error)
-            << row.from << " " << row.to;
+    const tuple<std::string, std::string, DWORD> rows[] = {
+        {file, folder.write("g", "4"), ERROR_FILE_EXISTS},
+        {none, folder / "n", ERROR_FILE_NOT_FOUND},
+        {file, folder / "none/f", ERROR_PATH_NOT_FOUND},
+        {folder.str(), none, ERROR_ACCESS_DENIED}};
+    for (const auto& [from, to, error] : rows) {
+        EXPECT_EQ(error_if(!CopyFileA(from.c_str(), to.c_str(), TRUE)), error) << from << to;
     }
+    EXPECT_EQ(error_if(!CopyFileA(file.c_str(), file.c_str(), FALSE)),
+              DWORD{ERROR_SHARING_VIOLATION});
     EXPECT_EQ(read_bytes(file), "123");
 }
 
@@ -108,19 +87,16 @@ TEST(FileCopy, Refusals) {
 TEST(Files, PermissionsOfOwnerGroupAndOthers) {
     const TempFolder folder;
     const std::string name = folder.write("f", "");
-    const struct {
-        unsigned before;
-        int mode;
-        unsigned after;
-    } changed[] = {{0444, 0x180, 0644},  // the owner's bits alone: the others stay
-                   {0755, 0x180, 0755},
-                   {0664, 0x100, 0444},    // read only for everyone
-                   {0644, 0100664, 0664},  // a whole mode is taken as it is
-                   {0664, 0100464, 0444}};
-    for (const auto& row : changed) {
-        fs::permissions(name, fs::perms{row.before});
-        EXPECT_EQ(_chmod(name.c_str(), row.mode), 0);
-        EXPECT_EQ(state_of(name).st_mode & 07777u, row.after) << std::oct << row.mode;
+    const tuple<unsigned, int, unsigned> changed[] = {
+        {0444, 0x180, 0644},  // the owner's bits alone: the others stay
+        {0755, 0x180, 0755},
+        {0664, 0x100, 0444},    // read only for everyone
+        {0644, 0100664, 0664},  // a whole mode is taken as it is
+        {0664, 0100464, 0444}};
+    for (const auto& [before, mode, after] : changed) {
+        fs::permissions(name, fs::perms{before});
+        EXPECT_EQ(_chmod(name.c_str(), mode), 0);
+        EXPECT_EQ(state_of(name).st_mode & 07777u, after) << std::oct << mode;
     }
     const mode_t mask = umask(0);
     for (const auto& row : {std::pair{384, 0600u}, {0100755, 0755u}, {0x8102, 0400u}}) {

@@ -111,16 +111,6 @@ TEST_F(Registry, KeysAccessAndSizes) {
     EXPECT_EQ(Key(base_, KEY_SET_VALUE).get("v"), "error 5");
 }
 
-TEST_F(Registry, SpeedOfTheProcessor) {
-    const Key key(kProcessor, KEY_READ);
-    const std::string bytes = key.get("~MHz");
-    DWORD mhz = 0;
-    ASSERT_EQ(bytes.size(), sizeof mhz) << bytes;
-    memcpy(&mhz, bytes.data(), sizeof mhz);
-    EXPECT_TRUE(mhz > 100 && mhz < 20'000) << mhz;
-    EXPECT_EQ(key.get("none"), "error 2");
-}
-
 CHILD_ROLE(stores_many) {
     const Key key(args[0]);
     for (int i = 0; i < 25; ++i) {

@@ -1,4 +1,4 @@
-// Streams: text and bytes, appending from several processes.
+// Streams: text and bytes.
 
 #include "platform/files.h"
 #include "support/common.h"
@@ -82,33 +82,6 @@ TEST(Stream, WritesTheLineEndOfThePlatform) {
 }
 
 #if !defined(_WIN32)
-
-CHILD_ROLE(appends) {
-    FILE* stream = platform::open_stream(args[0].c_str(), "a+t");
-    // Longer than the stream's own buffer.
-    const std::string entry = std::string(20'000, args[1][0]) + "\n";
-    for (int i = 0; i < 100; ++i) {
-        fprintf(stream, "%.3000s\n", entry.c_str());
-        fflush(stream);
-        _write(_fileno(stream), entry.data(), static_cast<unsigned>(entry.size()));
-    }
-    return fclose(stream);
-}
-
-TEST(Stream, EntriesOfProcessesStayWhole) {
-    const TempFolder folder;
-    const std::string name = folder / "log";
-    ChildProcess one("appends", {name, "a"});
-    ChildProcess two("appends", {name, "b"});
-    EXPECT_EQ(one.wait() + two.wait(), 0);
-    std::ifstream log(name);
-    int entries = 0;
-    for (std::string line; std::getline(log, line); ++entries) {
-        ASSERT_TRUE(line.size() == 20'000 || line.size() == 3'000) << line.size();
-        ASSERT_EQ(line.find_first_not_of(line[0]), std::string::npos) << "two entries are mixed";
-    }
-    EXPECT_EQ(entries, 400);
-}
 
 TEST(Stream, OneThatCannotBeMadeEmptiesNothing) {
     const TempFolder folder;

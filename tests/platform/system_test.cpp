@@ -26,20 +26,14 @@ TEST(System, CommandLineQuotesWhatNeedsIt) {
 #if !defined(_WIN32)
 TEST(System, LanguageComesFromTheEnvironment) {
     unsetenv("LC_MESSAGES");
-    const struct {
-        const char* all;
-        const char* lang;
-        LANGID id;
-    } cases[] = {
-        {"", "zh_CN.UTF-8", 2052}, {"", "zh_TW", 1028},  {"", "zh", 2052},
-        {"", "es_ES@euro", 3082},  {"", "C", 1033},      {"", "", 1033},
-        {"zh_CN", "de_DE", 2052},  {"", "zhx_CN", 1033}, {"POSIX", "zh_CN", 1033},
-    };
-    for (const auto& c : cases) {
-        setenv("LC_ALL", c.all, 1);
-        setenv("LANG", c.lang, 1);
-        EXPECT_EQ(GetUserDefaultLangID(), c.id) << c.all << '/' << c.lang;
-        EXPECT_EQ(GetUserDefaultLCID(), LCID{c.id});
+    const tuple<const char*, const char*, LANGID> rows[] = {
+        {"", "zh_CN.UTF-8", 2052}, {"", "es_ES@euro", 3082}, {"", "zhx_CN", 1033}, {"", "", 1033},
+        {"zh_TW", "de_DE", 1028},  {"POSIX", "zh_CN", 1033}};
+    for (const auto& [all, lang, id] : rows) {
+        setenv("LC_ALL", all, 1);
+        setenv("LANG", lang, 1);
+        EXPECT_EQ(GetUserDefaultLangID(), id) << all << '/' << lang;
+        EXPECT_EQ(GetUserDefaultLCID(), LCID{id});
     }
 }
 

@@ -1,7 +1,9 @@
 #include "platform/ticks.h"
-#include "support/common.h"
 
 #include <cmath>
+
+#include "platform/time.h"
+#include "support/common.h"
 
 namespace {
 
@@ -24,6 +26,27 @@ TEST(Ticks, SpansAgreeWithTheCounter) {
         nearest = std::min(nearest, std::abs(span / passed - 1));
     }
     EXPECT_LE(nearest, 0.005);
+}
+
+TEST(Ticks, TheClockCountsMillisecondsThoughTheProcessSleeps) {
+    const long before = platform::clock();
+    const auto begin = steady_clock::now();
+    Sleep(30);
+    const auto passed = std::chrono::duration_cast<milliseconds>(steady_clock::now() - begin);
+    EXPECT_GE(platform::clock() - before, 25);
+    EXPECT_LE(passed.count(), platform::clock() - before + 5);
+}
+
+TEST(Ticks, WhatIsOutsideTheCalendarIsRefused) {
+    const __time64_t before = -1;
+    EXPECT_EQ(_localtime64(&before), nullptr);
+    EXPECT_EQ(_ctime64(nullptr), nullptr);
+    tm fields{};
+    fields.tm_year = 60;
+    EXPECT_EQ(_mktime64(&fields), -1);
+    fields.tm_year = 70;
+    fields.tm_mon = 12;
+    EXPECT_EQ(platform::asctime(&fields), nullptr);
 }
 
 }  // namespace

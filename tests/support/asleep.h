@@ -1,24 +1,31 @@
-// For tests about being woken: threads that are known to sleep.
+// For tests about being woken: who is known to sleep.
 #pragma once
 
-#if !defined(_WIN32)
-
-#include <unistd.h>
-
 #include <atomic>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
 
-// Returns once a thread of this process, by its number, waits in the kernel for whatever it may be.
-inline void until_asleep(int thread) {
-    for (std::string rest; rest.substr(0, 3) != ") S";) {
-        std::ifstream state("/proc/self/task/" + std::to_string(thread) + "/stat");
-        std::getline(state, rest);
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <unistd.h>
+
+#include <fstream>
+#endif
+
+// Returns once a thread ("self/task/NUMBER") or process ("NUMBER") waits in the kernel for whatever
+// it may be, or is gone. Where that can't be told it gets a moment: no result may depend on it.
+inline void until_asleep([[maybe_unused]] const std::string& who) {
+#if defined(_WIN32)
+    Sleep(20);
+#else
+    for (std::string rest; rest.substr(0, 3) != ") S"; std::this_thread::yield()) {
+        std::ifstream state("/proc/" + who + "/stat");
+        if (!std::getline(state, rest)) return;
         rest = rest.substr(std::min(rest.size(), rest.rfind(')')));
-        std::this_thread::yield();
     }
+#endif
 }
 
 // A thread that is asleep in what it runs when it has been made.
@@ -26,18 +33,30 @@ class SleepingThread {
  public:
     explicit SleepingThread(const std::function<void()>& run)
         : thread_([this, run] {
+#if defined(_WIN32)
+              number_ = static_cast<int>(GetCurrentThreadId());
+#else
               number_ = gettid();
+#endif
               number_.notify_all();
               run();
           }) {
         number_.wait(0);
-        until_asleep(number_);
+        until_asleep();
     }
-    void join() { thread_.join(); }
+    ~SleepingThread() {
+        join();
+    }
+    SleepingThread(const SleepingThread&) = delete;
+    SleepingThread& operator=(const SleepingThread&) = delete;
+    void until_asleep() const {
+        ::until_asleep("self/task/" + std::to_string(number_));
+    }
+    void join() {
+        if (thread_.joinable()) thread_.join();
+    }
 
  private:
     std::atomic<int> number_{0};
     std::thread thread_;
 };
-
-#endif

@@ -5,6 +5,8 @@
 #include <iostream>
 #include <map>
 
+#include "support/asleep.h"
+
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
@@ -99,6 +101,10 @@ void ChildProcess::kill() {
     if (!system_->ended) TerminateProcess(system_->process.hProcess, 0xFFFFFFFF);
 }
 
+void ChildProcess::until_asleep() const {
+    ::until_asleep("");
+}
+
 int ChildProcess::wait() {
     WaitForSingleObject(system_->process.hProcess, INFINITE);
     system_->ended = true;
@@ -147,6 +153,10 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
 
 void ChildProcess::kill() {
     if (!system_->ended) ::kill(system_->pid, SIGKILL);
+}
+
+void ChildProcess::until_asleep() const {
+    ::until_asleep(std::to_string(system_->pid));
 }
 
 int ChildProcess::wait() {

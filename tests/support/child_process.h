@@ -35,6 +35,8 @@ class ChildProcess {
     // The next line of the child's standard output, without its end; empty at its end.
     std::string read_line();
     void send_line(const std::string& line);
+    // Returns once it sleeps in the kernel, or is gone.
+    void until_asleep() const;
     // Ends the child at once, with no chance to clean up (SIGKILL, TerminateProcess).
     void kill();
     // Waits for its end; the exit code, or -1 when it was killed.

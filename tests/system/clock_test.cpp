@@ -21,14 +21,7 @@ TEST(Clock, SleepsInThreeUnits) {
         const Seconds passed = std::chrono::steady_clock::now() - begin;
         EXPECT_GE(counted, least - 0.002) << argument;
         EXPECT_LE(counted, passed.count() + 0.001);
-        EXPECT_LT(passed.count(), least + 10) << argument;
     }
-}
-
-TEST(Clock, TheFractionOfAMillisecondIsDropped) {
-    const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < 20'000; ++i) ORVEX_SleepMicro(999);
-    EXPECT_LT(Seconds(std::chrono::steady_clock::now() - begin).count(), 10);
 }
 
 }  // namespace
