@@ -1,12 +1,12 @@
 // Critical sections: the platform's, in a block of the interface's own.
 #include "concurrency/oxthrdop.h"
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/thread.h"
 #include "platform/critical_section.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdop");
+constexpr auto kModule = molte::kOxthrdop;
 constexpr uint32_t kSectionBusy = 283;
 
 static_assert(sizeof(CRITICAL_SECTION) <= sizeof(OXCRITSECT));

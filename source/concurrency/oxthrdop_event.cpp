@@ -1,7 +1,7 @@
 // Events, and waits for them.
 #include <algorithm>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/event.h"
 #include "moltelib/state.h"
 #include "platform/kernel_objects.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdop");
+constexpr auto kModule = molte::kOxthrdop;
 constexpr uint32_t kBadWait = 419;
 constexpr int32_t kLongestWaitEx = 5;  // seconds
 

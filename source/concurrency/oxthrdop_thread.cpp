@@ -1,14 +1,14 @@
 // Threads and mutexes: the platform's, with the library's results and reports.
 #include <bit>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/thread.h"
 #include "platform/kernel_objects.h"
 #include "platform/threads.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdop");
+constexpr auto kModule = molte::kOxthrdop;
 constexpr uint32_t kThreadNotCreated = 277;
 
 // Null, and reported, when there is no thread.

@@ -1,14 +1,14 @@
 // The list of the threads that keep a call trace.
 #include <utility>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/state.h"
 #include "moltelib/thread_list.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdop");
+constexpr auto kModule = molte::kOxthrdop;
 using molte::kBadArgument;
 
 void link_at_tail(MOLTE_THREADLIST* list, MOLTE_THREADLISTNODE* node) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/parameter_registry.h"
 
 namespace {
@@ -402,8 +402,7 @@ static_assert(std::size(kNames) == MOLTE_PARAMNAME_COUNT);
 const char* g_stParamName[MOLTE_PARAMNAME_COUNT];
 
 int32_t MOLTE_PARAMNAME_Init(const char** ppszTable) {
-    if (ppszTable == nullptr)
-        return molte::Module("moltevar").fail(molte::here(), molte::kBadArgument);
+    if (ppszTable == nullptr) return molte::kMoltevar.fail(molte::here(), molte::kBadArgument);
     std::copy(std::begin(kNames), std::end(kNames), ppszTable);
     return 1;
 }

@@ -3,7 +3,7 @@
 #include <ctime>
 #include <iterator>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
 #include "moltelib/language.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("moltevar");
+constexpr auto kModule = molte::kMoltevar;
 using molte::kBadArgument;
 
 int32_t set_by_index(MOLTE_PARAMITEM* item, const MOLTE_PARAMNETITEM* record, int32_t mode,

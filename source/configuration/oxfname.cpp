@@ -1,14 +1,14 @@
 // The folders and well-known files of an installation.
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
 #include "moltelib/state.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxfname");
+constexpr auto kModule = molte::kOxfname;
 constexpr size_t kIniNameSize = 128;
 
 char ini_file_name[kIniNameSize] = "rvexinit.ini";

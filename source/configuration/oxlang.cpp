@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "configuration/oxmnpath.h"
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/language.h"
 #include "moltelib/main_path.h"
 #include "moltelib/parameter_file.h"
@@ -13,7 +13,7 @@ OXLANG_VAR g_stLangVar;
 
 namespace {
 
-constexpr molte::Module kModule("oxlang");
+constexpr auto kModule = molte::kOxlang;
 using molte::kBadArgument;
 constexpr uint32_t kLocaleFailed = 134;
 constexpr uint32_t kNoMainPath = 1000;

@@ -2,12 +2,12 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/language.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxlang");
+constexpr auto kModule = molte::kOxlang;
 using molte::kBadArgument;
 constexpr uint32_t kNoCollation = 250;
 constexpr uint32_t kBadCollationText = 251;

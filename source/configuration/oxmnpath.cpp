@@ -3,8 +3,8 @@
 
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/error.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxmnpath");
+constexpr auto kModule = molte::kOxmnpath;
 constexpr char kRegistryKey[] = "Software\\Lumbra Software Inc\\ORVEX60";
 constexpr char kOptionsKey[] = "Software\\Lumbra Software Inc\\ORVEX60\\Options";
 constexpr char kValueName[] = "MainPath";

@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/format/parameter_record.h"
 
 namespace molte::paramadm {
 
-inline constexpr Module kModule("paramadm");
+constexpr auto kModule = kParamadm;
 using molte::kBadArgument;
 
 // A text of a record, that may fill its field, with a terminator.

@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <string_view>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 
 namespace molte::ini {
 
-inline constexpr Module kModule("oxparam");
+constexpr auto kModule = kOxparam;
 
 using molte::kBadArgument;
 using molte::kNotOpened;

@@ -18,7 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/report.h"
+#include "core/modules.h"
 
 namespace molte {
 
@@ -95,7 +95,7 @@ void free_strings(RC_STRING* strings, int32_t count);
 
 // ---- Texts of records ----
 
-constexpr Module kResourceModule("rcxmlpro");
+constexpr auto kResourceModule = kRcxmlpro;
 
 const char* text_of(const RC_STRING& string);
 

@@ -7,8 +7,8 @@
 #include "concurrency/oxthrdop.h"
 #include "configuration/rcxmlpro.h"
 #include "core/identity.h"
+#include "core/modules.h"
 #include "core/otxthook.h"
-#include "core/report.h"
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/array.h"
@@ -26,7 +26,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("moltevar");
+constexpr auto kModule = molte::kMoltevar;
 
 constexpr uint32_t kDefaultErrorMask = 8200;  // error flag and text error log
 constexpr int32_t kFirstListenBacklog = 100;  // until its parameter is read

@@ -3,14 +3,14 @@
 #include <atomic>
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/state.h"
 #include "moltelib/thread.h"
 
 namespace {
 
-constexpr molte::Module kModule("moltevar");
+constexpr auto kModule = molte::kMoltevar;
 using molte::kBadArgument;
 
 // The three counters of one direction.

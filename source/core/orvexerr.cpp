@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "core/identity.h"
-#include "core/report.h"
+#include "core/modules.h"
 #include "core/source_name.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
@@ -16,7 +16,7 @@ namespace {
 
 using molte::base_name;
 
-constexpr molte::Module kModule("orvexerr");
+constexpr auto kModule = molte::kOrvexerr;
 using molte::kBadArgument;
 constexpr uint32_t kFirstSocketError = 71;
 constexpr uint32_t kLastSocketError = 83;

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "core/backup.h"
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/date_time.h"
 #include "moltelib/error.h"
 #include "moltelib/error_log.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("orvexerr");
+constexpr auto kModule = molte::kOrvexerr;
 constexpr char kName[] = "errlog";
 constexpr char kExtension[] = ".txt";
 constexpr int64_t kMinSize = 0xa00000;

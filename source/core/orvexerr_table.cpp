@@ -3,12 +3,12 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/error.h"
 
 namespace {
 
-constexpr molte::Module kModule("orvexerr");
+constexpr auto kModule = molte::kOrvexerr;
 using molte::kBadArgument;
 
 bool by_number(const ErrStringStruct& a, const ErrStringStruct& b) {

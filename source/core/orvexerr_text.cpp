@@ -5,12 +5,13 @@
 #include <cstring>
 
 #include "configuration/rcxmlpro.h"
+#include "core/modules.h"
 #include "moltelib/error.h"
 #include "platform/system.h"
 
 namespace {
 
-constexpr char kModuleName[] = "orvexerr";
+constexpr const char* kModuleName = molte::kOrvexerr.name();
 constexpr size_t kMaxData = 255;
 constexpr uint8_t kRunTimeError = 1;
 

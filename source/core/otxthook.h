@@ -4,14 +4,14 @@
 #include <atomic>
 #include <cstdint>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/state.h"
 #include "moltelib/text_hook.h"
 
 namespace molte::hooks {
 
-inline constexpr Module kModule("otxthook");
+constexpr auto kModule = kOtxthook;
 using molte::kBadArgument;
 inline constexpr uint32_t kExists = 132;
 inline constexpr uint32_t kZeroMask = 432;

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/array.h"
 #include "moltelib/binary_error_log.h"
 #include "moltelib/byte_field.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxerrlog");
+constexpr auto kModule = molte::kOxerrlog;
 using molte::kBadArgument;
 constexpr uint32_t kBadLog = 298;
 constexpr uint8_t kKind = 1;

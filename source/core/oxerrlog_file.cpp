@@ -3,8 +3,8 @@
 #include <cstring>
 #include <limits>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/binary_error_log.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/file.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxerrlog");
+constexpr auto kModule = molte::kOxerrlog;
 using molte::kBadArgument;
 constexpr uint32_t kBadHead = 298;
 constexpr char kMagic[] = "erlogfileobject";

@@ -8,12 +8,12 @@
 #include <cstring>
 
 #include "core/allocator.h"
-#include "core/report.h"
+#include "core/modules.h"
 #include "platform/memory.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 using molte::kOutOfMemory;
 constexpr int32_t kDefaultGrow = 16;

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/state.h"
 #include "moltelib/thread_list.h"
 #include "platform/critical_section.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdat");
+constexpr auto kModule = molte::kOxthrdat;
 
 constinit MOLTE_THDATAKEY block_key{};
 constinit platform::Lock key_lock;

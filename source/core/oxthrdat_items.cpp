@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/thread_data.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdat");
+constexpr auto kModule = molte::kOxthrdat;
 using molte::kBadArgument;
 constexpr uint32_t kNoRoom = 117;
 constexpr uint32_t kNotFound = 120;

@@ -2,13 +2,13 @@
 // alone; that asymmetry is the interface.
 #include <cstdlib>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/thread_data.h"
 #include "platform/thread_local_storage.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxthrdat");
+constexpr auto kModule = molte::kOxthrdat;
 using molte::kBadArgument;
 
 }  // namespace

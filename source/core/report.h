@@ -1,7 +1,7 @@
 // How every module of the library reports: one helper that formats the data text, caps its length
 // and passes module, line and kind of system error; and one that adds a trace line.
 //
-//     constexpr molte::Module kModule("oxmnpath");
+//     constexpr auto kModule = molte::kOxmnpath;  // see modules.h
 //     ...
 //     return kModule.fail(here(), kBadArgument);                           // a failure of its own
 //     return kModule.fail(35, kTooLong, SystemError::none, "%d bytes", n); // the same with data

@@ -1,7 +1,7 @@
 // Plug-in libraries.
 #include <cwchar>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/plugin.h"
 #include "platform/dynamic_library.h"
 
@@ -10,7 +10,7 @@ using molte::SystemError;
 
 namespace {
 
-constexpr molte::Module kModule("oxsysop");
+constexpr auto kModule = molte::kOxsysop;
 constexpr uint32_t kNotLoaded = 143;
 constexpr uint32_t kNoSymbol = 146;
 constexpr uint32_t kNotUnloaded = 147;

@@ -3,14 +3,14 @@
 
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/state.h"
 #include "moltelib/text.h"
 #include "platform/system.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 using molte::kNotRead;
 using molte::SystemError;

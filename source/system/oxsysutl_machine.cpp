@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
 #include "moltelib/system_info.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kNoProcessorKey = 253;
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/system_info.h"
 #include "moltelib/text.h"
 #include "moltelib/text_convert.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kNoComputerName = 127;
 constexpr uint32_t kNoUserName = 265;

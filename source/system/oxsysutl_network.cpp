@@ -3,14 +3,14 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/network_address.h"
 #include "platform/adapters.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kFailed = 101;
 constexpr size_t kFirstRoom = 704;  // bytes; few machines need more

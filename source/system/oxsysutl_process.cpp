@@ -1,5 +1,5 @@
 // One process's use of memory and time.
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "moltelib/system_info.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kProcessNotOpened = 276;
 

@@ -4,14 +4,14 @@
 #include <iterator>
 
 #include "configuration/rcxmlpro.h"
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/application.h"
 #include "moltelib/parameter_file.h"
 #include "platform/code_page.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 
 constexpr int32_t kTitleItem = 6;

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "moltelib/uuid.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 
 constinit platform::Lock last_lock;

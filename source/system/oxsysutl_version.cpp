@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/byte_field.h"
@@ -15,7 +15,7 @@ using molte::SystemError;
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kNoVersionInfo = 273;
 constexpr uint32_t kVersionInfoNotRead = 274;

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/character.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/system_info.h"
@@ -14,7 +14,7 @@ using molte::SystemError;
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr uint32_t kFailed = 101;
 

@@ -1,0 +1,36 @@
+// The modules by the names under which they report. A source says which one it is:
+//
+//     constexpr auto kModule = molte::kOxmnpath;
+#pragma once
+
+#include "core/report.h"
+
+namespace molte {
+
+inline constexpr Module kMoltevar("moltevar");
+inline constexpr Module kOarray("oarray");
+inline constexpr Module kOcollate("ocollate");
+inline constexpr Module kOfilehop("ofilehop");
+inline constexpr Module kOidrange("oidrange");
+inline constexpr Module kOlinebuf("olinebuf");
+inline constexpr Module kOrvexerr("orvexerr");
+inline constexpr Module kOtxthook("otxthook");
+inline constexpr Module kOxdatcnv("oxdatcnv");
+inline constexpr Module kOxdirop("oxdirop");
+inline constexpr Module kOxdskinf("oxdskinf");
+inline constexpr Module kOxerrlog("oxerrlog");
+inline constexpr Module kOxfileop("oxfileop");
+inline constexpr Module kOxfname("oxfname");
+inline constexpr Module kOxlang("oxlang");
+inline constexpr Module kOxmnpath("oxmnpath");
+inline constexpr Module kOxparam("oxparam");
+inline constexpr Module kOxpinyin("oxpinyin");
+inline constexpr Module kOxstring("oxstring");
+inline constexpr Module kOxsysop("oxsysop");
+inline constexpr Module kOxsysutl("oxsysutl");
+inline constexpr Module kOxthrdat("oxthrdat");
+inline constexpr Module kOxthrdop("oxthrdop");
+inline constexpr Module kParamadm("paramadm");
+inline constexpr Module kRcxmlpro("rcxmlpro");
+
+}  // namespace molte
