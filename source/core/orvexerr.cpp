@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/identity.h"
 #include "core/modules.h"
+#include "core/orvexerr_identity.h"
 #include "core/source_name.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/backup.h"
+#include "core/orvexerr_backup.h"
 #include "moltelib/error_log.h"
 #include "moltelib/text.h"
 #include "platform/files.h"

@@ -1,5 +1,5 @@
 // Host name and environment line of the error records.
-#include "core/identity.h"
+#include "core/orvexerr_identity.h"
 
 #include <algorithm>
 #include <atomic>

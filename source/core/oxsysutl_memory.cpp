@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "core/allocator.h"
 #include "core/modules.h"
+#include "core/oxsysutl_memory.h"
 #include "platform/memory.h"
 
 namespace {

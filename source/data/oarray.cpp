@@ -3,7 +3,7 @@
 #include <cstring>
 #include <limits>
 
-#include "core/allocator.h"
+#include "core/oxsysutl_memory.h"
 #include "core/report.h"
 #include "moltelib/array.h"
 #include "moltelib/memory.h"

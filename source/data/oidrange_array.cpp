@@ -1,8 +1,8 @@
 // Arrays of ranges, kept as sets.
 #include <limits>
 
-#include "core/allocator.h"
 #include "core/owners.h"
+#include "core/oxsysutl_memory.h"
 #include "data/oidrange.h"
 
 using molte::here;

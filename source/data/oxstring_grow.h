@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "core/allocator.h"
+#include "core/oxsysutl_memory.h"
 #include "moltelib/memory.h"
 
 namespace molte {

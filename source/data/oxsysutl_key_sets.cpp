@@ -3,8 +3,8 @@
 #include <cstring>
 #include <limits>
 
-#include "core/allocator.h"
 #include "core/owners.h"
+#include "core/oxsysutl_memory.h"
 #include "data/oxsysutl_lists.h"
 
 using molte::as_keys;

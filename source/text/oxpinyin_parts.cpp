@@ -1,7 +1,7 @@
 // The lists of shengmu and yunmu, and the readings of characters as they are collected.
 #include <cstdlib>
 
-#include "core/allocator.h"
+#include "core/oxsysutl_memory.h"
 #include "moltelib/memory.h"
 #include "text/oxpinyin.h"
 

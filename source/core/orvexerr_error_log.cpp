@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "core/backup.h"
 #include "core/modules.h"
+#include "core/orvexerr_backup.h"
 #include "core/owners.h"
 #include "moltelib/date_time.h"
 #include "moltelib/error.h"

@@ -6,8 +6,8 @@
 
 #include "concurrency/oxthrdop.h"
 #include "configuration/rcxmlpro.h"
-#include "core/identity.h"
 #include "core/modules.h"
+#include "core/orvexerr_identity.h"
 #include "core/otxthook.h"
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"

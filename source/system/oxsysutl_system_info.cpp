@@ -1,15 +1,25 @@
-// Memory and processors of the machine.
+// The machine, its volumes and its processes.
+#include "moltelib/system_info.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "core/modules.h"
+#include "data/character.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
-#include "moltelib/system_info.h"
+#include "moltelib/date_time.h"
+#include "platform/code_page.h"
 #include "platform/machine.h"
 #include "platform/performance.h"
+#include "platform/processes.h"
 #include "platform/registry.h"
 #include "system/os_type.h"
+
+using molte::here;
+using molte::SystemError;
 
 namespace {
 
@@ -63,7 +73,74 @@ class ProcessorTime {
     PDH_HCOUNTER counter_{};
 };
 
+constexpr uint32_t kProcessNotOpened = 276;
+
+class ProcessHandle {
+ public:
+    explicit ProcessHandle(uint32_t number)
+        : handle_(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, number)) {}
+    ~ProcessHandle() {
+        if (handle_ != nullptr) CloseHandle(handle_);
+    }
+    ProcessHandle(const ProcessHandle&) = delete;
+    ProcessHandle& operator=(const ProcessHandle&) = delete;
+
+    [[nodiscard]] HANDLE get() const { return handle_; }
+
+ private:
+    HANDLE handle_;
+};
+
+// Rounded to the nearest.
+uint32_t whole_seconds(const FILETIME& time) {
+    constexpr uint64_t ticks_per_second = 10'000'000;
+    const uint64_t ticks = uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    return static_cast<uint32_t>((ticks + ticks_per_second / 2) / ticks_per_second);
+}
+
+// The UTC reading is taken for local time: that is meant.
+uint32_t time_value(const FILETIME& time) {
+    SYSTEMTIME utc{};
+    FileTimeToSystemTime(&time, &utc);
+    return static_cast<uint32_t>(
+        ORVEX_MkTime(utc.wYear, utc.wMonth, utc.wDay, utc.wHour, utc.wMinute, utc.wSecond));
+}
+
+void put_times(HANDLE process, MOLTE_PROCESSINFO* info) {
+    FILETIME creation{};
+    FILETIME end{};
+    FILETIME kernel{};
+    FILETIME user{};
+    if (GetProcessTimes(process, &creation, &end, &kernel, &user) == FALSE) return;
+    uint4ToChar4(time_value(creation), info->nCreationTime);
+    uint4ToChar4(whole_seconds(kernel), info->nKernelTime);
+    uint4ToChar4(whole_seconds(user), info->nUserTime);
+}
+
+uint32_t in_kilobytes(size_t bytes) {
+    return static_cast<uint32_t>(bytes / 1024);
+}
+
+void put_memory(HANDLE process, MOLTE_PROCESSINFO* info) {
+    PROCESS_MEMORY_COUNTERS memory{};
+    memory.cb = sizeof memory;
+    if (GetProcessMemoryInfo(process, &memory, sizeof memory) == FALSE) return;
+    uint4ToChar4(in_kilobytes(memory.WorkingSetSize), info->nWorkingSetInKB);
+    uint4ToChar4(in_kilobytes(memory.PeakWorkingSetSize), info->nPeakWorkingSetInKB);
+    uint4ToChar4(in_kilobytes(memory.PagefileUsage), info->nPageFileInKB);
+    uint4ToChar4(in_kilobytes(memory.PeakPagefileUsage), info->nPeakPageFileInKB);
+}
+
+constexpr uint32_t kFailed = 101;
+
+constexpr struct FileSystem {
+    const char* name;
+    int32_t type;
+} kFileSystems[] = {{"FAT16", 1}, {"FAT32", 2}, {"NTFS", 3}, {"JFS", 10}, {"JFS2", 11}};
+
 }  // namespace
+
+// ---- Memory and processors of the machine ----
 
 int32_t ORVEX_GetSimpSysInfo(ORVEX_SYSINFO* pInfo) {
     if (pInfo == nullptr) return kModule.fail(molte::here(), kBadArgument);
@@ -151,5 +228,64 @@ int32_t MOLTE_GetComputerInfo(MOLTE_COMPUTERINFO* pInfo) {
     pInfo->nOsType = static_cast<uint8_t>(system.nOsType);
     uint2ToChar2(static_cast<uint16_t>(system.nCpuCount), pInfo->nCpuCount);
     ORVEX_GetComputerNameWithOpt(pInfo->szName, sizeof pInfo->szName, 0);
+    return 1;
+}
+
+// ---- One process's use of memory and time ----
+
+int32_t MOLTE_GetProcessID(void) {
+    return static_cast<int32_t>(GetCurrentProcessId());
+}
+
+int32_t MOLTE_GetProcessInfo(MOLTE_PROCESSINFO* pInfo) {
+    if (pInfo == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    const uint32_t number = Char4To_uint4(pInfo->nProcessId);
+    *pInfo = {};
+    uint4ToChar4(sizeof *pInfo, pInfo->nRecSize);
+    uint4ToChar4(number, pInfo->nProcessId);
+    const ProcessHandle process(number);
+    if (process.get() == nullptr) {
+        return kModule.fail(molte::here(), kProcessNotOpened, molte::SystemError::platform,
+                            "open process error. %d", static_cast<int>(GetLastError()));
+    }
+    put_times(process.get(), pInfo);
+    put_memory(process.get(), pInfo);
+    return 1;
+}
+
+// ---- Kinds of file systems ----
+
+const char* MOLTE_FileSystemType2Name(int32_t nType) {
+    const auto* found =
+        std::find_if(std::begin(kFileSystems), std::end(kFileSystems),
+                     [nType](const FileSystem& system) { return system.type == nType; });
+    return found != std::end(kFileSystems) ? found->name : "unknown";
+}
+
+int32_t MOLTE_FileSystemName2Type(const char* pszName) {
+    if (pszName == nullptr) return kFileSystems[0].type;  // meant
+    const auto* found = std::find_if(
+        std::begin(kFileSystems), std::end(kFileSystems),
+        [pszName](const FileSystem& s) { return platform::compare_no_case(s.name, pszName) == 0; });
+    return found != std::end(kFileSystems) ? found->type : 0;
+}
+
+int32_t MOLTE_GetFileSystemInfo(const char* pszPath, MOLTE_FILESYSTEMINFO* pInfo) {
+    if (pInfo == nullptr) return kModule.fail(here(), kBadArgument);
+    *pInfo = {};
+    uint4ToChar4(sizeof *pInfo, pInfo->nRecSize);
+    if (pszPath == nullptr || pszPath[0] == '\0' || pszPath[1] == '\0') {
+        return kModule.fail_text(here(), kFailed, SystemError::none, "path too short");
+    }
+    if (pszPath[1] != ':' || !molte::is_ascii_letter(pszPath[0])) {
+        return kModule.fail_text(here(), kFailed, SystemError::none, "FORMAT ERROR");
+    }
+    const char root[] = {pszPath[0], ':', '\\', '\0'};
+    char name[32];
+    if (GetVolumeInformationA(root, nullptr, 0, nullptr, nullptr, nullptr, name, sizeof name) ==
+        FALSE) {
+        return kModule.fail_text(here(), kFailed, SystemError::platform, pszPath);
+    }
+    pInfo->nType = static_cast<uint8_t>(MOLTE_FileSystemName2Type(name));
     return 1;
 }
