@@ -1,5 +1,5 @@
 // String resources beside their peers: loading beside a bare parse by expat, with handlers that do
-// nothing; looking up beside gettext, and beside the standard library's search in the same records.
+// nothing; looking up beside gettext.
 #include <expat.h>
 #include <libintl.h>
 
@@ -113,18 +113,6 @@ void bench_look_up(const fs::path& folder) {
     if (dgettext("texts", names[0].c_str()) != text_of_number(ids[0], true)) std::exit(1);
     const auto gettext = [&names](size_t at) { return dgettext("texts", names[at].c_str()); };
     molte_bench::pair("one text, beside gettext", walk(ids, ours), walk(ids, gettext));
-
-    molte::RC_TABLE table{};
-    molte::RCXML_LoadFile(table, (folder / "resource/zh/cn/moltelibrc_zh.xml").c_str());
-    const auto search = [&ids, &table](size_t at) {
-        auto* const end = table.pItems + table.nCount;
-        const auto* found = std::lower_bound(
-            table.pItems, end, ids[at],
-            [](const molte::RC_STRING& string, uint32_t id) { return string.nId < id; });
-        return found != end && found->nId == ids[at] ? molte::text_of(*found) : nullptr;
-    };
-    molte_bench::pair("one text, beside lower_bound", walk(ids, ours), walk(ids, search));
-    molte::free_table(table);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The folders and well-known files of an installation.
 #include <cstring>
 
+#include "core/above.h"
 #include "core/modules.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
@@ -126,4 +127,8 @@ int32_t ORVEX_DBCFG_PathFileName(char* pszDst) {
     const size_t length = strnlen(configured, sizeof g_stBv.szDbIniName);
     const bool usable = length > 0 && length < sizeof g_stBv.szDbIniName;
     return conf_file(pszDst, usable ? configured : "dbnumina.ini", 171);
+}
+
+int32_t molte::log_folder(char* dst) {
+    return ORVEX_LOG_PathName(dst);
 }

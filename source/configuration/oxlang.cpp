@@ -17,8 +17,7 @@ namespace {
 
 constexpr auto kModule = molte::kOxlang;
 using molte::kBadArgument;
-constexpr uint32_t kLocaleFailed = 134;
-constexpr uint32_t kNoMainPath = 1000;
+using molte::kNoMainPath;
 
 constexpr OXLANG_NAMEROW kLanguages[OXLANG_LANGUAGE_COUNT] = {{"Lang_Default", 0},
                                                               {"Lang_Chs", OXLANG_CHINESE},
@@ -136,7 +135,7 @@ int32_t OXLANG_SetDefLang(void) {
 int32_t OXLANG_SetLocale(int32_t nId) {
     const char* name = locale_name(nId);
     if (platform::set_locale(name) != nullptr) return 1;
-    return kModule.fail(308, kLocaleFailed, molte::SystemError::runtime, "set locale error. %s",
+    return kModule.fail(308, molte::kNoLocale, molte::SystemError::runtime, "set locale error. %s",
                         name);
 }
 

@@ -18,6 +18,7 @@ constexpr char kRegistryKey[] = "Software\\Lumbra Software Inc\\ORVEX60";
 constexpr char kOptionsKey[] = "Software\\Lumbra Software Inc\\ORVEX60\\Options";
 constexpr char kValueName[] = "MainPath";
 constexpr size_t kPathSize = 128;
+constexpr uint32_t kNothingToSet = 412;
 
 char main_path[kPathSize];
 const char* known_main_path = nullptr;
@@ -97,7 +98,7 @@ bool molte::main_path_found() {
 }
 
 const char* GetMainPath(void) {
-    if (known_main_path == nullptr) kModule.fail(27, 1000);
+    if (known_main_path == nullptr) kModule.fail(27, molte::kNoMainPath);
     return known_main_path;
 }
 
@@ -129,7 +130,7 @@ int32_t InitMainPath(void) {
 }
 
 int32_t CreateMainPath(const char* pszPath) {
-    if (pszPath == nullptr || pszPath[0] == '\0') return kModule.fail(141, 412);
+    if (pszPath == nullptr || pszPath[0] == '\0') return kModule.fail(141, kNothingToSet);
     if (store(pszPath) < 0) return -1;
     const molte::Heap<char> path(ORVEX_StrDup(pszPath));  // the walk writes into its path
     if (path == nullptr) return kModule.trace(molte::here());

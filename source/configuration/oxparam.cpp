@@ -1,11 +1,157 @@
-// Parameter files by path: values read, compared and set.
+// Parameter files by path: their text and lines, and values read, compared and set.
+#include "configuration/oxparam.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
-#include "configuration/parameter_file.h"
-#include "configuration/parameter_lines.h"
+#include "moltelib/file.h"
 #include "moltelib/parameter_file.h"
+#include "platform/code_page.h"
 #include "platform/files.h"
+
+int32_t g_bParamIsCaseSensitive = 1;
+
+namespace molte::ini {
+
+namespace {
+
+constexpr int32_t kLockWaiting = 1;
+
+int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int64_t size) {
+    return kModule.fail(line, kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d", fd, buffer,
+                        static_cast<int32_t>(size));
+}
+
+// A zero byte ends the text of its line.
+constexpr bool ends_name(char c) {
+    return is_blank(c) || c == '#' || c == '=' || c == '\0';
+}
+
+constexpr bool ends_value(char c) {
+    return c == '#' || c == '\t' || c == '\0';
+}
+
+}  // namespace
+
+int32_t LockedFile::open(const char* path, int32_t line) {
+    return take(platform::open_stream(path, "rb"), path, line);
+}
+
+int32_t LockedFile::open_or_make(const char* path, int32_t line) {
+    FILE* stream = platform::open_stream(path, "a+b");
+    return take(stream != nullptr ? stream : platform::open_stream(path, "rb"), path, line);
+}
+
+// Only a file that is missing is made, and not by "w": another process may make it meanwhile.
+int32_t LockedFile::open_to_change(const char* path, int32_t line) {
+    FILE* stream = platform::open_stream(path, "r+b");
+    if (stream == nullptr && errno == ENOENT) {
+        const Stream made(platform::open_stream(path, "a+b"));
+        if (made != nullptr) stream = platform::open_stream(path, "r+b");
+    }
+    return take(stream, path, line);
+}
+
+int32_t LockedFile::take(FILE* stream, const char* path, int32_t line) {
+    stream_.reset(stream);
+    if (stream_ == nullptr) return kModule.fail_text(line, kNotOpened, SystemError::runtime, path);
+    fd_ = _fileno(stream_.get());
+    if (ORVEX_FP_FileLock(stream_.get(), kLockWaiting, 1) < 0) {
+        stream_.reset();
+        return -1;
+    }
+    return 1;
+}
+
+int32_t LockedFile::replace(std::string_view text) const {
+    const auto size = static_cast<unsigned>(text.size());
+    errno = 0;
+    if (_lseeki64(fd_, 0, SEEK_SET) != 0 ||
+        _write(fd_, text.data(), size) != static_cast<int>(size)) {
+        return kModule.fail(here(), kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d", fd_,
+                            text.data(), static_cast<int32_t>(size));
+    }
+    if (ORVEX_UTIL_ChSizeByFD(fd_, size) < 0) return kModule.trace(here());
+    return 1;
+}
+
+int32_t LockedFile::change(std::string_view from, std::string_view to) const {
+    if (replace(to) > 0) return 1;
+    // What was there has its room even on a full disk.
+    static_cast<void>(replace(from));
+    return -1;
+}
+
+int32_t FileText::load(int32_t fd) {
+    const int count = _read(fd, near_, sizeof near_);
+    if (count < 0) return fail_read(here(), fd, near_, sizeof near_);
+    text_ = {near_, static_cast<size_t>(count)};
+    const int64_t size = ORVEX_FileLen(fd);
+    if (size < 0) return kModule.trace(here());
+    if (size <= count) return 1;
+    return load_rest(fd, size);
+}
+
+int32_t FileText::load_rest(int32_t fd, int64_t size) {
+    if (size >= kSizeLimit) return kModule.fail(here(), kFileTooLarge);
+    const auto known = static_cast<int64_t>(text_.size());
+    far_ = allocate<char>(size);
+    if (far_ == nullptr) return kModule.trace(here());
+    std::memcpy(far_.get(), near_, text_.size());
+    errno = 0;
+    if (_read(fd, far_.get() + known, static_cast<unsigned>(size - known)) != size - known) {
+        return fail_read(here(), fd, far_.get(), size);
+    }
+    text_ = {far_.get(), static_cast<size_t>(size)};
+    return 1;
+}
+
+std::string_view line_end(std::string_view line) {
+    if (!line.ends_with('\n')) return {};
+    return line.substr(line.size() - (line.ends_with("\r\n") ? 2 : 1));
+}
+
+Names::Names(const char* const* list, int32_t count) : list_(list), count_(count) {
+    if (count == 1 && g_bParamIsCaseSensitive != 0) only_ = list[0];
+}
+
+bool Names::equal(const char* wanted, std::string_view name) {
+    const int order = g_bParamIsCaseSensitive != 0
+                          ? std::strncmp(wanted, name.data(), name.size())
+                          : platform::compare_no_case(wanted, name.data(), name.size());
+    return order == 0 && wanted[name.size()] == '\0';
+}
+
+Line::Line(std::string_view line) : rest_(line) {
+    skip_blanks(rest_);
+    const std::string_view text = rest_.substr(0, rest_.size() - line_end(rest_).size());
+    size_t length = 0;
+    while (length < text.size() && !ends_name(text[length])) ++length;
+    // A name that the text ends with makes the line a comment.
+    if (length == rest_.size() || rest_[length] == '\0') return;
+    name_ = text.substr(0, length);
+    rest_.remove_prefix(length);
+}
+
+bool Line::value(std::string_view* out) const {
+    std::string_view text = rest_.substr(0, rest_.size() - line_end(rest_).size());
+    skip_blanks(text);
+    if (!text.starts_with('=')) return false;
+    text.remove_prefix(1);
+    skip_blanks(text);
+    size_t length = 0;
+    while (length < text.size() && !ends_value(text[length])) ++length;
+    *out = text.substr(0, length);
+    return true;
+}
+
+std::string_view Line::comment() const {
+    const size_t at = rest_.find('#');
+    return at == std::string_view::npos ? std::string_view() : rest_.substr(at);
+}
+
+}  // namespace molte::ini
 
 using namespace molte::ini;
 using molte::here;
@@ -87,7 +233,7 @@ int32_t Rewrite::allocate(std::string_view text) {
     for (int32_t i = 0; i < names_.count(); ++i) {
         room += std::strlen(names_.at(i)) + value_at(values_, i).size() + MOLTE_PARAM_SLOT;
     }
-    if (room >= kSizeLimit) return kModule.fail(here(), kTooLarge);
+    if (room >= kSizeLimit) return kModule.fail(here(), kFileTooLarge);
     text_ = molte::allocate<char>(static_cast<int64_t>(room));
     if (text_ == nullptr) return kModule.trace(246);
     found_ = molte::allocate<bool>(names_.count());

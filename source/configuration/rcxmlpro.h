@@ -18,8 +18,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/modules.h"
-
 namespace molte {
 
 // ---- Records ----
@@ -48,7 +46,6 @@ static_assert(sizeof(RC_STRING) == 128 && offsetof(RC_STRING, abyText) == 48);
 
 struct RC_TABLE {
     RC_STRING* pItems;  // sorted by nId
-    uint32_t* pnIds;    // their numbers, close together for the search
     int32_t nCount;
     int32_t nLangId;  // what the file says
     uint8_t bOwned;   // all this and the texts must be freed
@@ -95,47 +92,13 @@ void free_strings(RC_STRING* strings, int32_t count);
 
 // ---- Texts of records ----
 
-constexpr auto kResourceModule = kRcxmlpro;
-
 const char* text_of(const RC_STRING& string);
+
+// Sets the text, or adds to it; 1, or -1 with the history.
+int32_t set_text(RC_STRING& string, const char* text, int32_t length);
+int32_t add_text(RC_STRING& string, const char* text, int32_t length);
 
 // The record has an empty text then.
 void free_text(RC_STRING& string);
-
-// Takes UTF-8 over into the code page; a backslash and "n" become a blank and a line feed. Knows
-// the characters that it met, so it serves one file, for as long as the code page stays.
-class TextConverter {
- public:
-    // The first sets the text of a record, the second adds to it. 1, or -1 with the history.
-    int32_t set(RC_STRING& string, const char* utf8);
-    int32_t add(RC_STRING& string, const char* utf8, int32_t length);
-
- private:
-    static constexpr int32_t kSize = 2048;    // of a text, or of one run of it
-    static constexpr int32_t kLeastRoom = 4;  // before each character
-    static constexpr uint32_t kKnownSize = 1024;
-
-    // A character of three bytes.
-    struct Known {
-        uint32_t nForm;  // its UTF-8; 0 where none was met
-        char abyBytes[2];
-        uint16_t nSize;
-    };
-
-    // By the value bits of the second and third byte.
-    static uint32_t place_of(uint32_t form) {
-        return (form >> 16 ^ (form >> 8 & 0x3F) << 6) % kKnownSize;
-    }
-
-    bool convert(const char* utf8, int32_t length);
-    const char* copy_plain(const char* from, const char* end, char*& place);
-    const char* convert_character(const char* from, const char* end, char*& to);
-    const char* copy_known(const char* from, const char* end, char*& place) const;
-    void remember(uint32_t form, const char* bytes, int size);
-
-    char text_[kSize];
-    int32_t length_ = 0;
-    Known known_[kKnownSize] = {};
-};
 
 }  // namespace molte

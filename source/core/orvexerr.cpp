@@ -1,7 +1,8 @@
-// The error record: storing a failure and its history.
+// The error record: storing a failure and its history; tables of error texts.
 #include "moltelib/error.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "core/modules.h"
@@ -31,13 +32,6 @@ constexpr int32_t kDataSize = ORVEX_ERRDATA_DATA1_SIZE + ORVEX_ERRDATA_DATA2_SIZ
 
 // For all threads that have no block, for want of memory. Unguarded: better than no report.
 ORVEX_ERRDATA fallback;
-
-// The compiler would turn a constant size into a string instruction, which is several times slower.
-void clear(ORVEX_ERRDATA& record) {
-    size_t size = sizeof record;
-    asm("" : "+r"(size));
-    std::memset(&record, 0, size);
-}
 
 template <size_t size>
 void put_text(char (&field)[size], std::string_view text, size_t most) {
@@ -91,7 +85,18 @@ void put_data(ORVEX_ERRDATA& record, const void* data, int32_t length) {
     std::memmove(record.abyData2, static_cast<const uint8_t*>(data) + first, second);
 }
 
+bool by_number(const ErrStringStruct& a, const ErrStringStruct& b) {
+    return a.nErrNo < b.nErrNo;
+}
+
+// An empty table needs no pointer.
+bool is_table(const ErrStringStruct* table, int32_t count) {
+    return count == 0 || (table != nullptr && count > 0);
+}
+
 }  // namespace
+
+// ---- The error record ----
 
 ORVEX_ERRDATA* ORVEX_GetErrData(void) {
     MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
@@ -105,7 +110,7 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
     const uint32_t platform_error = GetLastError();
 
     ORVEX_ERRDATA& record = *ORVEX_GetErrData();
-    clear(record);
+    record = {};
     uint4ToChar4(sizeof record, record.nRecSize);
     uint4ToChar4(nErrNo, record.nErrNo);
     uint4ToChar4(nSysErrNo, record.nSysErrNo);
@@ -129,7 +134,7 @@ int32_t ORVEX_Err_Set(uint32_t nErrNo, uint32_t nSysErrNo, const char* szFile, i
 int32_t ORVEX_Err_AddNL(int32_t nLine, const char* szFile) {
     ORVEX_ERRDATA& record = *ORVEX_GetErrData();
     if (Char4To_uint4(record.nErrNo) == 0) {
-        clear(record);
+        record = {};
         uint4ToChar4(kNoErrorNumber, record.nErrNo);
         uint2ToChar2(kNoErrorLine, record.nLine);
     }
@@ -154,7 +159,7 @@ int32_t ORVEX_CopyErrData(ORVEX_ERRDATA* pDst) {
 }
 
 int32_t ORVEX_Err_ClearError(void) {
-    clear(*ORVEX_GetErrData());
+    *ORVEX_GetErrData() = {};
     return 1;
 }
 
@@ -197,4 +202,62 @@ int32_t ORVEX_Err_GetErrData(ORVEX_ERRDATA* pRec, void* pBuf, int32_t) {
     std::memcpy(pBuf, pRec->abyData1, first);
     std::memcpy(static_cast<uint8_t*>(pBuf) + first, pRec->abyData2, pRec->nDataLen - first);
     return pRec->nDataLen;
+}
+
+// ---- Tables of error texts, and the checks that their owners run ----
+
+int32_t ErrStringStruct_Cmp(const void* pA, const void* pB) {
+    ErrStringStruct a;
+    ErrStringStruct b;
+    std::memcpy(&a, pA, sizeof a);
+    std::memcpy(&b, pB, sizeof b);
+    return static_cast<int32_t>(a.nErrNo - b.nErrNo);
+}
+
+int32_t ErrStringStruct_Sort(ErrStringStruct* pTable, int32_t nCount) {
+    if (!is_table(pTable, nCount)) return kModule.fail(molte::here(), kBadArgument);
+    if (nCount == 0) return 0;
+    std::sort(pTable, pTable + nCount, by_number);
+    return 1;
+}
+
+int32_t ORVEX_UTIL_CheckDupErrNo(ErrStringStruct* pTable, int32_t nCount) {
+    if (ErrStringStruct_Sort(pTable, nCount) < 0) return kModule.trace(molte::here());
+    int32_t found = 0;
+    for (int32_t i = 1; i < nCount; ++i) {
+        if (pTable[i].nErrNo != pTable[i - 1].nErrNo) continue;
+        std::printf("duplicate error. %d\n", static_cast<int32_t>(pTable[i].nErrNo));
+        found = 1;
+    }
+    return found;
+}
+
+int32_t ORVEX_UTIL_CheckExistErr(const ErrStringStruct* pA, int32_t nCount,
+                                 const ErrStringStruct* pTable, int32_t nTableCount,
+                                 const char* szLabel) {
+    if (!is_table(pA, nCount) || !is_table(pTable, nTableCount)) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    for (int32_t i = 0; i < nCount; ++i) {
+        if (std::binary_search(pTable, pTable + nTableCount, pA[i], by_number)) continue;
+        std::printf("%s error %d not found\n", szLabel != nullptr ? szLabel : "",
+                    static_cast<int32_t>(pA[i].nErrNo));
+    }
+    return 0;
+}
+
+int32_t ORVEX_Err_CheckDupErrNo(void) {
+    return 0;
+}
+
+int32_t ORVEX_StrCopy(char* szDst, const char* szSrc, int32_t* pnPos, int32_t nSize) {
+    if (szDst == nullptr || szSrc == nullptr || pnPos == nullptr || *pnPos < 0 || nSize < 1) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    if (*pnPos >= nSize - 1) return nSize - 1;
+    const size_t length = strnlen(szSrc, static_cast<size_t>(nSize - 1 - *pnPos));
+    std::memcpy(szDst + *pnPos, szSrc, length);
+    *pnPos += static_cast<int32_t>(length);
+    szDst[*pnPos] = '\0';
+    return *pnPos;
 }

@@ -1,18 +1,17 @@
 // The text error log.
 #include <atomic>
-#include <charconv>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
+#include "core/above.h"
+#include "core/growing_text.h"
 #include "core/modules.h"
 #include "core/orvexerr_backup.h"
 #include "core/owners.h"
 #include "moltelib/date_time.h"
 #include "moltelib/error.h"
 #include "moltelib/error_log.h"
-#include "moltelib/main_path.h"
 #include "moltelib/state.h"
 #include "platform/append.h"
 #include "platform/files.h"
@@ -22,6 +21,7 @@ namespace {
 constexpr auto kModule = molte::kOrvexerr;
 constexpr char kName[] = "errlog";
 constexpr char kExtension[] = ".txt";
+constexpr char kFileName[] = "\\errlog.txt";  // behind the folder
 constexpr int64_t kMinSize = 0xa00000;
 constexpr int64_t kTotalLimit = 0x8000000;
 constexpr int32_t kOldDefaultKiB = 4096;
@@ -43,80 +43,8 @@ void close_stream() {
     if (stream != nullptr) std::fclose(stream);
 }
 
-// ---- An entry, put together in memory: on the stack, and beyond that on the heap ----
-
-class Entry {
- public:
-    Entry() = default;
-    ~Entry() {
-        if (text_ != stack_) std::free(text_);
-    }
-    Entry(const Entry&) = delete;
-    Entry& operator=(const Entry&) = delete;
-
-    [[nodiscard]] const char* text() const { return text_; }
-    [[nodiscard]] size_t size() const { return size_; }
-
-    void add(const char* part, size_t size) {
-        if (!reserve(size)) size = capacity_ - size_;
-        std::memcpy(text_ + size_, part, size);
-        size_ += size;
-    }
-    void add(const char* part) { add(part, std::strlen(part)); }
-    template <size_t N>
-    void add_field(const char (&field)[N]) {
-        add(field, strnlen(field, N));
-    }
-    void add_number(int64_t value) {
-        char digits[24];
-        const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-        add(digits, static_cast<size_t>(end - digits));
-    }
-    void add_formatted(const char* format, va_list arguments) {
-        va_list again;
-        va_copy(again, arguments);
-        const int length = std::vsnprintf(text_ + size_, capacity_ - size_, format, arguments);
-        if (length > 0 && static_cast<size_t>(length) < capacity_ - size_) {
-            size_ += static_cast<size_t>(length);
-        } else if (length > 0) {
-            add_long(format, again, static_cast<size_t>(length));
-        }
-        va_end(again);
-    }
-    void add_error_record() {
-        char printed[2048];
-        ORVEX_Err_sPrintWithOption(printed, sizeof printed, 2);
-        add(printed);
-    }
-
- private:
-    void add_long(const char* format, va_list arguments, size_t length) {
-        reserve(length + 1);
-        const size_t room = capacity_ - size_;
-        std::vsnprintf(text_ + size_, room, format, arguments);
-        size_ += length < room ? length : room - 1;
-    }
-    // Plain malloc: a report of its failure would overwrite the record that is being logged.
-    bool reserve(size_t size) {
-        if (size <= capacity_ - size_) return true;
-        const size_t wanted = (size_ + size) * 2;
-        auto* larger = static_cast<char*>(std::malloc(wanted));
-        if (larger == nullptr) return false;
-        std::memcpy(larger, text_, size_);
-        if (text_ != stack_) std::free(text_);
-        text_ = larger;
-        capacity_ = wanted;
-        return true;
-    }
-
-    char stack_[6144];
-    char* text_ = stack_;
-    size_t size_ = 0;
-    size_t capacity_ = sizeof stack_;
-};
-
 // The time text changes once a second; under the lock.
-void add_time(Entry* entry) {
+void add_time(molte::GrowingText* entry) {
     static int64_t second = -1;
     static char text[26];
     const int64_t now = ORVEX_Time();
@@ -128,7 +56,7 @@ void add_time(Entry* entry) {
     entry->add(text);  // with its line feed
 }
 
-void add_head(Entry* entry) {
+void add_head(molte::GrowingText* entry) {
     entry->add("\n======>");
     add_time(entry);
     entry->add(" ");
@@ -148,6 +76,12 @@ void add_head(Entry* entry) {
     entry->add(" ");
     entry->add_number(g_stBv.nKernelBit);
     entry->add("bit\n");
+}
+
+void add_error_record(molte::GrowingText* entry) {
+    char printed[2048];
+    ORVEX_Err_sPrintWithOption(printed, sizeof printed, 2);
+    entry->add(printed);
 }
 
 // ---- The file ----
@@ -177,7 +111,7 @@ void write_entry(const char* folder, int32_t code, const char* format, va_list a
     char path[kPathSize];
     const size_t folder_length = std::strlen(folder);
     std::memcpy(path, folder, folder_length);
-    std::memcpy(path + folder_length, "\\errlog.txt", sizeof "\\errlog.txt");
+    std::memcpy(path + folder_length, kFileName, sizeof kFileName);
 
     molte::FileNow now = molte::look_at(path);
     if (now.exists && now.size >= kMinSize) {
@@ -187,10 +121,10 @@ void write_entry(const char* folder, int32_t code, const char* format, va_list a
     }
     FILE* stream = take_stream(path, now);
     if (stream == nullptr) return;  // a failing log must not make the caller fail
-    Entry entry;
+    molte::GrowingText entry;
     add_head(&entry);
     if (format != nullptr) entry.add_formatted(format, arguments);
-    if (code != 0) entry.add_error_record();
+    if (code != 0) add_error_record(&entry);
     platform::append_text(stream, entry.text(), entry.size());
     put_back(stream);
 }
@@ -217,8 +151,8 @@ int32_t ORVEX_ERRLOG_Unlock(void) {
 }
 
 int32_t ORVEX_ERRLOG_GetFileName(char* pszBuf) {
-    if (ORVEX_LOG_PathName(pszBuf) < 0) return -1;
-    std::strcat(pszBuf, "\\errlog.txt");
+    if (molte::log_folder(pszBuf) < 0) return -1;
+    std::strcat(pszBuf, kFileName);
     return 1;
 }
 
@@ -229,7 +163,7 @@ int32_t ORVEX_ERRLOG_LogEx(int32_t nCode, const char* pszFmt, ...) {
         return 1;
     }
     char folder[kPathSize];
-    if (ORVEX_LOG_PathName(folder) < 0) return -1;
+    if (molte::log_folder(folder) < 0) return -1;
     const molte::CritGuard guard(log_lock());
     va_list arguments;
     va_start(arguments, pszFmt);
@@ -258,7 +192,7 @@ int32_t ORVEX_ERRLOG_Clear(void) {
 
 int32_t ORVEX_ERRLOG_ClearIfSizeLargerThan(int32_t nKiB) {
     char folder[kPathSize];
-    if (ORVEX_LOG_PathName(folder) < 0) return kModule.trace(685);
+    if (molte::log_folder(folder) < 0) return kModule.trace(685);
     return MOLTE_BackupFile(folder, kName, kExtension, kTotalLimit, int64_t{nKiB} * 1024);
 }
 
@@ -271,7 +205,7 @@ int32_t ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(int32_t nKiB) {
     if (g_stBv.bBackupErrLogFile == 0) return _unlink(path);
 
     char folder[kPathSize];
-    ORVEX_LOG_PathName(folder);
+    if (molte::log_folder(folder) < 0) return -1;
     char backup[2 * kPathSize];
     for (int32_t n = 0; n < kOldNames; ++n) {
         snprintf(backup, sizeof backup, "%s%cerrlog_%04d.txt", folder, '\\', n);

@@ -1,17 +1,20 @@
-// Printing an error record. The record may come from a peer: every count is bounded by its field,
-// and no text is taken to be terminated.
+// Printing: error records, the texts of numbers, reports of programs, and the monitor.
+#include "moltelib/error.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
+#include "core/above.h"
+#include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
-#include "moltelib/error.h"
+#include "platform/system.h"
 
 namespace {
 
-constexpr int32_t kDataSize = ORVEX_ERRDATA_DATA1_SIZE + ORVEX_ERRDATA_DATA2_SIZE;
 constexpr int32_t kBytesPerLine = 16;
 constexpr int32_t kStreamBufferSize = 2048;
 constexpr uint32_t kStreamOption = 2;
@@ -42,11 +45,11 @@ class Output {
 
 // The data of a record in one run.
 struct Data {
-    uint8_t bytes[kDataSize];
+    uint8_t bytes[sizeof ORVEX_ERRDATA::abyData1 + sizeof ORVEX_ERRDATA::abyData2];
     int32_t size;
 
     explicit Data(const ORVEX_ERRDATA& record)
-        : size(std::min<int32_t>(record.nDataLen, kDataSize)) {
+        : size(std::min<int32_t>(record.nDataLen, sizeof bytes)) {
         std::memcpy(bytes, record.abyData1, sizeof record.abyData1);
         std::memcpy(bytes + sizeof record.abyData1, record.abyData2, sizeof record.abyData2);
     }
@@ -155,7 +158,26 @@ int32_t print_into(char* buffer, int32_t size, const ORVEX_ERRDATA* record,
     return 1;
 }
 
+constexpr const char* kModuleName = molte::kOrvexerr.name();
+constexpr size_t kMaxData = 255;
+constexpr uint8_t kRunTimeError = 1;
+
+char last_text[256];  // what RvexErrPrintf kept
+int32_t monitor_errors;
+int32_t monitor_messages;
+ORVEX_MONITORFUN monitor;
+
+// Shows the kept text, also after an error that has a text of its own. This is meant.
+void show_error() {
+    if (monitor_errors == 0) return;
+    char text[sizeof last_text + 32];
+    std::snprintf(text, sizeof text, "PU-RVEX ERROR :> %s", last_text);
+    monitor(text);
+}
+
 }  // namespace
+
+// ---- Printing an error record ----
 
 int32_t ORVEX_Err_sPrintParamWithOptionEx(char* szBuf, int32_t nBufLen, const ORVEX_ERRDATA* pRec,
                                           uint32_t) {
@@ -200,4 +222,69 @@ int32_t ORVEX_Err_PrintWithOption(uint32_t nOption) {
 
 int32_t ORVEX_Err_Print(void) {
     return ORVEX_Err_PrintWithOption(kStreamOption);
+}
+
+// ---- Texts of error numbers, reports of programs, and the monitor ----
+
+const char* GetRVEXErrStrByErrno(uint32_t nErrNo) {
+    const char* const text = molte::text_by_number(nErrNo);
+    return text != nullptr ? text : "Unknown";
+}
+
+const char* ORVEX_Err_GetErrString(uint32_t nErrNo) {
+    return GetRVEXErrStrByErrno(nErrNo);
+}
+
+const char* GetRvexErrStr(void) {
+    return GetRVEXErrStrByErrno(GetRvexErrNo());
+}
+
+int32_t SetRvexErrNo(uint32_t nErrNo) {
+    ORVEX_Err_Set(nErrNo, static_cast<uint32_t>(errno), kModuleName, 502, 0, nullptr,
+                  kRunTimeError);
+    show_error();
+    return 0;
+}
+
+int32_t SetRvexErr(uint32_t nErrNo, const char* szText) {
+    const auto number = static_cast<uint32_t>(errno);
+    const size_t length = szText != nullptr ? strnlen(szText, kMaxData) : 0;
+    ORVEX_Err_Set(nErrNo, number, kModuleName, 543, static_cast<uint8_t>(length), szText,
+                  kRunTimeError);
+    show_error();
+    return 0;
+}
+
+int32_t RvexErrPrintf(const char* szFormat, ...) {
+    std::memset(last_text, 0, sizeof last_text);
+    if (szFormat != nullptr) {
+        va_list arguments;
+        va_start(arguments, szFormat);
+        std::vsnprintf(last_text, sizeof last_text, szFormat, arguments);
+        va_end(arguments);
+    }
+    show_error();
+    return 0;
+}
+
+int32_t RvexMessage(const char* szFormat, ...) {
+    if (monitor_messages == 0 || szFormat == nullptr) return 0;
+    char text[1024];
+    va_list arguments;
+    va_start(arguments, szFormat);
+    std::vsnprintf(text, sizeof text, szFormat, arguments);
+    va_end(arguments);
+    monitor(text);
+    return 0;
+}
+
+int32_t SetRvexMonitorStatus(int32_t bErr, int32_t bMsg, ORVEX_MONITORFUN pfnMonitor) {
+    monitor = pfnMonitor != nullptr ? pfnMonitor : ORVEX_MSGSHOWFUN;
+    monitor_errors = bErr;
+    monitor_messages = bMsg;
+    return 1;
+}
+
+int32_t ORVEX_MSGSHOWFUN(const char* pszText) {
+    return MessageBoxA(nullptr, pszText, "", MB_OK);
 }

@@ -1,12 +1,10 @@
-// The list of text hooks: bringing it up and down, installing and removing hooks, the parameters.
+// The list of text hooks: bringing it up and down, installing and removing hooks.
 #include "core/otxthook.h"
 
 #include <mutex>
 
 #include "moltelib/array.h"
-#include "moltelib/date_time.h"
 #include "moltelib/memory.h"
-#include "moltelib/parameter_registry.h"
 
 using molte::here;
 using molte::SystemError;
@@ -17,8 +15,6 @@ namespace {
 constexpr uint32_t kNoHook = 305;
 constexpr uint32_t kBadHook = 433;
 constexpr int32_t kIdLimit = 100000;
-constexpr int16_t kTicksParameter = 0;
-constexpr int16_t kSecondsParameter = 1;
 
 // What a mask gets that names a destination but no direction, or no class. Each step sees the
 // result of the one before.
@@ -201,29 +197,4 @@ int32_t OTXTHOOK_RemoveHook(OTXTHOOK_OUTTEXT pfnOutText, int32_t nId) {
     if (*link == nullptr) return kModule.fail(209, kNoHook, SystemError::none, "Hook id=%d", nId);
     remove_node(link);
     return 1;
-}
-
-int32_t OTXTHOOK_PARAM_Init(void) {
-    for (int16_t id : {kTicksParameter, kSecondsParameter}) {
-        MOLTE_PARAMITEM* item = &state().astParam[id];
-        item->nId = id;
-        item->pOwner = &state();
-        OTXTHOOK_PARAM_Set(item, nullptr, MOLTE_PARAM_REGISTER, 0);
-    }
-    return 1;
-}
-
-int32_t OTXTHOOK_PARAM_Set(MOLTE_PARAMITEM* pItem, const MOLTE_PARAMNETITEM* pRecord, int32_t nMode,
-                           int32_t /*nIndex*/) {
-    if (pItem == nullptr) return kModule.fail(here(), kBadArgument);
-    pItem->tChanged = static_cast<uint32_t>(ORVEX_Time());
-    int32_t result = 0;
-    if (pItem->nId == kTicksParameter) {
-        result = MOLTE_PARAMADM_LongAct(pItem, pRecord, nMode, 0, "OutputTextTimeInHiReso",
-                                        OTXTHOOK_PARAM_Set, &state().n64OutputTicks);
-    } else if (pItem->nId == kSecondsParameter) {
-        result = MOLTE_PARAMADM_IntAct(pItem, pRecord, nMode, 0, "OutputTextTimeInSec",
-                                       OTXTHOOK_PARAM_Set, &state().nOutputSec);
-    }
-    return result >= 0 ? result : kModule.trace(here());
 }

@@ -1,4 +1,4 @@
-// The built-in hooks: text file, standard output, line buffer, the two error logs, logger library.
+// The built-in hooks: text file, standard output, line buffer, the two error logs.
 #include <cstdio>
 
 #include "core/otxthook.h"
@@ -6,8 +6,6 @@
 #include "moltelib/binary_error_log.h"
 #include "moltelib/error_log.h"
 #include "moltelib/memory.h"
-#include "moltelib/parameter_file.h"
-#include "moltelib/plugin.h"
 #include "platform/files.h"
 
 using molte::SystemError;
@@ -16,7 +14,6 @@ using namespace molte::hooks;
 namespace {
 
 using molte::kNotOpened;
-constexpr char kLoggerLibrary[] = "odlogger64.dll";
 
 struct TextFile {
     FILE* fp;
@@ -78,11 +75,6 @@ bool names_destination(uint32_t mask, int32_t line, const char* refusal) {
     if ((mask & OXMSG_DESTINATION_MASK) != 0) return true;
     kModule.fail_text(line, kZeroMask, SystemError::none, refusal);
     return false;
-}
-
-template <typename Function>
-Function entry_of(OXHANDLE module, const char* name) {
-    return reinterpret_cast<Function>(OX_DLL_GetProc(module, name));
 }
 
 }  // namespace
@@ -159,29 +151,4 @@ int32_t MOLTE_TXTLOG_DisableLog(int32_t bFlag) {
     if (state().pTxtLog == nullptr) return 0;
     static_cast<TextFile*>(state().pTxtLog)->bDisabled = bFlag;
     return bFlag;
-}
-
-OXHANDLE Install_Odcs_Hook(int32_t nId) {
-    int32_t wanted = 0;
-    if (ORVEX_PARAMETER_GetValueInt("InstallOdcsLogger", &wanted) < 0 || wanted == 0) {
-        return nullptr;
-    }
-    OXHANDLE module = OX_DLL_Open(kLoggerLibrary, 0);
-    if (module == nullptr) return nullptr;
-    const auto install = entry_of<int32_t (*)(void*, int32_t)>(module, "Logger_InstallHook");
-    if (install == nullptr) {
-        OX_DLL_Close(module);
-        return nullptr;
-    }
-    install(nullptr, nId);
-    return module;
-}
-
-int32_t Remove_Odcs_Hook(OXHANDLE* phModule, int32_t nId) {
-    if (phModule == nullptr || *phModule == nullptr) return 0;
-    const auto remove = entry_of<int32_t (*)(int32_t)>(*phModule, "Logger_RemoveHook");
-    if (remove != nullptr) remove(nId);
-    OX_DLL_Close(*phModule);
-    *phModule = nullptr;
-    return 1;
 }

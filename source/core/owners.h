@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "moltelib/base.h"
+#include "moltelib/file_handle.h"
 #include "moltelib/memory.h"
 #include "moltelib/thread.h"
 #include "platform/files.h"
@@ -50,6 +51,20 @@ class CritGuard {
 
  private:
     OXCRITSECT* section_;
+};
+
+// A file handle; null is none.
+class Handle {
+ public:
+    explicit Handle(ORVEX_HFILE* file) : file_(file) {}
+    ~Handle() { ORVEX_HFILE_Close(&file_); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    [[nodiscard]] ORVEX_HFILE* get() const { return file_; }
+    explicit operator bool() const { return file_ != nullptr; }
+
+ private:
+    ORVEX_HFILE* file_;
 };
 
 // A file descriptor; -1 is none.

@@ -1,17 +1,19 @@
-// Adding to the binary error log and retrieving from it.
+// The binary error log: its file, adding to it and retrieving from it.
+#include "moltelib/binary_error_log.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
+#include "core/above.h"
 #include "core/modules.h"
 #include "core/owners.h"
 #include "moltelib/array.h"
-#include "moltelib/binary_error_log.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
 #include "moltelib/date_time.h"
 #include "moltelib/file.h"
-#include "moltelib/main_path.h"
 #include "moltelib/state.h"
 #include "platform/files.h"
 
@@ -20,6 +22,43 @@ namespace {
 constexpr auto kModule = molte::kOxerrlog;
 using molte::kBadArgument;
 constexpr uint32_t kBadLog = 298;
+constexpr char kMagic[] = "erlogfileobject";
+constexpr int64_t kMapSize = sizeof(BERRLOG_FILEMAP);
+constexpr int64_t kDefaultSize = 1049600;
+constexpr int64_t kLeastBlocks = 32;
+constexpr int32_t kMostText = 8128;
+constexpr int32_t kSpare = 64;
+constexpr int64_t kRoom = BERRLOG_BLOCK_SIZE - int64_t{sizeof(BERRLOG_ENTRY)};
+constexpr int32_t kUnlock = 0;
+constexpr int32_t kWaitingLock = 1;
+
+static_assert(sizeof kMagic == sizeof(BERRLOG_FILEHEAD::szMagic));
+
+int32_t write_new_file(const char* path, int64_t blocks) {
+    const molte::Handle file(ORVEX_HFILE_Create(path, ORVEX_MODE_OWNER));
+    if (file.get() == nullptr) return kModule.trace(71);
+    BERRLOG_FILEMAP map;
+    BERRLOG_InitFileMap(&map);
+    if (ORVEX_HFILE_Write(file.get(), &map, kMapSize) != kMapSize) return kModule.trace(72);
+    const int64_t size = blocks * BERRLOG_BLOCK_SIZE + kMapSize;
+    return ORVEX_HFILE_ChangeSize(file.get(), size) == size ? 1 : kModule.trace(79);
+}
+
+int32_t open_steps(const char* path, BERRLOG_FILE* file) {
+    file->pMap = molte::allocate<BERRLOG_FILEMAP>(1).release();
+    if (file->pMap == nullptr) return kModule.trace(98);
+    *file->pMap = {};
+    file->pFile = ORVEX_HFILE_Open(path, 0);
+    if (file->pFile == nullptr) return kModule.trace(99);
+    if (ORVEX_FileRecordLock(file->pFile->fd, kWaitingLock, 0, 1) < 0) return kModule.trace(100);
+    file->n64FileLen = ORVEX_HFILE_Size(file->pFile);
+    return file->n64FileLen >= 0 ? 1 : kModule.trace(101);
+}
+
+bool is_open(const BERRLOG_FILE* file) {
+    return file != nullptr && file->pFile != nullptr;
+}
+
 constexpr uint8_t kKind = 1;
 constexpr int32_t kOpenTries = 10;
 constexpr size_t kPathSize = 256;
@@ -218,6 +257,110 @@ MOLTE_CRIT log_section;
 
 }  // namespace
 
+// ---- The file of the binary error log ----
+
+int32_t BERRLOG_InitFileHead(BERRLOG_FILEHEAD* pHead) {
+    if (pHead == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    *pHead = {};
+    uint4ToChar4(sizeof *pHead, pHead->nHeadSize);
+    std::memcpy(pHead->szMagic, kMagic, sizeof kMagic);
+    return 1;
+}
+
+int32_t BERRLOG_IsValidFileHead(const BERRLOG_FILEHEAD* pHead) {
+    if (pHead != nullptr && Char4To_uint4(pHead->nHeadSize) == sizeof *pHead &&
+        std::memcmp(pHead->szMagic, kMagic, sizeof kMagic) == 0) {
+        return 1;
+    }
+    kModule.fail(28, kBadLog);
+    return 0;
+}
+
+int32_t BERRLOG_InitFileMap(BERRLOG_FILEMAP* pMap) {
+    if (pMap == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    *pMap = {};
+    return BERRLOG_InitFileHead(&pMap->stHead);
+}
+
+int32_t BERRLOG_IsValidFileMap(const BERRLOG_FILEMAP* pMap) {
+    return BERRLOG_IsValidFileHead(pMap != nullptr ? &pMap->stHead : nullptr);
+}
+
+int64_t BERRLOG_CalcBlockOffset(const BERRLOG_FILE* /*pFile*/, int32_t nBlock) {
+    return int64_t{nBlock} * BERRLOG_BLOCK_SIZE + kMapSize;
+}
+
+int32_t BERRLOG_CreateFile(const char* pszPath, int64_t nSize) {
+    const int64_t size = nSize <= kMapSize ? kDefaultSize : nSize;
+    if (pszPath == nullptr || size > std::numeric_limits<int64_t>::max() - 2 * BERRLOG_BLOCK_SIZE) {
+        return kModule.fail(molte::here(), kBadArgument);
+    }
+    const int64_t blocks = (size + BERRLOG_BLOCK_SIZE - 1 - kMapSize) / BERRLOG_BLOCK_SIZE;
+    if (write_new_file(pszPath, std::max(blocks, kLeastBlocks)) > 0) return 1;
+    _unlink(pszPath);
+    return -1;
+}
+
+int32_t BERRLOG_OpenFile(const char* pszPath, BERRLOG_FILE* pFile) {
+    if (pFile == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    *pFile = {};
+    if (open_steps(pszPath, pFile) > 0) return 1;
+    ORVEX_HFILE_Close(&pFile->pFile);
+    BERRLOG_CloseFile(pFile);
+    return -1;
+}
+
+int32_t BERRLOG_CloseFile(BERRLOG_FILE* pFile) {
+    if (pFile == nullptr) return 1;
+    ORVEX_free(pFile->pMap);
+    if (is_open(pFile)) {
+        ORVEX_FileRecordLock(pFile->pFile->fd, kUnlock, 0, 1);
+        ORVEX_HFILE_Close(&pFile->pFile);
+    }
+    *pFile = {};
+    return 1;
+}
+
+int32_t BERRLOG_SaveRawData(BERRLOG_FILE* pFile, int64_t nOffset, const void* pData, int32_t nLen) {
+    if (!is_open(pFile) || nLen < 0) return kModule.fail(molte::here(), kBadArgument);
+    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) < 0) return kModule.trace(132);
+    return ORVEX_HFILE_Write(pFile->pFile, pData, nLen) == nLen ? 1 : kModule.trace(133);
+}
+
+int32_t BERRLOG_ReadRawData(BERRLOG_FILE* pFile, int64_t nOffset, void* pData, int32_t nLen) {
+    if (!is_open(pFile) || nLen < 0) return kModule.fail(molte::here(), kBadArgument);
+    if (ORVEX_HFILE_Seek(pFile->pFile, nOffset, SEEK_SET) < 0) return kModule.trace(144);
+    return ORVEX_HFILE_Read(pFile->pFile, pData, nLen) == nLen ? 1 : kModule.trace(145);
+}
+
+int32_t BERRLOG_ReadBlock(BERRLOG_FILE* pFile, int32_t nBlock, BERRLOG_BLOCK* pBlock) {
+    return BERRLOG_ReadRawData(pFile, BERRLOG_CalcBlockOffset(pFile, nBlock), pBlock,
+                               BERRLOG_BLOCK_SIZE);
+}
+
+int32_t BERRLOG_SaveBlock(BERRLOG_FILE* pFile, int32_t nBlock, const BERRLOG_BLOCK* pBlock) {
+    return BERRLOG_SaveRawData(pFile, BERRLOG_CalcBlockOffset(pFile, nBlock), pBlock,
+                               BERRLOG_BLOCK_SIZE);
+}
+
+int32_t BERRLOG_UTIL_CutLen(int32_t n) {
+    return std::min(n, kMostText);
+}
+
+int32_t BERRLOG_UTIL_CanHoldLog(const BERRLOG_BLOCK* pBlock, int32_t* pnLen) {
+    if (pBlock == nullptr || pnLen == nullptr) return kModule.fail(molte::here(), kBadArgument);
+    // Both numbers come from the file: taken as they stand, a hostile one leaves no room.
+    const int64_t entries = Char4To_uint4(pBlock->nEntryCount);
+    const int64_t room =
+        kRoom - Char4To_uint4(pBlock->nDataPos) - entries * int64_t{sizeof(BERRLOG_ENTRY)};
+    if (room > int64_t{*pnLen} + kSpare) return 1;
+    if (entries > 0) return 0;
+    *pnLen = BERRLOG_UTIL_CutLen(*pnLen);
+    return 1;
+}
+
+// ---- Adding to the binary error log and retrieving from it ----
+
 int32_t BERRLOG_AddLog(const char* pszPath, const char* pszText, int32_t nLen) {
     if (pszPath == nullptr || pszText == nullptr || nLen < 0) {
         kModule.fail(molte::here(), kBadArgument);
@@ -242,7 +385,7 @@ int32_t BERRLOG_RetrLog(const char* pszPath, BERRLOG_ENTRY** ppEntries, char** p
 
 int32_t MOLTE_BERRLOG_PathFileName(char* pszDst) {
     if (pszDst == nullptr) return kModule.fail(molte::here(), kBadArgument);
-    if (ORVEX_LOG_PathName(pszDst) < 0) return kModule.trace(333);
+    if (molte::log_folder(pszDst) < 0) return kModule.trace(333);
     std::strcat(pszDst, "\\berrlog.dat");
     return 1;
 }

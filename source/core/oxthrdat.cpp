@@ -52,7 +52,7 @@ MOLTE_THDATA* make_block() {
 
 using molte::kBadArgument;
 constexpr uint32_t kNoRoom = 117;
-constexpr uint32_t kNotFound = 120;
+using molte::kNotFound;
 using molte::kTooLong;
 
 // Only the first item is looked at, whatever the number of items. This is meant.

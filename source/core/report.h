@@ -26,7 +26,12 @@ inline constexpr uint32_t kNotRead = 3;
 inline constexpr uint32_t kNotWritten = 4;
 inline constexpr uint32_t kOutOfMemory = 20;
 inline constexpr uint32_t kBadArgument = 50;
+inline constexpr uint32_t kAbsent = 52;  // a parameter has no value
+inline constexpr uint32_t kNotFound = 120;
 inline constexpr uint32_t kTooLong = 124;
+inline constexpr uint32_t kNoLocale = 134;
+inline constexpr uint32_t kFileTooLarge = 303;
+inline constexpr uint32_t kNoMainPath = 1000;
 
 // The line of a report where no fixed number is required: that of the call.
 [[nodiscard]] constexpr int32_t here(int32_t line = __builtin_LINE()) {
