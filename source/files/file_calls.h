@@ -7,7 +7,7 @@
 #include <cwchar>
 
 #include "core/report.h"
-#include "data/decimal.h"
+#include "data/oxdatcnv.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
 

@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "data/decimal.h"
+#include "data/oxdatcnv.h"
 #include "moltelib/clock.h"
 #include "moltelib/directory.h"
 #include "moltelib/error_log.h"

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "core/report.h"
-#include "data/decimal.h"
+#include "data/oxdatcnv.h"
 #include "files/directory_of.h"
 #include "moltelib/directory.h"
 #include "platform/find.h"

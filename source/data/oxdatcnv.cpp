@@ -1,11 +1,21 @@
+// Byte fields, bar codes and number text, and bit arrays.
+//
+// The conversions that the first header defines for its users are exported from here.
+#define MOLTE_BYTE_FIELD_EXPORT
+#include "moltelib/byte_field.h"
+
+#include <bit>
 #include <cstring>
 #include <cwchar>
 
 #include "core/owners.h"
 #include "core/report.h"
+#include "moltelib/bit_array.h"
+#include "moltelib/memory.h"
 #include "moltelib/number_text.h"
 #include "moltelib/text_convert.h"
 #include "moltelib/thread_data.h"
+#include "platform/byte_order.h"
 #include "platform/text.h"
 
 namespace {
@@ -39,7 +49,93 @@ int64_t read_wide(const wchar_t* s) {
     return _atoi64(text);
 }
 
+// Field to integer and back, each way the same bytes move.
+void exchange(uint32_t* p, int32_t n) {
+    if (n < 1 || std::endian::native == std::endian::big) return;
+    platform::swap_bytes(p, static_cast<size_t>(n));
+}
+
+void add2(const uint8_t* p, uint32_t v, uint8_t* out) {
+    uint2ToChar2(static_cast<uint16_t>(Char2To_uint2(p) + v), out);
+}
+void add4(const uint8_t* p, uint32_t v, uint8_t* out) {
+    uint4ToChar4(Char4To_uint4(p) + v, out);
+}
+void add8(const uint8_t* p, uint64_t v, uint8_t* out) {
+    uint8ToChar8(Char8To_uint8(p) + v, out);
+}
+
+uint8_t mask_of(int32_t i) {
+    return static_cast<uint8_t>(128 >> (i & 7));
+}
+
+// Whole bytes at once; the bits before and behind them one by one.
+template <typename One>
+int32_t fill(uint8_t* bits, int32_t start, int32_t n, uint8_t byte, One one) {
+    const int64_t end = static_cast<int64_t>(start) + (n > 0 ? n : 0);
+    int64_t i = start;
+    for (; i < end && (i & 7) != 0; ++i) one(bits, static_cast<int32_t>(i));
+    const int64_t whole = (end - i) / 8;
+    if (whole > 0) std::memset(bits + i / 8, byte, static_cast<size_t>(whole));
+    for (i += whole * 8; i < end; ++i) one(bits, static_cast<int32_t>(i));
+    return 1;
+}
+
 }  // namespace
+
+void MOLTE_Int4_lton(uint32_t* p, int32_t n) {
+    exchange(p, n);
+}
+void MOLTE_Int4_ntol(uint32_t* p, int32_t n) {
+    exchange(p, n);
+}
+
+void Char2Add(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add2(a, Char2To_uint2(b), out);
+}
+void Char4Add(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add4(a, Char4To_uint4(b), out);
+}
+void Char8Add(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add8(a, Char8To_uint8(b), out);
+}
+
+void Char2Minus(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add2(a, 0U - Char2To_uint2(b), out);
+}
+void Char4Minus(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add4(a, 0U - Char4To_uint4(b), out);
+}
+void Char8Minus(const uint8_t* a, const uint8_t* b, uint8_t* out) {
+    add8(a, 0U - Char8To_uint8(b), out);
+}
+
+void Adduint2ToChar2(uint8_t* p, uint16_t v) {
+    add2(p, v, p);
+}
+void Adduint4ToChar4(uint8_t* p, uint32_t v) {
+    add4(p, v, p);
+}
+
+void IncrementChar2(uint8_t* p) {
+    add2(p, 1, p);
+}
+void IncrementChar4(uint8_t* p) {
+    add4(p, 1, p);
+}
+void IncrementChar8(uint8_t* p) {
+    add8(p, 1, p);
+}
+
+void DecrementChar2(uint8_t* p) {
+    add2(p, UINT32_MAX, p);
+}
+void DecrementChar4(uint8_t* p) {
+    add4(p, UINT32_MAX, p);
+}
+void DecrementChar8(uint8_t* p) {
+    add8(p, UINT64_MAX, p);
+}
 
 uint64_t BarCodeTo_uint8(const char* s) {
     uint64_t value = 0;
@@ -148,4 +244,54 @@ int32_t MOLTE_IsAllSameChar(const void* buf, int32_t n, uint8_t ch) {
         if (bytes[i] != ch) return 0;
     }
     return 1;
+}
+
+uint8_t* OX_BITARRAY_GetBitByteAndMask(uint8_t* pBits, int32_t i, uint8_t* pMask) {
+    *pMask = mask_of(i);
+    return pBits + i / 8;
+}
+
+int32_t OX_BITARRAY_SetBitFlag(uint8_t* pBits, int32_t i) {
+    pBits[i / 8] = static_cast<uint8_t>(pBits[i / 8] | mask_of(i));
+    return 1;
+}
+
+int32_t OX_BITARRAY_ClearBitFlag(uint8_t* pBits, int32_t i) {
+    pBits[i / 8] = static_cast<uint8_t>(pBits[i / 8] & ~mask_of(i));
+    return 1;
+}
+
+int32_t OX_BITARRAY_SetClearBitFlag(uint8_t* pBits, int32_t i, int32_t bClear) {
+    return bClear == 0 ? OX_BITARRAY_SetBitFlag(pBits, i) : OX_BITARRAY_ClearBitFlag(pBits, i);
+}
+
+int32_t OX_BITARRAY_SetBitArray(uint8_t* pBits, int32_t nStart, int32_t n) {
+    return fill(pBits, nStart, n, 0xFF, OX_BITARRAY_SetBitFlag);
+}
+
+int32_t OX_BITARRAY_ClearBitArray(uint8_t* pBits, int32_t nStart, int32_t n) {
+    return fill(pBits, nStart, n, 0, OX_BITARRAY_ClearBitFlag);
+}
+
+int32_t OX_BITARRAY_IsBitFlagSet(const uint8_t* pBits, int32_t i) {
+    return (pBits[i / 8] & mask_of(i)) != 0 ? 1 : 0;
+}
+
+int32_t OX_BITARRAY_GetByteCount(int32_t nBits) {
+    return nBits / 8 + (nBits % 8 > 0 ? 1 : 0);
+}
+
+uint8_t* OX_BITARRAY_Alloc(int32_t nBits) {
+    if (nBits < 0) {
+        kModule.fail(molte::here(), molte::kBadArgument);
+        return nullptr;
+    }
+    const int32_t size = OX_BITARRAY_GetByteCount(nBits);
+    auto* bits = static_cast<uint8_t*>(ORVEX_release_malloc(size));
+    if (bits == nullptr) {
+        kModule.trace(molte::here());
+        return nullptr;
+    }
+    std::memset(bits, 0, static_cast<size_t>(size));
+    return bits;
 }

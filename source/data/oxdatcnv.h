@@ -1,19 +1,26 @@
-// Reading the two-byte fields of the date and time records: low byte first.
+// What module "oxdatcnv" gives the library's own files.
 #pragma once
 
 #include <cstdint>
 
 #include "moltelib/format/date_time_record.h"
+#include "moltelib/number_text.h"
 
 namespace molte {
 
+// A 64-bit number as decimal text, for data texts that take their numbers as text.
+class Decimal {
+ public:
+    explicit Decimal(int64_t value) { MOLTE_i64toa(value, text_); }
+    [[nodiscard]] const char* text() const { return text_; }
+
+ private:
+    char text_[24];
+};
+
+// The two-byte fields of the date and time records: low byte first.
 [[nodiscard]] inline int32_t low_first(const uint8_t (&field)[2]) {
     return field[0] | field[1] << 8;
-}
-
-inline void put_low_first(int32_t value, uint8_t (&field)[2]) {
-    field[0] = static_cast<uint8_t>(value);
-    field[1] = static_cast<uint8_t>(value >> 8);
 }
 
 [[nodiscard]] inline int32_t year_of(const ORVEXDATE& date) {
