@@ -3,7 +3,7 @@
  *
  * Blanks, printable characters and the case of letters are those of the code page that
  * OXLANG_SetLocale has set, of ASCII alone before it. Lead bytes of double-byte characters are none
- * of them and have no case. Pointers must not be null unless a function says what it does then.
+ * of them and have no case.
  */
 #ifndef MOLTELIB_TEXT_H
 #define MOLTELIB_TEXT_H
