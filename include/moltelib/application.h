@@ -6,6 +6,8 @@
  * A product has a block of texts among the string resources, which start at 20401 for product 1,
  * 20201 for 2, 20301 for 3, 20101 for 5 and 20001 for any other; item 1 is the first of its block,
  * item 6 the text for titles.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_APPLICATION_H
 #define MOLTELIB_APPLICATION_H

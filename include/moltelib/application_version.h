@@ -2,6 +2,8 @@
  * The version of a program: four numbers, which stand in its file. On Windows they are the file
  * version of its version resource, elsewhere a note of the ELF file; moltelib/program_version.h
  * puts them there, from one source for both.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_APPLICATION_VERSION_H
 #define MOLTELIB_APPLICATION_VERSION_H

@@ -10,6 +10,8 @@
  * Results are 1, or -1 with an error of module "oarray" (20 and its history when memory is out;
  * or the index INT32_MAX is asked for; then the array is as it was). An item passed in must not lie
  * in the array itself.
+ *
+ * Failures are reported under module "oarray".
  */
 #ifndef MOLTELIB_ARRAY_H
 #define MOLTELIB_ARRAY_H

@@ -18,6 +18,8 @@
  * Failures are -1 with an error of module "oxerrlog" and a line in the history for each function
  * that passes it on. Threads and processes exclude each other by a lock on the file's first byte,
  * which is waited for up to ten seconds.
+ *
+ * Failures are reported under module "oxerrlog".
  */
 #ifndef MOLTELIB_BINARY_ERROR_LOG_H
 #define MOLTELIB_BINARY_ERROR_LOG_H

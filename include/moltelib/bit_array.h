@@ -2,6 +2,8 @@
  * Bit arrays: a plain byte buffer with no header, as files and packets hold bit maps. Bit 0 is the
  * most significant bit of the first byte: bit i is byte i / 8 under the mask 128 >> i % 8.
  * No function checks the range; the buffer is the caller's. Results are 1 unless said otherwise.
+ *
+ * Failures are reported under module "oxdatcnv".
  */
 #ifndef MOLTELIB_BIT_ARRAY_H
 #define MOLTELIB_BIT_ARRAY_H

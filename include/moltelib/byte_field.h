@@ -2,7 +2,9 @@
  * Integers in stored and wire records: arrays of N bytes, most significant byte first, called CharN
  * fields. (The date and time records alone are low byte first and don't use this family.)
  *
- * Pointers are taken on trust, need no alignment, and nothing here fails or reports.
+ * Pointers are taken on trust and need no alignment.
+ *
+ * Nothing here reports failures.
  */
 #ifndef MOLTELIB_BYTE_FIELD_H
 #define MOLTELIB_BYTE_FIELD_H

@@ -1,5 +1,7 @@
 /*
  * The high-resolution clock and sleeps.
+ *
+ * Nothing here reports failures.
  */
 #ifndef MOLTELIB_CLOCK_H
 #define MOLTELIB_CLOCK_H

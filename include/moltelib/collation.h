@@ -7,8 +7,10 @@
  * reading, and characters without one compare by code.
  *
  * Comparisons give a number below 0, 0 for equal, or above 0. A null text is the empty one where
- * nothing else is said. Nothing here reports errors, keeps a state or takes a lock; case depends on
+ * nothing else is said. Nothing here keeps a state or takes a lock; case depends on
  * the process's locale (OXLANG_SetLocale).
+ *
+ * Nothing here reports failures.
  */
 #ifndef MOLTELIB_COLLATION_H
 #define MOLTELIB_COLLATION_H

@@ -11,6 +11,8 @@
  * it says so. The calendar is the Gregorian one.
  *
  * All functions may be called from any thread.
+ *
+ * Failures are reported under module "oxdatcnv".
  */
 #ifndef MOLTELIB_DATE_TIME_H
 #define MOLTELIB_DATE_TIME_H

@@ -5,6 +5,8 @@
  * A failure is -1 with an error, of module "oxdirop", or "oxdskinf" where disks are asked; success
  * is 1. Symbolic links are not followed into folders: a listing passes over a link to a folder, and
  * deleting takes the link, not what it leads to. Functions may be called from any thread.
+ *
+ * Failures are reported under modules "oxdirop" and "oxdskinf".
  */
 #ifndef MOLTELIB_DIRECTORY_H
 #define MOLTELIB_DIRECTORY_H

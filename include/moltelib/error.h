@@ -16,6 +16,8 @@
  * It takes no lock but that of local time (moltelib/thread.h), and when the host name or the
  * operating system is not yet known one that guards the filling in. Text that does not fit a field
  * is cut. Null where text is expected counts as empty text.
+ *
+ * Failures are reported under module "orvexerr".
  */
 #ifndef MOLTELIB_ERROR_H
 #define MOLTELIB_ERROR_H

@@ -12,6 +12,8 @@
  * makes it here, else entries are lost in silence; one for which there is too little room,
  * in memory or on the disk, is cut. The log is on after bring-up (bErrLogEnabled of
  * g_stBv). Functions may be called from any thread.
+ *
+ * Failures are reported under module "orvexerr".
  */
 #ifndef MOLTELIB_ERROR_LOG_H
 #define MOLTELIB_ERROR_LOG_H

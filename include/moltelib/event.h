@@ -8,7 +8,9 @@
  * Waits return 1 signalled, 0 time-out, -1 failure: error 419 for a null event (a null array or a
  * count below 1), error 289 ("LastErrCode=%d time=%d", the system's error and the result of its
  * wait) for a wait that ends in any other way, an abandoned mutex included. Functions may be called
- * from any thread; the module of the errors is "oxthrdop".
+ * from any thread.
+ *
+ * Failures are reported under module "oxthrdop".
  */
 #ifndef MOLTELIB_EVENT_H
 #define MOLTELIB_EVENT_H

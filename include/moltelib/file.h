@@ -10,6 +10,8 @@
  * its position.
  *
  * Open flags and modes are numbers (below), alike on every platform.
+ *
+ * Failures are reported under module "oxfileop".
  */
 #ifndef MOLTELIB_FILE_H
 #define MOLTELIB_FILE_H

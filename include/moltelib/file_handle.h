@@ -6,6 +6,8 @@
  *
  * A handle is one thread's at a time. A failure is -1 (or null) with an error of module "ofilehop".
  * Open flags and permissions are those of moltelib/file.h. Lengths and positions are in bytes.
+ *
+ * Failures are reported under module "ofilehop".
  */
 #ifndef MOLTELIB_FILE_HANDLE_H
 #define MOLTELIB_FILE_HANDLE_H

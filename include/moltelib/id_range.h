@@ -10,11 +10,12 @@
  * A range holds nStart and all up to, but not, nEnd; with nEnd not above nStart it is empty. The
  * identifier 0xFFFFFFFF is therefore in no range. All comparisons are unsigned.
  *
- * Errors are of module "oidrange". A null pointer is error 50 and -1, ALSO FROM FUNCTIONS THAT
- * ANSWER YES OR NO: test those for a result above 0. Functions with an unsigned result give 0 then,
- * those without a result do nothing. pRanges may be null when n is below 1. -1 otherwise means that
- * memory is out, with a line in the history; the array is then as it was, apart from whole ranges
- * that were dealt with before.
+ * A null pointer is error 50 and -1, ALSO FROM FUNCTIONS THAT ANSWER YES OR NO: test those for a
+ * result above 0. Functions with an unsigned result give 0 then, those without a result do nothing.
+ * pRanges may be null when n is below 1. -1 otherwise means that memory is out, with a line in the
+ * history; the array is then as it was, apart from whole ranges that were dealt with before.
+ *
+ * Failures are reported under module "oidrange".
  */
 #ifndef MOLTELIB_ID_RANGE_H
 #define MOLTELIB_ID_RANGE_H

@@ -10,6 +10,8 @@
  * Errors are of module "oxsysutl"; a null pointer that isn't allowed is error 50, -1. A list that a
  * function gives is a block of exact size that the caller releases with ORVEX_free. Functions that
  * sort want some memory for their run; without it they only take longer.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_KEY_LIST_H
 #define MOLTELIB_KEY_LIST_H

@@ -22,6 +22,8 @@
  * leave it. EVERY bring-up ends by setting the locale for the texts that it loads: by DEF_LANG_ID
  * as well, but where that is absent or 0 by the language of the user, while the default language is
  * 2052 or 0 then. Nothing locks: programs change the language before they start threads.
+ *
+ * Failures are reported under module "oxlang".
  */
 #ifndef MOLTELIB_LANGUAGE_H
 #define MOLTELIB_LANGUAGE_H

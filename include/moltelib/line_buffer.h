@@ -12,6 +12,8 @@
  *
  * A buffer that is null or not made is a bad argument: -1 with error 50 of module "olinebuf", or
  * the null or 0 that a function's result allows.
+ *
+ * Failures are reported under modules "olinebuf" and "moltevar".
  */
 #ifndef MOLTELIB_LINE_BUFFER_H
 #define MOLTELIB_LINE_BUFFER_H

@@ -2,6 +2,8 @@
  * An intrusive doubly linked list: the first two words of any record are its links. The list owns
  * nothing and allocates nothing; all but ODBLINK_IsNodeExist and the walks take constant time.
  * Results are 1 unless said otherwise.
+ *
+ * Nothing here reports failures.
  */
 #ifndef MOLTELIB_LINKED_LIST_H
 #define MOLTELIB_LINKED_LIST_H

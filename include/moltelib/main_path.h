@@ -9,6 +9,8 @@
  * -1 when no main path is known; then the error is 1000, or that of the registry (InitMainPath).
  *
  * The main path is read once, on one thread, during bring-up; afterwards any thread may ask.
+ *
+ * Failures are reported under modules "oxmnpath" and "oxfname".
  */
 #ifndef MOLTELIB_MAIN_PATH_H
 #define MOLTELIB_MAIN_PATH_H

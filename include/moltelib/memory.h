@@ -1,6 +1,8 @@
 /*
  * The allocator. Whatever the library hands to its caller to own comes from here and is released
  * with ORVEX_free. All functions may be called from any thread.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_MEMORY_H
 #define MOLTELIB_MEMORY_H

@@ -1,6 +1,8 @@
 /*
  * Block edits inside a flat buffer, and a small stream writer and reader. Buffers are the caller's
- * and hold what the edit needs. The module of the errors is "oxsysutl".
+ * and hold what the edit needs.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_MEMORY_EDIT_H
 #define MOLTELIB_MEMORY_EDIT_H

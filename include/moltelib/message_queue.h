@@ -3,8 +3,9 @@
  * text hook puts each text in with OTXTHOOK_MSGQUELIST_AddMsg, whose arguments are those the hook
  * got; any number of threads take them out.
  *
- * Functions may be called from any thread, but for making and releasing the queue. The module of
- * the errors is "otxthook".
+ * Functions may be called from any thread, but for making and releasing the queue.
+ *
+ * Failures are reported under module "otxthook".
  */
 #ifndef MOLTELIB_MESSAGE_QUEUE_H
 #define MOLTELIB_MESSAGE_QUEUE_H

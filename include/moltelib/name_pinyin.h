@@ -13,6 +13,8 @@
  * Names must be well formed: a lead byte that ends the name counts as a character whose second byte
  * is 0. What has no room in an output is cut, the terminator always being there. No state; any
  * thread. -1 leaves error 20, that of MOLTE_HZPY_HzCode2Py, or 50 for a bad argument.
+ *
+ * Failures are reported under module "oxpinyin".
  */
 #ifndef MOLTELIB_NAME_PINYIN_H
 #define MOLTELIB_NAME_PINYIN_H

@@ -1,5 +1,7 @@
 /*
  * The hardware addresses of the machine's network adapters.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_NETWORK_ADDRESS_H
 #define MOLTELIB_NETWORK_ADDRESS_H

@@ -1,5 +1,7 @@
 /*
  * Bar codes, keys and numbers as text, and bounds of values.
+ *
+ * Failures are reported under module "oxdatcnv".
  */
 #ifndef MOLTELIB_NUMBER_TEXT_H
 #define MOLTELIB_NUMBER_TEXT_H

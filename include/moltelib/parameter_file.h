@@ -29,6 +29,8 @@
  * Results are 1, or -1 with an error of module "oxparam", unless told otherwise: 1 (the path) the
  * file can't be opened, 2 it can't be locked, 20 no memory, 50 a null argument or, to be written,
  * a line feed in a text or an empty name, 303 a file of 1 GB and more; without a main path 1000.
+ *
+ * Failures are reported under module "oxparam".
  */
 #ifndef MOLTELIB_PARAMETER_FILE_H
 #define MOLTELIB_PARAMETER_FILE_H

@@ -12,6 +12,8 @@
  * text half-changed while a setter runs. An item never leaves the registry until tear-down.
  *
  * Results are 1, and -1 with an error of module "paramadm", unless told otherwise.
+ *
+ * Failures are reported under modules "paramadm" and "moltevar".
  */
 #ifndef MOLTELIB_PARAMETER_REGISTRY_H
 #define MOLTELIB_PARAMETER_REGISTRY_H

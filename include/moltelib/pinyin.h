@@ -21,6 +21,8 @@
  *   HZFUZZY.DAT  The 32 bytes of MOLTE_HZPY_FUZZYOPT. Need not exist.
  *
  * Results are 1, 0 or -1 as told below. A null argument is error 50 where nothing else is said.
+ *
+ * Failures are reported under module "oxpinyin".
  */
 #ifndef MOLTELIB_PINYIN_H
 #define MOLTELIB_PINYIN_H

@@ -5,7 +5,9 @@
  * where the system looks. A name without extension stands for one with ".dll". Where libraries are
  * not called so, "NAME.dll" that isn't there stands for "libNAME.so", and then for "NAME.so".
  *
- * Functions may be called from any thread. The module of the errors is "oxsysop"; they carry errno.
+ * Functions may be called from any thread. Errors carry errno.
+ *
+ * Failures are reported under module "oxsysop".
  */
 #ifndef MOLTELIB_PLUGIN_H
 #define MOLTELIB_PLUGIN_H

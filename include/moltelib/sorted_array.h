@@ -7,6 +7,8 @@
  *
  * A null comparison, a size below 1, or null items with n above 0 are error 50 of module
  * "oxsysutl", and -1; but where a result is told for few items, it holds whatever else is given.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_SORTED_ARRAY_H
 #define MOLTELIB_SORTED_ARRAY_H

@@ -1,6 +1,8 @@
 /*
  * A stack of fixed-size items on a growing array: the top is the array's last item. The structure
  * is the caller's. Results are 1, or -1 with the error told; the module is "oxsysutl".
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_STACK_H
 #define MOLTELIB_STACK_H

@@ -11,6 +11,8 @@
  *
  * There is a flag and no reference count: of two modules that both bring the library up, the first
  * that tears it down leaves the other without it.
+ *
+ * Failures are reported under module "moltevar".
  */
 #ifndef MOLTELIB_STATE_H
 #define MOLTELIB_STATE_H

@@ -2,6 +2,8 @@
  * What the program runs on: operating system, memory, processors and file systems, one process's
  * use of memory and time, and the names of user and computer. All functions may be called from any
  * thread. A null pointer that nothing else is said of is error 50, -1.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_SYSTEM_INFO_H
 #define MOLTELIB_SYSTEM_INFO_H

@@ -4,6 +4,8 @@
  * Blanks, printable characters and the case of letters are those of the code page that
  * OXLANG_SetLocale has set, of ASCII alone before it. Lead bytes of double-byte characters are none
  * of them and have no case.
+ *
+ * Failures are reported under modules "oxstring" and "oxsysutl".
  */
 #ifndef MOLTELIB_TEXT_H
 #define MOLTELIB_TEXT_H

@@ -1,6 +1,8 @@
 /*
  * 8-bit text in the process's code page (see OXLANG_SetLocale) to wide text and back. A character
  * that the other side lacks is a failure; nothing is replaced or dropped.
+ *
+ * Failures are reported under module "oxstring".
  */
 #ifndef MOLTELIB_TEXT_CONVERT_H
 #define MOLTELIB_TEXT_CONVERT_H

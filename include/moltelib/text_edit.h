@@ -5,6 +5,8 @@
  * characters of the process's code page, where a double-byte character's value is its lead byte
  * times 256 plus its trail byte. A lead byte that ends the text stands for itself. Blanks and the
  * case of letters are those of the code page, for each byte alone.
+ *
+ * Failures are reported under module "oxstring".
  */
 #ifndef MOLTELIB_TEXT_EDIT_H
 #define MOLTELIB_TEXT_EDIT_H

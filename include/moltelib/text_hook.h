@@ -18,6 +18,8 @@
  * Printing before bring-up, and after the hooks were released, does nothing. Printing never fails:
  * the results of the hooks are ignored, and a message that no hook takes is gone. Failures of the
  * other functions are errors of module "otxthook".
+ *
+ * Failures are reported under module "otxthook".
  */
 #ifndef MOLTELIB_TEXT_HOOK_H
 #define MOLTELIB_TEXT_HOOK_H

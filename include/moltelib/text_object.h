@@ -9,6 +9,8 @@
  *     OXSTR_STROBJ_Free(&text);
  *
  * All functions but OXSTR_STROBJ_Free give -1 with error 50 for a null object.
+ *
+ * Failures are reported under module "oxstring".
  */
 #ifndef MOLTELIB_TEXT_OBJECT_H
 #define MOLTELIB_TEXT_OBJECT_H

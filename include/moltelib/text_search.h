@@ -3,6 +3,8 @@
  *
  * The case of letters is that of the code page that OXLANG_SetLocale has set, for each byte alone:
  * a trail byte that is a letter of ASCII has a case, too.
+ *
+ * Failures are reported under module "oxstring".
  */
 #ifndef MOLTELIB_TEXT_SEARCH_H
 #define MOLTELIB_TEXT_SEARCH_H

@@ -1,5 +1,7 @@
 /*
  * Texts into lists of texts.
+ *
+ * Failures are reported under module "oxstring".
  */
 #ifndef MOLTELIB_TEXT_SPLIT_H
 #define MOLTELIB_TEXT_SPLIT_H

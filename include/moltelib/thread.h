@@ -1,7 +1,9 @@
 /*
  * Threads, mutexes, critical sections, and the lock of the run-time's local-time functions.
  *
- * Functions may be called from any thread. The module of the errors is "oxthrdop".
+ * Functions may be called from any thread.
+ *
+ * Failures are reported under module "oxthrdop".
  */
 #ifndef MOLTELIB_THREAD_H
 #define MOLTELIB_THREAD_H

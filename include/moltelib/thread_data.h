@@ -5,6 +5,8 @@
  * A thread's block is made at its first use and needs no bring-up. The library gets no notice when
  * a thread ends: a thread calls MOLTE_THDATA_FreeData before it does, or its block is lost.
  * All functions work on the calling thread; none locks.
+ *
+ * Failures are reported under module "oxthrdat".
  */
 #ifndef MOLTELIB_THREAD_DATA_H
 #define MOLTELIB_THREAD_DATA_H

@@ -1,6 +1,8 @@
 /*
  * The list of the threads that keep a call trace, each with its node. g_stBv holds the one list in
  * use.
+ *
+ * Failures are reported under module "oxthrdop".
  */
 #ifndef MOLTELIB_THREAD_LIST_H
 #define MOLTELIB_THREAD_LIST_H

@@ -1,6 +1,7 @@
 /*
- * Single characters of UTF-8 in its first form (RFC 2279), with lengths of 1 to 6 bytes. Nothing
- * here reports an error.
+ * Single characters of UTF-8 in its first form (RFC 2279), with lengths of 1 to 6 bytes.
+ *
+ * Nothing here reports failures.
  */
 #ifndef MOLTELIB_UTF8_H
 #define MOLTELIB_UTF8_H

@@ -2,6 +2,8 @@
  * Identifiers that are unique in the world: 16 bytes, in the order of their text form. Each uuid
  * below points to 16 bytes. A null pointer is error 50, -1. All functions may be called from any
  * thread.
+ *
+ * Failures are reported under module "oxsysutl".
  */
 #ifndef MOLTELIB_UUID_H
 #define MOLTELIB_UUID_H

@@ -13,6 +13,8 @@
  * whole, 5 position not set, 10 and 23 no state (moltelib/file.h); or 20 of "oxsysutl", no memory.
  * Before a file is opened "the owner reads and writes" is added to its mode, and stays added, save
  * by the loading of text and ORVEX_FileCopy; saving text gives it that mode. Lengths are in bytes.
+ *
+ * Failures are reported under module "oxfileop".
  */
 #ifndef MOLTELIB_WHOLE_FILE_H
 #define MOLTELIB_WHOLE_FILE_H

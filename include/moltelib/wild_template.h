@@ -36,6 +36,8 @@
  * A compiled template is only read by the matching functions: any number of threads may use one.
  * Double-byte characters go by the code page in force at compiling and at matching. Compiling
  * reports to module "ocollate"; matching reports nothing and allocates nothing.
+ *
+ * Failures are reported under module "ocollate".
  */
 #ifndef MOLTELIB_WILD_TEMPLATE_H
 #define MOLTELIB_WILD_TEMPLATE_H

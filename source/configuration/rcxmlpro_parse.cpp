@@ -1,6 +1,7 @@
 // Reads a file of string resources.
 #include <expat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -270,16 +271,23 @@ int32_t Reader::characters(const char* text, int32_t length) {
     return add_converted(string_at(element.nItem), text, length);
 }
 
+bool is_before(const RC_STRING& a, const RC_STRING& b) {
+    return a.nId < b.nId;
+}
+
 int compare_ids(const void* a, const void* b) {
-    const uint32_t first = static_cast<const RC_STRING*>(a)->nId;
-    const uint32_t second = static_cast<const RC_STRING*>(b)->nId;
-    return first < second ? -1 : first > second ? 1 : 0;
+    const auto& first = *static_cast<const RC_STRING*>(a);
+    const auto& second = *static_cast<const RC_STRING*>(b);
+    return is_before(first, second) ? -1 : is_before(second, first) ? 1 : 0;
 }
 
 int32_t Reader::give(RC_TABLE& table) {
     auto* const items = static_cast<RC_STRING*>(strings_.pData);
     const int32_t count = strings_.nCount;
-    std::qsort(items, static_cast<size_t>(count), sizeof *items, compare_ids);
+    // Most files are written in this order, and then it is moved for nothing.
+    if (!std::is_sorted(items, items + count, is_before)) {
+        std::qsort(items, static_cast<size_t>(count), sizeof *items, compare_ids);
+    }
     table = {items, count, language_, 1};
     strings_ = {};
     return 1;
