@@ -1,7 +1,7 @@
 // The library's list of line buffers.
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/array.h"
 #include "moltelib/line_buffer.h"
 #include "moltelib/state.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("moltevar");
+constexpr auto kModule = molte::kMoltevar;
 using molte::kBadArgument;
 constexpr uint32_t kNotInList = 117;
 

@@ -3,14 +3,14 @@
 #include <cstring>
 #include <limits>
 
+#include "core/modules.h"
 #include "core/oxsysutl_memory.h"
-#include "core/report.h"
 #include "moltelib/array.h"
 #include "moltelib/memory.h"
 
 namespace {
 
-constexpr molte::Module kModule("oarray");
+constexpr auto kModule = molte::kOarray;
 using molte::kBadArgument;
 constexpr int64_t kMaxItems = std::numeric_limits<int32_t>::max();
 constexpr int32_t kInitLine = 20;

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/id_range.h"
 
 namespace molte::id_range {
 
-inline constexpr Module kModule("oidrange");
+inline constexpr auto kModule = molte::kOidrange;
 
 // A bad argument; -1.
 inline int32_t refuse(int32_t line = __builtin_LINE()) {

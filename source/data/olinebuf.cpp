@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/line_buffer.h"
 #include "moltelib/memory.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("olinebuf");
+constexpr auto kModule = molte::kOlinebuf;
 using molte::kBadArgument;
 constexpr int32_t kLeastSize = 65536;
 constexpr int32_t kMostSize = 16777216;

@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/line_buffer.h"
 
 namespace {
 
-constexpr molte::Module kModule("olinebuf");
+constexpr auto kModule = molte::kOlinebuf;
 using molte::kBadArgument;
 constexpr int32_t kLineCost = sizeof(OLINEBUF_LINE);
 constexpr int32_t kTableRoom = 510;  // one entry less than a block has, as a margin

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <cwchar>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/bit_array.h"
 #include "moltelib/memory.h"
 #include "moltelib/number_text.h"
@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxdatcnv");
+constexpr auto kModule = molte::kOxdatcnv;
 
 constexpr int kMaxBarCodeDigits = 19;
 constexpr int32_t kMaxKeyLength = 31;

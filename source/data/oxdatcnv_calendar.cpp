@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/oxdatcnv.h"
 #include "moltelib/date_time.h"
 #include "moltelib/thread.h"
@@ -17,7 +17,7 @@ using molte::year_of;
 
 namespace {
 
-constexpr molte::Module kModule("oxdatcnv");
+constexpr auto kModule = molte::kOxdatcnv;
 constexpr uint32_t kBadDate = 140;
 constexpr uint32_t kBadTime = 141;
 constexpr uint32_t kLastYear = 2100;

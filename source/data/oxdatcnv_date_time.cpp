@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/oxdatcnv.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
@@ -16,7 +16,7 @@ using molte::year_of;
 
 namespace {
 
-constexpr molte::Module kModule("oxdatcnv");
+constexpr auto kModule = molte::kOxdatcnv;
 using molte::kBadArgument;
 constexpr size_t kTextSize = 32;  // what a caller's buffer holds at least
 constexpr size_t kDateDigits = 8;

@@ -1,12 +1,12 @@
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/text_convert.h"
 #include "platform/code_page.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
+constexpr auto kModule = molte::kOxstring;
 
 // The two texts of a report: measuring failed, converting failed.
 struct Words {

@@ -1,7 +1,7 @@
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "data/character.h"
 #include "moltelib/text_edit.h"
 #include "moltelib/text_search.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
+constexpr auto kModule = molte::kOxstring;
 
 bool is_white(char c) {
     return platform::is_white(static_cast<unsigned char>(c));

@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/oxstring_grow.h"
 #include "moltelib/memory.h"
 #include "moltelib/text_object.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
+constexpr auto kModule = molte::kOxstring;
 
 constexpr int64_t kBlockSize = 4096;
 

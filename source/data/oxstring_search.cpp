@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/character.h"
 #include "data/oxstring_grow.h"
 #include "moltelib/memory.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
+constexpr auto kModule = molte::kOxstring;
 
 constexpr int32_t kMatchesToAdd = 8;
 

@@ -1,13 +1,13 @@
 #include <cstring>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "data/oxstring_grow.h"
 #include "moltelib/text_split.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
+constexpr auto kModule = molte::kOxstring;
 
 constexpr int32_t kArgumentsAtFirst = 32;
 constexpr int32_t kItemsToAdd = 16;

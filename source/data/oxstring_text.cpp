@@ -2,7 +2,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/memory.h"
 #include "moltelib/text.h"
 #include "platform/code_page.h"
@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr molte::Module kModule("oxstring");
-constexpr molte::Module kUtility("oxsysutl");
+constexpr auto kModule = molte::kOxstring;
+constexpr auto kUtility = molte::kOxsysutl;
 
 // The texts of ox_part_atoi were at most this long.
 constexpr int32_t kMaxNumberText = 127;

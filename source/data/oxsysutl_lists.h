@@ -3,12 +3,12 @@
 
 #include <cstdint>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/key_order.h"
 
 namespace molte::lists {
 
-inline constexpr Module kModule("oxsysutl");
+inline constexpr auto kModule = molte::kOxsysutl;
 
 // A bad argument; -1.
 inline int32_t refuse(int32_t line = __builtin_LINE()) {

@@ -3,13 +3,13 @@
 #include <cstring>
 #include <limits>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/memory.h"
 #include "moltelib/memory_edit.h"
 
 namespace {
 
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
 constexpr int64_t kStreamStep = 1024;
 constexpr int64_t kMaxSize = std::numeric_limits<int32_t>::max();

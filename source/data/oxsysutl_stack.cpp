@@ -1,9 +1,9 @@
 // The stack.
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/stack.h"
 
 namespace {
-constexpr molte::Module kModule("oxsysutl");
+constexpr auto kModule = molte::kOxsysutl;
 constexpr int32_t kFirstCapacity = 16;
 constexpr int32_t kInitLine = 2466;
 }  // namespace

@@ -5,14 +5,14 @@
 #include <cstdint>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
 
 namespace molte::directory {
 
-inline constexpr Module kModule("oxdirop");
+inline constexpr auto kModule = molte::kOxdirop;
 inline constexpr uint32_t kNoState = 10;
 inline constexpr uint32_t kEmptyName = 27;
 inline constexpr uint32_t kNameTooLong = 1001;

@@ -6,14 +6,14 @@
 #include <cerrno>
 #include <cwchar>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/oxdatcnv.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
 
 namespace molte::file {
 
-inline constexpr Module kModule("oxfileop");
+inline constexpr auto kModule = molte::kOxfileop;
 
 // Error numbers.
 inline constexpr uint32_t kNotLocked = 2;

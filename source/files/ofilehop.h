@@ -3,13 +3,13 @@
 
 #include <cstdint>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/file_handle.h"
 
 namespace molte::handle {
 
-inline constexpr Module kModule("ofilehop");
+inline constexpr auto kModule = molte::kOfilehop;
 
 using molte::kBadArgument;
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "data/oxdatcnv.h"
 #include "files/directory_of.h"
 #include "moltelib/directory.h"
@@ -13,7 +13,7 @@ using molte::SystemError;
 
 namespace {
 
-constexpr molte::Module kModule("oxdskinf");
+constexpr auto kModule = molte::kOxdskinf;
 constexpr int64_t kUnit = 1048576;
 constexpr int32_t kReserveUnits = 32;
 using molte::kBadArgument;

@@ -2,14 +2,14 @@
 #include <cstring>
 #include <limits>
 
+#include "core/modules.h"
 #include "core/owners.h"
-#include "core/report.h"
 #include "moltelib/wild_template.h"
 #include "platform/code_page.h"
 
 namespace {
 
-constexpr molte::Module kModule("ocollate");
+constexpr auto kModule = molte::kOcollate;
 using molte::here;
 
 constexpr uint32_t kBadRange = 101;

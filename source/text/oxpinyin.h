@@ -5,13 +5,13 @@
 #include <bit>
 #include <cstring>
 
-#include "core/report.h"
+#include "core/modules.h"
 #include "moltelib/pinyin.h"
 #include "platform/code_page.h"
 
 namespace molte::pinyin {
 
-inline constexpr Module kModule("oxpinyin");
+inline constexpr auto kModule = molte::kOxpinyin;
 
 using molte::kBadArgument;
 using molte::kNotOpened;
