@@ -9,7 +9,7 @@
 
 #include "core/modules.h"
 #include "core/owners.h"
-#include "data/text_lines.h"
+#include "data/oxstring.h"
 
 namespace molte::ini {
 

@@ -7,7 +7,7 @@
 #include <iterator>
 
 #include "core/modules.h"
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
 #include "moltelib/date_time.h"

@@ -1,7 +1,7 @@
 // Comparing characters and texts, and choosing a comparison.
 #include <cstring>
 
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "moltelib/collation.h"
 #include "moltelib/language.h"
 #include "moltelib/pinyin.h"

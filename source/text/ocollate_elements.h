@@ -4,7 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "text/oxpinyin.h"
 
 namespace molte::wild {

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "moltelib/memory.h"
 #include "moltelib/wild_template.h"
 #include "text/find_bytes.h"

@@ -3,8 +3,7 @@
 #include <string_view>
 
 #include "core/owners.h"
-#include "data/character.h"
-#include "data/text_lines.h"
+#include "data/oxstring.h"
 #include "moltelib/language.h"
 #include "platform/files.h"
 #include "text/oxpinyin.h"

@@ -1,6 +1,6 @@
 // Names of persons: their parts, all their readings, and the pattern of their Latin runs.
 #include "core/owners.h"
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "moltelib/name_pinyin.h"
 #include "text/oxpinyin.h"
 

@@ -24,7 +24,4 @@ inline size_t length(int32_t count) {
     return count < 1 ? 0 : static_cast<size_t>(count);
 }
 
-// MOLTE_KeyInList, once the list is known to have a key.
-int32_t find_key(const Key* keys, int32_t count, const Key& key);
-
 }  // namespace molte::lists

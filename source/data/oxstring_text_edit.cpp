@@ -2,7 +2,7 @@
 
 #include "core/modules.h"
 #include "core/owners.h"
-#include "data/character.h"
+#include "data/oxstring.h"
 #include "moltelib/text_edit.h"
 #include "moltelib/text_search.h"
 #include "platform/code_page.h"

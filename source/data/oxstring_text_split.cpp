@@ -2,7 +2,7 @@
 
 #include "core/modules.h"
 #include "core/owners.h"
-#include "data/oxstring_grow.h"
+#include "data/oxstring.h"
 #include "moltelib/text_split.h"
 
 namespace {

@@ -2,8 +2,7 @@
 #include <cstring>
 
 #include "core/modules.h"
-#include "data/character.h"
-#include "data/oxstring_grow.h"
+#include "data/oxstring.h"
 #include "moltelib/memory.h"
 #include "moltelib/text_search.h"
 #include "platform/code_page.h"

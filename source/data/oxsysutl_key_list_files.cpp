@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "core/owners.h"
-#include "data/oxsysutl_lists.h"
-#include "data/text_lines.h"
+#include "data/oxstring.h"
+#include "data/oxsysutl_key_list.h"
 #include "moltelib/array.h"
 #include "moltelib/file.h"
 #include "platform/files.h"

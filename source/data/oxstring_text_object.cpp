@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "core/modules.h"
-#include "data/oxstring_grow.h"
+#include "data/oxstring.h"
 #include "moltelib/memory.h"
 #include "moltelib/text_object.h"
 #include "platform/text.h"
