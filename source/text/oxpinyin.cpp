@@ -1,163 +1,112 @@
-// The process's table, built from its file.
-#include <cerrno>
+// The process's table: the lists of its parts, the readings of its characters, and how it is built
+// from its file.
+#include "text/oxpinyin.h"
+
+#include <cstdlib>
 #include <string_view>
 
+#include "core/oxsysutl_memory.h"
 #include "core/owners.h"
-#include "data/oxstring.h"
+#include "core/transfer.h"
 #include "moltelib/language.h"
+#include "moltelib/memory.h"
 #include "platform/files.h"
-#include "text/oxpinyin.h"
 
 MOLTE_HZPY_TABLE g_stPinYin;
 
 using namespace molte::pinyin;
 using molte::here;
+using molte::kBadArgument;
+using molte::SystemError;
 
 namespace {
 
 constexpr size_t kLongestSyllable = 15;
+constexpr size_t kLongestPart = sizeof(MOLTE_HZPY_PHENTRY::szText) - 1;
 constexpr size_t kLongestLine = 65535;  // with its end
 constexpr int64_t kSizeLimit = 0x40000000;
+constexpr int32_t kGrowBy = 16;
+constexpr int32_t kMostParts = 256;  // an index is a byte
+
+// See indexes_tell_readings. Every function that could make it untrue stands below.
+bool made_by_init = false;
+
+void upper_case(char* text) {
+    for (; *text != '\0'; ++text) {
+        if (*text >= 'a' && *text <= 'z') *text = static_cast<char>(*text - 'a' + 'A');
+    }
+}
+
+// Where the yunmu of a syllable in upper case begins.
+size_t shengmu_size(const char* syllable) {
+    const char first = syllable[0];
+    if (first == '\0' || first == 'A' || first == 'E' || first == 'O') return 0;
+    return syllable[1] == 'H' ? 2 : 1;
+}
+
+// The index of the part that a text begins with, in so many letters, or -1 with a report.
+int32_t find_part(const MOLTE_HZPY_PHTABLE& list, const char* text, size_t letters) {
+    for (int32_t i = 0; i < list.nCount; ++i) {
+        if (std::strncmp(list.pEntries[i].szText, text, letters) == 0) return i;
+    }
+    return kModule.fail(here(), kNoSuchPart, SystemError::none, "py=%s max=%d", text, list.nCount);
+}
+
+bool make_room(MOLTE_HZPY_PHTABLE* list) {
+    if (list->nCount < list->nCapacity) return true;
+    void* entries = list->pEntries;
+    if (ORVEX_release_realloc(&entries, sizeof *list->pEntries, &list->nCapacity, kGrowBy) < 0) {
+        return false;
+    }
+    list->pEntries = static_cast<MOLTE_HZPY_PHENTRY*>(entries);
+    return true;
+}
 
 // The content of the table file.
-class Content {
- public:
-    int32_t load(const char* path);
-    [[nodiscard]] std::string_view text() const { return text_; }
+struct Content {
+    molte::Heap<char> bytes;
+    int64_t size = 0;
 
- private:
-    molte::Heap<char> block_;
-    std::string_view text_;
+    int32_t load(const char* path);
 };
 
 int32_t Content::load(const char* path) {
     struct _stat64 status {};
     const molte::Descriptor file(platform::open_to_read(path, &status));
     if (!file.valid()) {
-        return kModule.fail_text(here(), kNotOpened, molte::SystemError::runtime, path);
+        return kModule.fail_text(here(), molte::kNotOpened, SystemError::runtime, path);
     }
-    const int64_t size = status.st_size;
+    size = status.st_size;
     if (size >= kSizeLimit) {
-        return kModule.fail_text(here(), kFileTooLarge, molte::SystemError::none,
+        return kModule.fail_text(here(), molte::kFileTooLarge, SystemError::none,
                                  "file size too big max 1GB");
     }
-    block_ = molte::allocate<char>(size + 1);
-    if (block_ == nullptr) return kModule.trace(here());
-    errno = 0;
-    if (_read(file.get(), block_.get(), static_cast<unsigned>(size)) != size) {
-        return kModule.fail(here(), kNotRead, molte::SystemError::runtime, "fd=%d pbuf=%p nsize=%d",
-                            file.get(), static_cast<const void*>(block_.get()),
-                            static_cast<int>(size));
-    }
-    text_ = {block_.get(), static_cast<size_t>(size)};
-    return 1;
+    bytes = molte::allocate<char>(size + 1);
+    if (bytes == nullptr) return kModule.trace(here());
+    const auto length = static_cast<int32_t>(size);
+    if (molte::read_whole(file.get(), bytes.get(), length)) return 1;
+    return molte::fail_read(kModule, here(), file.get(), bytes.get(), length);
 }
 
-// The letters at the start of a line.
-struct Letters {
-    char text[kLongestSyllable + 1]{};  // the first of them
-    size_t count = 0;
-    uint64_t number = 0;  // of the last eight; unlike for unlike texts of no more
-
-    explicit Letters(std::string_view line) {
-        for (; count < line.size() && molte::is_ascii_letter(line[count]); ++count) {
-            if (count < kLongestSyllable) text[count] = line[count];
-            number = number << 8 | static_cast<unsigned char>(line[count]);
+// Adds the syllable of a line of the file to the readings of each character behind it. A lead byte
+// that ends the line is no character.
+int32_t add_line(MOLTE_HZPY_TABLE* table, std::string_view line) {
+    size_t at = 0;
+    while (at < line.size() && molte::is_ascii_letter(line[at])) ++at;
+    if (at == 0 || at > kLongestSyllable) return 0;
+    char syllable[kLongestSyllable + 1]{};
+    line.copy(syllable, at);
+    uint8_t pair[2];
+    if (MOLTE_HZPY_AddPy(&table->stPY, syllable, pair) < 0) return kModule.trace(here());
+    for (; at + 1 < line.size(); ++at) {
+        const auto lead = static_cast<unsigned char>(line[at]);
+        if (!platform::is_lead_byte(lead)) continue;
+        const auto trail = static_cast<unsigned char>(line[++at]);
+        if (entry_of(table->stHZ, lead * 256 + trail) != nullptr) {
+            MOLTE_HZPY_AddHz(&table->stHZ, pair, lead * 256 + trail);
         }
     }
-};
-
-struct Reading {
-    uint16_t code;
-    uint8_t pair[2];
-};
-
-// The readings of a file's characters, in its order. They are collected first and entered then: the
-// entries lie all over a table larger than the nearer caches, so each is asked for well ahead.
-class Readings {
- public:
-    int32_t collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts);
-    void enter(MOLTE_HZPY_HZTABLE table) const;
-    [[nodiscard]] int32_t first_code() const;
-
- private:
-    int32_t add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts);
-    int32_t find_pair(Letters& letters, MOLTE_HZPY_PYTABLE* parts, uint8_t* pair);
-
-    molte::Heap<Reading> readings_;
-    size_t count_ = 0;
-    bool is_lead_[256];
-    uint64_t known_[2048]{};  // the syllable of each place: 11 bits of a hash
-    uint8_t known_pair_[2048][2];
-};
-
-int32_t Readings::collect(std::string_view text, MOLTE_HZPY_PYTABLE* parts) {
-    readings_ = molte::allocate<Reading>(static_cast<int64_t>(text.size() / 2) + 1);
-    if (readings_ == nullptr) return kModule.trace(here());
-    for (unsigned byte = 0; byte < std::size(is_lead_); ++byte) {
-        is_lead_[byte] = platform::is_lead_byte(static_cast<unsigned char>(byte));
-    }
-    while (!text.empty()) {
-        std::string_view line = molte::take_line(text, kLongestLine);
-        if (line.ends_with('\n')) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);
-        if (add_line(line, parts) < 0) return -1;
-    }
     return 1;
-}
-
-// A file names most syllables several times; those of up to eight letters are remembered.
-int32_t Readings::find_pair(Letters& letters, MOLTE_HZPY_PYTABLE* parts, uint8_t* pair) {
-    const size_t place = letters.number * 0x9E3779B97F4A7C15 >> 53;
-    const bool rememberable = letters.count <= sizeof letters.number;
-    if (rememberable && known_[place] == letters.number) {
-        std::memcpy(pair, known_pair_[place], 2);
-        return 1;
-    }
-    if (MOLTE_HZPY_AddPy(parts, letters.text, pair) < 0) return kModule.trace(here());
-    if (rememberable) {
-        known_[place] = letters.number;
-        std::memcpy(known_pair_[place], pair, 2);
-    }
-    return 1;
-}
-
-// A lead byte that ends the line is no character.
-int32_t Readings::add_line(std::string_view line, MOLTE_HZPY_PYTABLE* parts) {
-    Letters letters(line);
-    if (letters.count == 0 || letters.count > kLongestSyllable) return 0;
-    uint8_t pair[2];
-    if (find_pair(letters, parts, pair) < 0) return kModule.trace(here());
-    Reading reading{0, {pair[0], pair[1]}};
-    Reading* end = &readings_[count_];
-    const char* const last = line.data() + line.size() - 1;
-    for (const char* at = line.data() + letters.count; at < last; ++at) {
-        if (!is_lead_[static_cast<unsigned char>(*at)]) continue;
-        reading.code = static_cast<uint16_t>(static_cast<unsigned char>(at[0]) * 256 +
-                                             static_cast<unsigned char>(at[1]));
-        *end++ = reading;
-        ++at;
-    }
-    count_ = static_cast<size_t>(end - readings_.get());
-    return 1;
-}
-
-// 0 when there are none.
-int32_t Readings::first_code() const {
-    uint16_t first = count_ > 0 ? 0xFFFF : 0;
-    for (size_t i = 0; i < count_; ++i) first = std::min(first, readings_[i].code);
-    return first;
-}
-
-void Readings::enter(MOLTE_HZPY_HZTABLE table) const {
-    constexpr ptrdiff_t kAhead = 16;
-    const Reading* const end = readings_.get() + count_;
-    for (const Reading* at = readings_.get(); at < end; ++at) {
-        if (end - at > kAhead) {
-            __builtin_prefetch(table.pEntries + (at[kAhead].code - table.nFirstCode), 1);
-        }
-        MOLTE_HZPY_ONEHZ* character = entry_of(table, at->code);
-        if (character != nullptr) add_reading(character, at->pair);
-    }
 }
 
 // Leaves the entries from the first one with a reading.
@@ -175,20 +124,26 @@ void cut_front(MOLTE_HZPY_HZTABLE* table) {
 
 }  // namespace
 
+bool molte::pinyin::indexes_tell_readings() {
+    return made_by_init;
+}
+
 int32_t MOLTE_HZPY_BuildPY(MOLTE_HZPY_TABLE* pTable) {
     if (pTable == nullptr) return kModule.fail(here(), kBadArgument);
     char path[MOLTE_HZPY_PATH_SIZE];
     if (MOLTE_HZPY_HzTablePathFN(path) < 0) return kModule.trace(here());
     Content content;
     if (content.load(path) < 0) return -1;
-    Readings readings;
-    if (readings.collect(content.text(), &pTable->stPY) < 0) return kModule.trace(here());
-    MOLTE_HZPY_HZTABLE* characters = &pTable->stHZ;
-    if (characters->pEntries == nullptr && make_entries(characters, readings.first_code()) < 0) {
+    if (pTable->stHZ.pEntries == nullptr && MOLTE_HZPY_InitHZTable(&pTable->stHZ) < 0) {
         return kModule.trace(here());
     }
-    readings.enter(*characters);
-    cut_front(characters);
+    std::string_view text{content.bytes.get(), static_cast<size_t>(content.size)};
+    while (!text.empty()) {
+        std::string_view line = molte::take_line(text, kLongestLine);
+        if (line.ends_with('\n')) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);
+        if (add_line(pTable, line) < 0) return kModule.trace(here());
+    }
+    cut_front(&pTable->stHZ);
     return 1;
 }
 
@@ -212,4 +167,95 @@ int32_t MOLTE_HZPY_Release(MOLTE_HZPY_TABLE* pTable) {
     if (pTable == nullptr) return kModule.fail(here(), kBadArgument);
     MOLTE_HZPY_FreePYTable(&pTable->stPY);
     return MOLTE_HZPY_FreeHZTable(&pTable->stHZ);
+}
+
+int32_t MOLTE_HZPY_InitPYTable(MOLTE_HZPY_PYTABLE* pPY) {
+    if (pPY == nullptr) return kModule.fail(here(), kBadArgument);
+    *pPY = {};
+    return 1;
+}
+
+int32_t MOLTE_HZPY_FreePYTable(MOLTE_HZPY_PYTABLE* pPY) {
+    if (pPY == nullptr) return kModule.fail(here(), kBadArgument);
+    if (pPY == &g_stPinYin.stPY) made_by_init = false;
+    MOLTE_HZPY_FreePHTable(&pPY->stShengmu);
+    MOLTE_HZPY_FreePHTable(&pPY->stYunmu);
+    return MOLTE_HZPY_InitPYTable(pPY);
+}
+
+int32_t MOLTE_HZPY_FreePHTable(MOLTE_HZPY_PHTABLE* pPH) {
+    if (pPH == nullptr) return kModule.fail(here(), kBadArgument);
+    ORVEX_free(pPH->pEntries);
+    *pPH = {};
+    return 1;
+}
+
+int32_t MOLTE_HZPY_InitHZTable(MOLTE_HZPY_HZTABLE* pHZ) {
+    if (pHZ == nullptr) return kModule.fail(here(), kBadArgument);
+    *pHZ = {};
+    constexpr int32_t kCodes = 65536;
+    // Pages of theirs that nobody writes cost nothing.
+    void* const entries = std::calloc(kCodes, sizeof(MOLTE_HZPY_ONEHZ));
+    if (entries == nullptr) {
+        molte::refuse_growth(0, kCodes * int64_t{sizeof(MOLTE_HZPY_ONEHZ)});
+        return kModule.trace(here());
+    }
+    *pHZ = {static_cast<MOLTE_HZPY_ONEHZ*>(entries), kCodes, kCodes, 0};
+    return 1;
+}
+
+int32_t MOLTE_HZPY_FreeHZTable(MOLTE_HZPY_HZTABLE* pHZ) {
+    if (pHZ == nullptr) return kModule.fail(here(), kBadArgument);
+    ORVEX_free(pHZ->pEntries);
+    *pHZ = {};
+    return 1;
+}
+
+int32_t MOLTE_HZPY_UTIL_GetPyIndex(const MOLTE_HZPY_PHTABLE* pPH, const char* pszText) {
+    if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
+    return find_part(*pPH, pszText, sizeof(MOLTE_HZPY_PHENTRY::szText));
+}
+
+int32_t MOLTE_HZPY_UTIL_AddPy(MOLTE_HZPY_PHTABLE* pPH, const char* pszText) {
+    if (pPH == nullptr || pszText == nullptr) return kModule.fail(here(), kBadArgument);
+    MOLTE_HZPY_PHENTRY part{};
+    std::memcpy(part.szText, pszText, strnlen(pszText, kLongestPart));
+    // The report of a part that is new stays: meant.
+    const int32_t known = find_part(*pPH, part.szText, kLongestPart);
+    if (known >= 0) return known;
+    if (pPH->nCount >= kMostParts) return kModule.fail(here(), kBadArgument);
+    if (!make_room(pPH)) return kModule.trace(here());
+    pPH->pEntries[pPH->nCount] = part;
+    return pPH->nCount++;
+}
+
+int32_t MOLTE_HZPY_AddPy(MOLTE_HZPY_PYTABLE* pPY, char* pszSyllable, uint8_t* pPair) {
+    if (pPY == nullptr || pszSyllable == nullptr || pPair == nullptr) {
+        return kModule.fail(here(), kBadArgument);
+    }
+    upper_case(pszSyllable);
+    const size_t size = shengmu_size(pszSyllable);
+    const char shengmu[3] = {size > 0 ? pszSyllable[0] : '\0', size > 1 ? 'H' : '\0'};
+    const int32_t first = MOLTE_HZPY_UTIL_AddPy(&pPY->stShengmu, shengmu);
+    if (first < 0) return kModule.trace(here());
+    const int32_t second = MOLTE_HZPY_UTIL_AddPy(&pPY->stYunmu, pszSyllable + size);
+    if (second < 0) return kModule.trace(here());
+    pPair[0] = static_cast<uint8_t>(first);
+    pPair[1] = static_cast<uint8_t>(second);
+    return 1;
+}
+
+int32_t MOLTE_HZPY_AddHz(MOLTE_HZPY_HZTABLE* pHZ, const uint8_t* pPair, int32_t nCode) {
+    if (pHZ == nullptr || pPair == nullptr) return kModule.fail(here(), kBadArgument);
+    MOLTE_HZPY_ONEHZ* character = entry_of(*pHZ, nCode);
+    if (character == nullptr) return kModule.fail(here(), kBadArgument);
+    if (pHZ == &g_stPinYin.stHZ) made_by_init = false;  // the pair may be of no parts
+    const int32_t count = readings_in(*character);
+    for (int32_t i = 0; i < count; ++i) {
+        if (std::memcmp(character->abyPair[i], pPair, 2) == 0) return 0;
+    }
+    if (count == MOLTE_HZPY_MAX_READINGS) return 1;  // dropped: meant
+    std::memcpy(character->abyPair[count], pPair, 2);
+    character->nCount = static_cast<uint8_t>(count + 1);
+    return 1;
 }

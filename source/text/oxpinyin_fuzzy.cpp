@@ -1,19 +1,19 @@
 // The files' names, and the options of parts that are mistaken for one another.
-#include <cerrno>
-
 #include "core/owners.h"
+#include "core/transfer.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
 #include "text/oxpinyin.h"
 
 using namespace molte::pinyin;
 using molte::here;
+using molte::kBadArgument;
 using molte::SystemError;
 
 namespace {
 
 constexpr char kTableName[] = "PINYIN.TXT";
-constexpr unsigned kOptionSize = sizeof(MOLTE_HZPY_FUZZYOPT);
+constexpr int32_t kOptionSize = sizeof(MOLTE_HZPY_FUZZYOPT);
 
 int32_t file_in_folder(char* path, const char* name) {
     if (MOLTE_HZPY_MainPath(path) < 0) return kModule.trace(here());
@@ -26,7 +26,7 @@ bool exists(const char* path) {
 }
 
 int32_t fail_open(int32_t line, const char* path) {
-    return kModule.fail_text(line, kNotOpened, SystemError::runtime, path);
+    return kModule.fail_text(line, molte::kNotOpened, SystemError::runtime, path);
 }
 
 }  // namespace
@@ -60,13 +60,9 @@ int32_t MOLTE_HZPY_LoadOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
     if (!exists(path)) return 0;
     const molte::Descriptor file(_open(path, ORVEX_OPEN_READ));
     if (!file.valid()) return fail_open(here(), path);
-    errno = 0;  // a short file is no error of the system
-    if (_read(file.get(), pOpt, kOptionSize) != static_cast<int>(kOptionSize)) {
-        *pOpt = {};
-        return kModule.fail(here(), kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d",
-                            file.get(), static_cast<void*>(pOpt), kOptionSize);
-    }
-    return 1;
+    if (molte::read_whole(file.get(), pOpt, kOptionSize)) return 1;
+    *pOpt = {};
+    return molte::fail_read(kModule, here(), file.get(), pOpt, kOptionSize);
 }
 
 int32_t MOLTE_HZPY_SaveOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
@@ -78,12 +74,8 @@ int32_t MOLTE_HZPY_SaveOpt(MOLTE_HZPY_FUZZYOPT* pOpt) {
     ORVEX_FileChangeMode(path, ORVEX_MODE_OWNER, 0);
     const molte::Descriptor file(_open(path, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_open(here(), path);
-    errno = 0;
-    if (_write(file.get(), pOpt, kOptionSize) != static_cast<int>(kOptionSize)) {
-        return kModule.fail(here(), kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d",
-                            file.get(), static_cast<void*>(pOpt), kOptionSize);
-    }
-    return 1;
+    if (molte::write_whole(file.get(), pOpt, kOptionSize)) return 1;
+    return molte::fail_write(kModule, here(), file.get(), pOpt, kOptionSize);
 }
 
 int32_t MOLTE_HZPY_UTIL_SetFuzzy(MOLTE_HZPY_PHTABLE* pPH, int32_t bOn, const char* pszFrom,

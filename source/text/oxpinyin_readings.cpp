@@ -1,10 +1,12 @@
 // Looking readings up, writing and comparing them.
 #include <cstdio>
 
-#include "text/oxpinyin.h"
+#include "text/oxpinyin_readings.h"
 
 using namespace molte::pinyin;
+using molte::Character;
 using molte::here;
+using molte::kBadArgument;
 using molte::SystemError;
 
 namespace {
@@ -67,11 +69,11 @@ int32_t MOLTE_HZPY_HzCode2Py(int32_t nCode, MOLTE_HZPY_ONEHZ* pOneHz) {
 
 int32_t MOLTE_HZPY_HzChar2Py(const char* pszText, MOLTE_HZPY_ONEHZ* pOneHz) {
     if (pszText == nullptr || pOneHz == nullptr) return kModule.fail(here(), kBadArgument);
-    const Glyph glyph = glyph_at(pszText);
-    if (glyph.is_double) return MOLTE_HZPY_HzCode2Py(glyph.code, pOneHz);
+    const Character c = first_name_character(pszText);
+    if (is_double(c)) return MOLTE_HZPY_HzCode2Py(c.value, pOneHz);
     *pOneHz = {};
-    return kModule.fail(here(), kSingleByte, SystemError::none, "str=%c. %d byte=%d", glyph.code,
-                        glyph.code, 1);
+    return kModule.fail(here(), kSingleByte, SystemError::none, "str=%c. %d byte=%d", c.value,
+                        c.value, 1);
 }
 
 int32_t MOLTE_HZPY_PINYIN2Str(const uint8_t* pPair, char* pszDst) {

@@ -1,10 +1,12 @@
 // A mixed text to pinyin, with the characters of several readings left to the caller.
 #include "core/owners.h"
 #include "moltelib/array.h"
-#include "text/oxpinyin.h"
+#include "text/oxpinyin_readings.h"
 
 using namespace molte::pinyin;
+using molte::Character;
 using molte::here;
+using molte::kBadArgument;
 using molte::SystemError;
 
 namespace {
@@ -14,7 +16,7 @@ constexpr size_t kWorkSize = 2048;  // with the terminator
 constexpr int32_t kFirstPoly = 16;
 
 int32_t fail_room(int32_t line) {
-    return kModule.fail(line, kTooLong, SystemError::none, "buffer length not enough");
+    return kModule.fail(line, molte::kTooLong, SystemError::none, "buffer length not enough");
 }
 
 // Makes a piece of a text of so many bytes.
@@ -50,7 +52,7 @@ class Conversion {
         if (fits_) work_[size_++] = c;
     }
     void add_reading_text(const uint8_t* pair);
-    int32_t add_double(const char* bytes, const Glyph& glyph);
+    int32_t add_double(const char* bytes, const Character& c);
     int32_t add_choice(const char* bytes, int32_t size, const MOLTE_HZPY_ONEHZ& readings);
     int32_t store_piece(const char* text, size_t size);
     int32_t store_work();
@@ -116,14 +118,14 @@ int32_t Conversion::add_choice(const char* bytes, int32_t size, const MOLTE_HZPY
     return PA_Append(&poly_, &choice) < 0 ? kModule.trace(here()) : 1;
 }
 
-int32_t Conversion::add_double(const char* bytes, const Glyph& glyph) {
-    const MOLTE_HZPY_ONEHZ* readings = readings_of(glyph.code);
+int32_t Conversion::add_double(const char* bytes, const Character& c) {
+    const MOLTE_HZPY_ONEHZ* readings = readings_of(c.value);
     if (readings == nullptr) return kModule.trace(here());
     after_chinese_ = true;
-    if (readings->nCount > 1) return add_choice(bytes, glyph.size, *readings);
+    if (readings->nCount > 1) return add_choice(bytes, c.size, *readings);
     if (readings->nCount == 0) {
         add(' ');  // also at the head of the text: meant
-        for (int32_t i = 0; i < glyph.size; ++i) add(bytes[i]);
+        for (int32_t i = 0; i < c.size; ++i) add(bytes[i]);
         return 1;
     }
     if (size_ > 0 || pieces_.nCount > 0) add(' ');
@@ -132,9 +134,10 @@ int32_t Conversion::add_double(const char* bytes, const Glyph& glyph) {
 }
 
 int32_t Conversion::convert(const char* text) {
-    for (Glyph glyph = glyph_at(text); glyph.size > 0; glyph = glyph_at(text += glyph.size)) {
-        if (glyph.is_double) {
-            if (add_double(text, glyph) < 0) return -1;
+    for (Character c = first_name_character(text); c.size > 0;
+         c = first_name_character(text += c.size)) {
+        if (is_double(c)) {
+            if (add_double(text, c) < 0) return -1;
         } else {
             if (after_chinese_) add(' ');
             add(*text);

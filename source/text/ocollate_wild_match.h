@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "data/oxstring.h"
-#include "text/oxpinyin.h"
+#include "text/oxpinyin_readings.h"
 
 namespace molte::wild {
 

@@ -1,14 +1,22 @@
 // Wild matching of texts against patterns as they stand.
 //
-// "*" and "." leave many ways to match. The caller's routines, which may be seen at work, are asked
-// in the order of the recursion that defines the language: InOrder. All else is matched by
-// AllAtOnce, which follows the ways together, without recursion and in bounded time.
+// "*" and "." leave many ways to match, and the language is defined by the recursion that tries
+// them in turn. The caller's routines may be seen at work, so they are asked in that order
+// (InOrder), as long as the ways are few. All else is matched by AllAtOnce, which follows the ways
+// together, without recursion and in bounded time.
+//
+// The two agree because each leaves out only ways that can't succeed. What begins with a "*" and
+// can be matched from some place of a text can be matched from any place before it too, for the "*"
+// takes what is between. So the leftmost place where a "*" can be come to decides for all others:
+// what is before it needn't be tried again, and behind it what follows up to the next "*" need only
+// be found at its own leftmost place. (A routine is taken to answer by its arguments alone. The one
+// exception of the language, "." at the end of a pattern, is TextEnd's.)
 #include <type_traits>
 #include <utility>
 
 #include "data/scratch.h"
 #include "moltelib/wild_match.h"
-#include "text/ocollate_elements.h"
+#include "text/ocollate_wild_match.h"
 
 using namespace molte::wild;
 
