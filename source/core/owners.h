@@ -2,8 +2,10 @@
 // path.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "moltelib/base.h"
@@ -11,6 +13,7 @@
 #include "moltelib/memory.h"
 #include "moltelib/thread.h"
 #include "platform/files.h"
+#include "platform/memory.h"
 
 namespace molte {
 
@@ -26,6 +29,30 @@ using Heap = std::unique_ptr<T[], HeapFree>;
 template <typename T>
 [[nodiscard]] Heap<T> allocate(int64_t count) {
     return Heap<T>(static_cast<T*>(ORVEX_release_malloc(count * static_cast<int64_t>(sizeof(T)))));
+}
+
+// As allocate(), for a list that is filled at once.
+template <typename T>
+[[nodiscard]] Heap<T> allocate_list(size_t count) {
+    auto block = allocate<T>(static_cast<int64_t>(count));
+    if (block != nullptr) platform::expect_large_use(block.get(), count * sizeof(T));
+    return block;
+}
+
+struct ScratchFree {
+    void operator()(void* block) const { std::free(block); }
+};
+
+// A list for the run of a function that can do without it.
+template <typename T>
+using Scratch = std::unique_ptr<T[], ScratchFree>;
+
+// Null when there is no memory, which is no error and isn't reported. It is expected to be filled.
+template <typename T>
+[[nodiscard]] Scratch<T> scratch(size_t count) {
+    Scratch<T> block(static_cast<T*>(std::malloc(count * sizeof(T))));
+    if (block != nullptr) platform::expect_large_use(block.get(), count * sizeof(T));
+    return block;
 }
 
 struct StreamClose {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "data/scratch.h"
+#include "core/owners.h"
 #include "moltelib/key_list.h"
 
 namespace molte {

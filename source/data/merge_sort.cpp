@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "data/scratch.h"
+#include "core/owners.h"
 
 namespace molte {
 

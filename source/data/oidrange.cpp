@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/owners.h"
 #include "data/radix_sort.h"
-#include "data/scratch.h"
 #include "moltelib/byte_field.h"
 
 using namespace molte::id_range;

@@ -1,9 +1,9 @@
 // Lists of keys and SIDs in text files.
-#include <cerrno>
 #include <cstring>
 #include <string_view>
 
 #include "core/owners.h"
+#include "core/transfer.h"
 #include "data/oxstring.h"
 #include "data/oxsysutl_key_list.h"
 #include "moltelib/array.h"
@@ -89,9 +89,8 @@ int32_t ListFile::read(const char* path, int32_t unit) {
     bytes = molte::allocate_list<char>(static_cast<size_t>(state.st_size));
     if (bytes == nullptr) return kModule.trace(here());
     size = state.st_size;
-    errno = 0;
-    const int count = _read(file.get(), bytes.get(), static_cast<unsigned>(size));
-    return count == size ? 1 : fail_path(here(), kNotRead, path);
+    const bool whole = molte::read_whole(file.get(), bytes.get(), static_cast<int32_t>(size));
+    return whole ? 1 : fail_path(here(), kNotRead, path);
 }
 
 constexpr bool is_blank(char c) {

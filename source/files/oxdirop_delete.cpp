@@ -2,7 +2,7 @@
 #include <cctype>
 #include <cstring>
 
-#include "files/directory_walk.h"
+#include "files/oxdirop.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
 #include "platform/files.h"

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "files/directory_walk.h"
+#include "files/oxdirop.h"
 #include "moltelib/array.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"

@@ -4,7 +4,7 @@
 
 #include "core/modules.h"
 #include "data/oxdatcnv.h"
-#include "files/directory_of.h"
+#include "files/oxdirop.h"
 #include "moltelib/directory.h"
 #include "platform/find.h"
 
@@ -52,7 +52,7 @@ int32_t ORVEX_DISK_GetInfo(const char* pszDir, int32_t* pnTotal, int32_t* pnAvai
 
 int32_t ORVEX_DISK_CanHoldFile(const char* pszFileName, int64_t nBytes) {
     if (pszFileName == nullptr) return kModule.fail(here(), kBadArgument);
-    const molte::DirectoryOf folder(pszFileName);
+    const molte::directory::DirectoryOf folder(pszFileName);
     if (folder.path() == nullptr) return kModule.trace(here());
     const int32_t units = ORVEX_DISK_GetInfo(folder.path(), nullptr, nullptr);
     if (units < 0) return kModule.trace(here());

@@ -1,7 +1,7 @@
 // Length, state, mode and times of files.
 #include <cstring>
 
-#include "files/file_calls.h"
+#include "files/oxfileop.h"
 #include "moltelib/byte_field.h"
 
 using namespace molte::file;

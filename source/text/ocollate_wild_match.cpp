@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "data/scratch.h"
+#include "core/owners.h"
 #include "moltelib/wild_match.h"
 #include "text/ocollate_wild_match.h"
 

@@ -6,6 +6,18 @@
 
 namespace platform {
 
+namespace {
+
+// In Windows' modes one bit tells a folder. What shares it here passes for its next of kin.
+uint16_t mode_bits(mode_t mode) {
+    const mode_t rest = mode & ~mode_t{S_IFMT};
+    if (S_ISSOCK(mode)) mode = rest | S_IFIFO;
+    if (S_ISBLK(mode)) mode = rest | S_IFCHR;
+    return static_cast<uint16_t>(mode);
+}
+
+}  // namespace
+
 // The kernel itself refuses to open a folder to be written.
 int open_file(const char* path, int flags, unsigned permission) {
     struct stat status;
@@ -18,6 +30,20 @@ int open_file(const char* path, int flags, unsigned permission, struct stat* sta
     OpenFile file(::open(path, flags | O_CLOEXEC | O_NOCTTY, permission));
     if (!file.valid() || fstat(file.get(), status) != 0) return fail();
     return S_ISDIR(status->st_mode) ? fail(EISDIR) : file.release();
+}
+
+void fill_status(const struct stat& from, struct _stat64* to) {
+    *to = {.st_dev = from.st_dev,
+           .st_ino = from.st_ino,
+           .st_mode = mode_bits(from.st_mode),
+           .st_nlink = static_cast<uint32_t>(from.st_nlink),
+           .st_uid = from.st_uid,
+           .st_gid = from.st_gid,
+           .st_rdev = from.st_rdev,
+           .st_size = S_ISDIR(from.st_mode) ? 0 : from.st_size,
+           .st_atime = from.st_atim.tv_sec,
+           .st_mtime = from.st_mtim.tv_sec,
+           .st_ctime = from.st_ctim.tv_sec};
 }
 
 bool write_all(int fd, const char* bytes, size_t size) {

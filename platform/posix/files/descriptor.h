@@ -1,10 +1,12 @@
-// An open descriptor that closes itself, and the one way in which files are opened.
+// An open descriptor that closes itself, the one way in which files are opened, and their state.
 #pragma once
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
+
+#include "platform/files.h"
 
 namespace platform {
 
@@ -33,6 +35,9 @@ class OpenFile {
 // -1 with errno, and EACCES for a folder. STATUS tells of the file that was opened.
 int open_file(const char* path, int flags, unsigned permission);
 int open_file(const char* path, int flags, unsigned permission, struct stat* status);
+
+// From the kernel's state of a file to the library's.
+void fill_status(const struct stat& from, struct _stat64* to);
 
 // False with errno when not all could be written.
 bool write_all(int fd, const char* bytes, size_t size);

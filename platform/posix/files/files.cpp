@@ -8,44 +8,17 @@
 #include <cstdint>
 
 #include "files/descriptor.h"
-#include "files/file_status.h"
 #include "files/path.h"
 #include "system/failure.h"
 
 using platform::fail;
 using platform::KernelPath;
 
-namespace {
-
-// In Windows' modes one bit tells a folder. What shares it here passes for its next of kin.
-uint16_t mode_bits(mode_t mode) {
-    const mode_t rest = mode & ~mode_t{S_IFMT};
-    if (S_ISSOCK(mode)) mode = rest | S_IFIFO;
-    if (S_ISBLK(mode)) mode = rest | S_IFCHR;
-    return static_cast<uint16_t>(mode);
-}
-
-}  // namespace
-
 namespace platform {
 
 int handle_descriptor(HANDLE file) {
     const auto value = reinterpret_cast<intptr_t>(file);
     return value > 0 && value % 2 == 1 && value / 2 <= INT_MAX ? static_cast<int>(value / 2) : -1;
-}
-
-void fill_status(const struct stat& from, struct _stat64* to) {
-    *to = {.st_dev = from.st_dev,
-           .st_ino = from.st_ino,
-           .st_mode = mode_bits(from.st_mode),
-           .st_nlink = static_cast<uint32_t>(from.st_nlink),
-           .st_uid = from.st_uid,
-           .st_gid = from.st_gid,
-           .st_rdev = from.st_rdev,
-           .st_size = S_ISDIR(from.st_mode) ? 0 : from.st_size,
-           .st_atime = from.st_atim.tv_sec,
-           .st_mtime = from.st_mtim.tv_sec,
-           .st_ctime = from.st_ctim.tv_sec};
 }
 
 }  // namespace platform

@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "files/descriptor.h"
-#include "files/file_status.h"
 #include "files/path.h"
 #include "kernel/open_table.h"
 #include "system/failure.h"

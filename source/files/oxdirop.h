@@ -1,11 +1,12 @@
-// What the sources of module "oxdirop" share: a find that closes itself, and a path that grows and
-// shrinks with a walk.
+// What the files of module "oxdirop" share: a find that closes itself, and a path that grows and
+// shrinks with a walk; and the folder of a file name.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
 #include "core/modules.h"
+#include "core/owners.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
@@ -24,6 +25,30 @@ inline bool is_folder(const OXSTAT64& state) {
 inline int32_t too_long(int32_t line, const char* name) {
     return kModule.fail_text(line, kNameTooLong, SystemError::none, name);
 }
+
+inline bool is_separator(char c) {
+    return c == '/' || c == '\\';
+}
+
+// Position behind the last backslash or colon, 0 when there is none.
+[[nodiscard]] inline size_t base_name_start(const char* name) {
+    size_t at = std::strlen(name);
+    while (at > 0 && name[at - 1] != '\\' && name[at - 1] != ':') --at;
+    return at;
+}
+
+// The folder of a file name as the names of this library are built: what stands before the last
+// backslash, up to and with a last colon, else ".". A slash is no delimiter here.
+class DirectoryOf {
+ public:
+    explicit DirectoryOf(const char* file_name);
+    // Null when there was no memory, which is then reported.
+    [[nodiscard]] char* path() { return path_.get(); }
+    [[nodiscard]] const char* path() const { return path_.get(); }
+
+ private:
+    Heap<char> path_;
+};
 
 // What makes a folder's name, in which * and ? are letters, the pattern of all its entries. An
 // empty name stays one, and so doesn't stand for the root.

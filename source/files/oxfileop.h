@@ -1,12 +1,13 @@
-// The platform's calls by file name, one name for narrow and wide, so that each algorithm on names
-// is written once; and what all of module "oxfileop" shares.
+// What the files of module "oxfileop" share; first the platform's calls by file name, one name for
+// narrow and wide, so that each algorithm on names is written once.
 #pragma once
 
+#include <algorithm>
 #include <bit>
-#include <cerrno>
 #include <cwchar>
 
 #include "core/modules.h"
+#include "core/transfer.h"
 #include "data/oxdatcnv.h"
 #include "moltelib/file.h"
 #include "platform/files.h"
@@ -24,6 +25,8 @@ using molte::kBadArgument;
 using molte::kNotOpened;
 using molte::kNotRead;
 using molte::kNotWritten;
+using molte::read_whole;
+using molte::write_whole;
 
 inline bool exists(const char* name) {
     return _access(name, 0) == 0;
@@ -53,6 +56,11 @@ inline int open(const char* name, int flags, int permission = ORVEX_MODE_OWNER) 
 inline int open(const wchar_t* name, int flags, int permission = ORVEX_MODE_OWNER) {
     return _wopen(name, flags, permission);
 }
+
+// Opens a file after adding "the owner reads and writes" to its mode. The descriptor, or a negative
+// value with errno; see ORVEX_FileOpenByChmod.
+template <typename Char>
+int32_t open_by_chmod(const Char* name, int32_t flags);
 
 // The public record is the platform's, under a name of its own.
 inline int status(const char* name, OXSTAT64* out) {
@@ -89,12 +97,10 @@ inline int32_t fail_position(int32_t line, int32_t fd, int64_t offset, int32_t o
                         Decimal(offset).text(), origin);
 }
 inline int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int32_t size) {
-    return kModule.fail(line, kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d", fd, buffer,
-                        size);
+    return molte::fail_read(kModule, line, fd, buffer, size);
 }
 inline int32_t fail_write(int32_t line, int32_t fd, const void* data, int32_t size) {
-    return kModule.fail(line, kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d", fd, data,
-                        size);
+    return molte::fail_write(kModule, line, fd, data, size);
 }
 
 // Sets a position counted from the start. Of a negative one the platform says EINVAL; its own -1 is
@@ -108,15 +114,16 @@ inline bool is_block(const void* bytes, int32_t size) {
     return size == 0 || (bytes != nullptr && size > 0);
 }
 
-// Whole transfers: a short one is a failure. One that ends early for no error of the system, as at
-// the end of a file, leaves errno 0, so that no earlier failure is reported with it.
-inline bool read_whole(int32_t fd, void* buffer, int32_t size) {
-    errno = 0;
-    return _read(fd, buffer, static_cast<unsigned>(size)) == size;
-}
-inline bool write_whole(int32_t fd, const void* data, int32_t size) {
-    errno = 0;
-    return _write(fd, data, static_cast<unsigned>(size)) == size;
+// Adds so many zeros by WRITE(zeros, size) -> bool, so that the disk space is taken.
+template <typename Write>
+bool fill_with_zeros(int64_t count, Write write) {
+    static constexpr uint8_t kZeros[8192] = {};
+    for (int64_t left = count; left > 0;) {
+        const auto chunk = static_cast<int32_t>(std::min<int64_t>(left, sizeof kZeros));
+        if (!write(kZeros, chunk)) return false;
+        left -= chunk;
+    }
+    return true;
 }
 
 }  // namespace molte::file
