@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "core/transfer.h"
 #include "moltelib/file.h"
 #include "moltelib/parameter_file.h"
 #include "platform/code_page.h"
@@ -17,11 +18,6 @@ namespace molte::ini {
 namespace {
 
 constexpr int32_t kLockWaiting = 1;
-
-int32_t fail_read(int32_t line, int32_t fd, const void* buffer, int64_t size) {
-    return kModule.fail(line, kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d", fd, buffer,
-                        static_cast<int32_t>(size));
-}
 
 // A zero byte ends the text of its line.
 constexpr bool ends_name(char c) {
@@ -65,12 +61,9 @@ int32_t LockedFile::take(FILE* stream, const char* path, int32_t line) {
 }
 
 int32_t LockedFile::replace(std::string_view text) const {
-    const auto size = static_cast<unsigned>(text.size());
-    errno = 0;
-    if (_lseeki64(fd_, 0, SEEK_SET) != 0 ||
-        _write(fd_, text.data(), size) != static_cast<int>(size)) {
-        return kModule.fail(here(), kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d", fd_,
-                            text.data(), static_cast<int32_t>(size));
+    const auto size = static_cast<int32_t>(text.size());
+    if (_lseeki64(fd_, 0, SEEK_SET) != 0 || !write_whole(fd_, text.data(), size)) {
+        return fail_write(kModule, here(), fd_, text.data(), size);
     }
     if (ORVEX_UTIL_ChSizeByFD(fd_, size) < 0) return kModule.trace(here());
     return 1;
@@ -85,7 +78,7 @@ int32_t LockedFile::change(std::string_view from, std::string_view to) const {
 
 int32_t FileText::load(int32_t fd) {
     const int count = _read(fd, near_, sizeof near_);
-    if (count < 0) return fail_read(here(), fd, near_, sizeof near_);
+    if (count < 0) return fail_read(kModule, here(), fd, near_, sizeof near_);
     text_ = {near_, static_cast<size_t>(count)};
     const int64_t size = ORVEX_FileLen(fd);
     if (size < 0) return kModule.trace(here());
@@ -99,9 +92,8 @@ int32_t FileText::load_rest(int32_t fd, int64_t size) {
     far_ = allocate<char>(size);
     if (far_ == nullptr) return kModule.trace(here());
     std::memcpy(far_.get(), near_, text_.size());
-    errno = 0;
-    if (_read(fd, far_.get() + known, static_cast<unsigned>(size - known)) != size - known) {
-        return fail_read(here(), fd, far_.get(), size);
+    if (!read_whole(fd, far_.get() + known, static_cast<int32_t>(size - known))) {
+        return fail_read(kModule, here(), fd, far_.get(), static_cast<int32_t>(size));
     }
     text_ = {far_.get(), static_cast<size_t>(size)};
     return 1;

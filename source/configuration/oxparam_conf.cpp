@@ -1,9 +1,9 @@
 // The files of the CONF folder: single values, the list of servers, the identity of the machine.
 #include "configuration/oxparam.h"
 
-#include <cerrno>
 #include <cstring>
 
+#include "core/transfer.h"
 #include "moltelib/date_time.h"
 #include "moltelib/file.h"
 #include "moltelib/main_path.h"
@@ -99,24 +99,16 @@ int32_t read_identity(const char* path, uint8_t* id) {
     molte::Descriptor file(ORVEX_FileOpenByChmod(path, ORVEX_OPEN_UPDATE));
     if (!file.valid()) file.reset(ORVEX_FileOpenByChmod(path, ORVEX_OPEN_READ));
     if (!file.valid()) return kModule.fail_text(492, kNotOpened, SystemError::runtime, path);
-    errno = 0;
-    if (_read(file.get(), id, ORVEX_UUID_SIZE) != ORVEX_UUID_SIZE) {
-        return kModule.fail(494, kNotRead, SystemError::runtime, "fd=%d pbuf=%p nsize=%d",
-                            file.get(), static_cast<void*>(id), ORVEX_UUID_SIZE);
-    }
-    return 1;
+    if (molte::read_whole(file.get(), id, ORVEX_UUID_SIZE)) return 1;
+    return molte::fail_read(kModule, 494, file.get(), id, ORVEX_UUID_SIZE);
 }
 
 int32_t write_identity(const char* path, const uint8_t* id) {
     ORVEX_FileChangeMode(path, ORVEX_MODE_OWNER, 0);
     const molte::Descriptor file(_open(path, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return kModule.fail_text(502, kNotOpened, SystemError::runtime, path);
-    errno = 0;
-    if (_write(file.get(), id, ORVEX_UUID_SIZE) != ORVEX_UUID_SIZE) {
-        return kModule.fail(503, kNotWritten, SystemError::runtime, "fd=%d buf=%p size=%d",
-                            file.get(), static_cast<const void*>(id), ORVEX_UUID_SIZE);
-    }
-    return 2;
+    if (molte::write_whole(file.get(), id, ORVEX_UUID_SIZE)) return 2;
+    return molte::fail_write(kModule, 503, file.get(), id, ORVEX_UUID_SIZE);
 }
 
 }  // namespace
