@@ -1,3 +1,4 @@
+#include "support/asleep.h"
 #include "support/test.h"
 
 #if !defined(_WIN32)
@@ -131,11 +132,10 @@ TEST_F(State, OthersWaitForTheWholeOfBringUp) {
     EXPECT_EQ(ORVEX_ShortOpLock() + ORVEX_ShortOpUnLock(), 2);
     int32_t result = -1;
     bool whole = false;
-    std::thread other([&] {
+    SleepingThread other([&] {
         result = ORVEX_BASE_InitVar();
         whole = g_stBv.stCounterLock.bInited != 0;
     });
-    ORVEX_SleepMilli(20);  // the time in which one that doesn't wait is seen
     EXPECT_EQ(builder.finish(), 1);
     other.join();
     EXPECT_EQ(result, 0);
@@ -208,11 +208,9 @@ TEST_F(State, SmallAnswers) {
     EXPECT_EQ(MOLTE_COUNTER_Release(&crit) + MOLTE_ReleaseCrit(&crit), 2);
     EXPECT_EQ(MOLTE_InitCrit(nullptr), -1);
     char text[40];
-    EXPECT_EQ(ORVEX_BASE_BuildVerAndTime(nullptr) - ORVEX_BASE_BuildVerAndTime(text), 0);
+    EXPECT_EQ(ORVEX_BASE_BuildVerAndTime(text) - ORVEX_BASE_BuildVerAndTime(nullptr), 0);
     EXPECT_STREQ(text, "Mon Jun  4 11:00:41 2018(Build 1130)");
     EXPECT_EQ(MOLTE_IsBigEndian(), 0);
-    const Text system = MOLTE_OsType2String(ORVEX_GetOsType());
-    EXPECT_STREQ(MOLTE_UTIL_MacroOs(), system == "Unix"s ? "win x64" : system);
 }
 
 }  // namespace

@@ -65,18 +65,6 @@ TEST(FileLock, WaitsTenTriesForItsTurn) {
     EXPECT_GE(steady_clock::now() - start, std::chrono::seconds(9));
 }
 
-TEST(FileLock, ArgumentsAndReaders) {
-    const TempFolder folder;
-    const std::string name = folder.write("f", "x");
-    const Descriptor writer(name);
-    const Descriptor readers[] = {Descriptor(name, 32768), Descriptor(name, 32768)};
-    for (const int mode : {-1, 5}) EXPECT_TRUE(_locking(0, mode, 1) == -1 && errno == EINVAL);
-    EXPECT_TRUE(_locking(0, _LK_NBLCK, -1) == -1 && errno == EINVAL);
-    EXPECT_EQ(writer.lock(_LK_NBLCK, 0, 0), 0) << "a size of 0 locks nothing";
-    EXPECT_EQ(readers[0].lock(_LK_NBLCK), 0);
-    EXPECT_EQ(readers[1].lock(_LK_NBLCK), 0);
-    EXPECT_EQ(writer.lock(_LK_NBLCK), -1);
-}
 #endif
 
 }  // namespace

@@ -106,10 +106,7 @@ TEST(NamedObjects, TellWhatTheyFind) {
     std::string other_case = name;
     other_case[0] = 'M';
     const std::string longer(260, 'x');
-    const struct {
-        std::function<HANDLE()> call;
-        DWORD error;
-    } rows[] = {
+    const std::pair<std::function<HANDLE()>, DWORD> rows[] = {
         {[&] { return mutex(false, name); }, ERROR_INVALID_HANDLE},
         {[&] { return semaphore(1, 1, name); }, ERROR_INVALID_HANDLE},
         {[&] { return open_mutex(name); }, ERROR_INVALID_HANDLE},
@@ -122,8 +119,7 @@ TEST(NamedObjects, TellWhatTheyFind) {
         {[&] { return automatic(false, longer); }, ERROR_FILENAME_EXCED_RANGE},
         {[&] { return open(longer + longer); }, ERROR_FILENAME_EXCED_RANGE},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(error_if(row.call() == nullptr), row.error) << &row - rows;
+    for (const auto& [call, error] : rows) EXPECT_EQ(error_if(call() == nullptr), error);
 }
 
 TEST(NamedObjects, LiveAsLongAsAnyProcessHasThemOpen) {
