@@ -119,12 +119,10 @@ TEST(Find, NamesKeepCaseAndCharacters) {
 
 TEST(Find, Links) {
     const TempFolder folder;
-    const TempFolder other;
-    fs::create_symlink(other.path(), folder.path() / "to_folder");
-    fs::create_symlink(other.write("f", ""), folder.path() / "to_file");
+    fs::create_symlink(folder.path(), folder.path() / "to_folder");
     fs::create_symlink("nowhere", folder.path() / "broken");
-    for (const std::string name : {"to_folder", "to_file", "broken"}) {
-        for (const auto first : {FindFirstFileA, platform::find_first_name}) {
+    for (const auto first : {FindFirstFileA, platform::find_first_name}) {
+        for (const std::string name : {"to_folder", "broken"}) {
             WIN32_FIND_DATAA found;
             FindClose(first((folder / name).c_str(), &found));
             const DWORD kind = name == "to_folder" ? FILE_ATTRIBUTE_DIRECTORY : 0;

@@ -49,7 +49,6 @@ TEST(Product, TextsOfItsBlock) {
 }
 
 TEST(Product, TextsWithoutResources) {
-    EXPECT_STREQ(MOLTE_GetCorpInfoByProduct(1, 3), "Lumbra Software Inc");
     char title[] = "abc-xyz";
     EXPECT_EQ(MOLTE_AdjustAppTitle(title), 0);
     EXPECT_STREQ(title, "abc-xyz");
