@@ -108,7 +108,7 @@ TEST(Error, HistoryKeepsItsFirst14Entries) {
 TEST(Error, DataComesBackInOneRun) {
     const std::string data = std::string(96, 'a') + std::string(48, 'b');
     char back[145] = {};
-    for (const size_t length : {0, 1, 96, 97, 144}) {
+    for (const size_t length : {0U, 1U, 96U, 97U, 144U}) {
         const auto exact = std::make_unique<char[]>(length);
         std::memcpy(exact.get(), data.data(), length);
         ORVEX_Err_Set(1, 0, "m", 1, static_cast<uint8_t>(length), exact.get(), 0);
@@ -129,7 +129,7 @@ TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
     std::strcpy(g_stBv.szAppVersion, "1.2.3.4");
     std::memset(g_stBv.szAppShortName, 'p', sizeof g_stBv.szAppShortName);  // not terminated
     g_stBv.stSysInfo.nPhysicalMemInMB = 2048;
-    for (const size_t length : {63, 64, 65, 90}) {  // the field has 64
+    for (const size_t length : {63U, 64U, 65U, 90U}) {  // the field has 64
         const std::string system = "os" + std::string(length - 53, 'x');
         std::strcpy(g_stBv.szOsPlatform, system.c_str());
         const std::string whole = std::string(32, 'p') + " 1.2.3.4 " + system + " 0 2048 64";

@@ -107,7 +107,7 @@ struct Split {
 TEST(SortedArray, SplitsSetsOfItemsOfAnySize) {
     std::mt19937 random(2);
     for (int round = 0; round < 900; ++round) {
-        const size_t item = std::array{1, 2, 4, 5, 8}[static_cast<size_t>(round % 5)];
+        const size_t item = std::array{1U, 2U, 4U, 5U, 8U}[static_cast<size_t>(round % 5)];
         const uint32_t most[] = {round % 3 == 1 ? 5U : 400U, round % 3 == 2 ? 5U : 400U};
         Ints lists[2];
         std::set<int32_t> models[2];

@@ -19,7 +19,8 @@ TEST(LastError, EachNumberHasATextOfItsOwn) {
     };
     std::set<std::string> texts;
     DWORD length = 0;
-    for (const DWORD number : {2, 3, 5, 6, 18, 32, 33, 80, 87, 112, 123, 145, 183, 206, 1131}) {
+    for (const DWORD number : std::initializer_list<DWORD>{2, 3, 5, 6, 18, 32, 33, 80, 87, 112, 123,
+                                                           145, 183, 206, 1131}) {
         length = format(system | FORMAT_MESSAGE_IGNORE_INSERTS, number, 256);
         EXPECT_EQ(std::string(text).find("\r\n"), length - 2) << number;
         EXPECT_TRUE(texts.insert(text).second) << text;

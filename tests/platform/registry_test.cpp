@@ -98,7 +98,7 @@ TEST_F(Registry, KeysAccessAndSizes) {
     const auto query = [&](BYTE* to) {
         return RegQueryValueExA(below, "v", nullptr, nullptr, to, &size);
     };
-    for (const DWORD room : {0, 7, 8, 100}) {
+    for (const DWORD room : {0U, 7U, 8U, 100U}) {
         bytes[0] = '#';
         size = room;
         EXPECT_EQ(query(bytes), room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);

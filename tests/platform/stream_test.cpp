@@ -49,7 +49,7 @@ TEST(Stream, TextIsReadWithPlainLineEnds) {
                                    {"", ""}};
     for (const auto& [stored, text] : rows) {
         const std::string name = folder.write("f", stored);
-        for (const size_t piece : {1, 7, 100'000}) {
+        for (const size_t piece : {1U, 7U, 100'000U}) {
             for (const wchar_t* mode : {L"rt", L"r", L"r+t", L"a+t", L"rb"}) {
                 const std::wstring wide = fs::path(name).wstring();
                 FILE* stream = platform::open_stream_wide(wide.c_str(), mode);

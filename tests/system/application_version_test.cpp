@@ -96,7 +96,7 @@ TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
         }
         // Each field of up to eight bytes filled with what overflows.
         for (size_t at = 4; at < whole.size(); ++at) {
-            for (const size_t size : {1, 2, 4, 8}) {
+            for (const size_t size : {1U, 2U, 4U, 8U}) {
                 for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
                     std::string broken = whole;
                     broken.replace(at, size, size, value);
