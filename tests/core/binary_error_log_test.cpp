@@ -1,4 +1,5 @@
 #include "support/test.h"
+#include "support/unprivileged.h"
 
 namespace {
 
@@ -115,16 +116,14 @@ TEST_F(BinaryLog, AFullBlockBeginsAgain) {
 
 TEST_F(BinaryLog, RoomForAnEntry) {
     constexpr uint32_t rows[][5] = {{0, 254, 10, 0, 10},      {0, 0, 9000, 1, 8128},
-                                    {0, 0, 8095, 1, 8095},    {0, 1, 8063, 1, 8063},
-                                    {0, 1, 8064, 0, 8064},    {100, 1, 7963, 1, 7963},
-                                    {100, 1, 7964, 0, 7964},  {0, UINT32_MAX, 1, 0, 1},
-                                    {UINT32_MAX, 1, 1, 0, 1}, {UINT32_MAX, 0, 9000, 1, 8128}};
+                                    {0, 1, 8063, 1, 8063},    {0, 1, 8064, 0, 8064},
+                                    {100, 1, 7963, 1, 7963},  {100, 1, 7964, 0, 7964},
+                                    {0, UINT32_MAX, 1, 0, 1}, {UINT32_MAX, 0, 9000, 1, 8128}};
     for (const auto& [data_pos, count, given, result, cut] : rows) {
         BERRLOG_BLOCK bytes;
         std::memcpy(&bytes, block(data_pos, count, "").data(), sizeof bytes);
         auto length = static_cast<int32_t>(given);
-        EXPECT_EQ(BERRLOG_UTIL_CanHoldLog(&bytes, &length), static_cast<int32_t>(result))
-            << count << " " << given;
+        EXPECT_EQ(BERRLOG_UTIL_CanHoldLog(&bytes, &length), static_cast<int32_t>(result)) << given;
         EXPECT_EQ(length, static_cast<int32_t>(cut));
     }
 }
@@ -144,12 +143,6 @@ TEST_F(BinaryLog, TextsStayInTheBlock) {
         EXPECT_EQ(bytes.substr(kMap + 8192), neighbour) << length;
         EXPECT_EQ(bytes.substr(kMap + 40, 8), number(offset) + number(offset));
         EXPECT_EQ(bytes.substr(kMap + 8192 - kept, kept), std::string(kept, 'x'));
-    }
-    // Numbers of a hostile block: nothing outside it is touched, and it begins again or is filled.
-    for (uint32_t position : {8100U, 0x7FFFFFFFU, 0xFFFFFFF0U}) {
-        make(block(position, 0, "") + neighbour);
-        add(std::string(50, 'x'));
-        EXPECT_EQ(file().substr(kMap + 8192), neighbour);
     }
 }
 
@@ -171,14 +164,13 @@ TEST_F(BinaryLog, RetrievesUpToTheFirstThatIsTooOld) {
     EXPECT_EQ(text, std::string("01234\0\00056", 9));
 }
 
+// What the fuzz target's seeds hold besides is only read without harm.
 TEST_F(BinaryLog, HostileBlocksAreRefusedOrCut) {
     make(block(0, 256, std::string(8160, '\1')));
     EXPECT_EQ(retrieve(0x01010102), 0);  // the first entry is too old
     ORVEX_Err_ClearError();
     EXPECT_EQ(retrieve(0), -1);
     EXPECT_EQ(error_of_this_thread(), "298 oxerrlog");
-    make(block(0, 0xFFFFFFFF, ""));
-    EXPECT_EQ(retrieve(0), -1);
     make(block(0, 4,
                entry(5, 0xFFFFFFFF, 0xFFFFFFFF) + entry(5, 8192, 1) + entry(5, 8000, 0x80000000) +
                    entry(1, 0, 0),
@@ -186,16 +178,19 @@ TEST_F(BinaryLog, HostileBlocksAreRefusedOrCut) {
     std::string text;
     EXPECT_EQ(retrieve(2, &text, 192), 3);
     EXPECT_EQ(text, std::string(192, 't'));
-    std::string many;
-    for (int i = 0; i < 255; ++i) many += entry(9, 32, 8160);
-    make(block(0, 255, many) + block(0, 1, entry(1, 0, 0)));  // 2 MB of text
-    EXPECT_EQ(retrieve(5, &text, size_t{255} * 8160), 255);
-    EXPECT_EQ(text.substr(size_t{254} * 8160), many);
     make("short");
     EXPECT_EQ(retrieve(0), -1);
     EXPECT_EQ(add("text"), 0);
     EXPECT_NE(history_of_this_thread().find("145 oxerrlog, 213 oxerrlog"), std::string::npos);
     EXPECT_EQ(fs::file_size(path()), kMap + 5);
+#if !defined(_WIN32)
+    fs::permissions(folder_.path(), fs::perms{0755});
+    fs::permissions(path(), fs::perms::none);
+    const Unprivileged somebody;  // may not open what is there
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(add("text"), 0);
+    EXPECT_TRUE(history_of_this_thread().ends_with(", 210 oxerrlog")) << history_of_this_thread();
+#endif
 }
 
 TEST_F(BinaryLog, ParametersThatAreNone) {

