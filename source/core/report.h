@@ -24,6 +24,8 @@ enum class SystemError : uint8_t {
 inline constexpr uint32_t kNotOpened = 1;
 inline constexpr uint32_t kNotRead = 3;
 inline constexpr uint32_t kNotWritten = 4;
+inline constexpr uint32_t kNoPosition = 5;
+inline constexpr uint32_t kNoState = 10;  // of a file, a folder or a disk
 inline constexpr uint32_t kOutOfMemory = 20;
 inline constexpr uint32_t kBadArgument = 50;
 inline constexpr uint32_t kAbsent = 52;  // a parameter has no value

@@ -13,6 +13,8 @@ namespace {
 constexpr auto kModule = molte::kOarray;
 using molte::kBadArgument;
 constexpr int64_t kMaxItems = std::numeric_limits<int32_t>::max();
+constexpr uint32_t kBadIndex = 414;
+constexpr uint32_t kNotCopied = 416;
 constexpr int32_t kInitLine = 20;
 
 uint8_t* item_at(const PA& array, int32_t index) {
@@ -141,7 +143,8 @@ int32_t PA_SetAt(PA* pArray, int32_t nIndex, const void* pItem) {
 
 int32_t PA_InsertAt(PA* pArray, int32_t nIndex, const void* pItem) {
     if (nIndex < 0) {
-        return kModule.fail(molte::here(), 414, molte::SystemError::none, "cur idx=%d", nIndex);
+        return kModule.fail(molte::here(), kBadIndex, molte::SystemError::none, "cur idx=%d",
+                            nIndex);
     }
     const int32_t count = pArray->nCount;
     // Grows one item early: the room for nCount + 1 must be there before the move.
@@ -215,7 +218,7 @@ int32_t PA_Duplicate(const PA* pSrc, PA* pDst) {
 int32_t PA_Copy(const PA* pSrc, PA* pDst) {
     if (pDst->pData == nullptr || pDst->nItemSize != pSrc->nItemSize ||
         pDst->nCapacity < pSrc->nCount) {
-        return kModule.fail(molte::here(), 416);
+        return kModule.fail(molte::here(), kNotCopied);
     }
     if (pSrc->nCount > 0) std::memcpy(pDst->pData, pSrc->pData, bytes_of(*pSrc, pSrc->nCount));
     return 1;

@@ -22,6 +22,8 @@ namespace {
 
 constexpr auto kModule = molte::kOxdatcnv;
 
+constexpr uint32_t kLongBarCode = 36;
+constexpr uint32_t kNoBuffer = 51;
 constexpr int kMaxBarCodeDigits = 19;
 constexpr int32_t kMaxKeyLength = 31;
 constexpr int kNumberTextSize = 32;
@@ -152,7 +154,7 @@ int32_t uint8ToBarCode(uint64_t v, char* buf, int32_t len) {
     char digits[kNumberTextSize];
     const auto count = static_cast<int32_t>(strlen(_ui64toa(v, digits, 10)));
     if (count >= len) {
-        return kModule.fail(molte::here(), 36, molte::SystemError::none,
+        return kModule.fail(molte::here(), kLongBarCode, molte::SystemError::none,
                             "bufflen=%d barcodelen=%d bar=%s", len, count, digits);
     }
     memcpy(buf + len - count, digits, static_cast<size_t>(count));
@@ -193,7 +195,7 @@ char* MOLTE_ui64toa(uint64_t v, char* buf) {
 
 wchar_t* MOLTE_i64tow(int64_t v, wchar_t* buf) {
     if (buf == nullptr) {
-        kModule.fail(molte::here(), 51, molte::SystemError::runtime);
+        kModule.fail(molte::here(), kNoBuffer, molte::SystemError::runtime);
         return nullptr;
     }
     return widen(MOLTE_i64toa(v, nullptr), buf);
@@ -201,7 +203,7 @@ wchar_t* MOLTE_i64tow(int64_t v, wchar_t* buf) {
 
 wchar_t* MOLTE_ui64tow(uint64_t v, wchar_t* buf) {
     if (buf == nullptr) {
-        kModule.fail(molte::here(), 51, molte::SystemError::runtime);
+        kModule.fail(molte::here(), kNoBuffer, molte::SystemError::runtime);
         return nullptr;
     }
     return widen(MOLTE_ui64toa(v, nullptr), buf);

@@ -49,6 +49,9 @@ inline std::string_view take_line(std::string_view& text, size_t longest) {
     return line;
 }
 
+// A format or a text that can't be converted.
+inline constexpr uint32_t kNotConverted = 103;
+
 // Adds zeroed items to an array that is held by pointer and capacity. -1 without memory, or when
 // the array would pass 2^31 - 1 bytes, with error 20; it is then as it was.
 template <typename T>

@@ -13,6 +13,8 @@ namespace {
 constexpr auto kModule = molte::kOxstring;
 constexpr auto kUtility = molte::kOxsysutl;
 
+constexpr uint32_t kCut = 501;  // the text just fills its buffer
+
 // The texts of ox_part_atoi were at most this long.
 constexpr int32_t kMaxNumberText = 127;
 
@@ -21,7 +23,7 @@ bool can_format(const void* dst, int32_t size, const void* format) {
 }
 
 int32_t formatted(int32_t result, int32_t size) {
-    return result == size ? kModule.fail(molte::here(), 501) : result;
+    return result == size ? kModule.fail(molte::here(), kCut) : result;
 }
 
 char* duplicate(const char* text) {

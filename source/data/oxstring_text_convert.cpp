@@ -1,12 +1,14 @@
 
 #include "core/modules.h"
 #include "core/owners.h"
+#include "data/oxstring.h"
 #include "moltelib/text_convert.h"
 #include "platform/code_page.h"
 
 namespace {
 
 constexpr auto kModule = molte::kOxstring;
+constexpr uint32_t kNoRoom = 2624;
 
 // The two texts of a report: measuring failed, converting failed.
 struct Words {
@@ -53,7 +55,7 @@ struct Conversion {
         const int64_t size = measure(src);
         if (size < 0) return -1;
         if (room <= size) {
-            return kModule.fail(molte::here(), 2624, molte::SystemError::none,
+            return kModule.fail(molte::here(), kNoRoom, molte::SystemError::none,
                                 "dest buf size=%d <= src size=%d", room,
                                 static_cast<int32_t>(size + 1));
         }
@@ -62,7 +64,8 @@ struct Conversion {
 
  private:
     static int32_t fail(const char* text) {
-        return kModule.fail_text(molte::here(), 103, molte::SystemError::runtime, text);
+        return kModule.fail_text(molte::here(), molte::kNotConverted, molte::SystemError::runtime,
+                                 text);
     }
 };
 

@@ -89,10 +89,12 @@ int32_t OXSTR_STROBJ_vPrintf(OXSTR_STROBJ* obj, const char* fmt, va_list args) {
     int32_t size = format(*obj, fmt, args);
     if (size < 0) {
         const int64_t needed = measure(fmt, args);
-        if (needed < 0) return kModule.fail(molte::here(), 103, molte::SystemError::runtime);
+        if (needed < 0)
+            return kModule.fail(molte::here(), molte::kNotConverted, molte::SystemError::runtime);
         if (ensure(*obj, needed + kSpare) < 0) return kModule.trace(molte::here());
         size = format(*obj, fmt, args);
-        if (size < 0) return kModule.fail(molte::here(), 103, molte::SystemError::runtime);
+        if (size < 0)
+            return kModule.fail(molte::here(), molte::kNotConverted, molte::SystemError::runtime);
     }
     obj->nLen += size;
     return size;

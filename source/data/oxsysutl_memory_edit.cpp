@@ -11,6 +11,9 @@ namespace {
 
 constexpr auto kModule = molte::kOxsysutl;
 using molte::kBadArgument;
+constexpr uint32_t kStreamEnds = 272;
+constexpr uint32_t kNotRemoved = 434;
+constexpr uint32_t kNotInserted = 435;
 constexpr int64_t kStreamStep = 1024;
 constexpr int64_t kMaxSize = std::numeric_limits<int32_t>::max();
 
@@ -35,11 +38,13 @@ int64_t insert_bytes(void* buffer, int64_t size, const void* ins, int64_t pos, i
 }
 
 int32_t removed(int32_t line, int64_t new_size, int32_t entry_size) {
-    return new_size < 0 ? kModule.fail(line, 434) : static_cast<int32_t>(new_size / entry_size);
+    return new_size < 0 ? kModule.fail(line, kNotRemoved)
+                        : static_cast<int32_t>(new_size / entry_size);
 }
 
 int32_t inserted(int32_t line, int64_t new_size, int32_t entry_size) {
-    return new_size < 0 ? kModule.fail(line, 435) : static_cast<int32_t>(new_size / entry_size);
+    return new_size < 0 ? kModule.fail(line, kNotInserted)
+                        : static_cast<int32_t>(new_size / entry_size);
 }
 
 }  // namespace
@@ -50,7 +55,7 @@ int32_t MOLTE_MemDelAndMove(void* pBuf, int32_t nSize, int32_t nPos, int32_t n) 
 
 int32_t MOLTE_EntryDelAndMove(void* pBuf, int32_t nCount, int32_t nPos, int32_t n,
                               int32_t nEntrySize) {
-    if (nEntrySize < 1) return kModule.fail(molte::here(), 434);
+    if (nEntrySize < 1) return kModule.fail(molte::here(), kNotRemoved);
     const int64_t size = nEntrySize;
     return removed(molte::here(), remove_bytes(pBuf, nCount * size, nPos * size, n * size),
                    nEntrySize);
@@ -62,7 +67,8 @@ int32_t MOLTE_MemInsert(void* pBuf, int32_t nSize, const void* pIns, int32_t nPo
 
 int32_t MOLTE_EntryInsert(void* pBuf, int32_t nCount, const void* pIns, int32_t nPos, int32_t n,
                           int32_t nEntrySize) {
-    if (nEntrySize < 1 || (n > 0 && nCount > kMaxSize - n)) return kModule.fail(molte::here(), 435);
+    if (nEntrySize < 1 || (n > 0 && nCount > kMaxSize - n))
+        return kModule.fail(molte::here(), kNotInserted);
     const int64_t size = nEntrySize;
     return inserted(molte::here(), insert_bytes(pBuf, nCount * size, pIns, nPos * size, n * size),
                     nEntrySize);
@@ -92,7 +98,7 @@ int32_t MOLTE_MEMOP_AddToStream(uint8_t** ppBuf, int32_t* pnCapacity, int32_t* p
 int32_t MOLTE_MEMOP_GetFromStream(const void* pBuf, int32_t nBufLen, int32_t* pnPos, void* pOut,
                                   int32_t n) {
     if (n < 0 || *pnPos < 0 || static_cast<int64_t>(*pnPos) + n > nBufLen) {
-        return kModule.fail(molte::here(), 272, molte::SystemError::none,
+        return kModule.fail(molte::here(), kStreamEnds, molte::SystemError::none,
                             "buflen=%d curpos=%d read=%d", nBufLen, *pnPos, n);
     }
     if (n > 0)

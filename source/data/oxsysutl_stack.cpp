@@ -5,6 +5,7 @@
 namespace {
 constexpr auto kModule = molte::kOxsysutl;
 constexpr int32_t kFirstCapacity = 16;
+constexpr uint32_t kTooDeep = 271;
 constexpr int32_t kInitLine = 2466;
 }  // namespace
 
@@ -44,8 +45,8 @@ int32_t MOLTE_STACK_GetTop(const MOLTE_STACK* pStack, void* pOut) {
 int32_t MOLTE_STACK_GetDeepTop(const MOLTE_STACK* pStack, int32_t nDepth, void* pOut) {
     const int32_t count = pStack->stItems.nCount;
     if (nDepth >= count) {
-        return kModule.fail(molte::here(), 271, molte::SystemError::none, "idx=%d max=%d", nDepth,
-                            count);
+        return kModule.fail(molte::here(), kTooDeep, molte::SystemError::none, "idx=%d max=%d",
+                            nDepth, count);
     }
     if (pOut == nullptr) return 1;
     // A negative depth gives an index that the array refuses, whichever way it wraps.

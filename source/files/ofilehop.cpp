@@ -27,6 +27,9 @@ using molte::SystemError;
 namespace {
 
 constexpr auto kModule = molte::kOfilehop;
+constexpr uint32_t kNotCreated = 7;
+constexpr uint32_t kNotCommitted = 26;
+constexpr uint32_t kSizeNotSet = 291;
 constexpr int32_t kCreate = 0x100;
 constexpr int32_t kWaitingLock = 1;
 constexpr int32_t kUnlock = 0;
@@ -79,8 +82,8 @@ ORVEX_HFILE* refuse_null_name() {
 }
 
 int32_t fail_seek(int32_t line, const ORVEX_HFILE& file, int64_t offset, int64_t result) {
-    return kModule.fail(line, 5, SystemError::runtime, "N%s R=%s FN=%s\n", Decimal(offset).text(),
-                        Decimal(result).text(), file.szFileName);
+    return kModule.fail(line, molte::kNoPosition, SystemError::runtime, "N%s R=%s FN=%s\n",
+                        Decimal(offset).text(), Decimal(result).text(), file.szFileName);
 }
 
 void log_failed_read(ORVEX_HFILE* file, const void* buffer, int64_t result, int64_t length) {
@@ -114,7 +117,7 @@ bool extend(ORVEX_HFILE* file, int64_t from, int64_t to) {
 int32_t set_end_here(ORVEX_HFILE* file) {
     const intptr_t handle = _get_osfhandle(file->fd);
     if (SetEndOfFile(reinterpret_cast<HANDLE>(handle)) != 0) return 1;
-    return kModule.fail(here(), 291, SystemError::platform, "set end of file");
+    return kModule.fail(here(), kSizeNotSet, SystemError::platform, "set end of file");
 }
 
 // The buffer of a copy: the caller's, or one of at most 4 MB.
@@ -187,14 +190,14 @@ ORVEX_HFILE* ORVEX_HFILE_Open(const char* pszName, int32_t nFlags) {
     if (record == nullptr) return nullptr;
     _chmod(pszName, ORVEX_MODE_OWNER);
     const int32_t flags = nFlags != 0 ? nFlags : int32_t{ORVEX_OPEN_UPDATE};
-    return open_into(std::move(record), pszName, flags, ORVEX_MODE_OWNER, 1);
+    return open_into(std::move(record), pszName, flags, ORVEX_MODE_OWNER, molte::kNotOpened);
 }
 
 ORVEX_HFILE* ORVEX_HFILE_OpenMode(const char* pszName, int32_t nFlags, int32_t nPermission) {
     if (pszName == nullptr) return refuse_null_name();
     Record record = new_record(pszName);
     if (record == nullptr) return nullptr;
-    ORVEX_HFILE* file = open_into(std::move(record), pszName, nFlags, nPermission, 7);
+    ORVEX_HFILE* file = open_into(std::move(record), pszName, nFlags, nPermission, kNotCreated);
     if (file == nullptr) kModule.trace(here());
     return file;
 }
@@ -222,7 +225,8 @@ int32_t ORVEX_HFILE_Close(ORVEX_HFILE** ppFile) {
 int64_t ORVEX_HFILE_CurrentPos(ORVEX_HFILE* pFile) {
     if (pFile == nullptr) return -1;
     const int64_t position = _telli64(pFile->fd);
-    if (position < 0) kModule.fail_text(here(), 5, SystemError::runtime, pFile->szFileName);
+    if (position < 0)
+        kModule.fail_text(here(), molte::kNoPosition, SystemError::runtime, pFile->szFileName);
     return position;
 }
 
@@ -288,7 +292,8 @@ int64_t ORVEX_HFILE_WriteS(ORVEX_HFILE* pFile, const void* pData, int64_t nPos, 
 int32_t ORVEX_HFILE_Commit(ORVEX_HFILE* pFile) {
     if (pFile == nullptr) return kModule.fail(here(), kBadArgument);
     if (_commit(pFile->fd) >= 0) return 1;
-    return kModule.fail(here(), 26, SystemError::runtime, "sync file error. fd=%d", pFile->fd);
+    return kModule.fail(here(), kNotCommitted, SystemError::runtime, "sync file error. fd=%d",
+                        pFile->fd);
 }
 
 int64_t ORVEX_HFILE_Size(ORVEX_HFILE* pFile) {

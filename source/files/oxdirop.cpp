@@ -18,6 +18,11 @@ using molte::SystemError;
 
 namespace {
 
+constexpr uint32_t kNoFindRecord = 28;
+constexpr uint32_t kNotEntered = 29;
+constexpr uint32_t kNoCurrentFolder = 142;
+constexpr uint32_t kNoFolder = 402;
+constexpr uint32_t kNotEmpty = 900;
 constexpr int64_t kNoFind = -1;
 
 static_assert(sizeof(OXFINDDATA) == sizeof(WIN32_FIND_DATAA));
@@ -87,7 +92,8 @@ Find::Find(const char* start, const char* rest, bool names_only) {
     } else {
         SetLastError(ERROR_FILENAME_EXCED_RANGE);
     }
-    if (!found_) kModule.fail_text(here(), 1, SystemError::platform, pattern.text());
+    if (!found_)
+        kModule.fail_text(here(), molte::kNotOpened, SystemError::platform, pattern.text());
     handle_ = std::bit_cast<intptr_t>(find);
 }
 
@@ -146,12 +152,12 @@ int32_t ORVEX_TransPathDelimiter(char* pszPath, char cDelimiter) {
 
 int32_t ORVEX_ChDir(const char* pszPath) {
     if (_chdir(pszPath) == 0) return 1;
-    return kModule.fail_text(here(), 29, SystemError::runtime, pszPath);
+    return kModule.fail_text(here(), kNotEntered, SystemError::runtime, pszPath);
 }
 
 char* ORVEX_Getcwd(char* pszBuf, int32_t nSize) {
     if (pszBuf != nullptr && nSize > 0 && _getcwd(pszBuf, nSize) != nullptr) return pszBuf;
-    kModule.fail(here(), 142, SystemError::runtime);
+    kModule.fail(here(), kNoCurrentFolder, SystemError::runtime);
     return nullptr;
 }
 
@@ -166,13 +172,13 @@ int32_t ORVEX_IsDirEmpty(const char* pszName) {
     const int32_t is_path = ORVEX_NameIsPath(pszName);
     if (is_path < 0) return kModule.trace(here());
     if (is_path == 0) {
-        return kModule.fail(here(), 402, SystemError::none, "%s is not path", pszName);
+        return kModule.fail(here(), kNoFolder, SystemError::none, "%s is not path", pszName);
     }
     Find find(pszName, all_entries(pszName));
     if (!find.found()) return kModule.trace(here());
     for (; find.found(); find.next()) {
         if (find.is_dots()) continue;
-        kModule.fail(here(), 900, SystemError::none, "%s is not empty", pszName);
+        kModule.fail(here(), kNotEmpty, SystemError::none, "%s is not empty", pszName);
         return 0;
     }
     return 1;
@@ -204,7 +210,7 @@ char* ORVEX_FileFindGetName(OXFINDDATA* pData) {
 
 int32_t ORVEX_FileFindCopyName(const OXFINDDATA* pData, OXFILESTAT* pRecord) {
     if (pData == nullptr || pRecord == nullptr) {
-        return kModule.fail(here(), 28, SystemError::none, "pdata=%p stat=%p",
+        return kModule.fail(here(), kNoFindRecord, SystemError::none, "pdata=%p stat=%p",
                             static_cast<const void*>(pData), static_cast<const void*>(pRecord));
     }
     *pRecord = {};

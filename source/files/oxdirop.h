@@ -14,7 +14,6 @@
 namespace molte::directory {
 
 inline constexpr auto kModule = molte::kOxdirop;
-inline constexpr uint32_t kNoState = 10;
 inline constexpr uint32_t kEmptyName = 27;
 inline constexpr uint32_t kNameTooLong = 1001;
 

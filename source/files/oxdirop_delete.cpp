@@ -8,12 +8,12 @@
 #include "platform/files.h"
 
 using molte::here;
+using molte::kNoState;
 using molte::SystemError;
 using molte::directory::all_entries;
 using molte::directory::Find;
 using molte::directory::is_folder;
 using molte::directory::kModule;
-using molte::directory::kNoState;
 using molte::directory::too_long;
 using molte::directory::WalkPath;
 

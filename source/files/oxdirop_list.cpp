@@ -8,18 +8,19 @@
 #include "moltelib/file.h"
 
 using molte::here;
+using molte::kNoState;
 using molte::SystemError;
 using molte::directory::all_entries;
 using molte::directory::Find;
 using molte::directory::is_folder;
 using molte::directory::kModule;
-using molte::directory::kNoState;
 using molte::directory::too_long;
 using molte::directory::WalkPath;
 
 namespace {
 
 using molte::kBadArgument;
+constexpr uint32_t kBadCall = 401;
 constexpr int32_t kShortNameSize = 128;
 constexpr int32_t kFirstInFolder = 8;
 constexpr int32_t kFirstInTree = 1024;
@@ -145,7 +146,7 @@ int32_t list_folder(const char* folder, PA* array) {
 
 int32_t ORVEX_GetFileListInDir(const char* pszDir, OXFILESTAT** ppList) {
     if (pszDir == nullptr || ppList == nullptr) {
-        return kModule.fail(here(), 401, SystemError::none, "pn=%p pp=%p",
+        return kModule.fail(here(), kBadCall, SystemError::none, "pn=%p pp=%p",
                             static_cast<const void*>(pszDir), static_cast<const void*>(ppList));
     }
     PA array;

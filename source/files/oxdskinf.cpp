@@ -14,6 +14,7 @@ using molte::SystemError;
 namespace {
 
 constexpr auto kModule = molte::kOxdskinf;
+constexpr uint32_t kNoSpace = 202;
 constexpr int64_t kUnit = 1048576;
 constexpr int32_t kReserveUnits = 32;
 using molte::kBadArgument;
@@ -36,7 +37,7 @@ int64_t ORVEX_DISK_GetInfoEx(const char* pszDir, int64_t* pnTotal, int64_t* pnAv
     const bool known = GetDiskFreeSpaceExA(pszDir, &available, &total, nullptr) != 0;
     store(pnTotal, known ? static_cast<int64_t>(total.QuadPart) : 0);
     store(pnAvailable, known ? static_cast<int64_t>(available.QuadPart) : 0);
-    if (!known) return kModule.fail_text(here(), 10, SystemError::platform, pszDir);
+    if (!known) return kModule.fail_text(here(), molte::kNoState, SystemError::platform, pszDir);
     return static_cast<int64_t>(available.QuadPart);
 }
 
@@ -57,7 +58,7 @@ int32_t ORVEX_DISK_CanHoldFile(const char* pszFileName, int64_t nBytes) {
     const int32_t units = ORVEX_DISK_GetInfo(folder.path(), nullptr, nullptr);
     if (units < 0) return kModule.trace(here());
     if (units > kReserveUnits && (units - kReserveUnits) * kUnit >= nBytes) return 1;
-    kModule.fail(here(), 202, SystemError::none, "Need %s bytes,  Left %s MB",
+    kModule.fail(here(), kNoSpace, SystemError::none, "Need %s bytes,  Left %s MB",
                  molte::Decimal(nBytes).text(), molte::Decimal(units).text());
     return 0;
 }

@@ -18,10 +18,10 @@ inline constexpr auto kModule = molte::kOxfileop;
 
 // Error numbers.
 inline constexpr uint32_t kNotLocked = 2;
-inline constexpr uint32_t kNoPosition = 5;
-inline constexpr uint32_t kNoState = 10;
 inline constexpr uint32_t kSizeNotChanged = 15;
 using molte::kBadArgument;
+using molte::kNoPosition;
+using molte::kNoState;
 using molte::kNotOpened;
 using molte::kNotRead;
 using molte::kNotWritten;
