@@ -1,16 +1,9 @@
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
 
-TEST(Find, Positions) {
-    const tuple<Text, Text, int32_t, int32_t> rows[] = {
-        {"abc", "", -1, -1},   {"", "a", -1, -1},         {"aab", "ab", 1, 1},
-        {"xaAb", "AB", 2, -1}, {"abc", "abc", 0, 0},      {"ab", "abc", -1, -1},
-        {"ABab", "ab", 0, 2},  {"a\xE9", "\xC9", -1, -1}, {nullptr, "a", -1, -1}};
-    for (const auto& [text, sub, folded, exact] : rows) {
-        EXPECT_EQ(MOLTE_STR_FindSubStr(text, sub), folded) << sub;
-        EXPECT_EQ(MOLTE_STR_FindSubStrWithCase(text, sub), exact) << sub;
-    }
+TEST(Find, Places) {
     const char* text = "abcabd";
     EXPECT_EQ(ox_strstr(text, "abd"), text + 3);
     EXPECT_EQ(ox_mbstrstr(text, "abd"), text + 3);
@@ -29,26 +22,42 @@ OXSTR_REGOBJ pattern_of(const char* pattern, bool all, int32_t start = 0) {
     return reg;
 }
 
-TEST(RegFind, Matches) {
-    const tuple<Text, Text, bool, int32_t, int32_t, std::vector<int32_t>> rows[] = {
-        {"xabyab", "ab", false, 0, 1, {1, 3}}, {"xabyab", "ab", true, 0, 2, {1, 3, 4, 6}},
-        {"xabyab", "ab", true, 2, 1, {4, 6}},  {"aaaaa", "aa", true, 0, 2, {0, 2, 2, 4}},
-        {"abc", "AB", true, 0, 0, {}},         {"ab", "abc", true, 0, 0, {}},
-        {"ab", "b", true, 2, 0, {}},           {"ab", "b", true, 3, 0, {}},
-        {"ab", "", false, 1, 1, {1, 1}}};
-    for (const auto& [text, pattern, all, start, result, expected] : rows) {
-        const OXSTR_REGOBJ reg = pattern_of(pattern, all, start);
-        OXSTR_MATCHLIST list{};
-        list.bCanGrow = 1;
-        EXPECT_EQ(MOLTE_STR_REG_Find(text, &reg, &list), result) << text;
-        std::vector<int32_t> places;
-        for (int32_t i = 0; i < list.nCount; ++i) {
-            places.insert(places.end(), {list.pMatch[i].nStart, list.pMatch[i].nEnd});
-        }
-        EXPECT_EQ(places, expected) << text << " " << pattern;
-        EXPECT_EQ(MOLTE_STR_REG_Find(text, &reg, nullptr), result > 0 ? 1 : 0);
-        ORVEX_free(list.pMatch);
+std::string found(const Texts& row) {
+    const Text text = text_or_null(row[0]);
+    return std::to_string(MOLTE_STR_FindSubStr(text, row[1].c_str())) + " " +
+           std::to_string(MOLTE_STR_FindSubStrWithCase(text, row[1].c_str()));
+}
+
+std::string matches(const Texts& row) {
+    const OXSTR_REGOBJ reg = pattern_of(row[1].c_str(), row[2] == "1", std::stoi(row[3]));
+    OXSTR_MATCHLIST list{};
+    list.bCanGrow = 1;
+    const int32_t result = MOLTE_STR_REG_Find(row[0].c_str(), &reg, &list);
+    std::string places = std::to_string(result);
+    for (int32_t i = 0; i < list.nCount; ++i) {
+        places += " " + std::to_string(list.pMatch[i].nStart);
+        places += " " + std::to_string(list.pMatch[i].nEnd);
     }
+    EXPECT_EQ(MOLTE_STR_REG_Find(row[0].c_str(), &reg, nullptr), result > 0 ? 1 : 0);
+    ORVEX_free(list.pMatch);
+    return places;
+}
+
+std::string replaced(const Texts& row) {
+    OXSTR_STROBJ object;
+    OXSTR_STROBJ_Init(&object, 0);
+    OXSTR_STROBJ_Append(&object, row[0].data(), static_cast<int32_t>(row[0].size()));
+    OXSTR_REGOBJ reg = pattern_of(row[1].c_str(), row[3] == "1", std::stoi(row[4]));
+    EXPECT_EQ(MOLTE_STR_REG_Replace(&object, &reg, row[2].c_str()), 1) << row[0];
+    EXPECT_EQ(reg.bAllMatches, row[3] == "1" ? 1 : 0);
+    EXPECT_EQ(object.nCapacity, 4096 + (row[0].size() > 4000 ? ((2 + 15) / 16 + 8) * 16 : 0));
+    const std::string text(object.pBuf, static_cast<size_t>(object.nLen));
+    OXSTR_STROBJ_Free(&object);
+    return text;
+}
+
+TEST(Find, Rows) {
+    check_rows(TEST_ROWS, {{"find", found}, {"matches", matches}, {"replace", replaced}});
     const OXSTR_REGOBJ none = pattern_of(nullptr, false);
     const OXSTR_REGOBJ before = pattern_of("a", false, -1);
     for (const OXSTR_REGOBJ* bad : {&none, &before, static_cast<const OXSTR_REGOBJ*>(nullptr)}) {
@@ -80,30 +89,6 @@ TEST(RegFind, ListsGrowByEightOrFillUp) {
 }
 
 TEST(RegReplace, InPlace) {
-    const std::string xs(4093, 'x');
-    const tuple<std::string, Text, Text, bool, int32_t, std::string> rows[] = {
-        {"one two two", "two", "2", false, 0, "one 2 two"},
-        {"one two two", "two", "three", true, 0, "one three three"},
-        {"one two two", "two", "TWO", true, 5, "one two TWO"},
-        {"abc", "x", "y", true, 0, "abc"},
-        {"abc", "abc", "", true, 0, ""},
-        {"aabb", "ab", "", true, 0, ""},        // what a replacement brings together is found too
-        {"aab", "ab", "b", true, 0, "b"},       // and so is what it brings in
-        {"abcabc", "abc", "x", true, 0, "xx"},  // and nothing of the old bytes behind the end
-        {"xab", "ab", "", true, 0, "x"},
-        {"ab", "ab", "ab", true, 0, "ab"},  // a text replaced by itself ends
-        {"a" + xs, "a", "bbb", true, 0, "bbb" + xs}};
-    for (const auto& [text, pattern, replacement, all, start, expected] : rows) {
-        OXSTR_STROBJ object;
-        ASSERT_EQ(OXSTR_STROBJ_Init(&object, 0), 1);
-        OXSTR_STROBJ_Append(&object, text.data(), static_cast<int32_t>(text.size()));
-        OXSTR_REGOBJ reg = pattern_of(pattern, all, start);
-        EXPECT_EQ(MOLTE_STR_REG_Replace(&object, &reg, replacement), 1) << text;
-        EXPECT_EQ(std::string(object.pBuf, static_cast<size_t>(object.nLen)), expected);
-        EXPECT_EQ(reg.bAllMatches, all ? 1 : 0);
-        EXPECT_EQ(object.nCapacity, 4096 + (text.size() > 4000 ? ((2 + 15) / 16 + 8) * 16 : 0));
-        OXSTR_STROBJ_Free(&object);
-    }
     char buffer[] = "abcdef";
     OXSTR_STROBJ object{buffer, 6, 7, 0, 0, {}};
     OXSTR_REGOBJ reg = pattern_of("bcd", false);

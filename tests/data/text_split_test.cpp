@@ -1,3 +1,4 @@
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
@@ -24,30 +25,6 @@ Texts arguments_of(const std::string& line) {
     return texts;
 }
 
-TEST(CommandLine, Rules) {
-    const std::pair<const char*, Texts> rows[] = {
-        {R"(a\\"b c")", {R"(a\b c)"}},
-        {R"(a\"b)", {R"(a"b)"}},
-        {R"(x\)", {R"(x\)"}},
-        {R"(\\)", {R"(\\)"}},
-        {R"(\ a)", {R"(\)", "a"}},
-        {R"(a\\\"b)", {R"(a\"b)"}},
-        {R"(a\\\\"b c" d)", {R"(a\\b c)", "d"}},
-        {R"("a\"b c")", {R"(a"b c)"}},
-        {R"(c:\dir\file "d:\x y\\")", {R"(c:\dir\file)", R"(d:\x y\)"}},
-        {"", {}},
-        {"   ", {}},
-        {"  a   b  ", {"a", "b"}},
-        {"a\tb", {"a\tb"}},
-        {R"(a" "b c)", {"a b", "c"}},
-        {R"("")", {}},
-        {R"("" a"" b)", {"a", "b"}},
-        {R"("open to the end )", {"open to the end "}}};
-    for (const auto& [line, arguments] : rows) EXPECT_EQ(arguments_of(line), arguments) << line;
-    int32_t count = kUntouched;
-    EXPECT_EQ(error_of(OXSTR_CmdStr2Arg(nullptr, &count)), "50 oxstring");
-}
-
 Texts items_of(const char* text, const char* delim) {
     int32_t count = kUntouched;
     char** items = ox_strsplit(text, delim, &count);
@@ -61,18 +38,21 @@ Texts items_of(const char* text, const char* delim) {
     return texts;
 }
 
+std::string joined(const Texts& texts) {
+    std::string all;
+    for (const std::string& text : texts) all += "<" + text + ">";
+    return all;
+}
+
 TEST(Split, Rules) {
-    const std::tuple<const char*, const char*, Texts> rows[] = {{"a,,b,", ",", {"a", "", "b"}},
-                                                                {"1ab2", "ab", {"1", "b2"}},
-                                                                {",a", ",", {"", "a"}},
-                                                                {",", ",", {""}},
-                                                                {"a", ",", {"a"}},
-                                                                {"", ",", {}},
-                                                                {nullptr, ",", {}},
-                                                                {"ab", "", {"", ""}},
-                                                                {"aaa", "aa", {"", "", "a"}}};
-    for (const auto& [text, delim, items] : rows) EXPECT_EQ(items_of(text, delim), items);
+    check_rows(TEST_ROWS,
+               {{"arguments", [](const Texts& row) { return joined(arguments_of(row[0])); }},
+                {"items", [](const Texts& row) {
+                     return joined(items_of(text_or_null(row[0]), row[1].c_str()));
+                 }}});
     int32_t count = kUntouched;
+    EXPECT_EQ(error_of(OXSTR_CmdStr2Arg(nullptr, &count)), "50 oxstring");
+    count = kUntouched;
     EXPECT_EQ(ox_strsplit("a", nullptr, &count), nullptr);
     EXPECT_EQ(count, 0);
     EXPECT_EQ(error_of_this_thread(), "50 oxstring");
