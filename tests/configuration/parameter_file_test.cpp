@@ -1,38 +1,11 @@
 #if !defined(_WIN32)
-#include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <csignal>
-#include <cstdarg>
 #endif
 
 #include "support/test.h"
 #include "support/unprivileged.h"
-
-#if !defined(_WIN32)
-// These stand before the C library's. The one open to update that the count tells is refused, as
-// when descriptors are out; the one read comes back short, as before a bad place on a disk.
-static int updates_to_refused = -1;
-static int reads_to_short = -1;
-
-extern "C" [[gnu::visibility("default")]] int open(const char* name, int flags, ...) {
-    va_list more;
-    va_start(more, flags);
-    const unsigned mode = (flags & O_CREAT) != 0 ? va_arg(more, unsigned) : 0;
-    va_end(more);
-    if ((flags & (O_ACCMODE | O_CREAT)) == O_RDWR && updates_to_refused-- == 0) {
-        errno = EMFILE;
-        return -1;
-    }
-    return openat(AT_FDCWD, name, flags, mode);
-}
-
-extern "C" [[gnu::visibility("default")]] ssize_t read(int fd, void* buffer, size_t size) {
-    return syscall(SYS_read, fd, buffer, reads_to_short-- == 0 ? size / 2 : size);
-}
-#endif
 
 namespace {
 
@@ -217,28 +190,6 @@ TEST_F(ParameterFile, RefusedArgumentsAndFiles) {
 }
 
 #if !defined(_WIN32)
-TEST_F(ParameterFile, OneFailureOfTheSystemLosesNothing) {
-    const std::string bytes = "A = 1\n" + std::string(40000, '#') + "\nB = 2\n";
-    const std::pair<int, std::string> refused[] = {{0, "@231"}, {1, "@323"}};
-    for (const auto& [updates, line] : refused) {
-        folder_.write("p.ini", bytes);
-        updates_to_refused = updates;
-        EXPECT_EQ(told(PARAMETER_SetValue(path_.c_str(), "A", "3")),
-                  "1 oxparam " + path_ + " " + line);
-        updates_to_refused = -1;
-        EXPECT_TRUE(read_bytes(path_) == bytes) << updates;
-    }
-    // The file is read three times, by two reads each, of which the second is the last.
-    for (int reads = 0; reads < 6; ++reads) {
-        folder_.write("p.ini", bytes);
-        reads_to_short = reads;
-        const bool done = PARAMETER_SetValue(path_.c_str(), "A", "3") == 1;
-        reads_to_short = -1;
-        EXPECT_EQ(done, reads % 2 == 0);
-        EXPECT_TRUE(read_bytes(path_) == (done ? "A = 3" + bytes.substr(5) : bytes)) << reads;
-    }
-}
-
 TEST_F(ParameterFile, AFullDiskLeavesWhatWasThere) {
     const std::string bytes = "A = 1\n" + std::string(5000, '#') + "\nB = 2\n";
     folder_.write("p.ini", bytes);
