@@ -4,6 +4,7 @@
 #include <csignal>
 #endif
 
+#include "support/rows.h"
 #include "support/test.h"
 #include "support/unprivileged.h"
 
@@ -31,39 +32,27 @@ class ParameterFile : public testing::Test {
     std::string path_ = folder_ / "p.ini";
 };
 
-TEST_F(ParameterFile, LinesAreReadSo) {
-    const std::string long_value(127, 'v');
-    const std::string long_name(300, 'N');
-    const std::vector<tuple<std::string, const char*, std::string>> cases = {
-        {"  Name = a b  # note\n", "Name", "a b  "},
-        {"Name=a\tb\n", "Name", "a"},
-        {"\t Name\t =\t a", "Name", "a"},  // the value may end with the text
-        {"Name\n", "Name", ""},
-        {"# Name = 1\n \t# Name = 1\n", "Name", ""},
-        {"Name a = 1\n", "Name", ""},
-        {"Name # = 1\n", "Name", ""},
-        {"Name#x=1\n", "Name", ""},
-        {"= 1\n", "", ""},
-        {"Name = 1\nName = 2\n", "Name", "2"},
-        {"Name = 1\nName\n", "Name", "1"},  // no "=": gives nothing, not even an empty value
-        {"Name = 1\nName =\n", "Name", ""},
-        {"name = 1\nNames = 2\nNam = 3\n", "Name", ""},
-        {"[server]\r\nName = 1 \r\nOther = 2\r\n", "Name", "1 "},
-        {"\xEF\xBB\xBFName = 1\n", "Name", "1"},
-        {"Name = a\rb\n", "Name", "a\rb"},  // a CR alone is no line end
-        {"Name = a\0b\nOther = 2\n"s, "Name", "a"},
-        {"Name = a\0b\nOther = 2\n"s, "Other", "2"},
-        {"Na\0me = 1\n"s, "Na", ""},
-        {"Name = " + long_value, "Name", long_value},
-        {"Name = " + long_value + "w", "Name", long_value},
-        {"Name = " + std::string(5000, 'v') + "\nName2 = 1\n", "Name", long_value},
-        {long_name + " = 1\n", "Name", ""},
-        {long_name + " = 1\n", long_name.c_str(), "1"},
-    };
-    for (const auto& [bytes, name, value] : cases) {
-        folder_.write("p.ini", bytes);
-        EXPECT_EQ(value_of(path_, name), value) << bytes;
-    }
+std::string value_in(const Texts& row) {
+    const TempFolder folder;
+    return value_of(folder.write("p.ini", row[0]), row[1].c_str());
+}
+
+// A file without a line end gets the platform's.
+std::string changed(const Texts& row) {
+    const TempFolder folder;
+    const std::string path = folder.write("p.ini", row[0]);
+    EXPECT_EQ(PARAMETER_SetValue(path.c_str(), "Name", "2"), 1);
+    return row[0].find('\n') != std::string::npos ? read_bytes(path) : read_text(path);
+}
+
+TEST_F(ParameterFile, Lines) {
+    check_rows(TEST_ROWS, {{"value", value_in}, {"change", changed}});
+    const std::string end = set("", "A", "1").substr(5);
+    EXPECT_TRUE(end == "\n" || end == "\r\n");
+    // As the first line stays behind the last, the file is written at each attempt.
+    EXPECT_EQ(set("Name = 2\nName = 1\n", "Name", "2"), "Name = 2\nName = 1\n");
+    EXPECT_EQ(set("Name = 1\n", "Name", std::string(200, 'v').c_str()),
+              "Name = " + std::string(127, 'v') + "\n");
 }
 
 // A line is read in pieces of 2,047 bytes, its end counted as one; each piece is a line.
@@ -94,36 +83,6 @@ TEST_F(ParameterFile, LargeFiles) {
         EXPECT_EQ(value_of(path_, "First") + value_of(path_, "Last"), "12");
         EXPECT_EQ(set(bytes, "First", "long"), "First = long" + bytes.substr(9) + "\n");
     }
-}
-
-TEST_F(ParameterFile, LinesAreChangedSo) {
-    const std::string end = set("", "A", "1").substr(5);  // the platform's
-    EXPECT_TRUE(end == "\n" || end == "\r\n");
-    const std::vector<tuple<std::string, std::string>> cases = {
-        {"Name = 1   # note\n", "Name = 2   # note\n"},
-        {"\t Name=1#note\n", "Name = 2   #note\n"},
-        {"Name = 1\tlost # note\n", "Name = 2   # note\n"},
-        {"Name\nx\n", "Name = 2\nx\n"},
-        {"Name # note\n", "Name = 2   # note\n"},
-        {"# a comment\n\n[server]\n  odd  line\nName=1\n= 3\nx",
-         "# a comment\n\n[server]\n  odd  line\nName = 2\n= 3\nx\n"},
-        {"Other = 1", "Other = 1" + end + "Name = 2" + end},
-        {"Name", "Name" + end + "Name = 2" + end},
-        {"Name = 1 # n", "Name = 2   # n" + end},
-        {"#Name = 1\nname = 1\n", "#Name = 1\nname = 1\nName = 2\n"},
-        {"Name = 1\nName = 1\n", "Name = 2\nName = 1\n"},
-        {"\xEF\xBB\xBFName = 1\n", "\xEF\xBB\xBFName = 2\n"},
-        {"\xEF\xBB\xBF", "\xEF\xBB\xBFName = 2" + end},
-        {"# dos\r\nName = 1 # n\r\nx\r\n", "# dos\r\nName = 2   # n\r\nx\r\n"},
-        {"# dos\r\nName = 1\r\nx", "# dos\r\nName = 2\r\nx\r\n"},
-        {"# dos\r\nOther = 1", "# dos\r\nOther = 1\r\nName = 2\r\n"},
-        {"\0\xFF\x80\n Name=\n\0"s, "\0\xFF\x80\nName = 2\n\0\n"s},
-    };
-    for (const auto& [before, after] : cases) EXPECT_EQ(set(before, "Name", "2"), after) << before;
-    // As the first line stays behind the last, the file is written at each attempt.
-    EXPECT_EQ(set("Name = 2\nName = 1\n", "Name", "2"), "Name = 2\nName = 1\n");
-    EXPECT_EQ(set("Name = 1\n", "Name", std::string(200, 'v').c_str()),
-              "Name = " + std::string(127, 'v') + "\n");
 }
 
 TEST_F(ParameterFile, ArraysOfNames) {
@@ -280,7 +239,7 @@ TEST_F(DefaultFile, Texts) {
 
 TEST_F(DefaultFile, NumbersMomentsServers) {
     write_ini(
-        "a = 12 # x\nb = -5x\nc = x\nd =  +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n"
+        "a = 12 # x\nb = -5x\nc = x\nd = \v +7\ne = 4294967297\nf = 2\ng = -9000000000\nh = 1\n"
         "t = 20240229235958 and more\ns = 2024022923595\nDBServerName = db\n");
     int32_t value = 0;
     int64_t large = 99;
@@ -334,6 +293,9 @@ TEST_F(DefaultFile, TheListOfServers) {
     int32_t count = 5;
     EXPECT_EQ(error_number_of(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count)), 23U);
     EXPECT_EQ(count, 0);
+    char name[256];
+    EXPECT_EQ(ORVEX_PARAMETER_CFGEXFFileName(name), 1);
+    EXPECT_EQ(name, str() + "\\CONF\\exfsvr.cfg");
     ASSERT_EQ(ORVEX_PARAMETER_SetCFGEXFServer("one\0two\0\0three", 4), 1);
     EXPECT_EQ(text_of("exfsvr.cfg"), "one\ntwo\n\nthree\n");
     ASSERT_EQ(ORVEX_PARAMETER_GetCFGEXFServer(&list, &count), 14);
