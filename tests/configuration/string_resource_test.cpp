@@ -3,6 +3,7 @@
 #include <map>
 #include <sstream>
 
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
@@ -39,62 +40,30 @@ std::string texts_of(const RC_TABLE& table) {
     return all;
 }
 
+// What is parsed of a text, and the history's lines behind that of the root.
+std::string texts_in(const std::string& xml) {
+    Table table;
+    const int32_t result = parse(table, xml);
+    std::string lines = history_of_this_thread();
+    if (lines.starts_with(kRootLines)) lines.erase(0, kRootLines.size());
+    return std::to_string(result) + " " + texts_of(table) + lines;
+}
+
 class StringResource : public testing::Test {
  protected:
     StringResource() { molte::RCXML_SetLocale(2052); }
 };
 
 TEST_F(StringResource, ElementsAndTexts) {
-    const std::string outside = "<ORVEX_RESOURCE langid='409'>";
-    const std::string long_text(100, 'l');
-    const struct {
-        std::string xml, texts, history;  // the last behind that of the root
-    } rows[] = {
-        {in_table("<ITEM id=' 7' value='b'/><item ID='3' Value='a' strid='x'/>"), "3=a;7=b;", ""},
-        {in_table("<ITEM id='1' value='A\\nB\\\\n\\'/>"), "1=A \nB\\ \n\\;", ""},
-        {in_table("<ITEM id='1' value='a'><STRDATA>b</STRDATA> c <STRDATA/></ITEM>"), "1=ab;", ""},
-        {in_table("<ITEM id='1'><STRDATA> \t\n </STRDATA></ITEM>"), "1=;", ""},
-        {in_table("<ITEM id='1'><STRDATA> a b \n c\t\n</STRDATA></ITEM>"), "1= a b c;", ""},
-        {in_table("<ITEM id='1'><ITEM id='2' value='i'/><STRDATA>o</STRDATA></ITEM>"), "1=o;2=i;",
-         ""},
-        {in_table("<ITEM id='1'><STRDATA>&lt;<![CDATA[<x>]]>&#65;</STRDATA></ITEM>"), "1=<<x>A;",
-         ""},
-        {in_table("<ITEM id='-2' value='n'/><ITEM id='4294967298' value='h'/>"
-                  "<ITEM id='12x' value='t'/><ITEM id='&#9;3000000000' value='u'/>"),
-         "2=h;12=t;3000000000=u;4294967294=n;", ""},
-        {in_table("<ITEM id='1' value='" + long_text + "' VALUE='" + long_text + "' Value='z'/>"),
-         "1=z;", ""},  // nothing of the first two is left
-        {in_table("<ITEM id='1' value='\xE5\x95\x8A\xE4\xB9\x97n'/>"), "1=\xB0\xA1\x81\x5Cn;", ""},
-        {in_table("<ITEM id='1' value='a\xF0\x9F\x98\x80'/><ITEM id='2' value='z'/>"), "1=;2=z;",
-         ", 79 rcxmlpro"},
-        {outside + "<ITEM id='1' value='a'><STRDATA>x</STRDATA></ITEM></ORVEX_RESOURCE>", "",
-         ", 263 rcxmlpro, 267 rcxmlpro"},
-        {"<STRINGTABLE><ITEM id='1'/></STRINGTABLE>", "", ", 260 rcxmlpro, 263 rcxmlpro"},
-        {in_table("<STRINGTABLE/><STRDATA>x</STRDATA><ITEM id='1' value='a'/>"), "1=a;",
-         ", 260 rcxmlpro, 267 rcxmlpro"},
-        {in_table("<ITEM version='1' id='1' value='a'/><ITEM id='2' value='b'/>"), "0=;2=b;", ""},
-    };
-    for (const auto& [xml, texts, history] : rows) {
-        Table table;
-        EXPECT_EQ(parse(table, xml), 1) << xml;
-        EXPECT_EQ(texts_of(table), texts) << xml;
-        EXPECT_EQ(history_of_this_thread(), kRootLines + history) << xml;
-    }
+    check_rows(TEST_ROWS, {{"items", [](const Texts& row) { return texts_in(in_table(row[0])); }},
+                           {"files", [](const Texts& row) { return texts_in(row[0]); }}});
     Table table;
     EXPECT_EQ(parse(table, in_table("<ITEM strid='" + std::string(40, 's') + "'/>")), 1);
     EXPECT_EQ(table.pItems[0].szStrId, std::string(31, 's'));
     EXPECT_EQ(table.nLangId, 0x804);
-}
-
-TEST_F(StringResource, UnknownNamesAreReportedAndTheRestIsUsed) {
-    for (const char* unknown :
-         {"<FOO><ITEM id='9'/><STRDATA>x</STRDATA></FOO>", "<ITEM FOO='1' id='9' value='y'/>"}) {
-        Table table;
-        EXPECT_EQ(parse(table, in_table(unknown + "<ITEM id='5' value='e'/>"s)), 1);
-        EXPECT_EQ(texts_of(table), unknown[1] == 'F' ? "5=e;" : "0=;5=e;");
-        EXPECT_EQ(error_of_this_thread(), "120 rcxmlpro FOO");
-        EXPECT_EQ(error_line_of_this_thread(), 130);
-    }
+    EXPECT_EQ(parse(table, in_table("<FOO/>")), 1);
+    EXPECT_EQ(error_of_this_thread(), "120 rcxmlpro FOO");
+    EXPECT_EQ(error_line_of_this_thread(), 130);
 }
 
 TEST_F(StringResource, LongTextsMoveToTheHeap) {
@@ -125,25 +94,6 @@ TEST_F(StringResource, LongTextsMoveToTheHeap) {
     EXPECT_EQ(parse(table, in_table("<ITEM value='" + std::string(2046, 'v') + "'/>")), 1);
     EXPECT_EQ(texts_of(table), "0=;");
     EXPECT_EQ(history_of_this_thread(), kRootLines + ", 74 rcxmlpro");
-}
-
-TEST_F(StringResource, Encodings) {
-    const std::string gbk = in_table("<ITEM id='1' value='\xB0\xA1\x81\x5C'/>");
-    const std::string utf16 = "\xFF\xFE<\0O\0R\0V\0E\0X\0_\0R\0E\0S\0O\0U\0R\0C\0E\0/\0>\0"s;
-    const tuple<std::string, bool, std::string> rows[] = {
-        {"<?xml version='1.0' encoding='gb2312'?>" + gbk, true, "1=\xB0\xA1\x81\x5C;"},
-        {"<?xml version='1.0' encoding='GB18030'?>" + gbk, true, "1=\xB0\xA1\x81\x5C;"},
-        {"<?xml version='1.0' encoding='big5'?>" + gbk, false, ""},
-        {"<?xml version='1.0' encoding='gb2312'?>" + in_table("<ITEM value='\xB0\x31'/>"), false,
-         ""},
-        {gbk, false, ""},
-        {utf16, true, ""}};
-    for (const auto& [text, good, texts] : rows) {
-        Table table;
-        EXPECT_EQ(parse(table, text), good ? 1 : -1) << text;
-        EXPECT_EQ(texts_of(table), texts);
-        EXPECT_EQ(history_of_this_thread().ends_with("451 rcxmlpro"), !good) << text;
-    }
 }
 
 TEST_F(StringResource, HostileFiles) {
@@ -191,30 +141,6 @@ TEST_F(StringResource, LargeFilesAreReadWhole) {
     EXPECT_EQ(molte::RCXML_LoadFile(table, (folder / "missing.xml").c_str()), -1);
     EXPECT_EQ(molte::RCXML_LoadFile(table, folder.write("empty.xml", "").c_str()), -1);
     EXPECT_TRUE(history_of_this_thread().ends_with("451 rcxmlpro"));
-}
-
-TEST_F(StringResource, RowsOfLanguages) {
-    molte::RCXML_LangTable();
-    EXPECT_EQ(molte::RCXML_LangTable(), 1);
-    const tuple<uint32_t, Text, Text> rows[] = {{2052, "zh cn 2052", "zh default 4"},
-                                                {4, "zh default 4", "zh default 4"},
-                                                {1033, "en us 1033", "en default 9"},
-                                                {11274, "es ar 11274", "es default 10"},
-                                                {2060, "", "fr default 12"},
-                                                {1, "ar default 1", "ar default 1"},
-                                                {0x7F, "", ""},
-                                                {0xFFFFFC04, "", "zh default 4"}};
-    const auto name = [](const molte::RC_LANG* row) {
-        if (row == nullptr) return ""s;
-        return row->szLang + " "s + row->szLocale + " " + std::to_string(row->nLCID);
-    };
-    for (const auto& [lcid, exact_row, neutral_row] : rows) {
-        const molte::RC_LANG* exact = nullptr;
-        const molte::RC_LANG* neutral = nullptr;
-        EXPECT_EQ(molte::RCXML_FindLang(lcid, &exact, &neutral), *neutral_row != '\0' ? 1 : -1);
-        EXPECT_EQ(name(exact), exact_row) << lcid;
-        EXPECT_EQ(name(neutral), neutral_row) << lcid;
-    }
 }
 
 class LoadedResource : public testing::Test, protected Configured {
