@@ -59,6 +59,10 @@ TEST(NamePinyin, empty_names_and_no_room) {
         EXPECT_EQ(MOLTE_Name2Pinyin(name, text, 4), 0);
         EXPECT_EQ(text, ""s);
     }
+    char none[4] = "abc";
+    EXPECT_EQ(MOLTE_NAMEPART2PinYin(nullptr, 0, none, 4), 1);  // no parts are no error
+    EXPECT_STREQ(none, "");
+    EXPECT_EQ(error_of(MOLTE_NAMEPART2PinYin(nullptr, 1, none, 4)), "50 oxpinyin");
     const std::string whole = " ZHANG CHANG  SAN  xy ";
     const std::string pattern = "* XY *";
     for (size_t room = 1; room < whole.size() + 2; ++room) {
