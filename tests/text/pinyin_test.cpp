@@ -1,4 +1,5 @@
 #include "pinyin_table.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -50,18 +51,6 @@ TEST(Pinyin, table_is_built_once_from_its_file) {
     EXPECT_EQ(MOLTE_HZPY_Init(&g_stPinYin), 0);
     EXPECT_EQ(g_stPinYin.stHZ.nFirstCode, 0xB0A1);
     EXPECT_EQ(g_stPinYin.stHZ.nCount, 65536 - 0xB0A1);
-    const std::vector<tuple<int32_t, Text>> cases = {
-        {0xB0A1, "ZHANG"}, {0xB0A2, "ZHANG CHANG"},
-        {0xB0A3, "SAN"},   {0xB0A4, "BA BE BI BO BU CA CE"},
-        {0xB0A5, "ER"},    {0xB0A6, "A"},
-        {0xB0A7, ""},       // no letters, and 16 of them
-        {0xB0A8, "ABCDE"},  // a part has five letters
-        {0xB00A, ""},       // lead bytes that end a line
-        {0xB00D, ""},      {0xB0A9, "GHOST"},
-        {0xFEFE, "LV"},    {0xB0A0, ""},
-        {-1, ""},          {65536, "932 oxpinyin hz code=65536"},
-    };
-    for (const auto& [code, readings] : cases) EXPECT_EQ(readings_of(code), readings) << code;
     MOLTE_HZPY_TABLE whole{};  // the same, built into entries for all codes
     ASSERT_EQ(MOLTE_HZPY_InitHZTable(&whole.stHZ) + MOLTE_HZPY_BuildPY(&whole), 2);
     EXPECT_EQ(whole.stHZ.nFirstCode, 0xB0A1);
@@ -131,25 +120,6 @@ TEST(Pinyin, lists_hold_256_parts) {
     MOLTE_HZPY_FreeHZTable(&characters);
 }
 
-TEST(Pinyin, comparison) {
-    const PinyinTable table(kLines);
-    // The characters, mode and by pinyin; the result.
-    const std::vector<tuple<int32_t, int32_t, uint8_t, uint8_t, int32_t>> cases = {
-        {0xB0A3, 0xB0A1, 0, 0, 2},   {0xB0A1, 0xFEFE, 97, 0, 0xB0A1 - 0xFEFE},
-        {0xB0A1, 0xB0A2, 0, 1, 0},  // they share a reading
-        {0xB0A1, 0xB0A1, 98, 1, 0},  {0xB0A3, 0xB0A1, 0, 1, -1},
-        {0xB0A1, 0xB0A3, 97, 1, 1},  {0xB0A3, 0xB0A1, 98, 1, -1},
-        {0xB0A2, 0xB0A4, 0, 1, 1},    // by the first readings
-        {0xB0A1, 0xB0A0, 0, 1, 1},    // in front of the table
-        {0xB0A1, 0xB0A7, 97, 1, -6},  // no reading
-        {0xB0A5, 0xB0A4, 0, 1, -1},   // the empty shengmu comes first by parts,
-        {0xB0A5, 0xB0A4, 97, 1, 1},   // later by the joined text
-    };
-    for (const auto& [a, b, mode, by_pinyin, result] : cases) {
-        EXPECT_EQ(compare(a, b, mode, by_pinyin), result) << a << " " << b << " " << int{mode};
-    }
-}
-
 TEST(Pinyin, partners_are_kept_and_change_no_comparison) {
     const PinyinTable table("zhang\xB0\xA1\nzang\xB0\xA2\nzhan\xB0\xA3\n");
     auto& py = g_stPinYin.stPY;
@@ -199,24 +169,21 @@ TEST(Pinyin, options_are_read_and_reset) {
     EXPECT_TRUE(std::string(path).ends_with("\\CONF\\LANG\\HZ\\PINYIN.TXT"));
 }
 
-TEST(Pinyin, text) {
+TEST(Pinyin, rows) {
     const PinyinTable table(kLines);
-    const std::vector<tuple<std::string, Text>> cases = {
-        {"", "0:"},
-        {"ab", "1:ab"},
-        {"\xB0\xA1\xB0\xA3", "1:ZHANG SAN"},
-        {"x\xB0\xA1y\xB0\xA3 ", "1:x ZHANG y SAN  "},
-        {"\xD7\xD7y", "1: \xD7\xD7 y"},  // no reading: a blank at the head as well
-        {"\xB0\xA1\xD7\xD7", "1:ZHANG \xD7\xD7"},
-        {"\xB0\xA2", "0:\xB0\xA2| ZHANG,CHANG@0"},
-        {"\xB0\xA2\xB0\xA4", "0:\xB0\xA2|\xB0\xA4| ZHANG,CHANG@0 BA,BE@1"},
-        {"a\xB0\xA2"
-         "b\xB0\xA4\xB0\xA3",
-         "0:a|\xB0\xA2| b |\xB0\xA4| SAN| ZHANG,CHANG@1 BA,BE@3"},
-        {"a\xB0", "1:a \xB0"},
-        {std::string(1025, 'x'), "936 oxpinyin max=1024 cur=1025"},
-    };
-    for (const auto& [text, result] : cases) EXPECT_EQ(converted(text), result) << text;
+    check_rows(TEST_ROWS,
+               {{"readings", [](const Texts& row) { return readings_of(std::stoi(row[0])); }},
+                {"comparison",
+                 [](const Texts& row) {
+                     const auto number = [&](size_t i, int base) {
+                         return std::stoi(row[i], nullptr, base);
+                     };
+                     return std::to_string(compare(number(0, 16), number(1, 16),
+                                                   static_cast<uint8_t>(number(2, 10)),
+                                                   row[3] == "1" ? 1 : 0));
+                 }},
+                {"text", [](const Texts& row) { return converted(row[0]); }}});
+    EXPECT_EQ(converted(std::string(1025, 'x')), "936 oxpinyin max=1024 cur=1025");
     EXPECT_EQ(converted(std::string(1024, 'x')), "1:" + std::string(1024, 'x'));
     EXPECT_EQ(converted("abc", 4), "1:abc");
     EXPECT_EQ(converted("abc", 3), "124 oxpinyin buffer length not enough");
