@@ -1,32 +1,24 @@
 #include <sys/stat.h>
 
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
 
-TEST(Names, FolderBaseNameAndPattern) {
-    const tuple<Text, Text, Text> bases[] = {{"c:", "c:", ""},    {"c:\\a", "c:", "a"},
-                                             {"c:a", "c:", "a"},  {"a\\b\\c.t", "a\\b", "c.t"},
-                                             {"\\a", "", "a"},    {"plain", ".", "plain"},
-                                             {"a/b", ".", "a/b"}, {"a\\", "a", ""},
-                                             {"", ".", ""}};
+template <auto part>
+std::string parted(const Texts& row) {
     char dir[64];
     char base[64];
-    for (const auto& [name, expected_dir, expected_base] : bases) {
-        EXPECT_EQ(ORVEX_FileName2Path(name, dir, base), 1);
-        EXPECT_STREQ(dir, expected_dir) << name;
-        EXPECT_STREQ(base, expected_base) << name;
-        EXPECT_EQ(ORVEX_FileName2Path(name, nullptr, nullptr), 1);
-    }
-    const tuple<Text, Text, Text> patterns[] = {
-        {"a\\*.txt", "a", "*.txt"}, {"\\*.txt", "\\", "*.txt"},     {"*.txt", ".", "*.txt"},
-        {"a\\b", "a\\b", ""},       {"a\\b\\", "a\\b", ""},         {"a\\b?c", "a", "b?c"},
-        {"a*\\b", "a*\\b", ""},     {"a\\b*c\\d?", "a\\b*c", "d?"}, {"plain", "plain", ""}};
-    for (const auto& [name, expected_dir, pattern] : patterns) {
-        EXPECT_EQ(ORVEX_FileSplitDirName(name, dir, base), 1);
-        EXPECT_STREQ(dir, expected_dir) << name;
-        EXPECT_STREQ(base, pattern) << name;
-    }
+    EXPECT_EQ(part(row[0].c_str(), dir, base), 1);
+    return dir + "|"s + base;
+}
+
+TEST(Names, FolderBaseNameAndPattern) {
+    check_rows(TEST_ROWS, {{"base", parted<ORVEX_FileName2Path>},
+                           {"pattern", parted<ORVEX_FileSplitDirName>}});
+    EXPECT_EQ(ORVEX_FileName2Path("a", nullptr, nullptr), 1);
+    char dir[64];
+    char base[64];
     for (const Text none : {Text{}, ""}) EXPECT_EQ(ORVEX_FileSplitDirName(none, dir, base), 0);
     EXPECT_STREQ(dir, "");
     char path[] = "a\\b/c\\";
