@@ -1,3 +1,4 @@
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
@@ -105,38 +106,24 @@ TEST_F(Language, NamesOfCollations) {
     }
 }
 
-TEST_F(Language, CollationTextsAreWritten) {
-    const tuple<int32_t, int32_t, Text> rows[] = {
-        {2, 52, "Lat_Ci"},  // never a multi-byte name
-        {2, 99, "Lat_Ci"}, {2, 1, "Lat_Bin_Lat_Ci"}, {0, 0, "Lat_Default_Lat_Default"},
-        {9, 3, "Lat_Cs"},  {9, 51, nullptr},         {-1, -1, nullptr}};
-    for (const auto& [latin, second, expected] : rows) {
+TEST_F(Language, CollationTexts) {
+    const auto text_of_ids = [](const Texts& row) {
         char text[24] = "?";
-        EXPECT_EQ(OXLANG_COLLATE_ID2Str(latin, second, text), expected != nullptr ? 1 : -1);
-        EXPECT_STREQ(text, expected != nullptr ? expected : "?");
-    }
+        const int32_t result = OXLANG_COLLATE_ID2Str(std::stoi(row[0]), std::stoi(row[1]), text);
+        return std::to_string(result) + " " + text;
+    };
+    const auto ids_of_text = [](const Texts& row) {
+        int32_t ids[2] = {};
+        const int32_t result = OXLANG_COLLATE_Str2ID(row[0].c_str(), &ids[0], &ids[1]);
+        const std::string error = result == 1 ? "" : " " + taken_error();
+        return std::to_string(ids[0]) + " " + std::to_string(ids[1]) + error;
+    };
+    check_rows(TEST_ROWS, {{"text of ids", text_of_ids}, {"ids of a text", ids_of_text}});
+    char none[24];
+    EXPECT_EQ(OXLANG_COLLATE_ID2Str(-1, -1, none), -1);
     EXPECT_EQ(error_line_of_this_thread(), 333);
     EXPECT_EQ(taken_error(), "250 oxlang at least one coll id is valid. lat=-1 mb=-1");
     EXPECT_EQ(error_of(OXLANG_COLLATE_ID2Str(1, 1, nullptr)), "50 oxlang");
-}
-
-TEST_F(Language, CollationTextsAreRead) {
-    const std::string endless(200, 'x');
-    const tuple<Text, bool, int32_t, int32_t> rows[] = {
-        {"MB_Py", true, 1, 52},      {"MB_Py_Lat_Ci", true, 2, 52},
-        {"Lat_Ci_", false, 2, 51},   {"Lat_Cs_MB_VarPy", true, 3, 53},
-        {"Lat_Ci_MB", false, 2, 51}, {"Lat_Default", true, 0, 51},
-        {"LatCi", false, 1, 51},     {"Lat_Ci_Lat_Cs", true, 3, 51},
-        {"Lat_No", false, 1, 51},    {"Lat_Ci_MB_Py_Lat_Cs", false, 2, 51},
-        {"_Lat_Ci", false, 1, 51},   {endless.c_str(), false, 1, 51},
-        {"", false, 1, 51}};
-    for (const auto& [text, good, latin, multi_byte] : rows) {
-        int32_t ids[2] = {};
-        EXPECT_EQ(OXLANG_COLLATE_Str2ID(text, &ids[0], &ids[1]), good ? 1 : -1) << text;
-        EXPECT_EQ((Ints{ids[0], ids[1]}), (Ints{latin, multi_byte})) << text;
-        const std::string data = std::string(text).substr(0, 120) + " : bad collate type";
-        EXPECT_EQ(taken_error(), good ? "" : "251 oxlang " + data);
-    }
     EXPECT_EQ(error_of(OXLANG_COLLATE_Str2ID(nullptr, nullptr, nullptr)), "50 oxlang");
 }
 
