@@ -105,6 +105,11 @@ void ring_after_unlock(std::atomic<std::uint32_t>& bell) {
     }
 }
 
+// Out of sight of the checks, which count no references.
+ObjectPointer::~ObjectPointer() {
+    if (object_ != nullptr && object_->references.fetch_sub(1) == 1) delete object_;
+}
+
 HANDLE add_handle(const ObjectPointer& object) {
     if (!object) return nullptr;
     const ObjectLock lock;

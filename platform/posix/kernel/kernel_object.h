@@ -91,9 +91,7 @@ class ObjectPointer {
         std::swap(object_, other.object_);
         return *this;
     }
-    ~ObjectPointer() {
-        if (object_ != nullptr && object_->references.fetch_sub(1) == 1) delete object_;
-    }
+    ~ObjectPointer();
 
     [[nodiscard]] Object* get() const { return object_; }
     Object* operator->() const { return object_; }

@@ -89,8 +89,8 @@ std::unique_ptr<NamedFile> no_file(DWORD number) {
 std::unique_ptr<NamedFile> NamedFile::for_path(const PathText& path) {
     std::unique_ptr<NamedFile> file(new (std::nothrow) NamedFile);
     if (file != nullptr) file->path_ = strdup(path);
-    return file != nullptr && file->path_ != nullptr ? std::move(file)
-                                                     : no_file(ERROR_NOT_ENOUGH_MEMORY);
+    if (file == nullptr || file->path_ == nullptr) return no_file(ERROR_NOT_ENOUGH_MEMORY);
+    return file;
 }
 
 NamedFile::~NamedFile() {
