@@ -38,10 +38,9 @@ class SleepingThread {
 #else
               number_ = gettid();
 #endif
-              number_.notify_all();
               run();
           }) {
-        number_.wait(0);
+        while (number_ == 0) std::this_thread::yield();
         until_asleep();
     }
     ~SleepingThread() {
