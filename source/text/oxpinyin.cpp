@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "core/oxsysutl_memory.h"
 #include "core/owners.h"
+#include "core/oxsysutl_memory.h"
 #include "core/transfer.h"
 #include "moltelib/language.h"
 #include "moltelib/memory.h"
