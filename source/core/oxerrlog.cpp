@@ -94,12 +94,12 @@ int64_t part_inside(uint32_t offset, uint32_t length) {
 int32_t make_log(const char* path) {
     const auto name = molte::allocate<char>(static_cast<int64_t>(std::strlen(path)) + 64);
     if (name == nullptr) return -1;
-    if (ORVEX_UTIL_TempFNFromFN(path, name.get(), "berr") < 0 ||
-        BERRLOG_CreateFile(name.get(), 0) < 0) {
-        return BERRLOG_CreateFile(path, 0);  // what fails then is told of the log itself
+    if (ORVEX_UTIL_TempFNFromFN(path, name.get(), "berr") >= 0 &&
+        BERRLOG_CreateFile(name.get(), 0) >= 0) {
+        if (platform::rename_file(name.get(), path) == 0) return 1;
+        _unlink(name.get());
     }
-    if (platform::rename_file(name.get(), path) == 0) return 1;
-    _unlink(name.get());
+    // What fails now is told of the log itself.
     return _access(path, 0) == 0 ? 1 : BERRLOG_CreateFile(path, 0);
 }
 

@@ -1,10 +1,10 @@
 // Deleting files in folders and trees, and what they take on the disk.
-#include <cctype>
 #include <cstring>
 
 #include "files/oxdirop.h"
 #include "moltelib/directory.h"
 #include "moltelib/file.h"
+#include "platform/code_page.h"
 #include "platform/files.h"
 
 using molte::here;
@@ -22,8 +22,8 @@ namespace {
 constexpr uint32_t kNotDeleted = 17;
 constexpr int64_t kCluster = 4096;
 
-int upper(char c) {
-    return std::toupper(static_cast<unsigned char>(c));
+unsigned char upper(char c) {
+    return platform::capital_of(static_cast<unsigned char>(c));
 }
 
 // From the last character backward, whatever the case.
