@@ -15,7 +15,6 @@ namespace {
 using Range = OX_IDRANGE;
 using Ranges = std::vector<Range>;
 constexpr uint32_t kMost = 0xFFFFFFFF;
-constexpr uint32_t kMid = 0x80000000;
 
 struct Array : OX_IDRANGEARRAY {
     Array(const Ranges& ranges = {}) {  // NOLINT: as an argument

@@ -271,8 +271,8 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
         const bool is_free = expected == WAIT_OBJECT_0 || expected == WAIT_OBJECT_0 + 3;
         if (is_free) owner.ask("poll");
         const Prompt prompt;
-        SleepingThread waiter([&] {
-            EXPECT_EQ(WaitForMultipleObjects(4, handles, FALSE, Prompt::kLimit), expected);
+        SleepingThread waiter([&, wanted = expected] {
+            EXPECT_EQ(WaitForMultipleObjects(4, handles, FALSE, Prompt::kLimit), wanted);
             ReleaseMutex(owned);  // if that woke it
         });
         cause();
