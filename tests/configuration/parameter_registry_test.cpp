@@ -116,6 +116,7 @@ TEST_F(Registry, HandsRecordsToTheSetters) {
     Item b = item_of("b", nullptr, 0, 0, remember);
     Item none = item_of("none");
     enter({&a, &b, &none});
+    calls.clear();
     const Record records[] = {record_of("b"), record_of("?"), record_of("none"), record_of("a")};
     EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 1), 0);
     EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 4), 1);
