@@ -6,7 +6,6 @@
 #include "moltelib/array.h"
 #include "moltelib/memory.h"
 
-using molte::here;
 using molte::SystemError;
 using namespace molte::hooks;
 
