@@ -88,8 +88,11 @@ ChildProcess::ChildProcess(const std::string& role, const std::vector<std::strin
     start.hStdInput = in[0];
     start.hStdOutput = out[1];
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    if (CreateProcessA(program, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                       &system_->process) == 0) {
+    // The emulator fails a start now and then, when another child has just been killed.
+    for (int tries = 1; CreateProcessA(program, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                       nullptr, &start, &system_->process) == 0;
+         ++tries) {
+        if (GetLastError() == ERROR_INTERNAL_ERROR && tries < 5) continue;
         std::fprintf(stderr, "no child process: %lu\n", GetLastError());
         std::abort();
     }
