@@ -102,7 +102,8 @@ TEST_F(Registry, KeysAccessAndSizes) {
         bytes[0] = '#';
         size = room;
         EXPECT_EQ(query(bytes), room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);
-        EXPECT_TRUE(size == 8 && bytes[0] == (room < 8 ? '#' : '1')) << room;
+        EXPECT_EQ(size, 8U) << room;
+        EXPECT_EQ(static_cast<char>(bytes[0]), room < 8 ? '#' : '1') << room;
     }
     EXPECT_EQ(query(nullptr), 0);
     EXPECT_EQ(RegCloseKey(below) | RegCloseKey(middle), 0);

@@ -69,9 +69,8 @@ TEST(NetworkAddress, AtMostTenAdaptersFit) {
         made_up = there;
         std::string expected(64, '\0');
         expected[0] = static_cast<char>(std::min(there, 10));
-        for (int i = 0; i < expected[0]; ++i) {
-            for (int k = 0; k < 6; ++k)
-                expected[static_cast<size_t>(4 + 6 * i + k)] = static_cast<char>(16 * k + i);
+        for (size_t i = 0; i < static_cast<size_t>(expected[0]); ++i) {
+            for (size_t k = 0; k < 6; ++k) expected[4 + 6 * i + k] = static_cast<char>(16 * k + i);
         }
         EXPECT_EQ(MOLTE_UTIL_GetMacAddress(&list), expected[0]) << there;
         EXPECT_EQ(bytes_of(list), expected);
