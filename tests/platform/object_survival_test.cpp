@@ -200,6 +200,30 @@ TEST_F(ObjectSurvival, AForkBesideABusyThreadLeavesNoLockHeld) {
     EXPECT_EQ(clean, 100);
 }
 
+TEST_F(ObjectSurvival, AForkedChildOwnsNoNamedMutexThoughItsParentReleasesItAtOnce) {
+    const Handle first(mutex(false, "thing"));
+    const Handle second(mutex(false, "more"));
+    const auto take_both = [&] {
+        return wait_for(first, 10'000) == WAIT_OBJECT_0 &&
+               wait_for(second, 10'000) == WAIT_OBJECT_0;
+    };
+    const auto release_both = [&] {
+        return ReleaseMutex(first) != FALSE && ReleaseMutex(second) != FALSE;
+    };
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(take_both());
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(20);
+            _exit(take_both() && release_both() && take_both() && release_both() ? 0 : 1);
+        }
+        EXPECT_TRUE(release_both());
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+}
+
 // The thread that forks keeps what it has; what the parent's other threads have is free.
 TEST_F(ObjectSurvival, AForkedChildHasTheLocksOfItsThreadAlone) {
     const Handle mine(mutex(true));
@@ -220,7 +244,7 @@ TEST_F(ObjectSurvival, AForkedChildHasTheLocksOfItsThreadAlone) {
             const Other& have = *static_cast<Other*>(context);
             EnterCriticalSection(have.section);
             EnterCriticalSection(have.section);
-            wait_for(have.mutex);
+            wait_for(have.mutex, 10'000);
             return wait_for(have.never, 60'000);
         },
         &other, 0, nullptr));

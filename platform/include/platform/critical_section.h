@@ -3,7 +3,8 @@
 // way.
 //
 // In a forked child the thread that forked holds what it held; what any other thread of the parent
-// held is free, in whatever state that thread left what the section guards.
+// held is free, in whatever state that thread left what the section guards. (Not so a section that
+// such a thread was just entering or leaving, between two instructions.)
 //
 // Each of these functions wants a section that was initialized; none reports a failure. A section
 // is not to be copied or moved, and nobody may hold it when it is deleted.
@@ -28,10 +29,9 @@ inline bool holds_section(const CRITICAL_SECTION* section) {
 #include <cstdint>
 
 struct CRITICAL_SECTION {
-    // 0 free; else the generation it was taken in with 1, or 3 when it is perhaps waited for.
-    std::atomic<std::uint32_t> state;
-    std::uint32_t entered_again;  // the holder's
-    std::atomic<void*> holder;    // thread pointer, null when free
+    std::atomic<std::uint32_t> state;   // 0 free, 1 held, 2 held and perhaps waited for
+    std::uint32_t entered_again;        // the holder's
+    std::atomic<std::uint64_t> holder;  // the number of a thread, 0 when free
 };
 // Callers keep it in a block of this size.
 static_assert(sizeof(CRITICAL_SECTION) <= 64);
@@ -41,60 +41,47 @@ void DeleteCriticalSection(CRITICAL_SECTION* section);
 
 namespace platform {
 
-void wait_for_section(CRITICAL_SECTION* section);
+void wait_for_section(CRITICAL_SECTION* section, std::uint64_t self);
 void wake_waiter(CRITICAL_SECTION* section);
-
-// How many forks lie between the first process and this one, times 4; and the thread pointer of the
-// thread that made the last of them.
-extern std::atomic<std::uint32_t> section_generation;
-extern void* section_survivor;
-// In a forked child: the sections of all other threads become free.
+// Takes a section whose holder is gone, since it was a thread of a forked process's parent.
+bool take_left_behind(CRITICAL_SECTION* section, std::uint64_t self);
+// In a forked child: all threads but the calling one are gone.
 void forget_other_holders();
 
-// Whether the calling thread holds the section. Only the thread itself ever stores its thread
-// pointer, which may once have been that of a thread the parent had.
-inline bool holds_section(const CRITICAL_SECTION* section, const void* self) {
-    if (section->holder.load(std::memory_order_relaxed) != self) return false;
-    const std::uint32_t taken_in = section->state.load(std::memory_order_relaxed) & ~3U;
-    return taken_in == section_generation.load(std::memory_order_relaxed) ||
-           self == section_survivor;
+// A number that no other thread of the process, or of those it was forked from, ever has.
+extern __thread std::uint64_t section_number __attribute__((tls_model("initial-exec")));
+std::uint64_t new_section_number();
+inline std::uint64_t own_section_number() {
+    return section_number != 0 ? section_number : new_section_number();
 }
 
+// Whether the calling thread holds the section. Only the thread itself ever stores its number.
 inline bool holds_section(const CRITICAL_SECTION* section) {
-    return holds_section(section, __builtin_thread_pointer());
-}
-
-// Whether it was held by a thread that the fork left behind.
-inline bool is_left_behind(const CRITICAL_SECTION* section, std::uint32_t state) {
-    return (state & ~3U) != section_generation.load(std::memory_order_relaxed) &&
-           section->holder.load(std::memory_order_relaxed) != section_survivor;
+    return section->holder.load(std::memory_order_relaxed) == own_section_number();
 }
 
 }  // namespace platform
 
 // Not zero when the calling thread now holds it, 0 when another does. Never waits.
 inline BOOL TryEnterCriticalSection(CRITICAL_SECTION* section) {
-    void* const self = __builtin_thread_pointer();
-    if (platform::holds_section(section, self)) {
+    const std::uint64_t self = platform::own_section_number();
+    if (section->holder.load(std::memory_order_relaxed) == self) {
         ++section->entered_again;
         return TRUE;
     }
-    const std::uint32_t held = platform::section_generation.load(std::memory_order_relaxed) | 1;
-    std::uint32_t state = 0;
-    while (state == 0 || platform::is_left_behind(section, state)) {
-        if (!section->state.compare_exchange_weak(state, held, std::memory_order_acquire,
-                                                  std::memory_order_relaxed)) {
-            continue;
-        }
-        section->entered_again = 0;
-        section->holder.store(self, std::memory_order_relaxed);
-        return TRUE;
+    std::uint32_t free = 0;
+    if (!section->state.compare_exchange_strong(free, 1, std::memory_order_acquire,
+                                                std::memory_order_relaxed)) {
+        return platform::take_left_behind(section, self) ? TRUE : FALSE;
     }
-    return FALSE;
+    section->holder.store(self, std::memory_order_relaxed);
+    return TRUE;
 }
 
 inline void EnterCriticalSection(CRITICAL_SECTION* section) {
-    if (TryEnterCriticalSection(section) == FALSE) platform::wait_for_section(section);
+    if (TryEnterCriticalSection(section) == FALSE) {
+        platform::wait_for_section(section, platform::own_section_number());
+    }
 }
 
 // Only by the thread that holds the section.
@@ -103,9 +90,8 @@ inline void LeaveCriticalSection(CRITICAL_SECTION* section) {
         --section->entered_again;
         return;
     }
-    section->holder.store(nullptr, std::memory_order_relaxed);
-    const std::uint32_t state = section->state.exchange(0, std::memory_order_release);
-    if ((state & 2) != 0) platform::wake_waiter(section);
+    section->holder.store(0, std::memory_order_relaxed);
+    if (section->state.exchange(0, std::memory_order_release) == 2) platform::wake_waiter(section);
 }
 
 #endif

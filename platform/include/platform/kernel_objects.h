@@ -34,7 +34,8 @@
 // Limits of named objects on POSIX, all about moments when a process was woken and did not run yet:
 // a signal taken back at once (SetEvent, ResetEvent), or given a second time, may pass a waiter by;
 // a release beyond the maximum fails although a waiter has one coming; the signal of an event or a
-// semaphore for a waiter that is killed then is left for the next wait that begins.
+// semaphore for a waiter that is killed then is left for the next wait that begins; two signals of
+// an event count twice if they woke two who wait for all of several objects and can't take it yet.
 #pragma once
 
 #include "platform/last_error.h"

@@ -17,10 +17,10 @@ DWORD number_before = 0;  // of the forking thread
 void before_fork() {
     enter_unbroken();
     lock_names_for_fork();
-    lock_objects_for_fork();
-    number_before = GetCurrentThreadId();
     for_each_named_object([](Object& object) { object.file->open_for_child(); });
     if (common_bell_file() != nullptr) common_bell_file()->open_for_child();
+    lock_objects_for_fork();
+    number_before = GetCurrentThreadId();
 }
 
 template <bool child>
@@ -48,11 +48,10 @@ void begin_child() {
     after_fork<true>();
 }
 
-const bool watched = pthread_atfork(before_fork, after_fork<false>, begin_child) == 0;
-
 }  // namespace
 
 bool fork_is_watched() {
+    static const bool watched = pthread_atfork(before_fork, after_fork<false>, begin_child) == 0;
     return watched;
 }
 

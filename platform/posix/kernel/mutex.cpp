@@ -86,14 +86,16 @@ void abandon(Object& object) {
 // abandoned. One of several processes is the parent's.
 void forked(Object& object, DWORD before, DWORD now) {
     State& state = object.state();
-    if (!object.owned) return;
-    const bool mine = owned_by(state.word, before);
-    if (mine && !object.shared()) {
+    if (object.shared()) {  // the parent may have released it meanwhile: the word tells nothing
+        if (object.owned && !Waiter::disown_here(object)) forget_owner(object);
+        return;
+    }
+    if (is_free(state.word)) return;
+    if (owned_by(state.word, before)) {
         state.word = now | FUTEX_WAITERS;
         return;
     }
-    mine ? Waiter::of_this_thread()->disown(object) : forget_owner(object);
-    if (object.shared()) return;
+    if (object.owned) forget_owner(object);
     state.word = FUTEX_OWNER_DIED | FUTEX_WAITERS;
     state.depth = 0;
 }

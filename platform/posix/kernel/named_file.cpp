@@ -229,7 +229,7 @@ void NamedFile::leave() {
 }
 
 void NamedFile::rejoin(NamedFile& other) {
-    if (fd_ >= 0) return;
+    if (fd_ >= 0 && process_ == getpid()) return;
     std::swap(fd_, other.fd_);
     process_ = other.process_;
 }
@@ -238,7 +238,11 @@ void NamedFile::open_for_child() {
     if (fd_ < 0 || process_ != getpid()) return;
     const OpenPath opened(fd_);
     OpenFile file(::open(opened.text, O_RDWR | O_CLOEXEC));
-    if (file.valid() && lock_file(file.get(), LOCK_SH)) child_fd_ = file.release();
+    if (file.valid() && lock_file(file.get(), LOCK_SH)) {
+        child_fd_ = file.release();
+    } else {
+        process_ = 0;
+    }
 }
 
 void NamedFile::keep_own(bool child) {

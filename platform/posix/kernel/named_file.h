@@ -41,7 +41,8 @@ class NamedFile {
     // Takes the lock of another opening of the same file, if it has none.
     void rejoin(NamedFile& other);
     // Before a fork makes the opening for the child; after it lets each process keep its own. Where
-    // the file can't be opened again the child has the parent's, and removes nothing.
+    // the file can't be opened again both have the parent's, and neither removes it: who opens the
+    // name when both are gone does.
     void open_for_child();
     void keep_own(bool child);
 

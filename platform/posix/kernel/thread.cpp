@@ -82,11 +82,14 @@ bool handle_end_signal() {
     return handled;
 }
 
+// The thread of CreateThread that this is, to its end.
+thread_local Thread* ending = nullptr;
+
 // In the child only the thread that forked runs on. Nothing is known of how the others go on in the
 // parent, but nobody shall wait here for their end.
 void forked(Object& object, DWORD, DWORD) {
     auto& thread = static_cast<Thread&>(object);
-    if (control.self == &thread || thread.own.word != 0) return;
+    if (ending == &thread || thread.own.word != 0) return;
     thread.has_exit_code = true;
     thread.own.word = 1;
     const ObjectPointer gone = std::move(thread.running);
@@ -96,7 +99,6 @@ void forked(Object& object, DWORD, DWORD) {
 // so that who waited for the thread finds all that belonged to it gone. The last reference is
 // dropped without the lock.
 thread_local bool end_is_watched = false;
-thread_local Thread* ending = nullptr;
 
 void settle_end_of_thread() {
     ObjectPointer running;
@@ -121,6 +123,7 @@ bool end_of_thread_key(pthread_key_t* key) {
 
 void set_exit_code(Thread& self, DWORD exit_code) {
     const ObjectLock lock;
+    Waiter::leave_broken_wait();
     self.exit_code = self.doomed ? self.doomed_exit_code : exit_code;
     self.has_exit_code = true;
     control.self = nullptr;

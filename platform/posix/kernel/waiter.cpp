@@ -28,6 +28,7 @@ bool Waiter::serve() {
         if (result == kNotYet) return false;
         dequeue();
         result_ = result;
+        finish(result);
         served_.store(true, std::memory_order_release);
     }
     bell_.fetch_add(1, std::memory_order_release);
@@ -89,12 +90,17 @@ void Waiter::own(Object& object) {
     first_owned_ = ObjectPointer(&object).release();
 }
 
-void Waiter::disown(Object& object) {
+bool Waiter::disown_here(Object& object) {
+    return own_waiter.disown(object);
+}
+
+bool Waiter::disown(Object& object) {
     Object** link = &first_owned_;
     while (*link != nullptr && *link != &object) link = &(*link)->next_owned;
-    if (*link == nullptr) return;
+    if (*link == nullptr) return false;
     *link = object.next_owned;
     forget_owner(object);
+    return true;
 }
 
 void forget_owner(Object& object) {
@@ -103,13 +109,18 @@ void forget_owner(Object& object) {
     const ObjectPointer dropped = ObjectPointer::adopt(&object);
 }
 
+void Waiter::leave_broken_wait() {
+    Waiter& waiter = own_waiter;
+    if (!waiter.asleep_) return;
+    waiter.asleep_ = false;
+    waiter.dequeue();
+    if (!waiter.served_) waiter.pass_on();
+    robust_list_forget_operation();
+    waiter.drop_kept();
+}
+
 void Waiter::end() {
-    if (asleep_) {
-        dequeue();
-        served_ ? finish(result_) : pass_on();
-        robust_list_forget_operation();
-    }
-    drop_kept();
+    leave_broken_wait();
     while (first_owned_ != nullptr) {
         const ObjectPointer object(first_owned_);
         disown(*object);

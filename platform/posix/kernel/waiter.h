@@ -48,11 +48,15 @@ class Waiter {
 
     // An object became the thread's, or is no more. Under the ObjectLock.
     void own(Object& object);
-    void disown(Object& object);
+    bool disown(Object& object);  // false when it wasn't
+    // The same where the thread's end needn't be watched.
+    static bool disown_here(Object& object);
 
     // At the end of the thread: leaves the wait it was ended in; what it owned is abandoned. Under
     // the ObjectLock.
     static void end_of_this_thread();
+    // After the thread was ended in a wait, before anything else waits. Under the ObjectLock.
+    static void leave_broken_wait();
 
  private:
     static thread_local constinit Waiter own_waiter;

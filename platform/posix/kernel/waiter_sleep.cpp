@@ -42,7 +42,7 @@ DWORD Waiter::sleep_until_done(DWORD milliseconds) {
         if (!served_) result = look_again(late);
     }
     if (served_) result = result_;
-    if (result != kNotYet) finish(result);
+    heir.reset();
     asleep_ = false;
     drop_kept();
     return result;
@@ -66,6 +66,7 @@ DWORD Waiter::look_again(bool late) {
     if (shared_ > 0) {
         common_bell_seen_ = common_bell().load();
         result = attempt();
+        if (result != kNotYet) finish(result);
         pass_on();
     }
     if (late || result != kNotYet) dequeue();

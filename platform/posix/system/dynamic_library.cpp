@@ -158,8 +158,11 @@ HMODULE LoadLibraryExW(const wchar_t* name, HANDLE file, DWORD flags) {
 
 FARPROC GetProcAddress(HMODULE module, const char* name) {
     using namespace platform;
-    const std::lock_guard guard(uses_lock);
-    if (*find_use(module) == nullptr) {
+    const auto is_open = [module] {  // not beyond: the loader has a lock of its own
+        const std::lock_guard guard(uses_lock);
+        return *find_use(module) != nullptr;
+    };
+    if (!is_open()) {
         refuse(EINVAL, ERROR_MOD_NOT_FOUND);
         return nullptr;
     }

@@ -117,6 +117,7 @@ HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD number) {
 
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* end, FILETIME* kernel,
                      FILETIME* user) {
+    const platform::Unbroken unbroken;
     const auto found = process_of(process);
     if (!found) return FALSE;
     const KernelText state(folder_of(found), "stat");
@@ -140,6 +141,7 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return FALSE;
     }
+    const platform::Unbroken unbroken;
     const auto found = process_of(process);
     if (!found) return FALSE;
     const KernelText status(folder_of(found), "status");
