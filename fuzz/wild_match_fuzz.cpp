@@ -1,10 +1,10 @@
 // Wild patterns and texts of anybody, beside the plain recursion where that comes to an end. A byte
 // chooses routine and code page; the pattern goes up to a line end, the text is the rest.
-#include "../tests/text/wild_match_reference.h"
+#include "wild_match_reference.h"
 
 #include <string>
 
-#include "../tests/text/wild_samples.h"
+#include "wild_samples.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;

@@ -1,8 +1,8 @@
 // Templates of anybody: compiled and matched, beside the plain steps of their rules. A byte chooses
 // the code page; the pattern goes up to a line end, the text is the rest.
-#include "../tests/text/wild_template_reference.h"
+#include "wild_template_reference.h"
 
-#include "../tests/text/wild_samples.h"
+#include "wild_samples.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
