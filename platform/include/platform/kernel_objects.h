@@ -26,7 +26,9 @@
 // A forked child has the same handles and is a process of its own: what either closes, or leaves by
 // its end, the other keeps. The thread that forked keeps the mutexes of its process that it owned;
 // those of the parent's other threads are abandoned, and their handles are signalled. Mutexes with
-// names stay the parent's. (After vfork, and a clone without the run-time, nothing of this holds.)
+// names stay the parent's. (After vfork, and a clone without the run-time, nothing of this holds.
+// Whoever closes descriptors that it didn't open, as daemons do after a fork, loses the objects
+// with names.)
 //
 // Whoever waits for a named object looks at it once a second: so long a signal may take whose
 // sender was killed before it woke anybody.

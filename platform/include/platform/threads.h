@@ -14,10 +14,11 @@ using LPTHREAD_START_ROUTINE = DWORD (*)(void* context);
 constexpr DWORD STACK_SIZE_PARAM_IS_A_RESERVATION = 0x10000;
 constexpr DWORD STILL_ACTIVE = 259;
 
-// Runs routine(context) in a new thread, whose exit code is the result. stack_size is in bytes, 0
-// for the default of the system, and at least 1 MiB unless the only flag there is says otherwise.
-// *number (may be null) becomes the thread's number. Null with ERROR_INVALID_PARAMETER for another
-// flag or a null routine, ERROR_NOT_ENOUGH_MEMORY. The thread also runs without its handle.
+// Runs routine(context) in a new thread, whose exit code is the result: the routine ends by
+// returning, never by pthread_exit. stack_size is in bytes, 0 for the default of the system, and at
+// least 1 MiB unless the only flag there is says otherwise. *number (may be null) becomes the
+// thread's number. Null with ERROR_INVALID_PARAMETER for another flag or a null routine,
+// ERROR_NOT_ENOUGH_MEMORY. The thread also runs without its handle.
 HANDLE CreateThread(SECURITY_ATTRIBUTES* none, std::size_t stack_size,
                     LPTHREAD_START_ROUTINE routine, void* context, DWORD flags, DWORD* number);
 
@@ -27,7 +28,7 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* none, std::size_t stack_size,
 // SIGRTMAX - 1 of the thread; ERROR_NOT_SUPPORTED if the program has a use for that.
 BOOL TerminateThread(HANDLE thread, DWORD exit_code);
 
-// STILL_ACTIVE until it ended.
+// STILL_ACTIVE until it ended; in a forked child, for good for the other threads of its parent.
 BOOL GetExitCodeThread(HANDLE thread, DWORD* exit_code);
 
 // The number of the calling thread: that of no other thread that lives.
