@@ -1,9 +1,11 @@
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
 class Files : public testing::Test {
  protected:
+    ~Files() override { fs::current_path(before_); }
+    const fs::path before_ = fs::current_path();
     TempFolder folder_;
     const std::string file_ = folder_.write("a.dat", "0123456789");
     const std::string none_ = folder_ / "none";
@@ -19,6 +21,70 @@ struct Descriptor {
     Descriptor& operator=(const Descriptor&) = delete;
     [[nodiscard]] std::string str() const { return "fd=" + std::to_string(fd); }
 };
+
+[[maybe_unused]] const bool plays = play_scenes<Files>(
+    "Files", TEST_ROWS,
+    {{"length", step_of<ORVEX_FileLenByFileName>},
+     {"length_wide", step_of<ORVEX_FileLenByFileNameW>},
+     {"length_by_descriptor",
+      [](const Texts& step) { return outcome(ORVEX_FileLen(Descriptor(step[1]).fd)); }},
+     {"open",
+      [](const Texts& step) {
+          const Descriptor opened(step[1]);
+          return opened.fd >= 0 ? "opened" : outcome(opened.fd);
+      }},
+     {"open_or_make",
+      [](const Texts& step) {
+          const int32_t fd =
+              ORVEX_FileOpenCreate(step[1].c_str(), step[2].c_str(), std::stoi(step[3]), 32770);
+          const std::string told = fd < 0 ? outcome(fd) : std::to_string(ORVEX_FileLen(fd));
+          ORVEX_FileCloseByChmod(fd);
+          return told;
+      }},
+     {"make", step_of<ORVEX_FileExclCreate>},
+     {"make_wide", step_of<ORVEX_FileExclCreateW>},
+     {"make_empty", step_of<ORVEX_NewEmptyFile>},
+     {"mode", step_of<ORVEX_FileGetMode>},
+     {"owner_mode",
+      [](const Texts& step) {
+          return std::to_string(ORVEX_FileGetMode(step[1].c_str(), nullptr) & ORVEX_MODE_OWNER);
+      }},
+     {"owner_mode_by_descriptor",
+      [](const Texts& step) {
+          int32_t mode = 0;
+          ORVEX_FileGetModeByFD(Descriptor(step[1], ORVEX_OPEN_READ).fd, &mode);
+          return std::to_string(mode & ORVEX_MODE_OWNER);
+      }},
+     {"change_mode", step_of<ORVEX_FileChangeMode>},
+     {"set_mode",
+      [](const Texts& step) {
+          OXSTAT64 state{};
+          state.st_mode = static_cast<uint16_t>(std::stoi(step[2]));
+          return outcome(ORVEX_FileChangeModeByStat(step[1].c_str(), &state));
+      }},
+     {"exchange", step_of<ORVEX_FileExchangeName>},
+     {"make_folders", step_of<ORVEX_DirCreateRecur>},
+     {"make_folders_of", step_of<ORVEX_CreatePathByFileName>},
+     {"enter", step_of<ORVEX_ChDir>},
+     {"reserve_in", step_of<ORVEX_UTIL_GetTempFileName>},
+     {"reserve_beside", step_of<ORVEX_UTIL_TempFNFromFN>},
+     {"quickly",
+      [](const Texts& step) { return std::to_string(g_stBv.bFastExpandFile = step[1] == "1"); }},
+     {"resize", step_of<ORVEX_FileChangeSizeByFN>},
+     {"zeros",
+      [](const Texts& step) {
+          const std::string bytes = read_bytes(step[1]);
+          return std::to_string(std::count(bytes.begin() + std::stoi(step[2]), bytes.end(), '\0'));
+      }},
+     {"resize_read_only",
+      [](const Texts& step) {
+          const Descriptor reading(step[1], ORVEX_OPEN_READ);
+          return outcome(ORVEX_UTIL_FileExpand(reading.fd, std::stoll(step[2])));
+      }},
+     {"cut_read_only", [](const Texts& step) {
+          const Descriptor reading(step[1], ORVEX_OPEN_READ);
+          return outcome(ORVEX_UTIL_ChSizeByFD(reading.fd, std::stoll(step[2])));
+      }}});
 
 // The state's fields, each a different value, as bytes written out by hand.
 TEST(FileState, RecordByteForByte) {
@@ -58,50 +124,30 @@ TEST(FileState, RecordByteForByte) {
     EXPECT_EQ(ORVEX_FileIsDirByMode(&record), 1);
 }
 
-TEST_F(Files, StateByNameAndDescriptor) {
-    OXSTAT64 state;
-    ASSERT_EQ(ORVEX_FileStatByFileName(file_.c_str(), &state), 0);
-    EXPECT_EQ(state.st_size, 10);
-    EXPECT_EQ(ORVEX_FileLenByFileName(file_.c_str()), 10);
-    EXPECT_EQ(ORVEX_FileLenByFileNameW(fs::path(file_).wstring().c_str()), 10);
+TEST_F(Files, TellWhatNoTextCan) {
     OXFILESTAT record;
     ASSERT_EQ(ORVEX_GetFileStat(file_.c_str(), &record), 1);
     EXPECT_EQ(record.nSize[7], 10);
     EXPECT_EQ(record.szName, file_);
-    const Descriptor open(file_);
-    int32_t mode = 0;
-    EXPECT_EQ(ORVEX_FileLen(open.fd), 10);
-    EXPECT_EQ(ORVEX_FileStatByFileDes(open.fd, &state), 0);
-    EXPECT_EQ(ORVEX_FileGetModeByFD(open.fd, &mode) & 384, 384);
-
-    EXPECT_EQ(error_of(ORVEX_FileLen(9999)), "10 oxfileop fd=9999");
-    ORVEX_Err_ClearError();
     EXPECT_EQ(error_of(ORVEX_GetFileStat(none_.c_str(), &record)), "23 oxfileop " + none_);
     EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
-    EXPECT_EQ(ORVEX_FileGetMode(none_.c_str(), &mode), -1);
-    EXPECT_EQ(mode, -1);
-    EXPECT_EQ(ORVEX_FileCloseByChmod(-1), 1);
-}
-
-TEST_F(Files, AReadOnlyFileIsOpenedAndLeftWritable) {
-    const auto mode = [&] { return ORVEX_FileGetMode(file_.c_str(), nullptr); };
-    EXPECT_EQ(ORVEX_FileChangeMode(file_.c_str(), 0, 0x80), 0);
-    EXPECT_EQ(mode() & 0x80, 0);
-    EXPECT_GE(Descriptor(file_).fd, 0);
-    EXPECT_EQ(mode() & 384, 384);
-    OXSTAT64 state;
-    ORVEX_FileStatByFileName(file_.c_str(), &state);
-    state.st_mode = static_cast<uint16_t>(state.st_mode & ~0x80);
-    EXPECT_EQ(ORVEX_FileChangeModeByStat(file_.c_str(), &state), 1);
-    EXPECT_EQ(mode() & 0x80, 0);
-    EXPECT_EQ(error_of(ORVEX_FileChangeModeByStat(none_.c_str(), &state)), "13 oxfileop " + none_);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(error_number_of(ORVEX_FileChangeMode(none_.c_str(), 384, 0)), 23U);
-    EXPECT_EQ(ORVEX_FileChmodByFD(1, 2) - ORVEX_FileChangeModeByFD(1, 2, 3), 1);
     EXPECT_EQ(ORVEX_FileChangeModAccessTime(file_.c_str(), 1000000000, 1500000000), 0);
-    ORVEX_FileStatByFileName(file_.c_str(), &state);
+    OXSTAT64 state;
+    const Descriptor open(file_);
+    ASSERT_EQ(ORVEX_FileStatByFileDes(open.fd, &state), 0);
     EXPECT_EQ(state.st_mtime, 1500000000);
     EXPECT_EQ(state.st_atime, 1000000000);
+    EXPECT_EQ(ORVEX_FileChmodByFD(1, 2) - ORVEX_FileChangeModeByFD(1, 2, 3), 1);
+    EXPECT_EQ(error_of(ORVEX_FileLen(9999)), "10 oxfileop fd=9999");
+
+    char name[512];
+    ASSERT_EQ(ORVEX_TempFileName(folder_.str().c_str(), name, "pre"), 1);
+    EXPECT_FALSE(fs::exists(name));
+    EXPECT_NE(std::string(name).find("pre"), std::string::npos);
+
+    const std::wstring wide = fs::path(file_).wstring();
+    EXPECT_EQ(ORVEX_FileExclCreateW(wide.c_str(), nullptr, 0, 384), -1);
+    EXPECT_EQ(ORVEX_GetErrData()->nDataLen, std::min<size_t>(144, wide.size() * sizeof(wchar_t)));
 }
 
 TEST_F(Files, ALockExcludesAnotherDescriptorAndKeepsThePosition) {
@@ -147,97 +193,14 @@ TEST_F(Files, ALockFileIsOneProcesssAndGoesWithIt) {
     EXPECT_EQ(error_of(ORVEX_LockFile(nowhere_.c_str())), "7 oxfileop " + nowhere_);
 }
 
-TEST_F(Files, TheFirstFreeTemporaryNameIsReserved) {
-    folder_.write("otmp0.tmp", "");
-    fs::create_directory(folder_.path() / "otmp1.tmp");
-    const std::string folder = folder_.str();
-    const std::string beside = folder + "\\any";
-    const fs::path before = fs::current_path();
-    fs::current_path(folder_.path());
-    char name[512];
-    const tuple<decltype(ORVEX_UTIL_GetTempFileName)*, std::string, Text, std::string> rows[] = {
-        {ORVEX_UTIL_GetTempFileName, folder, nullptr, folder + "\\otmp2.tmp"},
-        {ORVEX_UTIL_GetTempFileName, folder, "x", folder + "\\x0.tmp"},
-        {ORVEX_UTIL_TempFNFromFN, beside, "", folder + "\\otmp3.tmp"},
-        {ORVEX_UTIL_TempFNFromFN, "plain", "y", ".\\y0.tmp"}};
-    for (const auto& [reserve, given, prefix, expected] : rows) {
-        ASSERT_EQ(reserve(given.c_str(), name, prefix), 1);
-        EXPECT_EQ(name, expected);
-    }
-    fs::current_path(before);
-    EXPECT_EQ(names_in(folder), (Texts{"a.dat", "otmp0.tmp", "otmp1.tmp", "otmp2.tmp", "otmp3.tmp",
-                                       "x0.tmp", "y0.tmp"}));
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(ORVEX_UTIL_GetTempFileName(none_.c_str(), name, ""), -1);
-    EXPECT_EQ(GetRvexErrNo(), 0U);  // reports nothing
-    ASSERT_EQ(ORVEX_TempFileName(folder.c_str(), name, "pre"), 1);
-    EXPECT_FALSE(fs::exists(name));
-    EXPECT_NE(std::string(name).find("pre"), std::string::npos);
-}
-
-TEST_F(Files, FoldersThatAreMissingAreMade) {
-    const std::string given = folder_.str() + "\\a/b\\c\\";
-    std::string path = given;
-    for (const int32_t unused : {0, 384}) EXPECT_EQ(ORVEX_DirCreateRecur(path.data(), unused), 1);
-    EXPECT_EQ(path, given);
-    EXPECT_TRUE(fs::is_directory(folder_.path() / "a" / "b" / "c"));
-    path = file_ + "\\x\\y";
-    EXPECT_EQ(error_of(ORVEX_DirCreateRecur(path.data(), 0)), "1 oxfileop " + file_ + "\\x");
-    EXPECT_EQ(path, file_ + "\\x\\y");
-    char empty[] = "";
-    EXPECT_EQ(error_of(ORVEX_DirCreateRecur(empty, 0)), "50 oxfileop path name is empty");
-    EXPECT_EQ(ORVEX_DirCreateRecur(nullptr, 0), -1);
-    EXPECT_EQ(ORVEX_CreatePathByFileName((folder_.str() + "\\d\\e\\f.txt").c_str()), 1);
-    EXPECT_TRUE(fs::is_directory(folder_.path() / "d" / "e"));
-    EXPECT_EQ(ORVEX_CreatePathByFileName("plain"), 1);
-}
-
 TEST_F(Files, ManyMakeTheSameFoldersAtOnce) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([this] {
-            for (int k = 0; k < 30; ++k) {
-                std::string path = folder_.str() + "\\t" + std::to_string(k) + "\\u\\v\\w";
-                EXPECT_EQ(ORVEX_DirCreateRecur(path.data(), 0), 1);
-            }
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (auto& thread : threads) thread.join();
-}
-
-TEST_F(Files, NamesAreExchangedOrBothStay) {
-    const std::string a = folder_.write("a", "was a");
-    const std::string b = folder_.write("b", "was b");
-    EXPECT_EQ(ORVEX_FileExchangeName(a.c_str(), b.c_str()), 1);
-    EXPECT_EQ(read_bytes(a) + read_bytes(b), "was bwas a");
-    EXPECT_EQ(error_of(ORVEX_FileExchangeName(a.c_str(), none_.c_str())), "14 oxfileop " + a);
-    EXPECT_EQ(ORVEX_FileExchangeName(none_.c_str(), a.c_str()), -1);
-    const std::string between = folder_.write("a.dhX", "in the way");
-    EXPECT_EQ(ORVEX_FileExchangeName(a.c_str(), b.c_str()), -1);
-    EXPECT_EQ(read_bytes(a) + read_bytes(b) + read_bytes(between), "was bwas ain the way");
-}
-
-TEST_F(Files, AreMadeOnceThenOpened) {
-    const int32_t fd = ORVEX_FileOpenCreate(none_.c_str(), "head", 4, 32770);
-    EXPECT_EQ(ORVEX_FileLen(fd), 4);
-    ORVEX_FileCloseByChmod(fd);
-    EXPECT_EQ(error_of(ORVEX_FileExclCreate(none_.c_str(), "other", 5, 384)),
-              "1 oxfileop " + none_);
-    EXPECT_EQ(read_bytes(none_), "head");
-    const std::wstring wide = fs::path(folder_ / "wide").wstring();
-    EXPECT_EQ(ORVEX_FileExclCreateW(wide.c_str(), nullptr, 9, 384), 1);
-    EXPECT_EQ(fs::file_size(folder_.path() / "wide"), 0U);
-    EXPECT_EQ(ORVEX_FileExclCreateW(wide.c_str(), nullptr, 0, 384), -1);
-    EXPECT_EQ(ORVEX_GetErrData()->nDataLen, std::min<size_t>(144, wide.size() * sizeof(wchar_t)));
-    EXPECT_EQ(ORVEX_NewEmptyFile(none_.c_str()), 1);
-    EXPECT_EQ(fs::file_size(none_), 0U);
-    EXPECT_EQ(error_number_of(ORVEX_NewEmptyFile(nowhere_.c_str())), 1U);
-    EXPECT_EQ(error_of(ORVEX_FileOpenCreate(nowhere_.c_str(), "x", 1, 32770)),
-              "1 oxfileop " + nowhere_);
-    ORVEX_Err_ClearError();
-    EXPECT_LT(ORVEX_FileOpenByChmod(nowhere_.c_str(), 32770), 0);
-    EXPECT_EQ(GetRvexErrNo(), 23U);  // of the change of mode
+    in_threads(8, [this](int) {
+        for (int k = 0; k < 30; ++k) {
+            std::string path = folder_.str() + "\\t" + std::to_string(k) + "\\u\\v\\w";
+            EXPECT_EQ(ORVEX_DirCreateRecur(path.data(), 0), 1);
+        }
+        MOLTE_THDATA_FreeData();
+    });
 }
 
 TEST_F(Files, ADeniedFileIsTriedTwice) {
@@ -247,25 +210,6 @@ TEST_F(Files, ADeniedFileIsTriedTwice) {
     EXPECT_GE(passed, std::chrono::milliseconds(1900));
     EXPECT_LT(passed, std::chrono::seconds(6));
     EXPECT_EQ(errno, EACCES);
-}
-
-TEST_F(Files, SizeGrowsWithZerosAndIsCut) {
-    for (const auto& [fast, size] : {tuple(0, 20000U), {0, 2U}, {1, 5U}}) {
-        std::string expected = read_bytes(file_);
-        expected.resize(size);
-        g_stBv.bFastExpandFile = fast;
-        EXPECT_EQ(ORVEX_FileChangeSizeByFN(file_.c_str(), size), 1);
-        EXPECT_EQ(read_bytes(file_), expected);
-    }
-    g_stBv.bFastExpandFile = 0;
-    EXPECT_EQ(error_number_of(ORVEX_FileChangeSizeByFN(none_.c_str(), 5)), 1U);
-    const Descriptor reading(file_, 32768);
-    EXPECT_EQ(ORVEX_UTIL_FileExpand(reading.fd, 5), 1);  // as it is: nothing to do
-    EXPECT_EQ(error_number_of(ORVEX_UTIL_FileExpand(reading.fd, 9)), 4U);
-    EXPECT_EQ(error_of(ORVEX_UTIL_FileExpand(reading.fd, 1)),
-              "15 oxfileop " + reading.str() + " newsize=1");
-    EXPECT_EQ(error_of(ORVEX_UTIL_ChSizeByFD(reading.fd, -1)),
-              "5 oxfileop " + reading.str() + " offset=-1 op=0");
 }
 
 }  // namespace
