@@ -19,10 +19,14 @@ inline std::string outcome(const void* result) {
     return outcome(result == nullptr ? -1 : 1);
 }
 
-// A field of a step as the argument that a call wants. What a call writes is told behind " > ".
+// A field of a step as the argument that a call wants: the handle of a file by its name. What a
+// call writes is told behind " > ".
 class Argument {
  public:
     Argument(const std::string& field) : field_(field) {}  // NOLINT: a field becomes one
+    Argument(const Argument&) = delete;
+    Argument& operator=(const Argument&) = delete;
+    ~Argument() { ORVEX_HFILE_Close(&handle_); }
     template <typename Wanted>
     Wanted as() {
         using Pointed = std::remove_pointer_t<Wanted>;
@@ -30,6 +34,8 @@ class Argument {
             return static_cast<Wanted>(std::stoll(field_));
         } else if constexpr (std::is_same_v<Wanted, const wchar_t*>) {
             return (wide_ = std::filesystem::path(field_).wstring()).c_str();
+        } else if constexpr (std::is_same_v<Wanted, ORVEX_HFILE*>) {
+            return field_ == "(null)" ? nullptr : handle_ = ORVEX_HFILE_Open(field_.c_str(), 0);
         } else if constexpr (std::is_const_v<Pointed>) {
             return text_or_null(field_);
         } else if (field_ == "(null)") {
@@ -50,6 +56,7 @@ class Argument {
  private:
     std::string field_;
     std::wstring wide_;
+    ORVEX_HFILE* handle_ = nullptr;
     alignas(int64_t) std::array<char, 512> written_{};
     std::function<std::string()> tell_;
 };
@@ -93,7 +100,8 @@ class Scene : public Fixture {
                                     : told.size() + 1 >= expected.size() &&
                                           told.starts_with(expected.substr(0, any)) &&
                                           told.ends_with(expected.substr(any + 1));
-            EXPECT_TRUE(agrees) << testing::PrintToString(written) << " told: " << told;
+            EXPECT_TRUE(agrees) << testing::PrintToString(written)
+                                << " told: " << testing::PrintToString(told);
         }
     }
     std::string in_folder(std::string field) const {
