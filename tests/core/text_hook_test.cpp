@@ -1,4 +1,4 @@
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -42,115 +42,102 @@ int32_t out(uint32_t mask, const std::string& text, int32_t option = 0) {
 class TextHook : public testing::Test {
  protected:
     Installation installation_;
+    TempFolder folder_;
+    // What the steps of a scene install, and what it got.
+    std::unique_ptr<Kept> kept_ = std::make_unique<Kept>();
+    static inline Kept* steps_kept = nullptr;
+
+ public:
+    TextHook() { steps_kept = kept_.get(); }
+    static Kept& kept() { return *steps_kept; }
 };
 
-// Of several destinations the first in the order 8, 9, 15, 16, 14, 10, 12, 13 counts.
-TEST_F(TextHook, MasksGetTheirDefaults) {
-    constexpr uint32_t rows[][2] = {
-        {0x100, 0x190},     {0x200, 0x2A0},     {0x400, 0x470},     {0x800, 0x800},
-        {0x1000, 0x1070},   {0x2000, 0x2070},   {0x4000, 0x40B0},   {0x8000, 0x8090},
-        {0x20000, 0x20000}, {0x10000, 0x100A0}, {0x210, 0x290},     {0x240, 0x260},
-        {0xFFF00, 0xFFF90}, {0x6000, 0x60B0},   {0x10400, 0x104A0}, {7, 7}};
-    for (const auto& [mask, completed] : rows) {
-        Kept kept;
-        EXPECT_EQ(install(&kept, mask), 1);
-        const OTXTHOOK_NODE* node = OTXTHOOK_UTIL_GetHook(keep, 1);
-        EXPECT_EQ(node->nMask, completed);
-        EXPECT_EQ(node->bLogger, mask == 0x20000 || mask == 0xFFF00);
-        OTXTHOOK_RemoveHook(keep, 1);
-        EXPECT_EQ(kept.closed, kSize);
+uint32_t number(const std::string& field) {
+    return static_cast<uint32_t>(std::stoul(field, nullptr, 0));
+}
+
+std::string mask_text(uint32_t mask) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%X", mask);
+    return text;
+}
+
+// The outcome, and what the hooks got since it was asked last.
+std::string heard(int32_t result) {
+    std::string text = outcome(result);
+    for (const std::string& got : std::exchange(TextHook::kept().texts, {})) {
+        text += " > " + mask_text(TextHook::kept().mask) + " " + got;
     }
+    return text;
 }
 
-// In destination, direction and class; 0x4000 is a destination like the others.
-TEST_F(TextHook, TakesWhatAgreesInAllGroups) {
-    Kept kept;
-    install(&kept, 0x4000 | 16 | 64);
-    for (uint32_t mask : {16U | 64 | 0xFFF00, 16U | 64 | 0x4000, 48U | 192 | 0x4000})
-        out(mask, "y");
-    for (uint32_t mask : {16U | 128 | 0xFFF00, 32U | 64 | 0xFFF00, 16U | 64 | 0xFBF00}) {
-        EXPECT_EQ(out(mask, "n"), 1);
-    }
-    EXPECT_EQ(kept.texts, Texts(3, "y"));
+// The mask and kind that a hook gets which is installed with this mask.
+std::string defaults(const Texts& step) {
+    EXPECT_EQ(install(&TextHook::kept(), number(step[1])), 1);
+    const OTXTHOOK_NODE* node = OTXTHOOK_UTIL_GetHook(keep, 1);
+    const std::string text = mask_text(node->nMask) + (node->bLogger != 0 ? " logger" : "");
+    OTXTHOOK_RemoveHook(keep, 1);
+    EXPECT_EQ(std::exchange(TextHook::kept().closed, 0), kSize);
+    return text;
 }
 
-TEST_F(TextHook, MasksOfMessagesAreCompleted) {
-    Kept kept;
-    install(&kept, 0xFFFFF);
-    constexpr uint32_t rows[][3] = {
-        {0U, 0, 0x102A0U},   {8, 0, 0x122E8},        {8, 1, 0x122A8},
-        {8 | 256, 0, 0x1E8}, {16 | 128, 0, 0x10290}, {0x12300005, 0, 0x123102A5},
-        {616, 3, 616},       {32 | 512, 0, 0},  // in no class, in no direction
-        {128 | 512, 0, 0}};
-    for (const auto& [mask, option, completed] : rows) {
-        kept.mask = 0;
-        EXPECT_EQ(out(mask, "text", static_cast<int32_t>(option)), 1);
-        EXPECT_EQ(kept.mask, completed);
-    }
-    EXPECT_EQ(kept.texts, Texts(7, "text"));
-    EXPECT_EQ(OTXTHOOK_OutText(0, nullptr, 1, 0) + OTXTHOOK_OutText(0, "x", 0, 0), 0);
-}
-
-TEST_F(TextHook, InstallationsAreChecked) {
-    Kept kept;
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(install(&kept, 512, 1), 1);
-    // Left behind by a success.
-    EXPECT_EQ(told(-1), "305 otxthook txt hook with given id 1 does not exist @112");
-    for (const auto& [hook, mask, id, error, line] :
-         {tuple{&keep, 0U, 2, "432 otxthook mask can not be zero", " @144"},
-          {&keep, 512, 100000, "433 otxthook text hook=", " @159"},
-          {nullptr, 512, 2, "433 otxthook text hook=", " @159"},
-          {&keep, 512, 1, "132 otxthook txt hook with given id 1 exists", " @170"}}) {
-        const auto text = told(OTXTHOOK_InstallHook(hook, nullptr, nullptr, 0, mask, id));
-        EXPECT_TRUE(text.starts_with(error) && text.ends_with(line)) << text;
-    }
-    EXPECT_EQ(OTXTHOOK_UTIL_GetHook(nullptr, 1), nullptr);
-    EXPECT_EQ(install(&kept, 512, 99999), 1);
-    EXPECT_EQ(told(OTXTHOOK_RemoveHook(keep, 3)), "305 otxthook Hook id=3 @209");
-    EXPECT_EQ(OTXTHOOK_Init(), 0);
-    EXPECT_EQ(OTXTHOOK_Release(), 1);
-    EXPECT_EQ(kept.closed, 2 * kSize);
-    EXPECT_EQ(OTXTHOOK_Release(), 0);
-    EXPECT_EQ(out(0, "x") + MOLTE_OutMsg(0, "x") + MOLTE_LOGGER_PrintInfo(1, 1, "x"), 0);
-    EXPECT_EQ(OTXTHOOK_UTIL_GetHook(keep, 1), nullptr);
-    EXPECT_EQ(install(&kept, 512, 1), 1);  // brings the hooks up again
-    EXPECT_EQ(out(0, "x"), 1);
-}
-
-TEST_F(TextHook, PrintsBySwitchMaskAndThread) {
-    Kept kept;
-    install(&kept, 0xFFFFF & ~8U);
-    EXPECT_EQ(MOLTE_PrintInfo("never %d", 1), 1);  // no class bit: nobody takes it
-    EXPECT_EQ(MOLTE_OutMsg(64 | 32, nullptr), 1);  // no text: nobody is bothered
-    EXPECT_EQ(MOLTE_NullInfoOut("x"), 0);
-    g_stBv.nPrintInfoMask = OXMSG_INFO;
-    EXPECT_EQ(MOLTE_PrintInfo("info %d", 1), 1);
-    EXPECT_EQ(kept.mask, 0xFFF20U | 128);
-    MOLTE_THDATA_SetInnerThreadFlag(1);
-    EXPECT_EQ(MOLTE_Print(64, "%s", "inner"), 1);
-    EXPECT_EQ(kept.mask, 0xFFF10U | 64);
-    MOLTE_THDATA_SetInnerThreadFlag(0);
-    EXPECT_EQ(MOLTE_OutMsgOldFmt("old %c", 'f'), 1);
-    EXPECT_EQ(kept.mask, 33168U);
-    EXPECT_EQ(MOLTE_UTIL_DisableOutputMsg(), 1);
-    EXPECT_EQ(MOLTE_Print(64, "x") + MOLTE_PrintInfo("x") + MOLTE_PrintError("x"), 0);
-    EXPECT_EQ(MOLTE_LOGGER_PrintInfo(1, 1, "x"), 0);
-    EXPECT_EQ(MOLTE_UTIL_EnableOuputMsg(), 1);
-    EXPECT_EQ(kept.texts, (Texts{"info 1", "inner", "old f"}));
-}
-
-TEST_F(TextHook, ErrorsBringTheirRecord) {
-    Kept kept;
-    install(&kept, 8192);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(MOLTE_PrintError("x"), 1);
-    ORVEX_Err_Set(77, 0, "module", 5, 0, nullptr, 0);
-    MOLTE_PrintError("%s", std::string(5000, 'z').c_str());  // what doesn't fit is cut
-    MOLTE_PrintError("%s", std::string(4090, 'z').c_str());
-    EXPECT_EQ(kept.texts, (Texts{"xNo error history recorded.\r\n", std::string(4095, 'z'),
-                                 std::string(4090, 'z') + "\r\n---"}));
-}
+[[maybe_unused]] const bool plays = play_scenes<TextHook>(
+    "TextHook", TEST_ROWS,
+    {{"defaults", defaults},
+     {"install",
+      [](const Texts& step) {
+          return outcome(install(&TextHook::kept(), number(step[1]), std::stoi(step[2])));
+      }},
+     {"install_none",
+      [](const Texts& step) {
+          return outcome(OTXTHOOK_InstallHook(nullptr, nullptr, nullptr, 0, number(step[1]),
+                                              std::stoi(step[2])));
+      }},
+     {"remove",
+      [](const Texts& step) { return outcome(OTXTHOOK_RemoveHook(keep, std::stoi(step[1]))); }},
+     {"has",
+      [](const Texts& step) { return outcome(OTXTHOOK_UTIL_GetHook(keep, std::stoi(step[1]))); }},
+     {"closed", [](const Texts&) { return std::to_string(TextHook::kept().closed / kSize); }},
+     {"begin", step_of<OTXTHOOK_Init>},
+     {"end", step_of<OTXTHOOK_Release>},
+     {"out",
+      [](const Texts& step) { return heard(out(number(step[1]), step[2], std::stoi(step[3]))); }},
+     {"out_null", [](const Texts&) { return outcome(OTXTHOOK_OutText(0, nullptr, 1, 0)); }},
+     {"print",
+      [](const Texts& step) { return heard(MOLTE_Print(number(step[1]), "%s", step[2].c_str())); }},
+     {"print_info",
+      [](const Texts& step) { return heard(MOLTE_PrintInfo("%s", step[1].c_str())); }},
+     {"print_error",
+      [](const Texts& step) {
+          if (step[1] != "0") ORVEX_Err_Set(number(step[1]), 0, "module", 5, 0, nullptr, 0);
+          const int32_t result = MOLTE_PrintError("%s", step[2].c_str());
+          ORVEX_Err_ClearError();
+          return heard(result);
+      }},
+     {"message",
+      [](const Texts& step) {
+          return heard(MOLTE_OutMsg(number(step[1]), text_or_null(step[2])));
+      }},
+     {"old_message",
+      [](const Texts& step) { return heard(MOLTE_OutMsgOldFmt("old %s", step[1].c_str())); }},
+     {"null_info", [](const Texts&) { return heard(MOLTE_NullInfoOut("x")); }},
+     {"log",
+      [](const Texts& step) {
+          return heard(
+              MOLTE_LOGGER_PrintInfo(number(step[1]), number(step[2]), "%s", step[3].c_str()));
+      }},
+     {"info_mask",
+      [](const Texts& step) { return mask_text(g_stBv.nPrintInfoMask = number(step[1])); }},
+     {"inner", step_of<MOLTE_THDATA_SetInnerThreadFlag>},
+     {"disable", step_of<MOLTE_UTIL_DisableOutputMsg>},
+     {"enable", step_of<MOLTE_UTIL_EnableOuputMsg>},
+     {"to_file", step_of<OTXTHOOK_TXTFILE_InstallHook>},
+     {"to_memory", step_of<OTXTHOOK_MEMTXT_InstallHook>},
+     {"to_text_log", step_of<OTXTHOOK_TERRLOG_InstallHook>},
+     {"to_binary_log", step_of<OTXTHOOK_BERRLOG_InstallHook>},
+     {"to_standard_output", step_of<OTXTHOOK_STDOUT_InstallHook>},
+     {"add_log", step_of<MOLTE_TXTLOG_AddLog>}},
+    true);
 
 TEST_F(TextHook, CallTracesAreErrors) {
     Kept kept;
@@ -164,18 +151,6 @@ TEST_F(TextHook, CallTracesAreErrors) {
     // Whole lines in 1023 bytes: 56 of 18.
     EXPECT_NE(kept.texts[0].find("longer_name100054\n\nNo error history"), std::string::npos);
     MOLTE_THDATA_FreeData();
-}
-
-TEST_F(TextHook, TheLoggerTakesEverything) {
-    Kept logger;
-    Kept other;
-    install(&logger, 0x20000);
-    install(&other, 0xFFFFF & ~0x20000U, 2);
-    EXPECT_EQ(MOLTE_LOGGER_PrintInfo(13, 0xABC, "%s", std::string(9000, 'l').c_str()), 1);
-    EXPECT_EQ(logger.mask, 0xABC00000U | 5 | 0x20000);
-    EXPECT_EQ(logger.texts, Texts{std::string(8191, 'l')});
-    EXPECT_EQ(MOLTE_LOGGER_PrintInfo(1, 1, "%s", ""), 0);
-    EXPECT_TRUE(other.texts.empty());
 }
 
 TEST_F(TextHook, TimeIsCounted) {
@@ -285,32 +260,6 @@ TEST_F(TextHook, RemovalWhileOthersPrint) {
 }
 
 // ---- The built-in hooks ----
-
-TEST_F(TextHook, BuiltInOnesAreRefused) {
-    const TempFolder folder;
-    const std::string path = folder / "out.txt";
-    const std::string none = folder / "none\\out.txt";
-    MOLTE_TXTLOG_AddLog(path.c_str(), 512, 1);
-    OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1);
-    ORVEX_Err_ClearError();
-    const std::string rows[][2] = {
-        {told(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), 192 | 48, 2)),
-         "432 otxthook mask can not be 0, may be 2file @359"},
-        {told(OTXTHOOK_TXTFILE_InstallHook(none.c_str(), 512, 2)),
-         "1 otxthook " + none.substr(0, 144) + " @364"},
-        {told(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), 512, 1)), " < 368 otxthook"},
-        {told(MOLTE_TXTLOG_AddLog(path.c_str(), 512, 2)), "132 otxthook allready exists @622"},
-        {told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 32, 2)),
-         "432 otxthook mask can not be 0, may be outmsg or innermsg @438"},
-        {told(OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1)), " < 446 otxthook"},
-        {told(OTXTHOOK_TERRLOG_InstallHook(0, 100000)), " < 483 otxthook"},
-        {told(OTXTHOOK_BERRLOG_InstallHook(0, 100000)), " < 468 otxthook"},
-        {told(OTXTHOOK_STDOUT_InstallHook(0, 100000)), " < 399 otxthook"}};
-    for (const auto& [text, end] : rows) EXPECT_TRUE(text.ends_with(end)) << text;
-    EXPECT_EQ(OTXTHOOK_TXTFILE_InstallHook(nullptr, 512, 2), nullptr);
-    OTXTHOOK_Release();
-    EXPECT_TRUE(told(MOLTE_TXTLOG_AddLog(path.c_str(), 0, 1)).ends_with(" < 626 otxthook"));
-}
 
 TEST_F(TextHook, BuiltInOnesWrite) {
     const TempFolder folder;

@@ -133,10 +133,12 @@ TEST_F(Files, TellWhatNoTextCan) {
     EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
     EXPECT_EQ(ORVEX_FileChangeModAccessTime(file_.c_str(), 1000000000, 1500000000), 0);
     OXSTAT64 state;
-    const Descriptor open(file_);
-    ASSERT_EQ(ORVEX_FileStatByFileDes(open.fd, &state), 0);
+    ASSERT_EQ(ORVEX_FileStatByFileName(file_.c_str(), &state), 0);
     EXPECT_EQ(state.st_mtime, 1500000000);
     EXPECT_EQ(state.st_atime, 1000000000);
+    const Descriptor open(file_);
+    ASSERT_EQ(ORVEX_FileStatByFileDes(open.fd, &state), 0);
+    EXPECT_EQ(state.st_size, 10);
     EXPECT_EQ(ORVEX_FileChmodByFD(1, 2) - ORVEX_FileChangeModeByFD(1, 2, 3), 1);
     EXPECT_EQ(error_of(ORVEX_FileLen(9999)), "10 oxfileop fd=9999");
 

@@ -6,12 +6,19 @@
 #include "support/rows.h"
 #include "support/test.h"
 
+// Whether the lines of errors are numbers that the library promises, and so are told.
+inline bool lines_are_told = false;
+
 // What a call told: its result, or the error for a negative one; or both, for one that left an
 // error and succeeded; and the modules of those who passed the error on.
 inline std::string outcome(int64_t result) {
-    std::string text = result < 0 && GetRvexErrNo() != 0 ? "" : std::to_string(result);
-    if (GetRvexErrNo() != 0) text += (text.empty() ? "" : ", ") + error_of_this_thread();
     const ORVEX_ERRDATA* record = ORVEX_GetErrData();
+    std::string text = result < 0 && GetRvexErrNo() != 0 ? "" : std::to_string(result);
+    if (GetRvexErrNo() != 0) {
+        text += (text.empty() ? "" : ", ") + error_of_this_thread();
+        if (lines_are_told) text += " line " + std::to_string(error_line_of_this_thread());
+    }
+    if (lines_are_told && record->nHistCount > 0) return text + " < " + history_of_this_thread();
     for (int i = 0; i < record->nHistCount; ++i) text += " < "s + record->astHist[i].szFile;
     return text;
 }
@@ -31,7 +38,7 @@ class Argument {
     Wanted as() {
         using Pointed = std::remove_pointer_t<Wanted>;
         if constexpr (std::is_integral_v<Wanted>) {
-            return static_cast<Wanted>(std::stoll(field_));
+            return static_cast<Wanted>(std::stoll(field_, nullptr, 0));
         } else if constexpr (std::is_same_v<Wanted, const wchar_t*>) {
             return (wide_ = std::filesystem::path(field_).wstring()).c_str();
         } else if constexpr (std::is_same_v<Wanted, ORVEX_HFILE*>) {
@@ -42,7 +49,7 @@ class Argument {
             return nullptr;
         } else if constexpr (std::is_same_v<Pointed, int32_t> || std::is_same_v<Pointed, int64_t>) {
             auto* number = reinterpret_cast<Wanted>(written_.data());
-            *number = static_cast<Pointed>(std::stoll(field_));
+            *number = static_cast<Pointed>(std::stoll(field_, nullptr, 0));
             tell_ = [number] { return std::to_string(*number); };
             return number;
         } else {
@@ -117,7 +124,8 @@ class Scene : public Fixture {
 
 // Makes the scenes of a file tests of a fixture. What files hold is there for all.
 template <typename Fixture>
-bool play_scenes(const char* suite, const char* file, Calls calls) {
+bool play_scenes(const char* suite, const char* file, Calls calls, bool with_lines = false) {
+    lines_are_told = with_lines;
     calls.insert({{"file",
                    [](const Texts& step) {
                        std::ofstream(step[1], std::ios::binary) << step[2];
