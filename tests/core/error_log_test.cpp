@@ -1,6 +1,6 @@
 #include <map>
 
-#include "support/test.h"
+#include "support/scenes.h"
 
 #if !defined(_WIN32)
 #include <sys/resource.h>
@@ -12,16 +12,61 @@ namespace {
 
 constexpr uintmax_t kLimit = 10485760;
 
+// Steps are about the LOG folder of an installation.
 class ErrorLog : public testing::Test {
  protected:
-    // A sparse file costs no disk.
-    void make(const std::string& name, uintmax_t size) const {
-        std::ofstream(installation_.log_folder() / name).put('x');
-        fs::resize_file(installation_.log_folder() / name, size);
-    }
-    [[nodiscard]] Texts names() const { return names_in(installation_.log_folder()); }
+    TempFolder folder_;
     Installation installation_;
+
+ public:
+    ErrorLog() { fs::current_path(installation_.log_folder()); }
+    ~ErrorLog() override { fs::current_path(before_); }
+    const fs::path before_ = fs::current_path();
 };
+
+// A sparse file costs no disk.
+void make(const std::string& name, uintmax_t size) {
+    std::ofstream(name).put('x');
+    fs::resize_file(name, size);
+}
+
+Texts names() {
+    return names_in(".");
+}
+
+std::string back_up(const Texts& step) {
+    const int32_t result = MOLTE_BackupFile(fs::current_path().string().c_str(), step[1].c_str(),
+                                            ".log", std::stoll(step[2]), std::stoll(step[3]));
+    return outcome(result);
+}
+
+[[maybe_unused]] const bool plays = play_scenes<ErrorLog>(
+    "ErrorLog", TEST_ROWS,
+    {{"make",
+      [](const Texts& step) {
+          make(step[1], std::stoull(step[2]));
+          return step[2];
+      }},
+     {"log", step_of<ORVEX_ERRLOG_Log>},
+     {"log_system", step_of<ORVEX_ERRLOG_SysErrLog>},
+     {"log_with",
+      [](const Texts& step) {
+          return outcome(ORVEX_ERRLOG_LogEx(std::stoi(step[1]), "%s", step[2].c_str()));
+      }},
+     {"has",
+      [](const Texts& step) {
+          return std::to_string(read_text("errlog.txt").find(step[1]) != std::string::npos);
+      }},
+     {"log_enabled",
+      [](const Texts& step) { return std::to_string(g_stBv.bErrLogEnabled = step[1] == "1"); }},
+     {"backup_enabled",
+      [](const Texts& step) { return std::to_string(g_stBv.bBackupErrLogFile = step[1] == "1"); }},
+     {"close", step_of<ORVEX_ERRLOG_Close>},
+     {"clear", step_of<ORVEX_ERRLOG_Clear>},
+     {"clear_larger", step_of<ORVEX_ERRLOG_ClearIfSizeLargerThan>},
+     {"clear_larger_old", step_of<ORVEX_ERRLOG_ClearIfSizeLargerThan_Old>},
+     {"back_up", back_up},
+     {"backup_name", step_of<MOLTE_BuildBackupFileName>}});
 
 TEST_F(ErrorLog, AnEntryLineByLine) {
     std::strcpy(g_stBv.szAppName, "C:\\prog\\app.exe");
@@ -55,23 +100,6 @@ TEST_F(ErrorLog, TheRecordFollowsOnDemand) {
     EXPECT_GT(installation_.log().size(), length);
 }
 
-TEST_F(ErrorLog, OffMeansOffAndClearedComesBack) {
-    ORVEX_ERRLOG_Log("one");
-    g_stBv.bErrLogEnabled = 0;
-    EXPECT_EQ(ORVEX_ERRLOG_Log("two") + ORVEX_ERRLOG_SysErrLog("two") +
-                  ORVEX_ERRLOG_LogEx(1, "two") + ORVEX_ERRLOG_Close(),
-              0);
-    g_stBv.bErrLogEnabled = 1;
-    EXPECT_EQ(installation_.log().find("two"), std::string::npos);
-    EXPECT_EQ((Ints{ORVEX_ERRLOG_Close(), ORVEX_ERRLOG_Clear(), ORVEX_ERRLOG_Clear()}),
-              (Ints{1, 0, -1}));
-    for (const char* text : {"three", "four"}) {
-        ORVEX_ERRLOG_Log(text);
-        EXPECT_NE(installation_.log().find(text), std::string::npos);
-        ORVEX_ERRLOG_Clear();  // while it is open; in vain where open files stay
-    }
-}
-
 TEST_F(ErrorLog, TurnsOverAtTenMebibytes) {
     make("errlog.txt", kLimit - 1);
     const std::string small(1000000, 's');  // a long text stays whole
@@ -83,64 +111,6 @@ TEST_F(ErrorLog, TurnsOverAtTenMebibytes) {
     EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0000.txt"}));
     EXPECT_EQ(installation_.log().find("sss"), std::string::npos);
     EXPECT_NE(installation_.log().find("RVEX errno=77 "), std::string::npos);  // survives the turn
-}
-
-TEST_F(ErrorLog, NumbersRiseAndTheLowestGoFirst) {
-    make("errlog.txt", kLimit);
-    make("errlog_0003.txt", 50000000);
-    make("errlog_0005.txt", 40000000);
-    make("errlog_0009.txt", 40000000);
-    make("errlog_x.txt", 1);  // counts, as number -1, but is no backup's name
-    ORVEX_ERRLOG_Log("now");
-    // 130000001 and 10485760 pass 134217728; without the 50000000 of 3 they don't.
-    EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0005.txt", "errlog_0009.txt", "errlog_0010.txt",
-                              "errlog_x.txt"}));
-}
-
-TEST_F(ErrorLog, BackupOfAnyFile) {
-    const std::string dir = installation_.log_folder().string();
-    const auto back_up = [&](const char* name, int64_t limit, int64_t size) {
-        EXPECT_EQ(MOLTE_BackupFile(dir.c_str(), name, ".log", limit, size), 1);
-        return names();
-    };
-    make("any.log", 100);
-    for (const char* name : {"any_0003.log", "any_0004.log", "any_0005.log"}) make(name, 10);
-    EXPECT_EQ(back_up("any", 1000, 101).size(), 4U);
-    EXPECT_EQ(back_up("any", 120, 100), (Texts{"any_0005.log", "any_0006.log"}));
-    EXPECT_EQ(back_up("none", 120, 0).size(), 2U);
-    for (const char* name : {"far.log", "far_2147483647.log", "far_0000.log"}) make(name, 10);
-    back_up("far", 121, 10);
-    EXPECT_TRUE(fs::exists(installation_.log_folder() / "far_0001.log"));  // the first free one
-    for (const char* name : {"odd.log", "odd_-3.log"}) make(name, 10);     // no number is negative
-    back_up("odd", 1000, 10);
-    EXPECT_TRUE(fs::exists(installation_.log_folder() / "odd_0000.log"));
-    char path[64];
-    const std::pair<int32_t, Text> paths[] = {
-        {-2, "d\\n_*.e"}, {-1, "d\\n.e"}, {7, "d\\n_0007.e"}, {12345, "d\\n_12345.e"}};
-    for (const auto& [index, expected] : paths) {
-        EXPECT_EQ(MOLTE_BuildBackupFileName(path, 64, "d", "n", index, ".e"),
-                  static_cast<int32_t>(std::strlen(expected)));
-        EXPECT_STREQ(path, expected);
-    }
-}
-
-TEST_F(ErrorLog, ClearsBySize) {
-    make("errlog.txt", 5 * 1024);
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan(6), 1);
-    EXPECT_EQ(names(), Texts{"errlog.txt"});
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan(5), 1);
-    EXPECT_EQ(names(), Texts{"errlog_0000.txt"});
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(1), 0);  // no file
-    make("errlog.txt", 4096 * 1024 - 1);
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(0), 0);  // 4096 KiB
-    EXPECT_EQ(names().size(), 2U);
-    make("errlog_0001.txt", 1);
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(4095), 0);
-    EXPECT_EQ(names(), (Texts{"errlog_0000.txt", "errlog_0001.txt", "errlog_0002.txt"}));
-    make("errlog.txt", 4096 * 1024);
-    g_stBv.bBackupErrLogFile = 0;
-    EXPECT_EQ(ORVEX_ERRLOG_ClearIfSizeLargerThan_Old(0), 0);
-    EXPECT_EQ(names().size(), 3U);
 }
 
 TEST(ErrorLogFolder, MissingOrUnwritableIsSilent) {
