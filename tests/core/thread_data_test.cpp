@@ -1,4 +1,4 @@
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -10,6 +10,7 @@ class ThreadData : public testing::Test {
         MOLTE_THDATA_FreeData();
         MOLTE_THDATA_Destroy();
     }
+    TempFolder folder_;
 };
 
 std::string history() {
@@ -17,6 +18,28 @@ std::string history() {
     MOLTE_STACKTRACE_GetHistory(text);
     return text;
 }
+
+std::string add_item(const Texts& step) {
+    static char letters[] = "abcdefgh";
+    return outcome(MOLTE_THITEMDAT_Add(text_or_null(step[1]), std::strchr(letters, step[2][0])));
+}
+// The letter that an item is.
+std::string letter(const void* item) {
+    return item == nullptr ? outcome(item) : std::string(1, *static_cast<const char*>(item));
+}
+
+[[maybe_unused]] const bool plays = play_scenes<ThreadData>(
+    "ThreadData", TEST_ROWS,
+    {{"set_client", step_of<MOLTE_THDATA_SetClientData>},
+     {"get_client", step_of<MOLTE_THDATA_GetClientData>},
+     {"add", add_item},
+     {"get", [](const Texts& step) { return letter(MOLTE_THITEMDAT_Get(step[1].c_str())); }},
+     {"get_last", [](const Texts&) { return letter(MOLTE_THITEMDAT_GetLast()); }},
+     {"get_at",
+      [](const Texts& step) { return letter(MOLTE_THITEMDAT_GetByIndex(std::stoi(step[1]))); }},
+     {"remove", step_of<MOLTE_THITEMDAT_Remove>},
+     {"remove_last", step_of<MOLTE_THITEMDAT_RemoveLast>}},
+    true);
 
 TEST_F(ThreadData, TheBlockComesWithItsFirstUseAndNeedsNoBringUp) {
     EXPECT_EQ(MOLTE_THDATA_FreeData(), 0);  // no key yet
@@ -36,51 +59,6 @@ TEST_F(ThreadData, TheBlockComesWithItsFirstUseAndNeedsNoBringUp) {
     EXPECT_EQ(MOLTE_THDATA_FreeData(), 1);
     EXPECT_EQ(MOLTE_THDATA_Destroy(), 1);
     EXPECT_EQ(MOLTE_THDATA_Destroy(), 0);
-}
-
-TEST_F(ThreadData, ClientDataIsAtMost32Bytes) {
-    const std::string bytes = "0123456789abcdefghijklmnopqrstuvwxyzABCD";
-    char out[40];
-    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, 8), 0);  // nothing was set
-    const int32_t given_and_kept[][2] = {{40, 32}, {32, 32}, {31, 31}, {-1, 32}, {5, 5}, {0, 0}};
-    for (const auto& [given, kept] : given_and_kept) {
-        EXPECT_EQ(MOLTE_THDATA_SetClientData(bytes.data(), given), kept);
-        ASSERT_EQ(MOLTE_THDATA_GetClientData(out, 40), kept);
-        EXPECT_EQ(std::string(out, static_cast<size_t>(kept)),
-                  bytes.substr(0, static_cast<size_t>(kept)));
-    }
-    MOLTE_THDATA_SetClientData(bytes.data(), 40);
-    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, 8), 8);
-    EXPECT_EQ(MOLTE_THDATA_GetClientData(out, -1), -1);
-    EXPECT_EQ(error_number_of(MOLTE_THDATA_SetClientData(nullptr, 8)), 50U);
-}
-
-TEST_F(ThreadData, OnlyTheFirstOfFourItemsIsFoundByName) {
-    int a = 0;
-    int b = 0;
-    EXPECT_EQ(told(MOLTE_THITEMDAT_GetLast()), "120 oxthrdat no data for last entry @227");
-    EXPECT_EQ(told(MOLTE_THITEMDAT_RemoveLast()), "120 oxthrdat no data for last entry @193");
-    EXPECT_EQ(MOLTE_THITEMDAT_Add("a", &a) + MOLTE_THITEMDAT_Add("b", &b), 2);
-    EXPECT_EQ(MOLTE_THITEMDAT_Get("a"), &a);
-    EXPECT_EQ(told(MOLTE_THITEMDAT_Get("b")), "120 oxthrdat data with name b not found @215");
-    EXPECT_EQ(MOLTE_THITEMDAT_GetLast(), &b);
-    EXPECT_EQ(MOLTE_THITEMDAT_GetByIndex(1), &b);
-    EXPECT_EQ(told(MOLTE_THITEMDAT_GetByIndex(2)), "120 oxthrdat no data for index=2 @241");
-    EXPECT_EQ(told(MOLTE_THITEMDAT_GetByIndex(-1)), "120 oxthrdat no data for index=-1 @241");
-    EXPECT_EQ(MOLTE_THITEMDAT_Remove("b"), 0);
-    EXPECT_EQ(MOLTE_THITEMDAT_Remove("a"), 1);  // the others move up
-    EXPECT_EQ(MOLTE_THITEMDAT_Get("b"), &b);
-
-    const std::string longest(23, 'n');
-    EXPECT_EQ(told(MOLTE_THITEMDAT_Add((longest + "n").c_str(), nullptr)),
-              "124 oxthrdat Name n" + longest + " too long @152");
-    EXPECT_EQ(MOLTE_THITEMDAT_Add(nullptr, nullptr), -1);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(MOLTE_THITEMDAT_Add(longest.c_str(), &a), 1);
-    EXPECT_EQ(told(MOLTE_THITEMDAT_Add("fifth", nullptr)),
-              "117 oxthrdat No more space to hold more entries : fifth @146");
-    EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].szName, longest);
-    EXPECT_EQ(MOLTE_THITEMDAT_RemoveLast(), 1);
-    EXPECT_EQ(MOLTE_THDATA_GetData()->astItem[3].pData, nullptr);
 }
 
 TEST_F(ThreadData, ATraceKeepsTheEndOfNamesAndSkipsWithoutMemory) {
