@@ -1,4 +1,4 @@
-#include "support/test.h"
+#include "support/scenes.h"
 #include "support/unprivileged.h"
 
 namespace {
@@ -11,48 +11,86 @@ std::string number(uint32_t value) {
     return text;
 }
 
-// An entry of a hand-made block: kind, time, offset, length, zeros.
-std::string entry(uint32_t time, uint32_t offset, uint32_t length) {
-    return std::string("\1\0\0\0", 4) + number(time) + number(offset) + number(length) +
-           std::string(16, '\0');
+uint32_t number_of(const std::string& field) {
+    return static_cast<uint32_t>(std::stoul(field, nullptr, 0));
 }
 
-// A block of entries with texts laid over it.
-std::string block(uint32_t data_pos, uint32_t count, const std::string& entries, size_t text_at = 0,
-                  const std::string& text = "") {
-    std::string bytes =
-        std::string(8, '\0') + number(data_pos) + number(count) + std::string(16, '\0') + entries;
+// A block of a hand-made log with this data position and number of entries, these bytes behind them
+// and a text laid over it; each entry is kind, time, offset, length, zeros.
+std::string block(const Texts& step) {
+    std::string bytes = "\0\0\0\0\0\0\0\0"s + number(number_of(step[2])) +
+                        number(number_of(step[3])) + std::string(16, '\0');
+    for (size_t at = 6; at + 2 < step.size(); at += 3) {
+        bytes += "\1\0\0\0"s;
+        for (size_t field = at; field < at + 3; ++field) bytes += number(number_of(step[field]));
+        bytes += std::string(16, '\0');
+    }
     bytes.resize(8192);
-    return bytes.replace(text_at, text.size(), text);
+    return bytes.replace(std::stoul(step[4]), step[5].size(), step[5]);
+}
+
+// A log of no blocks: a map of zeros.
+std::string empty_log(const Texts& step) {
+    std::ofstream(step[1], std::ios::binary) << std::string(kMap, '\0');
+    return step.back();
+}
+
+std::string add_block(const Texts& step) {
+    Texts fields(step.begin(), step.end() - 1);
+    std::ofstream(step[1], std::ios::binary | std::ios::app) << block(fields);
+    return step.back();
+}
+
+// The number of entries from a time on, and their texts.
+std::string retrieve(const Texts& step) {
+    BERRLOG_FILTER filter{};
+    std::memcpy(filter.tTime, number(number_of(step[2])).data(), 4);
+    auto* entries = reinterpret_cast<BERRLOG_ENTRY*>(&filter);
+    char* found = reinterpret_cast<char*>(&filter);
+    std::string text = outcome(BERRLOG_RetrLog(step[1].c_str(), &entries, &found, &filter));
+    EXPECT_EQ(entries, nullptr);
+    if (found != nullptr) text += " " + std::string(found, std::stoul(step[3]));
+    ORVEX_free(found);
+    return text;
+}
+
+std::string room(const Texts& step) {
+    BERRLOG_BLOCK bytes;
+    std::memcpy(&bytes, block({"", "", step[1], step[2], "0", ""}).data(), sizeof bytes);
+    int32_t length = std::stoi(step[3]);
+    const int32_t result = BERRLOG_UTIL_CanHoldLog(&bytes, &length);
+    return outcome(result) + " > " + std::to_string(length);
 }
 
 class BinaryLog : public testing::Test {
  protected:
     [[nodiscard]] std::string path() const { return folder_ / "b.dat"; }
     [[nodiscard]] std::string file() const { return read_bytes(path()); }
-    // A file of these blocks under a map of zeros.
-    void make(const std::string& blocks) const {
-        static_cast<void>(folder_.write("b.dat", std::string(kMap, '\0') + blocks));
-    }
     int32_t add(const std::string& text) const {
         return BERRLOG_AddLog(path().c_str(), text.data(), static_cast<int32_t>(text.size()));
     }
-    // The number of entries from a time on, and their texts.
-    [[nodiscard]] int32_t retrieve(uint32_t time, std::string* text = nullptr,
-                                   size_t size = 0) const {
-        BERRLOG_FILTER filter{};
-        std::memcpy(filter.tTime, number(time).data(), 4);
-        auto* entries = reinterpret_cast<BERRLOG_ENTRY*>(&filter);
-        char* found = reinterpret_cast<char*>(&filter);
-        const int32_t count = BERRLOG_RetrLog(path().c_str(), &entries, &found, &filter);
-        EXPECT_EQ(entries, nullptr);
-        EXPECT_EQ(found != nullptr, count > 0);
-        if (text != nullptr && found != nullptr) text->assign(found, size);
-        ORVEX_free(found);
-        return count;
-    }
     TempFolder folder_;
 };
+
+[[maybe_unused]] const bool plays = play_scenes<BinaryLog>(
+    "BinaryLog", TEST_ROWS,
+    {{"empty_log", empty_log},
+     {"block", add_block},
+     {"create", step_of<BERRLOG_CreateFile>},
+     {"add", step_of<BERRLOG_AddLog>},
+     {"retrieve", retrieve},
+     {"room", room},
+     {"size", step_of<ORVEX_FileLenByFileName>},
+     {"part",
+      [](const Texts& step) {
+          return read_bytes(step[1]).substr(std::stoul(step[2]), std::stoul(step[3]));
+      }},
+     {"first_byte_from",
+      [](const Texts& step) {
+          return std::to_string(static_cast<int64_t>(
+              read_bytes(step[1]).find_first_not_of('\0', std::stoul(step[2]))));
+      }}},
+    true);
 
 TEST_F(BinaryLog, ANewFileByteForByte) {
     EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), 0), 1);
@@ -64,13 +102,6 @@ TEST_F(BinaryLog, ANewFileByteForByte) {
     map.stHead.szMagic[15] = 'x';
     EXPECT_EQ(BERRLOG_IsValidFileHead(&map.stHead), 0);
     EXPECT_EQ(told(-1), "298 oxerrlog @28");
-    constexpr int64_t sizes[][2] = {{-1, 1049600},    {1024, 1049600},  {1025, 263168},
-                                    {100000, 263168}, {263168, 263168}, {263169, 271360}};
-    for (const auto& [size, bytes] : sizes) {
-        EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), size), 1);
-        EXPECT_EQ(fs::file_size(path()), static_cast<uintmax_t>(bytes));
-    }
-    EXPECT_EQ(BERRLOG_CreateFile(path().c_str(), INT64_MAX), -1);
     EXPECT_EQ(BERRLOG_CalcBlockOffset(nullptr, 300000), 2457601024);
 }
 
@@ -96,102 +127,21 @@ TEST_F(BinaryLog, EntriesLieOneOverTheOther) {
     const auto entry_at = [&](size_t at) {
         return "\1\0\0\0"s + bytes.substr(kMap + at + 4, 4) + number(100) + number(100);
     };
-    std::string expected =
-        block(0, 2, entry_at(32) + std::string(16, '\0') + entry_at(64), 100, texts[1]);
+    std::string expected = block({"", "", "0", "2", "100", texts[1]});
+    expected.replace(32, 48, entry_at(32) + std::string(16, '\0') + entry_at(64));
     EXPECT_EQ(bytes.substr(kMap, 8192), expected);
 }
 
-TEST_F(BinaryLog, AFullBlockBeginsAgain) {
-    // 8160 - 250 * 32 is no more than 96 + 64.
-    for (const auto& [length, entries, behind] : {tuple{96U, 1U, '\0'}, {95U, 251U, 'e'}}) {
-        make(block(0, 250, std::string(8000, 'e')) + block(0, 0, ""));
-        add(std::string(length, 'x'));
-        const std::string bytes = file();
-        EXPECT_EQ(bytes[44], entries == 1 ? 1 : 0);
-        EXPECT_EQ(bytes.substr(kMap + 12, 4), number(entries));
-        EXPECT_EQ(bytes.substr(kMap + length, length + 1), std::string(length, 'x') + behind);
-        EXPECT_EQ(bytes.find_first_not_of('\0', kMap + 8192), std::string::npos);
-    }
-}
-
-TEST_F(BinaryLog, RoomForAnEntry) {
-    constexpr uint32_t rows[][5] = {{0, 254, 10, 0, 10},      {0, 0, 9000, 1, 8128},
-                                    {0, 1, 8063, 1, 8063},    {0, 1, 8064, 0, 8064},
-                                    {100, 1, 7963, 1, 7963},  {100, 1, 7964, 0, 7964},
-                                    {0, UINT32_MAX, 1, 0, 1}, {UINT32_MAX, 0, 9000, 1, 8128}};
-    for (const auto& [data_pos, count, given, result, cut] : rows) {
-        BERRLOG_BLOCK bytes;
-        std::memcpy(&bytes, block(data_pos, count, "").data(), sizeof bytes);
-        auto length = static_cast<int32_t>(given);
-        EXPECT_EQ(BERRLOG_UTIL_CanHoldLog(&bytes, &length), static_cast<int32_t>(result)) << given;
-        EXPECT_EQ(length, static_cast<int32_t>(cut));
-    }
-}
-
-TEST_F(BinaryLog, TextsStayInTheBlock) {
-    const std::string neighbour = block(0, 0, std::string(8160, 'n'));
-    // Only an empty block cuts a length: the full one that begins again doesn't.
-    constexpr uint32_t rows[][4] = {{0, 4096, 4096, 4096},
-                                    {0, 4097, 4097, 4095},
-                                    {0, 100000, 8128, 64},
-                                    {200, 8128, 8128, 64},
-                                    {200, 100000, 100000, 0}};
-    for (const auto& [entries, length, offset, kept] : rows) {
-        make(block(0, entries, "") + neighbour);
-        add(std::string(length, 'x'));
-        const std::string bytes = file();
-        EXPECT_EQ(bytes.substr(kMap + 8192), neighbour) << length;
-        EXPECT_EQ(bytes.substr(kMap + 40, 8), number(offset) + number(offset));
-        EXPECT_EQ(bytes.substr(kMap + 8192 - kept, kept), std::string(kept, 'x'));
-    }
-}
-
-TEST_F(BinaryLog, RetrievesUpToTheFirstThatIsTooOld) {
-    make(block(0, 3, entry(500, 200, 5) + entry(400, 205, 4) + entry(300, 0, 8192), 200,
-               "newesnext"));
-    std::string text;
-    EXPECT_EQ(retrieve(400, &text, 9), 2);
-    EXPECT_EQ(text, "newesnext");
-    EXPECT_EQ(retrieve(501), 0);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(retrieve(0), -1);  // on to the end of the file
-    EXPECT_EQ(GetRvexErrNo(), 3U);
-    EXPECT_EQ(history_of_this_thread(), "145 oxerrlog, 287 oxerrlog");
-    // On through blocks whose entries are all new, to one that has an older.
-    make(block(0, 2, entry(500, 200, 5) + entry(500, 8190, 100), 200, "01234") + block(0, 0, "") +
-         block(0, 2, entry(600, 300, 2) + entry(100, 0, 9), 300, "56"));
-    EXPECT_EQ(retrieve(400, &text, 9), 3);
-    EXPECT_EQ(text, std::string("01234\0\00056", 9));
-}
-
-// What the fuzz target's seeds hold besides is only read without harm.
-TEST_F(BinaryLog, HostileBlocksAreRefusedOrCut) {
-    make(block(0, 256, std::string(8160, '\1')));
-    EXPECT_EQ(retrieve(0x01010102), 0);  // the first entry is too old
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(retrieve(0), -1);
-    EXPECT_EQ(error_of_this_thread(), "298 oxerrlog");
-    make(block(0, 4,
-               entry(5, 0xFFFFFFFF, 0xFFFFFFFF) + entry(5, 8192, 1) + entry(5, 8000, 0x80000000) +
-                   entry(1, 0, 0),
-               8000, std::string(192, 't')));
-    std::string text;
-    EXPECT_EQ(retrieve(2, &text, 192), 3);
-    EXPECT_EQ(text, std::string(192, 't'));
-    make("short");
-    EXPECT_EQ(retrieve(0), -1);
-    EXPECT_EQ(add("text"), 0);
-    EXPECT_NE(history_of_this_thread().find("145 oxerrlog, 213 oxerrlog"), std::string::npos);
-    EXPECT_EQ(fs::file_size(path()), kMap + 5);
 #if !defined(_WIN32)
+TEST_F(BinaryLog, AFileThatMayNotBeOpenedIsTold) {
+    folder_.write("b.dat", "");
     fs::permissions(folder_.path(), fs::perms{0755});
     fs::permissions(path(), fs::perms::none);
-    const Unprivileged somebody;  // may not open what is there
-    ORVEX_Err_ClearError();
+    const Unprivileged somebody;
     EXPECT_EQ(add("text"), 0);
     EXPECT_TRUE(history_of_this_thread().ends_with(", 210 oxerrlog")) << history_of_this_thread();
-#endif
 }
+#endif
 
 TEST_F(BinaryLog, ParametersThatAreNone) {
     const std::string name = path();
@@ -206,7 +156,7 @@ TEST_F(BinaryLog, ParametersThatAreNone) {
     EXPECT_EQ(BERRLOG_ReadRawData(&file, 0, nullptr, 1), -1);
     EXPECT_EQ(BERRLOG_CloseFile(&file), 1);
     // A transfer of -1 bytes or at -1 fails, as its results do.
-    make("text");
+    folder_.write("b.dat", std::string(kMap, '\0') + "text");
     ASSERT_EQ(BERRLOG_OpenFile(name.c_str(), &file), 1);
     EXPECT_EQ(BERRLOG_SaveRawData(&file, 0, "x", -1), -1);
     EXPECT_EQ(BERRLOG_SaveRawData(&file, -1, "x", 1), -1);
