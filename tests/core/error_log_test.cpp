@@ -34,38 +34,28 @@ Texts names() {
     return names_in(".");
 }
 
-std::string back_up(const Texts& step) {
-    const int32_t result = MOLTE_BackupFile(fs::current_path().string().c_str(), step[1].c_str(),
-                                            ".log", std::stoll(step[2]), std::stoll(step[3]));
-    return outcome(result);
-}
-
 [[maybe_unused]] const bool plays = play_scenes<ErrorLog>(
     "ErrorLog", TEST_ROWS,
-    {{"make",
-      [](const Texts& step) {
-          make(step[1], std::stoull(step[2]));
-          return step[2];
-      }},
+    {{"make", step_of<[](Text name, int64_t size) {
+          make(name, static_cast<uintmax_t>(size));
+          return size;
+      }>},
      {"log", step_of<ORVEX_ERRLOG_Log>},
      {"log_system", step_of<ORVEX_ERRLOG_SysErrLog>},
      {"log_with",
-      [](const Texts& step) {
-          return outcome(ORVEX_ERRLOG_LogEx(std::stoi(step[1]), "%s", step[2].c_str()));
-      }},
-     {"has",
-      [](const Texts& step) {
-          return std::to_string(read_text("errlog.txt").find(step[1]) != std::string::npos);
-      }},
-     {"log_enabled",
-      [](const Texts& step) { return std::to_string(g_stBv.bErrLogEnabled = step[1] == "1"); }},
-     {"backup_enabled",
-      [](const Texts& step) { return std::to_string(g_stBv.bBackupErrLogFile = step[1] == "1"); }},
+      step_of<[](int32_t record, Text text) { return ORVEX_ERRLOG_LogEx(record, "%s", text); }>},
+     {"has", step_of<[](Text text) {
+          return int64_t{read_text("errlog.txt").find(text) != std::string::npos};
+      }>},
+     {"log_enabled", step_of<[](int32_t flag) { return g_stBv.bErrLogEnabled = flag; }>},
+     {"backup_enabled", step_of<[](int32_t flag) { return g_stBv.bBackupErrLogFile = flag; }>},
      {"close", step_of<ORVEX_ERRLOG_Close>},
      {"clear", step_of<ORVEX_ERRLOG_Clear>},
      {"clear_larger", step_of<ORVEX_ERRLOG_ClearIfSizeLargerThan>},
      {"clear_larger_old", step_of<ORVEX_ERRLOG_ClearIfSizeLargerThan_Old>},
-     {"back_up", back_up},
+     {"back_up", step_of<[](Text name, int64_t total, int64_t least) {
+          return MOLTE_BackupFile(fs::current_path().string().c_str(), name, ".log", total, least);
+      }>},
      {"backup_name", step_of<MOLTE_BuildBackupFileName>}});
 
 TEST_F(ErrorLog, AnEntryLineByLine) {

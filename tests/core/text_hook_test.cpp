@@ -52,10 +52,6 @@ class TextHook : public testing::Test {
     static Kept& kept() { return *steps_kept; }
 };
 
-uint32_t number(const std::string& field) {
-    return static_cast<uint32_t>(std::stoul(field, nullptr, 0));
-}
-
 std::string mask_text(uint32_t mask) {
     char text[16];
     std::snprintf(text, sizeof text, "0x%X", mask);
@@ -72,8 +68,8 @@ std::string heard(int32_t result) {
 }
 
 // The mask and kind that a hook gets which is installed with this mask.
-std::string defaults(const Texts& step) {
-    EXPECT_EQ(install(&TextHook::kept(), number(step[1])), 1);
+std::string defaults(uint32_t mask) {
+    EXPECT_EQ(install(&TextHook::kept(), mask), 1);
     const OTXTHOOK_NODE* node = OTXTHOOK_UTIL_GetHook(keep, 1);
     const std::string text = mask_text(node->nMask) + (node->bLogger != 0 ? " logger" : "");
     OTXTHOOK_RemoveHook(keep, 1);
@@ -83,51 +79,40 @@ std::string defaults(const Texts& step) {
 
 [[maybe_unused]] const bool plays = play_scenes<TextHook>(
     "TextHook", TEST_ROWS,
-    {{"defaults", defaults},
+    {{"defaults", step_of<defaults>},
      {"install",
-      [](const Texts& step) {
-          return outcome(install(&TextHook::kept(), number(step[1]), std::stoi(step[2])));
-      }},
-     {"install_none",
-      [](const Texts& step) {
-          return outcome(OTXTHOOK_InstallHook(nullptr, nullptr, nullptr, 0, number(step[1]),
-                                              std::stoi(step[2])));
-      }},
-     {"remove",
-      [](const Texts& step) { return outcome(OTXTHOOK_RemoveHook(keep, std::stoi(step[1]))); }},
-     {"has",
-      [](const Texts& step) { return outcome(OTXTHOOK_UTIL_GetHook(keep, std::stoi(step[1]))); }},
-     {"closed", [](const Texts&) { return std::to_string(TextHook::kept().closed / kSize); }},
+      step_of<[](uint32_t mask, int32_t id) { return install(&TextHook::kept(), mask, id); }>},
+     {"install_none", step_of<[](uint32_t mask, int32_t id) {
+          return OTXTHOOK_InstallHook(nullptr, nullptr, nullptr, 0, mask, id);
+      }>},
+     {"remove", step_of<[](int32_t id) { return OTXTHOOK_RemoveHook(keep, id); }>},
+     {"has", step_of<[](int32_t id) { return OTXTHOOK_UTIL_GetHook(keep, id); }>},
+     {"closed", step_of<[] { return TextHook::kept().closed / kSize; }>},
      {"begin", step_of<OTXTHOOK_Init>},
      {"end", step_of<OTXTHOOK_Release>},
-     {"out",
-      [](const Texts& step) { return heard(out(number(step[1]), step[2], std::stoi(step[3]))); }},
-     {"out_null", [](const Texts&) { return outcome(OTXTHOOK_OutText(0, nullptr, 1, 0)); }},
+     {"out", step_of<[](uint32_t mask, Text text, int32_t option) {
+          return heard(out(mask, text, option));
+      }>},
+     {"out_null", step_of<[] { return OTXTHOOK_OutText(0, nullptr, 1, 0); }>},
      {"print",
-      [](const Texts& step) { return heard(MOLTE_Print(number(step[1]), "%s", step[2].c_str())); }},
-     {"print_info",
-      [](const Texts& step) { return heard(MOLTE_PrintInfo("%s", step[1].c_str())); }},
-     {"print_error",
-      [](const Texts& step) {
-          if (step[1] != "0") ORVEX_Err_Set(number(step[1]), 0, "module", 5, 0, nullptr, 0);
-          const int32_t result = MOLTE_PrintError("%s", step[2].c_str());
+      step_of<[](uint32_t mask, Text text) { return heard(MOLTE_Print(mask, "%s", text)); }>},
+     {"print_info", step_of<[](Text text) { return heard(MOLTE_PrintInfo("%s", text)); }>},
+     {"print_error", step_of<[](uint32_t error, Text text) {
+          if (error != 0) ORVEX_Err_Set(error, 0, "module", 5, 0, nullptr, 0);
+          const int32_t result = MOLTE_PrintError("%s", text);
           ORVEX_Err_ClearError();
           return heard(result);
-      }},
-     {"message",
-      [](const Texts& step) {
-          return heard(MOLTE_OutMsg(number(step[1]), text_or_null(step[2])));
-      }},
-     {"old_message",
-      [](const Texts& step) { return heard(MOLTE_OutMsgOldFmt("old %s", step[1].c_str())); }},
-     {"null_info", [](const Texts&) { return heard(MOLTE_NullInfoOut("x")); }},
-     {"log",
-      [](const Texts& step) {
-          return heard(
-              MOLTE_LOGGER_PrintInfo(number(step[1]), number(step[2]), "%s", step[3].c_str()));
-      }},
-     {"info_mask",
-      [](const Texts& step) { return mask_text(g_stBv.nPrintInfoMask = number(step[1])); }},
+      }>},
+     {"message", step_of<[](uint32_t mask, Text text) {
+          return heard(text != nullptr ? MOLTE_OutMsg(mask, "%s", text)
+                                       : MOLTE_OutMsg(mask, nullptr));
+      }>},
+     {"old_message", step_of<[](Text text) { return heard(MOLTE_OutMsgOldFmt("old %s", text)); }>},
+     {"null_info", step_of<[] { return MOLTE_NullInfoOut("x"); }>},
+     {"log", step_of<[](uint32_t level, uint32_t module, Text text) {
+          return heard(MOLTE_LOGGER_PrintInfo(level, module, "%s", text));
+      }>},
+     {"info_mask", step_of<[](uint32_t mask) { return int64_t{g_stBv.nPrintInfoMask = mask}; }>},
      {"inner", step_of<MOLTE_THDATA_SetInnerThreadFlag>},
      {"disable", step_of<MOLTE_UTIL_DisableOutputMsg>},
      {"enable", step_of<MOLTE_UTIL_EnableOuputMsg>},

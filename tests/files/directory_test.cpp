@@ -44,9 +44,9 @@ std::string described(const OXFILESTAT& record) {
 
 // What a list function tells of a folder, or its error.
 template <typename Item>
-std::string listed(int32_t (*list)(const char*, Item**), const std::string& folder) {
+std::string listed(int32_t (*list)(const char*, Item**), const char* folder) {
     Item* items = nullptr;
-    const int32_t count = list(text_or_null(folder), &items);
+    const int32_t count = list(folder, &items);
     if (count < 0) return outcome(count);
     Texts texts;
     for (int32_t i = 0; i < count; ++i) texts.push_back(described(items[i]));
@@ -74,15 +74,11 @@ std::string found(const Texts& step) {
           std::string path = step[1];
           return outcome(ORVEX_TransPathDelimiter(path.data(), step[2][0])) + " > " + path;
       }},
-     {"make",
-      [](const Texts& step) {
-          fs::create_directories(step[1]);
-          return step[1];
-      }},
+     {"make", step_of<[](Text folder) { return fs::create_directories(folder) ? 1 : 0; }>},
      {"find", found},
-     {"names_below", [](const Texts& step) { return listed(ORVEX_RecurGetFileList, step[1]); }},
-     {"files_below", [](const Texts& step) { return listed(ORVEX_RecurGetFileListLong, step[1]); }},
-     {"items_in", [](const Texts& step) { return listed(ORVEX_GetFileListInDir, step[1]); }},
+     {"names_below", step_of<[](Text name) { return listed(ORVEX_RecurGetFileList, name); }>},
+     {"files_below", step_of<[](Text name) { return listed(ORVEX_RecurGetFileListLong, name); }>},
+     {"items_in", step_of<[](Text name) { return listed(ORVEX_GetFileListInDir, name); }>},
      {"is_folder", step_of<ORVEX_NameIsPath>},
      {"is_empty", step_of<ORVEX_IsDirEmpty>},
      {"enter", step_of<ORVEX_ChDir>},
@@ -121,9 +117,9 @@ TEST_F(Tree, StarsInNamesAndSockets) {
     const std::string socket = folder_ / "a/socket";
     ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
     EXPECT_EQ(ORVEX_NameIsPath(socket.c_str()), 0);
-    EXPECT_EQ(listed(ORVEX_RecurGetFileList, folder_.str()),
+    EXPECT_EQ(listed(ORVEX_RecurGetFileList, folder_.str().c_str()),
               "a\\b\\t, a\\s, a\\s*\\u, a\\socket, r");
-    EXPECT_EQ(listed(ORVEX_GetFileListInDir, stars), "u 4");
+    EXPECT_EQ(listed(ORVEX_GetFileListInDir, stars.c_str()), "u 4");
     EXPECT_EQ(ORVEX_IsDirEmpty(stars.c_str()), 0);
     EXPECT_EQ(ORVEX_DiskUsedInDir(stars.c_str()), 4096);
     EXPECT_EQ(ORVEX_DelFileInPathRecur((folder_ / "a").c_str(), 1), 1);

@@ -41,27 +41,21 @@ class FileHandle : public testing::Test {
     {{"size", step_of<ORVEX_HFILE_Size>},
      {"resize", step_of<ORVEX_HFILE_ChangeSize>},
      {"set_size", step_of<ORVEX_HFILE_UTIL_ChangeSize>},
-     {"quickly",
-      [](const Texts& step) { return std::to_string(g_stBv.bFastExpandFile = step[1] == "1"); }},
-     {"load",
-      [](const Texts& step) {
+     {"quickly", step_of<[](int32_t flag) { return g_stBv.bFastExpandFile = flag; }>},
+     {"load", step_of<[](Text name, int64_t offset, int64_t length) {
           uint8_t* buffer = nullptr;
-          const int64_t count =
-              ORVEX_HFILE_Load(step[1].c_str(), &buffer, std::stoll(step[2]), std::stoll(step[3]));
+          const int64_t count = ORVEX_HFILE_Load(name, &buffer, offset, length);
           if (buffer == nullptr) return outcome(count);
           const std::string bytes(reinterpret_cast<char*>(buffer), static_cast<size_t>(count));
           ORVEX_free(buffer);
           return outcome(count) + " " + bytes;
-      }},
+      }>},
      {"add", step_of<ORVEX_HFILE_AddUpdate>},
      {"copy", step_of<ORVEX_HFILE_Copy>},
      {"move", step_of<ORVEX_HFILE_Move>},
      {"duplicate", step_of<ORVEX_HFILE_Dup>},
      {"duplicate_file", step_of<ORVEX_HFILE_DupFile>},
-     {"link", [](const Texts& step) {
-          fs::create_hard_link(step[1], step[2]);
-          return step[2];
-      }}});
+     {"link", make_link}});
 
 TEST_F(FileHandle, OpensByItsRules) {
     ORVEX_FileChangeMode(file_.c_str(), 0, 0x80);

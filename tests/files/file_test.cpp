@@ -27,64 +27,48 @@ struct Descriptor {
     {{"length", step_of<ORVEX_FileLenByFileName>},
      {"length_wide", step_of<ORVEX_FileLenByFileNameW>},
      {"length_by_descriptor",
-      [](const Texts& step) { return outcome(ORVEX_FileLen(Descriptor(step[1]).fd)); }},
-     {"open",
-      [](const Texts& step) {
-          const Descriptor opened(step[1]);
-          return opened.fd >= 0 ? "opened" : outcome(opened.fd);
-      }},
-     {"open_or_make",
-      [](const Texts& step) {
-          const int32_t fd =
-              ORVEX_FileOpenCreate(step[1].c_str(), step[2].c_str(), std::stoi(step[3]), 32770);
-          const std::string told = fd < 0 ? outcome(fd) : std::to_string(ORVEX_FileLen(fd));
+      step_of<[](Text name) { return ORVEX_FileLen(Descriptor(name).fd); }>},
+     {"open", step_of<[](Text name) { return Descriptor(name).fd < 0 ? -1 : 1; }>},
+     {"open_or_make", step_of<[](Text name, Text data, int32_t size) {
+          const int32_t fd = ORVEX_FileOpenCreate(name, data, size, ORVEX_OPEN_UPDATE);
+          const int64_t length = fd < 0 ? fd : ORVEX_FileLen(fd);
           ORVEX_FileCloseByChmod(fd);
-          return told;
-      }},
+          return length;
+      }>},
      {"make", step_of<ORVEX_FileExclCreate>},
      {"make_wide", step_of<ORVEX_FileExclCreateW>},
      {"make_empty", step_of<ORVEX_NewEmptyFile>},
      {"mode", step_of<ORVEX_FileGetMode>},
      {"owner_mode",
-      [](const Texts& step) {
-          return std::to_string(ORVEX_FileGetMode(step[1].c_str(), nullptr) & ORVEX_MODE_OWNER);
-      }},
-     {"owner_mode_by_descriptor",
-      [](const Texts& step) {
-          int32_t mode = 0;
-          ORVEX_FileGetModeByFD(Descriptor(step[1], ORVEX_OPEN_READ).fd, &mode);
-          return std::to_string(mode & ORVEX_MODE_OWNER);
-      }},
+      step_of<[](Text name) { return ORVEX_FileGetMode(name, nullptr) & ORVEX_MODE_OWNER; }>},
+     {"owner_mode_by_descriptor", step_of<[](Text name) {
+          return ORVEX_FileGetModeByFD(Descriptor(name, ORVEX_OPEN_READ).fd, nullptr) &
+                 ORVEX_MODE_OWNER;
+      }>},
      {"change_mode", step_of<ORVEX_FileChangeMode>},
-     {"set_mode",
-      [](const Texts& step) {
+     {"set_mode", step_of<[](Text name, uint16_t mode) {
           OXSTAT64 state{};
-          state.st_mode = static_cast<uint16_t>(std::stoi(step[2]));
-          return outcome(ORVEX_FileChangeModeByStat(step[1].c_str(), &state));
-      }},
+          state.st_mode = mode;
+          return ORVEX_FileChangeModeByStat(name, &state);
+      }>},
      {"exchange", step_of<ORVEX_FileExchangeName>},
      {"make_folders", step_of<ORVEX_DirCreateRecur>},
      {"make_folders_of", step_of<ORVEX_CreatePathByFileName>},
      {"enter", step_of<ORVEX_ChDir>},
      {"reserve_in", step_of<ORVEX_UTIL_GetTempFileName>},
      {"reserve_beside", step_of<ORVEX_UTIL_TempFNFromFN>},
-     {"quickly",
-      [](const Texts& step) { return std::to_string(g_stBv.bFastExpandFile = step[1] == "1"); }},
+     {"quickly", step_of<[](int32_t flag) { return g_stBv.bFastExpandFile = flag; }>},
      {"resize", step_of<ORVEX_FileChangeSizeByFN>},
-     {"zeros",
-      [](const Texts& step) {
-          const std::string bytes = read_bytes(step[1]);
-          return std::to_string(std::count(bytes.begin() + std::stoi(step[2]), bytes.end(), '\0'));
-      }},
-     {"resize_read_only",
-      [](const Texts& step) {
-          const Descriptor reading(step[1], ORVEX_OPEN_READ);
-          return outcome(ORVEX_UTIL_FileExpand(reading.fd, std::stoll(step[2])));
-      }},
-     {"cut_read_only", [](const Texts& step) {
-          const Descriptor reading(step[1], ORVEX_OPEN_READ);
-          return outcome(ORVEX_UTIL_ChSizeByFD(reading.fd, std::stoll(step[2])));
-      }}});
+     {"zeros", step_of<[](Text name, int32_t from) {
+          const std::string bytes = read_bytes(name);
+          return std::count(bytes.begin() + from, bytes.end(), '\0');
+      }>},
+     {"resize_read_only", step_of<[](Text name, int64_t size) {
+          return ORVEX_UTIL_FileExpand(Descriptor(name, ORVEX_OPEN_READ).fd, size);
+      }>},
+     {"cut_read_only", step_of<[](Text name, int64_t size) {
+          return ORVEX_UTIL_ChSizeByFD(Descriptor(name, ORVEX_OPEN_READ).fd, size);
+      }>}});
 
 // The state's fields, each a different value, as bytes written out by hand.
 TEST(FileState, RecordByteForByte) {

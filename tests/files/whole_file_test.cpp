@@ -27,10 +27,10 @@ std::string time_text(int64_t time) {
 
 [[maybe_unused]] const bool plays = play_scenes<WholeFile>(
     "WholeFile", TEST_ROWS,
-    {{"load", [](const Texts& step) { return loaded(ORVEX_LoadBinDataFile, step[1]); }},
-     {"load_wide", [](const Texts& step) { return loaded(ORVEX_LoadBinDataFileW, step[1]); }},
-     {"load_text", [](const Texts& step) { return loaded(ORVEX_LoadTextDataFile, step[1]); }},
-     {"load_text_wide", [](const Texts& step) { return loaded(ORVEX_LoadTextDataFileW, step[1]); }},
+    {{"load", step_of<[](Text name) { return loaded(ORVEX_LoadBinDataFile, name); }>},
+     {"load_wide", step_of<[](Text name) { return loaded(ORVEX_LoadBinDataFileW, name); }>},
+     {"load_text", step_of<[](Text name) { return loaded(ORVEX_LoadTextDataFile, name); }>},
+     {"load_text_wide", step_of<[](Text name) { return loaded(ORVEX_LoadTextDataFileW, name); }>},
      {"save", step_of<ORVEX_SaveBinDataToFile>},
      {"save_wide", step_of<ORVEX_SaveBinDataToFileW>},
      {"save_text", step_of<ORVEX_SaveTextDataToFile>},
@@ -39,39 +39,31 @@ std::string time_text(int64_t time) {
      {"append", step_of<ORVEX_AppendBinDataToFile>},
      {"read", step_of<ORVEX_ReadBinDataFile>},
      {"copy", step_of<ORVEX_FileCopy>},
-     {"copy_by_buffer",
-      [](const Texts& step) {
+     {"copy_by_buffer", step_of<[](Text from, Text to, int32_t size) {
           char buffer[4096];
-          const int32_t size = std::stoi(step[3]);
-          return outcome(ORVEX_FileCopyWithBuf(step[1].c_str(), step[2].c_str(), 0,
-                                               size < 0 ? nullptr : buffer, std::abs(size)));
-      }},
+          char* const given = size < 0 ? nullptr : buffer;
+          return ORVEX_FileCopyWithBuf(from, to, 0, given, std::abs(size));
+      }>},
      {"remote_write", step_of<ORVEX_CopyWrite>},
      {"remote_update", step_of<ORVEX_CopyUpdate>},
      {"remote_read", step_of<ORVEX_CopyRead>},
      {"remote_read_part", step_of<ORVEX_CopyReadPart>},
      {"change_mode", step_of<ORVEX_FileChangeMode>},
      {"owner_mode",
-      [](const Texts& step) {
-          return std::to_string(ORVEX_FileGetMode(step[1].c_str(), nullptr) & ORVEX_MODE_OWNER);
-      }},
+      step_of<[](Text name) { return ORVEX_FileGetMode(name, nullptr) & ORVEX_MODE_OWNER; }>},
      {"set_times", step_of<ORVEX_FileChangeModAccessTime>},
      {"length", step_of<ORVEX_FileLenByFileName>},
-     {"times",
-      [](const Texts& step) {
+     {"times", step_of<[](Text name) {
           OXSTAT64 state{};
-          EXPECT_EQ(ORVEX_FileStatByFileName(step[1].c_str(), &state), 0);
+          EXPECT_EQ(ORVEX_FileStatByFileName(name, &state), 0);
           return time_text(state.st_atime) + " " + time_text(state.st_mtime);
-      }},
+      }>},
      {"resize",
       [](const Texts& step) {
           fs::resize_file(step[1], std::stoul(step[2]));
           return step[2];
       }},
-     {"link", [](const Texts& step) {
-          fs::create_hard_link(step[1], step[2]);
-          return step[2];
-      }}});
+     {"link", make_link}});
 
 // Around the size from which on large pages are used.
 TEST_F(WholeFile, EveryByteOfALargeOneIsLoaded) {

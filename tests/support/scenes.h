@@ -25,6 +25,9 @@ inline std::string outcome(int64_t result) {
 inline std::string outcome(const void* result) {
     return outcome(result == nullptr ? -1 : 1);
 }
+inline std::string outcome(const std::string& told) {
+    return told;
+}
 
 // A field of a step as the argument that a call wants: the handle of a file by its name. What a
 // call writes is told behind " > ".
@@ -79,10 +82,16 @@ template <typename Result, typename... Wanted>
 std::string outcome_of(Result (*call)(Wanted...), const Texts& step) {
     return outcome_of(call, step, std::index_sequence_for<Wanted...>());
 }
-// The call of a row that names all its arguments.
+// The step of a call, or of a lambda, whose row names all its arguments.
 template <auto call>
 std::string step_of(const Texts& step) {
-    return outcome_of(call, step);
+    return outcome_of(+call, step);
+}
+
+// Gives a file another name.
+inline std::string make_link(const Texts& step) {
+    std::filesystem::create_hard_link(step[1], step[2]);
+    return step.back();
 }
 
 // Any fixture with a TempFolder folder_.
@@ -140,7 +149,7 @@ bool play_scenes(const char* suite, const char* file, Calls calls, bool with_lin
     for (const auto& [name, steps] : tables_of(file)) {
         testing::RegisterTest(
             suite, name.c_str(), nullptr, nullptr, file, 1,
-            [steps, calls]() -> Fixture* { return new Scene<Fixture>(steps, calls); });
+            [steps = steps, calls]() -> Fixture* { return new Scene<Fixture>(steps, calls); });
     }
     return true;
 }
