@@ -42,6 +42,12 @@ Texts names() {
       }>},
      {"log", step_of<ORVEX_ERRLOG_Log>},
      {"log_system", step_of<ORVEX_ERRLOG_SysErrLog>},
+     {"log_error", step_of<[](uint32_t error, Text text) {
+          ORVEX_Err_Set(error, 0, "module", 1, 0, nullptr, 0);
+          const int32_t result = ORVEX_ERRLOG_SysErrLog(text);
+          ORVEX_Err_ClearError();
+          return result;
+      }>},
      {"log_with",
       step_of<[](int32_t record, Text text) { return ORVEX_ERRLOG_LogEx(record, "%s", text); }>},
      {"has", step_of<[](Text text) {
@@ -88,19 +94,6 @@ TEST_F(ErrorLog, TheRecordFollowsOnDemand) {
     EXPECT_EQ(ORVEX_ERRLOG_Log(nullptr), 1);  // the head lines alone
     EXPECT_EQ(installation_.log().substr(length).find("Unknown"), std::string::npos);
     EXPECT_GT(installation_.log().size(), length);
-}
-
-TEST_F(ErrorLog, TurnsOverAtTenMebibytes) {
-    make("errlog.txt", kLimit - 1);
-    const std::string small(1000000, 's');  // a long text stays whole
-    ORVEX_ERRLOG_Log(small.c_str());
-    EXPECT_NE(installation_.log().find("\n" + small + "\n"), std::string::npos);
-    EXPECT_EQ(names(), Texts{"errlog.txt"});
-    ORVEX_Err_Set(77, 0, "module", 1, 0, nullptr, 0);
-    ORVEX_ERRLOG_SysErrLog("full");
-    EXPECT_EQ(names(), (Texts{"errlog.txt", "errlog_0000.txt"}));
-    EXPECT_EQ(installation_.log().find("sss"), std::string::npos);
-    EXPECT_NE(installation_.log().find("RVEX errno=77 "), std::string::npos);  // survives the turn
 }
 
 TEST(ErrorLogFolder, MissingOrUnwritableIsSilent) {

@@ -43,13 +43,14 @@ class TextHook : public testing::Test {
  protected:
     Installation installation_;
     TempFolder folder_;
-    // What the steps of a scene install, and what it got.
-    std::unique_ptr<Kept> kept_ = std::make_unique<Kept>();
-    static inline Kept* steps_kept = nullptr;
+    Kept kept_;
+    static inline TextHook* running = nullptr;
 
  public:
-    TextHook() { steps_kept = kept_.get(); }
-    static Kept& kept() { return *steps_kept; }
+    TextHook() { running = this; }
+    // What the steps of a scene install, and what it got.
+    static Kept& kept() { return running->kept_; }
+    static fs::path log_folder() { return running->installation_.log_folder(); }
 };
 
 std::string mask_text(uint32_t mask) {
@@ -76,6 +77,8 @@ std::string defaults(uint32_t mask) {
     EXPECT_EQ(std::exchange(TextHook::kept().closed, 0), kSize);
     return text;
 }
+
+OLINEBUF* memory_lines = nullptr;
 
 [[maybe_unused]] const bool plays = play_scenes<TextHook>(
     "TextHook", TEST_ROWS,
@@ -117,11 +120,27 @@ std::string defaults(uint32_t mask) {
      {"disable", step_of<MOLTE_UTIL_DisableOutputMsg>},
      {"enable", step_of<MOLTE_UTIL_EnableOuputMsg>},
      {"to_file", step_of<OTXTHOOK_TXTFILE_InstallHook>},
-     {"to_memory", step_of<OTXTHOOK_MEMTXT_InstallHook>},
+     {"to_memory", step_of<[](Text name, int32_t size, uint32_t mask, int32_t id) {
+          OLINEBUF* const lines = OTXTHOOK_MEMTXT_InstallHook(name, size, mask, id);
+          if (lines != nullptr) memory_lines = lines;
+          return lines;
+      }>},
+     {"memory", step_of<[] {
+          char text[64] = "";
+          uint64_t next = 0;
+          const int32_t size = OLINEBUF_GetMultiLine(memory_lines, text, sizeof text, &next);
+          return std::string(text, static_cast<size_t>(size));
+      }>},
      {"to_text_log", step_of<OTXTHOOK_TERRLOG_InstallHook>},
      {"to_binary_log", step_of<OTXTHOOK_BERRLOG_InstallHook>},
      {"to_standard_output", step_of<OTXTHOOK_STDOUT_InstallHook>},
-     {"add_log", step_of<MOLTE_TXTLOG_AddLog>}},
+     {"add_log", step_of<MOLTE_TXTLOG_AddLog>},
+     {"disable_log", step_of<MOLTE_TXTLOG_DisableLog>},
+     {"error_log_enabled", step_of<[](int32_t flag) { return g_stBv.bErrLogEnabled = flag; }>},
+     {"has_logged", step_of<[](Text name, Text text) {
+          const std::string log = read_bytes(TextHook::log_folder() / name);
+          return int64_t{log.find(text) != std::string::npos};
+      }>}},
     true);
 
 TEST_F(TextHook, CallTracesAreErrors) {
@@ -245,38 +264,6 @@ TEST_F(TextHook, RemovalWhileOthersPrint) {
 }
 
 // ---- The built-in hooks ----
-
-TEST_F(TextHook, BuiltInOnesWrite) {
-    const TempFolder folder;
-    const std::string file = folder.write("out.txt", "before\n");
-    const std::string log = folder / "log.txt";
-    EXPECT_NE(OTXTHOOK_TXTFILE_InstallHook(file.c_str(), OXMSG_TO_OUTER_FILE, 1), nullptr);
-    EXPECT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), 512, 2), 1);
-    OLINEBUF* buf = OTXTHOOK_MEMTXT_InstallHook("mem", 1, 512, 1);
-    EXPECT_EQ(OTXTHOOK_BERRLOG_InstallHook(0, 1) + OTXTHOOK_TERRLOG_InstallHook(0, 1), 2);
-    for (const int disabled : {0, 3, 0}) {
-        EXPECT_EQ(MOLTE_TXTLOG_DisableLog(disabled), disabled);
-        out(0, std::to_string(disabled));
-    }
-    out(OXMSG_TO_TEXT_LOG | 32 | 64, "to the text log");
-    out(OXMSG_TO_BINARY_LOG | 32 | 64, "to the binary log");
-    g_stBv.bErrLogEnabled = 0;
-    out(OXMSG_TO_TEXT_LOG | 32 | 64, "not this one");
-    g_stBv.bErrLogEnabled = 1;
-    char text[64];
-    uint64_t next = 0;
-    EXPECT_EQ(OLINEBUF_GetMultiLine(buf, text, sizeof text, &next), 3);
-    EXPECT_EQ(std::string(text, 3), "030");
-    OTXTHOOK_Release();
-    EXPECT_EQ(read_text(file), "before\n030");
-    EXPECT_EQ(read_text(log), "00");
-    EXPECT_EQ(MOLTE_TXTLOG_DisableLog(1), 0);
-    EXPECT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), 512, 1), 1);
-    EXPECT_NE(installation_.log().find("\nto the text log\n"), std::string::npos);
-    EXPECT_EQ(installation_.log().find("not this one"), std::string::npos);
-    EXPECT_NE(read_bytes(installation_.log_folder() / "berrlog.dat").find("to the binary log\0"s),
-              std::string::npos);
-}
 
 CHILD_ROLE(prints_to_standard_output) {
     const Installation installation;
