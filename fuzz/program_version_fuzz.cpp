@@ -14,6 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     MOLTE_APPVERSION version;
     char text[MOLTE_APPVERSION_TEXT_SIZE];
-    if (MOLTE_GetAppVersion(path.c_str(), &version) > 0) MOLTE_AppVersionToString(&version, text);
+    ORVEX_Err_ClearError();
+    const bool read = MOLTE_GetAppVersion(path.c_str(), &version) == 1;
+    if (GetRvexErrNo() != (read ? 0 : 273)) __builtin_trap();
+    if (read) MOLTE_AppVersionToString(&version, text);
     return 0;
 }

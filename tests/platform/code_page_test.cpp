@@ -1,5 +1,5 @@
 #include "platform/code_page.h"
-#include "support/common.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -23,30 +23,26 @@ TEST_F(CodePage, KnowsLocales) {
     EXPECT_EQ(platform::longest_char(), 1);
 }
 
-// Read off the published tables of the two code pages; the private characters are the first and
-// last of each of their areas.
-constexpr tuple<const char*, const char*, unsigned> kCharacters[] = {
-    {"chs", "A", 0x41},          {"chs", "\x80", 0x20AC},     {"chs", "\x81\x40", 0x4E02},
-    {"chs", "\xD2\xBB", 0x4E00}, {"chs", "\xA1\xA4", 0xB7},   {"chs", "\xA8\x44", 0x2015},
-    {"chs", "\xAA\xA1", 0xE000}, {"chs", "\xAF\xFE", 0xE233}, {"chs", "\xF8\xA1", 0xE234},
-    {"chs", "\xFE\xFE", 0xE4C5}, {"chs", "\xA1\x40", 0xE4C6}, {"chs", "\xA7\xA0", 0xE765},
-    {"chs", "\xA2\xAB", 0xE766}, {"chs", "\xA8\xBC", 0xE7C7}, {"chs", "\xFE\xA0", 0xE864},
-    {"us", "\x80", 0x20AC},      {"us", "\xE9", 0xE9},        {"esp", "\x81", 0x81},
-    {"esp", "\x9F", 0x178}};
+std::vector<Texts> rows_of(const std::string& table) {
+    return tables_of(TEST_ROWS).at(table);
+}
+wchar_t character_of(const std::string& hexadecimal) {
+    return static_cast<wchar_t>(std::stoul(hexadecimal, nullptr, 16));
+}
 
 TEST_F(CodePage, Characters) {
-    for (const auto& [locale, text, character] : kCharacters) {
-        ASSERT_TRUE(use(locale));
-        const int length = static_cast<int>(std::string(text).size());
-        const auto first = static_cast<unsigned char>(text[0]);
-        EXPECT_EQ(platform::is_lead_byte(first), length == 2) << character;
-        EXPECT_EQ(isleadbyte(first) != 0, length == 2) << character;
+    for (const Texts& row : rows_of("characters")) {
+        ASSERT_TRUE(use(row[0].c_str()));
+        const int length = static_cast<int>(row[1].size());
+        const auto first = static_cast<unsigned char>(row[1][0]);
+        EXPECT_EQ(platform::is_lead_byte(first), length == 2) << row[2];
+        EXPECT_EQ(isleadbyte(first) != 0, length == 2) << row[2];
         wchar_t wide = 0;
-        EXPECT_EQ(platform::char_to_wide(&wide, text, 2), length) << character;
-        EXPECT_EQ(static_cast<unsigned>(wide), character);
+        EXPECT_EQ(platform::char_to_wide(&wide, row[1].c_str(), 2), length) << row[2];
+        EXPECT_EQ(wide, character_of(row[2]));
         char bytes[3] = {};
-        EXPECT_EQ(platform::wide_to_char(bytes, static_cast<wchar_t>(character)), length);
-        EXPECT_STREQ(bytes, text) << character;
+        EXPECT_EQ(platform::wide_to_char(bytes, wide), length);
+        EXPECT_EQ(bytes, row[1]);
     }
 }
 
@@ -99,34 +95,25 @@ TEST_F(CodePage, WhatBytesAre) {
 }
 
 TEST_F(CodePage, RefusesWhatItLacks) {
-    const std::pair<const char*, unsigned> lacking[] = {{"C", 0x100},   {"us", 0x100},
-                                                        {"us", 0xD800}, {"chs", 0x81},
-                                                        {"chs", 0xE0B}, {"chs", 0xD800}};
-    for (const auto& [locale, character] : lacking) {
-        ASSERT_TRUE(use(locale));
-        const wchar_t text[] = {L'a', static_cast<wchar_t>(character), 0};
+    for (const Texts& row : rows_of("characters that it lacks")) {
+        ASSERT_TRUE(use(row[0].c_str()));
+        const wchar_t text[] = {L'a', character_of(row[1]), 0};
         char out[8];
         errno = 0;
-        EXPECT_EQ(platform::wide_to_char(out, text[1]), -1) << character;
+        EXPECT_EQ(platform::wide_to_char(out, text[1]), -1) << row[1];
         EXPECT_EQ(errno, EILSEQ);
         EXPECT_EQ(platform::wide_to_multibyte(out, text, sizeof out), platform::kBadText);
         EXPECT_EQ(platform::wide_to_multibyte(nullptr, text, 0),
-                  locale[0] == 'C' ? 2 : platform::kBadText);
+                  row[0] == "C" ? 2 : platform::kBadText);
     }
     use("chs");
-    for (const char* cut : {"\x81", "\xB0\x30", "\x81\x7F", "\xFE\xFF"}) {
+    for (const Texts& row : rows_of("length within a limit")) {
+        const size_t limit = std::stoul(row[1]);
+        EXPECT_EQ(platform::char_length(text_or_null(row[0]), limit), std::stoi(row[2])) << row[0];
+        if (row[2] != "-1" || limit < 2) continue;
         wchar_t out[8];
-        errno = 0;
-        EXPECT_EQ(platform::char_length(cut, 2), -1) << cut;
-        EXPECT_EQ(errno, EILSEQ);
-        EXPECT_EQ(platform::multibyte_to_wide(nullptr, cut, 0), platform::kBadText);
-        EXPECT_EQ(platform::multibyte_to_wide(out, cut, 8), platform::kBadText);
-    }
-    const tuple<const char*, size_t, int> lengths[] = {{"\xB0\xA1", 2, 2}, {"\xB0\xA1", 1, -1},
-                                                       {"\xB0\xA1", 0, 0}, {"a", 2, 1},
-                                                       {"", 2, 0},         {nullptr, 2, 0}};
-    for (const auto& [text, limit, length] : lengths) {
-        EXPECT_EQ(platform::char_length(text, limit), length) << limit;
+        EXPECT_EQ(platform::multibyte_to_wide(nullptr, row[0].c_str(), 0), platform::kBadText);
+        EXPECT_EQ(platform::multibyte_to_wide(out, row[0].c_str(), 8), platform::kBadText);
     }
 }
 

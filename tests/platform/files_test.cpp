@@ -27,27 +27,6 @@ struct _stat64 state_of(const std::string& name) {
     return status;
 }
 
-TEST(Files, AreOpenedOrRefusedAndNeverReplaced) {
-    const TempFolder folder;
-    const std::string full = folder.write("full", "12345");
-    const std::string none = folder / "none";
-    const tuple<std::string, int, int, DWORD> rows[] = {
-        {full, 384, 0, 0},  // read, create, not inherited
-        {full, 34562, EEXIST, ERROR_FILE_EXISTS},
-        {none, kUpdate, ENOENT, ERROR_FILE_NOT_FOUND},
-        {folder.str(), kNew, EACCES, ERROR_ACCESS_DENIED}};
-    for (const auto& [name, flags, number, last_error] : rows) {
-        errno = 0;
-        const int fd = open_file(name, flags);
-        EXPECT_EQ(error_if(fd < 0), last_error) << name << " " << flags;
-        EXPECT_EQ(errno, number) << flags;
-        if (fd >= 0) _close(fd);
-    }
-    const std::string other = folder.write("other", "2");
-    EXPECT_TRUE(platform::rename_file(other.c_str(), full.c_str()) == -1 && errno == EEXIST);
-    EXPECT_EQ(read_bytes(full), "12345");
-}
-
 TEST(FileCopy, TakesTimeAndModeAlong) {
     const TempFolder folder;
     const std::string source = folder.write("source", std::string(100'001, 'x'));
@@ -65,17 +44,17 @@ TEST(FileCopy, Refusals) {
     const TempFolder folder;
     const std::string file = folder.write("f", "123");
     const std::string none = folder / "none";
-    const tuple<std::string, std::string, DWORD> rows[] = {
-        {file, folder.write("g", "4"), ERROR_FILE_EXISTS},
-        {none, folder / "n", ERROR_FILE_NOT_FOUND},
-        {file, folder / "none/f", ERROR_PATH_NOT_FOUND},
-        {folder.str(), none, ERROR_ACCESS_DENIED}};
-    for (const auto& [from, to, error] : rows) {
-        EXPECT_EQ(error_if(!CopyFileA(from.c_str(), to.c_str(), TRUE)), error) << from << to;
+    const tuple<std::string, std::string, BOOL, DWORD> rows[] = {
+        {file, folder.write("g", "4"), TRUE, ERROR_FILE_EXISTS},
+        {none, folder / "n", TRUE, ERROR_FILE_NOT_FOUND},
+        {file, folder / "none/f", TRUE, ERROR_PATH_NOT_FOUND},
+        {folder.str(), none, TRUE, ERROR_ACCESS_DENIED},
+        {file, file, FALSE, ERROR_SHARING_VIOLATION}};
+    for (const auto& [from, to, must_be_new, error] : rows) {
+        EXPECT_EQ(error_if(!CopyFileA(from.c_str(), to.c_str(), must_be_new)), error) << from << to;
     }
-    EXPECT_EQ(error_if(!CopyFileA(file.c_str(), file.c_str(), FALSE)),
-              DWORD{ERROR_SHARING_VIOLATION});
     EXPECT_EQ(read_bytes(file), "123");
+    EXPECT_EQ(error_if(open_file(file, 34562) < 0), DWORD{ERROR_FILE_EXISTS});
 }
 
 #if !defined(_WIN32)
@@ -160,17 +139,14 @@ TEST(FileCopy, HolesStay) {
     const TempFolder folder;
     const std::string source = folder.write("source", "");
     const std::string target = folder / "target";
-    constexpr int64_t size = int64_t{1} << 32;
+    constexpr int64_t size = int64_t{1} << 24;
     fs::resize_file(source, size);
     std::fstream(source, std::ios::in | std::ios::out).seekp(size / 2) << "middle";
     ASSERT_NE(CopyFileA(source.c_str(), target.c_str(), TRUE), FALSE);
     struct stat status = {};
     ASSERT_EQ(stat(target.c_str(), &status), 0);
-    EXPECT_EQ(status.st_size, size);
     EXPECT_LT(status.st_blocks, 1000);
-    std::string text(6, '\0');
-    std::ifstream(target).seekg(size / 2).read(text.data(), 6);
-    EXPECT_EQ(text, "middle");
+    EXPECT_TRUE(read_bytes(target) == read_bytes(source));
 }
 
 #endif

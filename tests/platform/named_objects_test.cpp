@@ -160,6 +160,33 @@ TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
     }
 }
 
+constexpr int kRounds = 30;
+
+CHILD_ROLE(answer) {
+    const Handle asked(open(args[0]));
+    const Handle answered(open(args[1]));
+    tell_parent("ready");
+    for (int round = 0; round < kRounds; ++round) {
+        if (wait_for(asked, 60'000) != WAIT_OBJECT_0 || SetEvent(answered) == FALSE) return 1;
+    }
+    return 0;
+}
+
+// Who waits looks again each second, which hides a wake-up that is lost, but not so many.
+TEST(NamedObjects, WakeTheOtherProcessEachTime) {
+    const Named asked(automatic);
+    const Named answered(automatic);
+    ChildProcess child("answer", {asked.name, answered.name});
+    EXPECT_EQ(child.read_line(), "ready");
+    const auto begin = steady_clock::now();
+    for (int round = 0; round < kRounds; ++round) {
+        SetEvent(asked);
+        ASSERT_EQ(wait_for(answered, 60'000), DWORD{WAIT_OBJECT_0});
+    }
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_LT(steady_clock::now() - begin, milliseconds(10'000));
+}
+
 TEST(NamedObjects, AMutexIsOneProcessesAtATime) {
     const Named mine(mutex, true);
     const Handle again(mutex(true, mine.name));
@@ -261,21 +288,23 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
     Servant poster({counter});
     Servant owner({owned.name});
     const HANDLE handles[] = {named, counted, owned, unnamed};
-    const std::pair<DWORD, std::function<void()>> causes[] = {
-        {WAIT_OBJECT_0, [&] { setter.ask("set"); }},
-        {WAIT_OBJECT_0 + 1, [&] { poster.ask("post"); }},
-        {WAIT_OBJECT_0 + 2, [&] { owner.ask("release"); }},
-        {WAIT_OBJECT_0 + 3, [&] { SetEvent(unnamed); }},
-        {WAIT_ABANDONED_0 + 2, [&] { owner.kill(); }}};
-    for (const auto& [expected, cause] : causes) {
-        const bool is_free = expected == WAIT_OBJECT_0 || expected == WAIT_OBJECT_0 + 3;
-        if (is_free) owner.ask("poll");
-        const Prompt prompt;
-        SleepingThread waiter([&, wanted = expected] {
-            EXPECT_EQ(WaitForMultipleObjects(4, handles, FALSE, Prompt::kLimit), wanted);
-            ReleaseMutex(owned);  // if that woke it
-        });
-        cause();
+    const tuple<DWORD, int, std::function<void()>> causes[] = {
+        {WAIT_OBJECT_0, 10, [&] { setter.ask("set"); }},
+        {WAIT_OBJECT_0 + 1, 10, [&] { poster.ask("post"); }},
+        {WAIT_OBJECT_0 + 2, 10, [&] { owner.ask("release"); }},
+        {WAIT_OBJECT_0 + 3, 10, [&] { SetEvent(unnamed); }},
+        {WAIT_ABANDONED_0 + 2, 1, [&] { owner.kill(); }}};
+    for (const auto& [expected, rounds, cause] : causes) {
+        const Prompt prompt;  // for all rounds, of which each may look again after a second
+        for (int round = 0; round < rounds; ++round) {
+            owner.ask("release");
+            owner.ask("poll");
+            SleepingThread waiter([&, wanted = expected] {
+                EXPECT_EQ(WaitForMultipleObjects(4, handles, FALSE, Prompt::kLimit), wanted);
+                ReleaseMutex(owned);  // if that woke it
+            });
+            cause();
+        }
     }
     for (const BOOL all : {FALSE, TRUE}) {
         const auto begin = steady_clock::now();

@@ -2,11 +2,6 @@
 
 #include "support/test.h"
 
-#if !defined(_WIN32)
-#include <sys/mman.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 std::string own_path() {
@@ -77,35 +72,13 @@ TEST(ApplicationVersion, FilesWithoutOne) {
 
 #if !defined(_WIN32)
 
-int32_t read_version(const std::string& bytes, MOLTE_APPVERSION* version) {
-    static const int file = memfd_create("program", 0);
-    EXPECT_EQ(ftruncate(file, 0), 0);
-    EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
-    return MOLTE_GetAppVersion(("/proc/self/fd/" + std::to_string(file)).c_str(), version);
-}
-
-// The files have two segments, and two notes in the second.
-TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
+// The files have two segments, and two notes in the second. Others are the fuzz target's.
+TEST(ApplicationVersion, AnyElfFileIsRead) {
     for (const Text name : {"32_big", "32_little", "64_big", "64_little"}) {
-        const std::string whole = read_bytes(FUZZ_CORPUS "/program_version/"s + name);
+        const std::string path = FUZZ_CORPUS "/program_version/"s + name;
         MOLTE_APPVERSION version;
-        ASSERT_EQ(read_version(whole, &version), 1) << name;
+        ASSERT_EQ(MOLTE_GetAppVersion(path.c_str(), &version), 1) << name;
         EXPECT_EQ(bytes_of(version), "\x01\x02\x03\x04\x05\x06\x07\x08");
-        for (size_t size = 0; size < whole.size(); ++size) {
-            EXPECT_EQ(read_version(whole.substr(0, size), &version), -1) << size;
-        }
-        // Each field of up to eight bytes filled with what overflows.
-        for (size_t at = 4; at < whole.size(); ++at) {
-            for (const size_t size : {1U, 2U, 4U, 8U}) {
-                for (const char value : {'\0', '\x7F', '\x80', '\xFF'}) {
-                    std::string broken = whole;
-                    broken.replace(at, size, size, value);
-                    ORVEX_Err_ClearError();
-                    const int32_t result = read_version(broken, &version);
-                    EXPECT_EQ(GetRvexErrNo(), result == 1 ? 0U : 273U) << at;
-                }
-            }
-        }
     }
 }
 

@@ -5,10 +5,8 @@ namespace {
 TEST(NetworkAddress, Text) {
     const uint8_t mac[6] = {0x00, 0x1A, 0x2B, 0xFF, 0x04, 0xC5};
     char text[18];
-    EXPECT_EQ(MOLTE_UTIL_Mac2String(mac, 6, text, 18), text);
-    EXPECT_STREQ(text, "00-1A-2B-FF-04-C5");
+    EXPECT_STREQ(MOLTE_UTIL_Mac2String(mac, 6, text, 18), "00-1A-2B-FF-04-C5");
     EXPECT_STREQ(MOLTE_UTIL_Mac2String(mac, 1, text, 3), "00");
-    EXPECT_STREQ(MOLTE_UTIL_Mac2String(mac, 0, text, 1), "");
     EXPECT_STREQ(MOLTE_UTIL_Mac2String(nullptr, -1, text, 1), "");
     for (const auto& [size, room] : {tuple(6, 17), {1, 2}, {0, 0}, {-5, 0}, {0x60000000, 18}}) {
         EXPECT_EQ(error_of(MOLTE_UTIL_Mac2String(mac, size, text, room)), "50 oxsysutl") << size;

@@ -1,6 +1,7 @@
 #include "support/test.h"
 
 #if !defined(_WIN32)
+#include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -101,37 +102,31 @@ TEST(Uuid, WithoutRandomBytesComesFromTheTime) {
     EXPECT_EQ(status, 0);
 }
 
-// Those of a second process by fork, or without its handlers, and of its children.
-std::vector<Uuid> of_a_child(bool bare, int depth) {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    const auto child = static_cast<pid_t>(
-        bare ? syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, 0) : fork());
-    if (child == 0) {
-        std::vector<Uuid> uuids = many(50);
-        if (depth > 0) {
-            const std::vector<Uuid> below = of_a_child(bare, depth - 1);
-            uuids.insert(uuids.end(), below.begin(), below.end());
-        }
-        _exit(write(ends[1], uuids.data(), uuids.size() * sizeof(Uuid)) > 0 ? 0 : 1);
-    }
-    close(ends[1]);
-    std::vector<Uuid> uuids(200);
-    const ssize_t size = read(ends[0], uuids.data(), uuids.size() * sizeof(Uuid));
-    uuids.resize(size > 0 ? static_cast<size_t>(size) / sizeof(Uuid) : 0);
-    close(ends[0]);
-    EXPECT_EQ(waitpid(child, nullptr, 0), child);
-    return uuids;
-}
-
+// Processes made by fork, or without its handlers, each of which fills its part of what they share.
 TEST(Uuid, ParentChildAndGrandchildDiffer) {
+    constexpr size_t kOfEach = 50;
     for (const bool bare : {false, true}) {
-        std::vector<Uuid> all = many(3);
-        for (const auto& more : {of_a_child(bare, 1), of_a_child(bare, 1), many(100)}) {
-            EXPECT_EQ(more.size(), 100u);
-            all.insert(all.end(), more.begin(), more.end());
+        const auto spawn = [bare] {
+            return bare ? syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, 0) : fork();
+        };
+        auto* all =
+            static_cast<Uuid*>(mmap(nullptr, 5 * kOfEach * sizeof(Uuid), PROT_READ | PROT_WRITE,
+                                    MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+        const auto fill = [all](size_t part) {
+            const std::vector<Uuid> uuids = many(kOfEach);
+            std::copy(uuids.begin(), uuids.end(), all + part * kOfEach);
+        };
+        fill(0);
+        for (const size_t part : {1U, 3U}) {
+            if (spawn() != 0) continue;
+            fill(part);
+            if (spawn() == 0) fill(part + 1);
+            wait(nullptr);
+            _exit(0);
         }
-        expect_no_repeat(all);
+        fill(0);
+        for (int child = 0; child < 2; ++child) wait(nullptr);
+        expect_no_repeat({all, all + 5 * kOfEach});
     }
 }
 
