@@ -23,15 +23,12 @@ TEST_F(CodePage, KnowsLocales) {
     EXPECT_EQ(platform::longest_char(), 1);
 }
 
-std::vector<Texts> rows_of(const std::string& table) {
-    return tables_of(TEST_ROWS).at(table);
-}
 wchar_t character_of(const std::string& hexadecimal) {
     return static_cast<wchar_t>(std::stoul(hexadecimal, nullptr, 16));
 }
 
 TEST_F(CodePage, Characters) {
-    for (const Texts& row : rows_of("characters")) {
+    for (const Texts& row : rows_of(TEST_ROWS, "characters")) {
         ASSERT_TRUE(use(row[0].c_str()));
         const int length = static_cast<int>(row[1].size());
         const auto first = static_cast<unsigned char>(row[1][0]);
@@ -95,7 +92,7 @@ TEST_F(CodePage, WhatBytesAre) {
 }
 
 TEST_F(CodePage, RefusesWhatItLacks) {
-    for (const Texts& row : rows_of("characters that it lacks")) {
+    for (const Texts& row : rows_of(TEST_ROWS, "characters that it lacks")) {
         ASSERT_TRUE(use(row[0].c_str()));
         const wchar_t text[] = {L'a', character_of(row[1]), 0};
         char out[8];
@@ -107,7 +104,7 @@ TEST_F(CodePage, RefusesWhatItLacks) {
                   row[0] == "C" ? 2 : platform::kBadText);
     }
     use("chs");
-    for (const Texts& row : rows_of("length within a limit")) {
+    for (const Texts& row : rows_of(TEST_ROWS, "length within a limit")) {
         const size_t limit = std::stoul(row[1]);
         EXPECT_EQ(platform::char_length(text_or_null(row[0]), limit), std::stoi(row[2])) << row[0];
         if (row[2] != "-1" || limit < 2) continue;

@@ -26,7 +26,7 @@ std::string find_all(const std::string& pattern) {
 void expect_found(const std::string& table, const Texts& files) {
     const TempFolder folder;
     for (const std::string& name : files) folder.write(name, "");
-    for (const Texts& row : tables_of(TEST_ROWS).at(table)) {
+    for (const Texts& row : rows_of(TEST_ROWS, table)) {
         EXPECT_EQ(find_all(folder.str() + "\\" + row[0]), row[1]) << row[0];
     }
 }

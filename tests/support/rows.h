@@ -52,6 +52,10 @@ inline std::map<std::string, std::vector<Texts>> tables_of(const char* file) {
     return tables;
 }
 
+inline std::vector<Texts> rows_of(const char* file, const std::string& table) {
+    return tables_of(file).at(table);
+}
+
 inline Text text_or_null(const std::string& field) {
     return field == "(null)" ? nullptr : field.c_str();
 }

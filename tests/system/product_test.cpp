@@ -9,7 +9,7 @@ class Texts1033 : public Configured {
  public:
     Texts1033() : Configured("DEF_LANG_ID = 1033\n") {
         std::string items;
-        for (const Texts& row : tables_of(TEST_ROWS).at("resource")) {
+        for (const Texts& row : rows_of(TEST_ROWS, "resource")) {
             items.append("<ITEM id='" + row[0] + "' value='" + row[1] + "'/>");
         }
         fs::create_directories(path() / "resource" / "en" / "us");
@@ -23,7 +23,7 @@ class Texts1033 : public Configured {
 
 TEST(Product, TextsOfItsBlock) {
     const Texts1033 texts;
-    for (const Texts& row : tables_of(TEST_ROWS).at("text")) {
+    for (const Texts& row : rows_of(TEST_ROWS, "text")) {
         EXPECT_EQ(MOLTE_GetCorpInfoByProduct(std::stoi(row[0]), std::stoi(row[1])), row[2]);
     }
     for (const auto& [product, text] :
@@ -43,7 +43,7 @@ TEST(Product, TextsWithoutResources) {
 TEST(Product, TitlesBehindTheirFirstDash) {
     const Texts1033 texts;
     ORVEX_PARAMETER_SetValueInt("DEF_PRODUCT_ID", 2);  // no title looks at it
-    for (const Texts& row : tables_of(TEST_ROWS).at("title")) {
+    for (const Texts& row : rows_of(TEST_ROWS, "title")) {
         std::string narrow = row[0] + '\0' + std::string(350, '#');
         std::wstring wide(narrow.begin(), narrow.end());
         const int32_t product = std::stoi(row[1]);
