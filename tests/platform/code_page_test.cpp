@@ -114,22 +114,14 @@ TEST_F(CodePage, RefusesWhatItLacks) {
     }
 }
 
+// What the text family, which measures first, has no use for.
 TEST_F(CodePage, WholeTexts) {
     const char* text = "a\xB0\xA1z\x80";
-    const wchar_t expected[] = {L'a', 0x554A, L'z', 0x20AC, 0};
-    ASSERT_EQ(platform::multibyte_to_wide(nullptr, text, 0), 4U);
-    for (std::size_t room = 0; room <= 6; ++room) {
-        wchar_t wide[8] = {9, 9, 9, 9, 9, 9, 9, 9};
-        const std::size_t count = room < 4 ? room : 4;
-        EXPECT_EQ(platform::multibyte_to_wide(wide, text, room), count);
-        EXPECT_EQ(std::wstring(wide, count), std::wstring(expected, count));
-        EXPECT_EQ(wide[count], room > 4 ? 0 : 9) << room;
-    }
-    ASSERT_EQ(platform::wide_to_multibyte(nullptr, expected, 0), 5U);
+    const wchar_t wide[] = {L'a', 0x554A, L'z', 0x20AC, 0};
     const std::size_t whole[] = {0, 1, 1, 3, 4, 5, 5};  // a character is never cut in two
     for (std::size_t room = 0; room <= 6; ++room) {
         char bytes[8] = {9, 9, 9, 9, 9, 9, 9, 9};
-        EXPECT_EQ(platform::wide_to_multibyte(bytes, expected, room), whole[room]) << room;
+        EXPECT_EQ(platform::wide_to_multibyte(bytes, wide, room), whole[room]) << room;
         EXPECT_EQ(std::string(bytes, whole[room]), std::string(text, whole[room]));
         EXPECT_EQ(bytes[whole[room]], room > 5 ? 0 : 9) << room;
     }

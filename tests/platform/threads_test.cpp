@@ -120,17 +120,4 @@ TEST(Threads, TerminatedAnywhereLeaveTheirMutexesAbandoned) {
     }
 }
 
-TEST(Threads, AreWaitedForTogetherWithOtherObjects) {
-    Shared shared{sleep_owning_the_mutex};
-    Shared short_lived{tell_number};
-    const Handle sleeper(start(shared));
-    const Handle quick(start(short_lived));
-    const HANDLE handles[] = {sleeper, quick, shared.owned};
-    EXPECT_EQ(WaitForMultipleObjects(3, handles, FALSE, 10000), WAIT_OBJECT_0 + 1U);
-    EXPECT_EQ(WaitForMultipleObjects(3, handles, TRUE, 0), DWORD{WAIT_TIMEOUT});
-    SetEvent(shared.never);
-    EXPECT_EQ(WaitForMultipleObjects(3, handles, TRUE, 10000), DWORD{WAIT_ABANDONED});
-    ReleaseMutex(shared.owned);
-}
-
 }  // namespace
