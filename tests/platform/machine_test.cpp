@@ -4,7 +4,6 @@
 #include "platform/machine.h"
 
 #include <grp.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,15 +17,15 @@ namespace {
 
 TEST(Machine, FileSystemsByTheirMount) {
     char name[8];
-    for (const auto& [folder, type] :
-         {tuple{"/proc", "proc"}, {"/sys/", "sysfs"}, {"\\proc\\self", "proc"}}) {
-        EXPECT_TRUE(GetVolumeInformationA(folder, nullptr, 0, nullptr, nullptr, nullptr, name, 8));
-        EXPECT_STREQ(name, type);
-    }
     const auto get_into = [&name](const char* folder, DWORD room) {
         return error_if(
             !GetVolumeInformationA(folder, nullptr, 0, nullptr, nullptr, nullptr, name, room));
     };
+    for (const auto& [folder, type] :
+         {tuple{"/proc", "proc"}, {"/sys/", "sysfs"}, {"\\proc\\self", "proc"}}) {
+        EXPECT_EQ(get_into(folder, 8), 0U);
+        EXPECT_STREQ(name, type);
+    }
     EXPECT_EQ(get_into("/proc", 5), 0U);
     EXPECT_EQ(get_into("/proc", 4), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(get_into("/none", 5), ERROR_FILE_NOT_FOUND);
@@ -71,13 +70,12 @@ TEST(Machine, HandlesOfProcesses) {
     EXPECT_EQ(error_if(!get_times(gone)), ERROR_INVALID_HANDLE);
     EXPECT_TRUE(get_times(GetCurrentProcess()));
     EXPECT_EQ(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()), nullptr);
-    DWORD error = 0;
-    std::thread([&error] {  // a thread's number is no process's
-        const auto number = static_cast<DWORD>(syscall(SYS_gettid));
-        error = error_if(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, number) == nullptr);
+    std::thread([] {  // a thread's number is no process's
+        const auto number = static_cast<DWORD>(gettid());
+        const HANDLE none = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, number);
+        EXPECT_EQ(error_if(none == nullptr), ERROR_INVALID_PARAMETER);
     })
         .join();
-    EXPECT_EQ(error, ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -52,6 +52,20 @@ HANDLE open_event(const std::string& name = "thing") {
     return OpenEventA(EVENT_ALL_ACCESS, FALSE, name.c_str());
 }
 
+// The exit code of a forked child that does this and ends as a program does; -1 when it was killed,
+// as it is when it hangs.
+int in_fork(const std::function<int()>& run) {
+    const pid_t child = fork();
+    if (child == 0) {
+        forked = true;
+        alarm(20);
+        std::exit(run());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 // From now on the kernel kills this process when it would wake a sleeper of another one.
 bool die_at_wake() {
     sock_filter steps[] = {
@@ -78,18 +92,17 @@ CHILD_ROLE(signal_and_die) {
 TEST_F(ObjectSurvival, ASignallerKilledBeforeItWakesHoldsNobodyUp) {
     const Handle objects[] = {Handle(automatic(false, "one")), Handle(manual(false, "all")),
                               Handle(semaphore(0, 2, "some"))};
-    DWORD results[] = {WAIT_FAILED, WAIT_FAILED, WAIT_FAILED};
-    std::vector<std::unique_ptr<SleepingThread>> waiters;
-    for (int i = 0; i < 3; ++i) {
-        waiters.push_back(std::make_unique<SleepingThread>(
-            [&, i] { results[i] = wait_for(objects[i], 60'000); }));
-    }
     const auto begin = steady_clock::now();
-    for (const char* name : {"one", "all", "some"}) {
-        EXPECT_EQ(ChildProcess("signal_and_die", {name}).wait(), -1);
+    {
+        std::vector<std::unique_ptr<SleepingThread>> waiters;  // joined at the end
+        for (HANDLE object : objects) {
+            waiters.push_back(std::make_unique<SleepingThread>(
+                [object] { EXPECT_EQ(wait_for(object, 60'000), WAIT_OBJECT_0); }));
+        }
+        for (const char* name : {"one", "all", "some"}) {
+            EXPECT_EQ(ChildProcess("signal_and_die", {name}).wait(), -1);
+        }
     }
-    for (auto& waiter : waiters) waiter->join();
-    for (DWORD result : results) EXPECT_EQ(result, WAIT_OBJECT_0);
     EXPECT_LT(steady_clock::now() - begin, milliseconds(30'000));
 }
 
@@ -106,12 +119,8 @@ TEST_F(ObjectSurvival, AFileThatCannotBeRemovedIsAFailure) {
     const std::string mine = outer / "mine";
     const Unprivileged somebody;
     setenv("MOLTELIB_OBJECT_FOLDER", mine.c_str(), 1);
-    const pid_t child = fork();
-    if (child == 0) {  // is killed with the object open
-        automatic(false, "thing");
-        raise(SIGKILL);
-    }
-    waitpid(child, nullptr, 0);
+    EXPECT_EQ(in_fork([] { return automatic(false, "thing") != nullptr ? raise(SIGKILL) : 1; }),
+              -1);
     ASSERT_TRUE(fs::exists(mine + "/=thing"));
     ASSERT_NE(Handle(automatic(false, "other")), nullptr);
     fs::permissions(mine, fs::perms{0500});
@@ -131,20 +140,6 @@ TEST_F(ObjectSurvival, OneWhoStoppedWhileRemovingIsInTheWayForAMomentOnly) {
     EXPECT_NE(Handle(automatic(false, "thing")), nullptr);
 }
 
-// The exit code of a forked child that does this and ends as a program does; -1 when it was killed,
-// as it is when it hangs.
-int in_fork(const std::function<int()>& run) {
-    const pid_t child = fork();
-    if (child == 0) {
-        forked = true;
-        alarm(20);
-        std::exit(run());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 CHILD_ROLE(set_event) {
     const Handle event(open_event());
     return event != nullptr && SetEvent(event) != FALSE ? 0 : 1;
@@ -153,11 +148,7 @@ CHILD_ROLE(set_event) {
 TEST_F(ObjectSurvival, AForkedChildTakesNothingFromItsParent) {
     const Handle event(automatic(false, "thing"));
     for (const bool closes : {false, true}) {
-        EXPECT_EQ(in_fork([&] {
-                      if (closes) CloseHandle(event);
-                      return 0;
-                  }),
-                  0);
+        EXPECT_EQ(in_fork([&] { return closes && CloseHandle(event) == FALSE ? 1 : 0; }), 0);
         EXPECT_TRUE(exists());
         EXPECT_TRUE(fs::exists(folder() / "bell"));
         EXPECT_EQ(ChildProcess("set_event").wait(), 0);
@@ -170,8 +161,7 @@ CHILD_ROLE(become_daemon) {
     const Handle event(automatic(false, "thing"));
     if (fork() != 0) return 0;  // to the caller's exit
     tell_parent("started");
-    const DWORD result = wait_for(event, 5000);
-    tell_parent(std::to_string(result));
+    tell_parent(std::to_string(wait_for(event, 5000)));
     hear_parent();
     return 0;
 }
@@ -242,20 +232,13 @@ TEST_F(ObjectSurvival, AForkedChildHasTheLocksOfItsThreadAlone) {
     CRITICAL_SECTION others_section;
     for (auto* section : {&my_section, &others_section}) InitializeCriticalSection(section);
     EnterCriticalSection(&my_section);
-    struct Other {
-        HANDLE mutex, never;
-        CRITICAL_SECTION* section;
-    } other = {others, never, &others_section};
-    const Handle thread(CreateThread(
-        nullptr, 0,
-        [](void* context) -> DWORD {
-            const Other& have = *static_cast<Other*>(context);
-            EnterCriticalSection(have.section);
-            EnterCriticalSection(have.section);
-            wait_for(have.mutex, 10'000);
-            return wait_for(have.never, 60'000);
-        },
-        &other, 0, nullptr));
+    std::function<DWORD()> hold = [&] {
+        for (int i = 0; i < 2; ++i) EnterCriticalSection(&others_section);
+        wait_for(others, 10'000);
+        return wait_for(never, 60'000);
+    };
+    const auto run = [](void* what) { return (*static_cast<std::function<DWORD()>*>(what))(); };
+    const Handle thread(CreateThread(nullptr, 0, run, &hold, 0, nullptr));
     while (wait_for(others) == WAIT_OBJECT_0) {
         ReleaseMutex(others);
         std::this_thread::yield();

@@ -84,26 +84,26 @@ TEST_F(Registry, GivesWhatWasStored) {
 TEST_F(Registry, KeysAccessAndSizes) {
     HKEY middle = nullptr;
     HKEY below = nullptr;
-    const std::string path = base_ + "\\a";
-    const auto open = [&] {
-        return RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &middle);
+    const auto open = [](HKEY above, const std::string& path, HKEY* key) {
+        return RegOpenKeyExA(above, path.c_str(), 0, KEY_READ, key);
     };
-    EXPECT_EQ(error_if(platform::keep_error(open()) != 0), DWORD{ERROR_FILE_NOT_FOUND});
+    const std::string path = base_ + "\\a";
+    EXPECT_EQ(error_if(platform::keep_error(open(HKEY_LOCAL_MACHINE, path, &middle)) != 0),
+              DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(Key(path + "\\b").set("v", "1234567"), 0);
-    EXPECT_EQ(open(), 0);
-    EXPECT_EQ(RegOpenKeyExA(middle, "c", 0, KEY_READ, &below), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegOpenKeyExA(middle, "B", 0, KEY_READ, &below), 0);
-    BYTE bytes[100];
+    EXPECT_EQ(open(HKEY_LOCAL_MACHINE, path, &middle), 0);
+    EXPECT_EQ(open(middle, "c", &below), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(open(middle, "B", &below), 0);
     DWORD size = 0;
-    const auto query = [&](BYTE* to) {
-        return RegQueryValueExA(below, "v", nullptr, nullptr, to, &size);
+    const auto query = [&](char* to) {
+        return RegQueryValueExA(below, "v", nullptr, nullptr, reinterpret_cast<BYTE*>(to), &size);
     };
     for (const DWORD room : {0U, 7U, 8U, 100U}) {
-        bytes[0] = '#';
+        char bytes[100] = "#";
         size = room;
         EXPECT_EQ(query(bytes), room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);
         EXPECT_EQ(size, 8U) << room;
-        EXPECT_EQ(static_cast<char>(bytes[0]), room < 8 ? '#' : '1') << room;
+        EXPECT_STREQ(bytes, room < 8 ? "#" : "1234567") << room;
     }
     EXPECT_EQ(query(nullptr), 0);
     EXPECT_EQ(RegCloseKey(below) | RegCloseKey(middle), 0);

@@ -27,8 +27,9 @@ TEST(Uuid, ManyWithoutARepeat) {
     const std::vector<Uuid> uuids = many(100'000);
     Uuid varied{};  // the bits that aren't those of the first
     for (const Uuid& uuid : uuids) {
-        for (size_t i = 0; i < uuid.size(); ++i)
+        for (size_t i = 0; i < uuid.size(); ++i) {
             varied[i] = static_cast<uint8_t>(varied[i] | (uuid[i] ^ uuids[0][i]));
+        }
     }
     Uuid expected;  // all but version 4 and its variant
     expected.fill(0xFF);
@@ -41,16 +42,15 @@ TEST(Uuid, ManyWithoutARepeat) {
 
 TEST(Uuid, TextAndComparison) {
     uint8_t zero[16] = {};
-    const uint8_t uuid[16] = {0x00, 0x1A, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
-                              0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+    const Uuid uuid = {0x00, 0x1A, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
+                       0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
     char text[ORVEX_UUID_TEXT_SIZE];
-    EXPECT_EQ(ORVEX_UUID_ToString(uuid, text), 1);
+    EXPECT_EQ(ORVEX_UUID_ToString(uuid.data(), text), 1);
     EXPECT_STREQ(text, "001A2233-4455-6677-8899-AABBCCDDEEFF");
     EXPECT_EQ(ORVEX_UUID_IsEmpty(zero), 1);
-    EXPECT_EQ(ORVEX_UUID_IsEqual(zero, uuid), 0);
     zero[15] = 1;
-    EXPECT_EQ(ORVEX_UUID_IsEmpty(zero), 0);
-    EXPECT_EQ(ORVEX_UUID_IsEqual(uuid, uuid), 1);
+    EXPECT_EQ(ORVEX_UUID_IsEmpty(zero) + ORVEX_UUID_IsEqual(zero, uuid.data()), 0);
+    EXPECT_EQ(ORVEX_UUID_IsEqual(uuid.data(), uuid.data()), 1);
     EXPECT_EQ(error_of(ORVEX_UUID_Gen(nullptr)), "50 oxsysutl");
     EXPECT_EQ(UTIL_UUID_Gen(nullptr) + UTIL_UUID_GetHWAddress(nullptr), -2);
 }
