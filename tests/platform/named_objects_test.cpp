@@ -286,7 +286,7 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
     }
 }
 
-constexpr int kRounds = 30;
+constexpr int kRounds = 60;
 
 CHILD_ROLE(answer) {
     const Handle asked(open(args[0]));
@@ -309,14 +309,13 @@ TEST_P(MixedWaits, OfTwoProcessesWakeEachOtherEachTime) {
         const HANDLE both[] = {never, answered};
         ChildProcess child("answer", {asked.name, answered.name});
         EXPECT_EQ(child.read_line(), "ready");
-        const auto begin = steady_clock::now();
+        const Prompt prompt;
         for (int round = 0; round < kRounds; ++round) {
             SetEvent(asked);
             ASSERT_EQ(WaitForMultipleObjects(2, both, FALSE, 60'000), WAIT_OBJECT_0 + 1U);
             ResetEvent(answered);
         }
         EXPECT_EQ(child.wait(), 0);
-        EXPECT_LT(steady_clock::now() - begin, milliseconds(10'000));
     }
 }
 
