@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     char text[MOLTE_APPVERSION_TEXT_SIZE];
     ORVEX_Err_ClearError();
     const bool read = MOLTE_GetAppVersion(path.c_str(), &version) == 1;
-    if (GetRvexErrNo() != (read ? 0 : 273)) __builtin_trap();
+    if (GetRvexErrNo() != (read ? 0U : 273U)) __builtin_trap();
     if (read) MOLTE_AppVersionToString(&version, text);
     return 0;
 }

@@ -75,21 +75,6 @@ TEST_F(ObjectFile, ThatNobodyHasOpenIsStale) {
     EXPECT_EQ(wait_for(event), WAIT_OBJECT_0);  // signalled, as the old one wasn't
 }
 
-CHILD_ROLE(leave_open) {
-    if (automatic(false, "thing") == nullptr) return 1;
-    tell_parent("open");
-    return hear_parent() == "end" ? 0 : 1;
-}
-
-TEST_F(ObjectFile, OfAnObjectLeftOpenGoesWithItsProcess) {
-    ChildProcess child("leave_open");
-    EXPECT_EQ(child.read_line(), "open");
-    EXPECT_TRUE(exists());
-    child.send_line("end");
-    EXPECT_EQ(child.wait(), 0);
-    EXPECT_FALSE(exists());
-}
-
 TEST_F(ObjectFile, HasAFolderThatOnlyTheUserWritesIn) {
     ASSERT_NE(Handle(create()), nullptr);  // opens the common bell
     const std::string folder = folder_ / "new";

@@ -156,9 +156,9 @@ TEST_F(ObjectSurvival, AForkedChildTakesNothingFromItsParent) {
     }
 }
 
-// Makes an object and goes on in a child, as a service does.
+// Makes an object, goes on in a child, as a service does, and leaves it open.
 CHILD_ROLE(become_daemon) {
-    const Handle event(automatic(false, "thing"));
+    HANDLE event = automatic(false, "thing");
     if (fork() != 0) return 0;  // to the caller's exit
     tell_parent("started");
     tell_parent(std::to_string(wait_for(event, 5000)));

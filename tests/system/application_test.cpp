@@ -51,10 +51,13 @@ TEST(Application, WithoutAVersionTellsTheError) {
 }
 
 TEST(Application, NamesOfImages) {
-    EXPECT_STREQ(MOLTE_ImagePrtItemName(8, 10), "L.plain Little");
-    EXPECT_STREQ(MOLTE_ImagePrtItemName(1, -1), "R.Thumb");
-    for (const auto& [image_class, item] : {std::pair(1, 0), {2, 8}, {3, 0}, {5, 1}, {-1, 1}}) {
-        EXPECT_EQ(MOLTE_ImagePrtItemName(image_class, item), nullptr) << image_class << item;
+    // The class of the image, the number of the item, its name: at the ends of the tables.
+    const tuple<int32_t, int32_t, Text> cases[] = {
+        {1, 11, "R.Thumb"},        {1, -1, "R.Thumb"},        {2, 7, "L.palm thumb lower"},
+        {2, 8, nullptr},           {3, 5, "R.plain Thumb"},   {3, 0, nullptr},
+        {4, 10, "Right portrait"}, {8, 10, "L.plain Little"}, {-1, 1, nullptr}};
+    for (const auto& [image_class, item, name] : cases) {
+        EXPECT_STREQ(MOLTE_ImagePrtItemName(image_class, item), name) << image_class << item;
     }
 }
 

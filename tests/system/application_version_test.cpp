@@ -73,12 +73,18 @@ TEST(ApplicationVersion, FilesWithoutOne) {
 #if !defined(_WIN32)
 
 // The files have two segments, and two notes in the second. Others are the fuzz target's.
-TEST(ApplicationVersion, AnyElfFileIsRead) {
+TEST(ApplicationVersion, AnyElfFileIsReadIfItIsWhole) {
+    const TempFolder folder;
     for (const Text name : {"32_big", "32_little", "64_big", "64_little"}) {
         const std::string path = FUZZ_CORPUS "/program_version/"s + name;
         MOLTE_APPVERSION version;
         ASSERT_EQ(MOLTE_GetAppVersion(path.c_str(), &version), 1) << name;
         EXPECT_EQ(bytes_of(version), "\x01\x02\x03\x04\x05\x06\x07\x08");
+        const std::string whole = read_bytes(path);
+        for (size_t size = 0; size < whole.size(); ++size) {
+            const std::string cut = folder.write("cut", whole.substr(0, size));
+            EXPECT_EQ(MOLTE_GetAppVersion(cut.c_str(), &version), -1) << size;
+        }
     }
 }
 
