@@ -114,7 +114,7 @@ TEST_F(CodePage, RefusesWhatItLacks) {
     }
 }
 
-// What the text family, which measures first, has no use for.
+// Into less room than is needed; the text family measures first.
 TEST_F(CodePage, WholeTexts) {
     const char* text = "a\xB0\xA1z\x80";
     const wchar_t wide[] = {L'a', 0x554A, L'z', 0x20AC, 0};

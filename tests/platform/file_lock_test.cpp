@@ -26,7 +26,7 @@ class Descriptor {
     int fd_;
 };
 
-TEST(FileLock, OutlivesOtherDescriptorsOfItsFile) {
+TEST(FileLock, RangesOfTwoDescriptors) {
     const TempFolder folder;
     const std::string name = folder.write("f", "0123456789");
     const Descriptor one(name);

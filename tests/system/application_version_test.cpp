@@ -73,7 +73,7 @@ TEST(ApplicationVersion, FilesWithoutOne) {
 #if !defined(_WIN32)
 
 // The files have two segments, and two notes in the second. Others are the fuzz target's.
-TEST(ApplicationVersion, AnyElfFileIsReadIfItIsWhole) {
+TEST(ApplicationVersion, AnyElfFileIsReadAndNoneTrusted) {
     const TempFolder folder;
     for (const Text name : {"32_big", "32_little", "64_big", "64_little"}) {
         const std::string path = FUZZ_CORPUS "/program_version/"s + name;

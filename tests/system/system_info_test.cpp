@@ -53,7 +53,7 @@ TEST(SystemInfo, Rows) {
     check_rows(TEST_ROWS, kCalls);
 }
 
-TEST(SystemInfo, TypesOfSystems) {
+TEST(SystemInfo, NamesOfSystems) {
     for (const int32_t unknown : {-1, 0, 20}) EXPECT_STREQ(MOLTE_OsType2String(unknown), "Unkown");
     EXPECT_STREQ(MOLTE_OsType2String(11), "Unix");
     EXPECT_STREQ(MOLTE_OsClass2String(2), "Unknown");
