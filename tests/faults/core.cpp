@@ -1,9 +1,10 @@
 #include <cstring>
 
-#include "excuses.h"
+#include "faults.h"
 
 namespace {
 
+// How often the part stands in a text.
 int32_t count_of(const std::string& text, std::string_view part) {
     int32_t count = 0;
     for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) ++count;
@@ -13,6 +14,7 @@ int32_t count_of(const std::string& text, std::string_view part) {
 const std::string kBigText(9000, 'x');
 constexpr char kEntry[] = "an entry of the binary log";
 constexpr int32_t kEntrySize = sizeof kEntry - 1;
+constexpr char kTraceStaysShort[] = "pushes that found no memory stand in no entry";
 
 // A binary log with an entry of the time 300, which has a text, and one of the time 100.
 std::string log_of_two_entries() {
@@ -29,17 +31,15 @@ std::string log_of_two_entries() {
 }  // namespace
 
 FAMILY(memory) {
-    void* block = nullptr;
-    if (DID(block = ORVEX_release_malloc(100))) std::memset(block, 1, 100);
-    ORVEX_free(block);
-    void* items = nullptr;
+    Freed<void> block;
+    if (DID(block.block = ORVEX_release_malloc(100))) std::memset(block.block, 1, 100);
+    Freed<void> items;
     int32_t capacity = 0;
     for (int32_t i = 0; i < 3; ++i) {
         const int32_t before = capacity;
-        const bool grown = DID(ORVEX_release_realloc(&items, 8, &capacity, 1000));
+        const bool grown = DID(ORVEX_release_realloc(&items.block, 8, &capacity, 1000));
         RIGHT(capacity == before + (grown ? 1000 : 0));
     }
-    ORVEX_free(items);
 }
 
 FAMILY(state) {
@@ -50,23 +50,23 @@ FAMILY(state) {
     };
     if (DID(ORVEX_BASE_InitVar())) {
         RIGHT(g_stBv.nInitCount == 1);
-        RIGHT_OR(kBringUpGoesOn, is_right() && OXLANG_GetLID() == 1033);
+        RIGHT_OR("what can't be read at bring-up costs that alone, and stays in the record",
+                 is_right() && OXLANG_GetLID() == 1033);
     }
     FAULTY(ORVEX_BASE_ReleaseVar());
     RIGHT(g_stBv.nInitCount == 0 && ORVEX_BASE_InitVar() == 1 && is_right());
-    ORVEX_BASE_ReleaseVar();
 }
 
 FAMILY(thread_data) {
+    MOLTE_CALLTRACEHEAD trace{};
+    uint32_t key = 0;
     arm();
     MOLTE_THDATA* const block = MOLTE_THDATA_GetData();
     disarm();
-    RIGHT_OR(kNoBlockNoRecord, block != nullptr);
-    MOLTE_CALLTRACEHEAD trace{};
+    RIGHT_OR("it is the error record that is missing", block != nullptr);
     for (int32_t i = 0; i < 20; ++i) FAULTY(MOLTE_CALLTRACEHEAD_PushEnt(&trace, "source.cpp", i));
     RIGHT_OR(kTraceStaysShort, trace.nCount == 20);
     ORVEX_free(trace.pEnt);
-    uint32_t key = 0;
     if (!DID(ORVEX_InitThreadDataKey(&key))) return;
     const MOLTE_THDATAKEY record{1, 100, key};
     GIVES(ORVEX_GetThreadSpecData(&record), ORVEX_HasThreadSpecData(&key) == 1);
@@ -95,67 +95,64 @@ FAMILY(error) {
     const int32_t printed = ORVEX_Err_sPrint(text, sizeof text);
     disarm();
     RIGHT(printed == 1);
-    RIGHT_OR(kSharedRecord, GetRvexErrNo() == 3 && std::strstr(text, "name") != nullptr);
-    RIGHT(std::strcmp(FAULTY(GetRVEXErrStrByErrno(20)), "") != 0);
-    ORVEX_BASE_ReleaseVar();
+    RIGHT_OR("threads without a block share a record until they get one",
+             GetRvexErrNo() == 3 && std::strstr(text, "name") != nullptr);
+    RIGHT(!equal(FAULTY(GetRVEXErrStrByErrno(20)), ""));
 }
 
 FAMILY(error_log) {
     bring_up();
     given("grown_0000.txt", "older");
     given("grown.txt", "content");
-    const std::string here = in_folder("");
     FAULTY(ORVEX_ERRLOG_Log("first"));
     FAULTY(ORVEX_ERRLOG_LogEx(0, "%s\n", kBigText.c_str()));
     FAULTY(ORVEX_ERRLOG_Close());
     const std::string log = bytes_of("LOG/errlog.txt");
     const int32_t whole = count_of(log, "first\n") + count_of(log, kBigText);
-    RIGHT_OR(kLogEntryLost, whole == 2);
-    RIGHT_OR(kLogEntryCut, whole == count_of(log, "======>"));
-    FAULTY(MOLTE_BackupFile(here.c_str(), "grown", ".txt", 1000, 5));
-    RIGHT_OR(kTurnsOverLater, bytes_of("grown_0001.txt") == "content");
-    ORVEX_BASE_ReleaseVar();
+    RIGHT_OR("a log that can't be written never makes its caller fail", whole == 2);
+    RIGHT_OR("an entry with too little room, in memory or on the disk, is cut",
+             whole == count_of(log, "======>"));
+    FAULTY(MOLTE_BackupFile(in_folder(""), "grown", ".txt", 1000, 5));
+    RIGHT_OR("turning over gives 1 always; the next entry tries again",
+             bytes_of("grown_0001.txt") == "content");
 }
 AFTER(error_log) {
     RIGHT(bytes_of("grown_0000.txt") == "older");
     RIGHT(bytes_of("grown.txt") == "content" || bytes_of("grown_0001.txt") == "content");
     bring_up();
     RIGHT(ORVEX_ERRLOG_Log("next") == 1 && bytes_of("LOG/errlog.txt").ends_with("next\n"));
-    ORVEX_BASE_ReleaseVar();
 }
 
 FAMILY(binary_error_log) {
     g_stBv.bFastExpandFile = 1;
-    const std::string path = in_folder("b.dat");
-    const std::string old_log = given("old.dat", log_of_two_entries());
-    RIGHT(FAULTY(BERRLOG_AddLog(path.c_str(), kEntry, kEntrySize)) == 0);
-    RIGHT_OR(kBinaryEntryLost, count_of(bytes_of("b.dat"), kEntry) == 1);
+    const char* const old_log = given("old.dat", log_of_two_entries());
+    RIGHT(FAULTY(BERRLOG_AddLog(in_folder("b.dat"), kEntry, kEntrySize)) == 0);
+    RIGHT_OR("BERRLOG_AddLog gives 0, also after a failure",
+             count_of(bytes_of("b.dat"), kEntry) == 1);
     BERRLOG_ENTRY* entries = nullptr;
-    char* text = nullptr;
+    Freed<char> text;
     BERRLOG_FILTER filter{};
     filter.tTime[3] = 200;
-    GIVES(BERRLOG_RetrLog(old_log.c_str(), &entries, &text, &filter),
-          std::memcmp(text, kEntry, kEntrySize) == 0);
-    ORVEX_free(text);
+    GIVES(BERRLOG_RetrLog(old_log, &entries, &text.block, &filter),
+          equal(text.block, kEntrySize, kEntry));
 }
 AFTER(binary_error_log) {
-    const std::string path = in_folder("b.dat");
     RIGHT(bytes_of("b.dat") == "(none)" || bytes_of("b.dat").size() == 1049600);
-    RIGHT(BERRLOG_AddLog(path.c_str(), kEntry, kEntrySize) == 0);
+    RIGHT(BERRLOG_AddLog(in_folder("b.dat"), kEntry, kEntrySize) == 0);
     RIGHT(count_of(bytes_of("b.dat"), kEntry) == 1);
 }
 
 FAMILY(text_hook) {
     bring_up();
-    const std::string path = in_folder("out.txt");
-    const bool has_file = DID(OTXTHOOK_TXTFILE_InstallHook(path.c_str(), OXMSG_TO_OUTER_FILE, 1));
+    const bool has_file =
+        DID(OTXTHOOK_TXTFILE_InstallHook(in_folder("out.txt"), OXMSG_TO_OUTER_FILE, 1));
     OLINEBUF* lines = nullptr;
     const bool has_lines = DID(lines = OTXTHOOK_MEMTXT_InstallHook("m", 65536, OXMSG_TO_OUTER, 2));
     RIGHT(FAULTY(MOLTE_OutMsg(OXMSG_TO_OUTER | OXMSG_TO_OUTER_FILE, "%s\n", "a text")) == 1);
     RIGHT(!has_lines || lines->nNextLineID == 1);
     FAULTY(OTXTHOOK_Release());
-    RIGHT_OR(kPrintingNeverFails, !has_file || bytes_of("out.txt") == "a text\n");
-    ORVEX_BASE_ReleaseVar();
+    RIGHT_OR("printing never fails: the results of hooks are ignored",
+             !has_file || bytes_of("out.txt") == "a text\n");
 }
 
 FAMILY(message_queue) {
@@ -163,7 +160,7 @@ FAMILY(message_queue) {
     OTXTHOOK_MSGQUENODE* node = nullptr;
     if (!DID(OTXTHOOK_MSGQUELIST_Init(&queue))) return;
     if (DID(OTXTHOOK_MSGQUELIST_AddMsg(&queue, 1, nullptr, 0, "text", 4))) {
-        GIVES(node = OTXTHOOK_MSGQUELIST_GetMsg(&queue), std::strcmp(node->pText, "text") == 0);
+        GIVES(node = OTXTHOOK_MSGQUELIST_GetMsg(&queue), equal(node->pText, "text"));
     }
     OTXTHOOK_MSGQUENODE_Release(&node);
     OTXTHOOK_MSGQUELIST_Release(&queue);

@@ -6,10 +6,11 @@
 //         PA_Release(&array);
 //     }
 //
-// Each run is a process of its own, in an empty folder, with the library not yet up. What stands as
-// the call in DID, GIVES or FAULTY meets faults, and allocates nothing by itself; all else doesn't.
-// A call must do its work, or tell its error; what may happen beside that, because the interface
-// says so, is a row of excuses.h.
+// Each run is a process of its own, in an empty folder, with the library not yet up, and down again
+// behind it. What stands as the call in DID, GIVES or FAULTY meets faults, and allocates nothing by
+// itself; all else doesn't. A call must do its work, or tell its error; what may happen beside that
+// stands in a RIGHT_OR or STORED_OR, with what the interface says so. The runner tells of one that
+// is never needed.
 #pragma once
 
 #include <cstdint>
@@ -19,22 +20,31 @@
 #include "interposer.h"
 #include "moltelib.h"
 
-// What the interface allows, and why. The runner tells of one that is never needed.
-struct Excuse {
-    Excuse(const char* what_happens, const char* why);
-    const char* what;
-    const char* reason;
-    int number;
-    const Excuse* next;
-};
-
 // ---- In a scenario ----
 
 // The path of a name in the run's folder; that of a file that is written there; the bytes of one,
-// "(none)" when there is none.
-std::string in_folder(std::string_view name);
-std::string given(std::string_view name, std::string_view bytes);
+// "(none)" when there is none. The first may stand in a call that meets faults.
+const char* in_folder(std::string_view name);
+const char* given(std::string_view name, std::string_view bytes);
 std::string bytes_of(std::string_view name);
+
+// A block that a call gives, freed behind the scenario.
+template <typename T>
+struct Freed {
+    Freed() = default;
+    ~Freed() { ORVEX_free(block); }
+    Freed(const Freed&) = delete;
+    Freed& operator=(const Freed&) = delete;
+    T* block = nullptr;
+};
+inline bool equal(const char* a, std::string_view b) {
+    return a != nullptr && a == b;
+}
+template <typename Byte>
+bool equal(const Byte* bytes, int64_t size, std::string_view text) {
+    return std::string_view(reinterpret_cast<const char*>(bytes), static_cast<size_t>(size)) ==
+           text;
+}
 
 // Makes the folder an installation, and brings the library up in it.
 void install(std::string_view ini = "");
@@ -66,8 +76,8 @@ void must_hold(bool holds, const char* what, const char* file, int line);
 #define RIGHT(condition) must_hold((condition), #condition, __FILE__, __LINE__)
 #define GIVES(call, condition) (DID(call) ? RIGHT(condition) : void())
 
-// What holds unless a fault has struck and the excuse allows for it.
-void holds_or(bool holds, const Excuse& excuse, const char* what, const char* file, int line);
+// What holds unless a fault has struck, and the interface says that it may be otherwise then.
+void holds_or(bool holds, const char* excuse, const char* what, const char* file, int line);
 #define RIGHT_OR(excuse, condition) holds_or((condition), excuse, #condition, __FILE__, __LINE__)
 
 // ---- Behind it, in a process of its own (AFTER): what is stored ----
@@ -78,28 +88,22 @@ bool run_goes_on_failing();
 // The file holds the old bytes, or the new ones; of a run that told nothing and lived to its end,
 // the new ones. So the old ones are given before any call meets a fault. After a failure that was
 // told, or death, a file with an excuse may be torn.
-void must_be_stored(const Excuse* torn, std::string_view name, std::string_view old_bytes,
+void must_be_stored(const char* excuse, std::string_view name, std::string_view old_bytes,
                     std::string_view new_bytes, const char* file, int line);
-#define STORED(name, old_bytes, new_bytes) \
-    must_be_stored(nullptr, name, old_bytes, new_bytes, __FILE__, __LINE__)
+#define STORED(name, old_bytes, new_bytes) STORED_OR(nullptr, name, old_bytes, new_bytes)
 #define STORED_OR(excuse, name, old_bytes, new_bytes) \
-    must_be_stored(&excuse, name, old_bytes, new_bytes, __FILE__, __LINE__)
+    must_be_stored(excuse, name, old_bytes, new_bytes, __FILE__, __LINE__)
 
 // ---- How they are found ----
 
-struct Scenario {
-    Scenario(const char* family_name, void (*run_all)(), bool behind);
-    const char* family;
-    void (*run)();
-    bool after;
-    const Scenario* next;
+using Scenario = void (*)();
+struct AddScenario {
+    AddScenario(const char* name, Scenario scenario);
 };
 
-#define FAMILY(name)                                                    \
-    static void family_##name();                                        \
-    static const Scenario scenario_##name(#name, family_##name, false); \
-    static void family_##name()
-#define AFTER(name)                                                         \
-    static void after_##name();                                             \
-    static const Scenario scenario_after_##name(#name, after_##name, true); \
-    static void after_##name()
+#define SCENARIO(name, function)                             \
+    static void function();                                  \
+    static const AddScenario add_##function(name, function); \
+    static void function()
+#define FAMILY(name) SCENARIO(#name, family_##name)
+#define AFTER(name) SCENARIO(#name "+", after_##name)

@@ -13,10 +13,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <new>
 
 Watch* watch = nullptr;
@@ -59,28 +57,17 @@ bool allocation_fails() {
 
 enum class Kind { read, write, other, futex, uncounted };
 
-bool suits(Fault fault, Kind kind, size_t size) {
+bool suits(const Plan& plan, Kind kind, size_t size) {
     const bool moves = (kind == Kind::read || kind == Kind::write) && size > 1;
-    switch (fault) {
-        case Fault::none:
-        case Fault::memory:
-            return false;
-        case Fault::interrupted:
-            return true;
-        case Fault::half:
-            return moves;
-        case Fault::half_death:
-            return moves && kind == Kind::write;
-        default:
-            return kind != Kind::futex;
-    }
+    if (plan.fault == Fault::half) return moves;
+    if (plan.fault == Fault::half_death) return moves && kind == Kind::write;
+    return plan.fault > Fault::memory && (kind != Kind::futex || plan.error == EINTR);
 }
 
-Fault fault_of_call(const void* caller, Kind kind, size_t size) {
-    if (!armed || kind == Kind::uncounted || !of_library(caller)) return Fault::none;
+bool call_fails(const void* caller, Kind kind, size_t size) {
+    if (!armed || kind == Kind::uncounted || !of_library(caller)) return false;
     const int number = ++watch->system_calls;
-    const Fault fault = watch->plan.fault;
-    return suits(fault, kind, size) && strikes(number) ? fault : Fault::none;
+    return suits(watch->plan, kind, size) && strikes(number);
 }
 
 // What a read can get: half of more than is there would be all of it.
@@ -93,108 +80,54 @@ size_t readable(int fd, size_t size, off_t at) {
 // Makes a call of SIZE bytes (0: one that moves none), or what comes of it.
 template <typename Result, typename Real>
 Result make_call(const void* caller, Kind kind, size_t size, Result failure, Real real) {
-    switch (fault_of_call(caller, kind, size)) {
-        case Fault::io_error:
-            errno = EIO;
-            return failure;
-        case Fault::disk_full:
-            errno = ENOSPC;
-            return failure;
-        case Fault::interrupted:
-            errno = EINTR;
-            return failure;
-        case Fault::half:
-            return real(size / 2);
-        case Fault::half_death:
-            real(size / 2);
-            [[fallthrough]];
-        case Fault::death:
-            kill(getpid(), SIGKILL);
-            [[fallthrough]];  // never
-        default:
-            return real(size);
-    }
-}
-
-// ---- Streams that the C library would feed by calls of its own ----
-
-struct CountedStream {
-    FILE* stream;
-    int fd;
-};
-CountedStream streams[64];
-std::mutex streams_lock;
-
-CountedStream& of_cookie(void* cookie) {
-    return *static_cast<CountedStream*>(cookie);
-}
-
-ssize_t write_stream(void* cookie, const char* from, size_t size);
-ssize_t read_stream(void* cookie, char* to, size_t size);
-
-int seek_stream(void* cookie, off64_t* position, int origin) {
-    *position = lseek(of_cookie(cookie).fd, *position, origin);
-    return *position < 0 ? -1 : 0;
-}
-
-int close_stream(void* cookie) {
-    const std::lock_guard guard(streams_lock);
-    const int result = close(of_cookie(cookie).fd);
-    of_cookie(cookie) = {};
-    return result;
-}
-
-FILE* counted_stream(int fd, const char* mode) {
-    const std::lock_guard guard(streams_lock);
-    for (CountedStream& place : streams) {
-        if (place.stream != nullptr) continue;
-        place.fd = fd;
-        place.stream =
-            fopencookie(&place, mode, {read_stream, write_stream, seek_stream, close_stream});
-        return place.stream;
-    }
-    return nullptr;
+    if (!call_fails(caller, kind, size)) return real(size);
+    const Plan& plan = watch->plan;
+    if (plan.fault != Fault::error && plan.fault != Fault::death) failure = real(size / 2);
+    if (plan.fault >= Fault::death) kill(getpid(), SIGKILL);
+    if (plan.fault == Fault::error) errno = plan.error;
+    return failure;
 }
 
 }  // namespace
 
-void arm() {
-    armed = true;
+bool arm(bool from_now_on) {
+    return armed.exchange(from_now_on);
 }
 
-void disarm() {
-    armed = false;
-}
-
-// The body of each call: the C library's own, or what comes of it.
+// Each is a function under its own name that is known as the C library's to who links it, whatever
+// the headers say of that.
 #define CALLER __builtin_return_address(0)
-#define REAL(name) \
-    static const auto real = reinterpret_cast<decltype(&::name)>(dlsym(RTLD_NEXT, #name))
-#define ALLOCATION(name, call) \
-    REAL(name);                \
-    return allocation_fails() ? nullptr : call
-#define SYSTEM_CALL(name, kind, size, failure, call)    \
-    REAL(name);                                         \
-    return make_call(CALLER, Kind::kind, size, failure, \
-                     [=]([[maybe_unused]] size_t part) { return call; })
+#define REAL(name)           \
+    static const auto real = \
+        reinterpret_cast<decltype(&in_front_of_##name)>(dlsym(RTLD_NEXT, #name))
+#define IN_FRONT_OF(name, result, ...)                                         \
+    extern "C" result in_front_of_##name(__VA_ARGS__) noexcept __asm__(#name); \
+    result in_front_of_##name(__VA_ARGS__) noexcept
+#define SYSTEM_CALL(name, result, failure, call, ...)                                    \
+    IN_FRONT_OF(name, result, __VA_ARGS__) {                                             \
+        REAL(name);                                                                      \
+        return make_call(CALLER, Kind::other, 0, failure, [=](size_t) { return call; }); \
+    }
 
-extern "C" {
-
-void* malloc(size_t size) noexcept {
-    ALLOCATION(malloc, real(size));
+IN_FRONT_OF(malloc, void*, size_t size) {
+    REAL(malloc);
+    return allocation_fails() ? nullptr : real(size);
 }
-void* calloc(size_t count, size_t size) noexcept {
-    ALLOCATION(calloc, real(count, size));
+IN_FRONT_OF(calloc, void*, size_t count, size_t size) {
+    REAL(calloc);
+    return allocation_fails() ? nullptr : real(count, size);
 }
-void* realloc(void* block, size_t size) noexcept {
-    ALLOCATION(realloc, real(block, size));
+IN_FRONT_OF(realloc, void*, void* block, size_t size) {
+    REAL(realloc);
+    return allocation_fails() ? nullptr : real(block, size);
 }
-void* aligned_alloc(size_t alignment, size_t size) noexcept {
-    ALLOCATION(aligned_alloc, real(alignment, size));
+IN_FRONT_OF(aligned_alloc, void*, size_t alignment, size_t size) {
+    REAL(aligned_alloc);
+    return allocation_fails() ? nullptr : real(alignment, size);
 }
 
 // Made by a sanitizer, in each new thread.
-int pthread_getattr_np(pthread_t thread, pthread_attr_t* attributes) noexcept {
+IN_FRONT_OF(pthread_getattr_np, int, pthread_t thread, pthread_attr_t* attributes) {
     REAL(pthread_getattr_np);
     exempt = true;
     const int result = real(thread, attributes);
@@ -202,107 +135,58 @@ int pthread_getattr_np(pthread_t thread, pthread_attr_t* attributes) noexcept {
     return result;
 }
 
-int open(const char* path, int flags, ...) {
-    va_list rest;
-    va_start(rest, flags);
-    const auto mode = va_arg(rest, mode_t);
-    va_end(rest);
-    SYSTEM_CALL(open, other, 0, -1, real(path, flags, mode));
-}
-int openat(int folder, const char* path, int flags, ...) {
-    va_list rest;
-    va_start(rest, flags);
-    const auto mode = va_arg(rest, mode_t);
-    va_end(rest);
-    SYSTEM_CALL(openat, other, 0, -1, real(folder, path, flags, mode));
-}
-ssize_t read(int fd, void* to, size_t size) {
+SYSTEM_CALL(open, int, -1, real(path, flags, mode), const char* path, int flags, mode_t mode)
+SYSTEM_CALL(openat, int, -1, real(folder, path, flags, mode), int folder, const char* path,
+            int flags, mode_t mode)
+SYSTEM_CALL(rename, int, -1, real(from, to), const char* from, const char* to)
+SYSTEM_CALL(renameat, int, -1, real(folder, from, target, to), int folder, const char* from,
+            int target, const char* to)
+SYSTEM_CALL(link, int, -1, real(from, to), const char* from, const char* to)
+SYSTEM_CALL(linkat, int, -1, real(folder, from, target, to, flags), int folder, const char* from,
+            int target, const char* to, int flags)
+SYSTEM_CALL(unlink, int, -1, real(path), const char* path)
+SYSTEM_CALL(ftruncate, int, -1, real(fd, size), int fd, off_t size)
+SYSTEM_CALL(mmap, void*, MAP_FAILED, real(at, size, protection, flags, fd, offset), void* at,
+            size_t size, int protection, int flags, int fd, off_t offset)
+SYSTEM_CALL(fsync, int, -1, real(fd), int fd)
+SYSTEM_CALL(flock, int, -1, real(fd, operation), int fd, int operation)
+
+IN_FRONT_OF(read, ssize_t, int fd, void* to, size_t size) {
+    REAL(read);
     const size_t there = armed ? readable(fd, size, lseek(fd, 0, SEEK_CUR)) : size;
-    SYSTEM_CALL(read, read, there, ssize_t{-1}, real(fd, to, part));
+    return make_call(CALLER, Kind::read, there, ssize_t{-1},
+                     [=](size_t part) { return real(fd, to, part); });
 }
-ssize_t pread(int fd, void* to, size_t size, off_t at) {
-    SYSTEM_CALL(pread, read, readable(fd, size, at), ssize_t{-1}, real(fd, to, part, at));
+IN_FRONT_OF(pread, ssize_t, int fd, void* to, size_t size, off_t at) {
+    REAL(pread);
+    return make_call(CALLER, Kind::read, readable(fd, size, at), ssize_t{-1},
+                     [=](size_t part) { return real(fd, to, part, at); });
 }
-ssize_t write(int fd, const void* from, size_t size) {
-    SYSTEM_CALL(write, write, size, ssize_t{-1}, real(fd, from, part));
+IN_FRONT_OF(write, ssize_t, int fd, const void* from, size_t size) {
+    REAL(write);
+    return make_call(CALLER, Kind::write, size, ssize_t{-1},
+                     [=](size_t part) { return real(fd, from, part); });
 }
-int rename(const char* from, const char* to) noexcept {
-    SYSTEM_CALL(rename, other, 0, -1, real(from, to));
-}
-int renameat(int folder, const char* from, int target, const char* to) noexcept {
-    SYSTEM_CALL(renameat, other, 0, -1, real(folder, from, target, to));
-}
-int link(const char* from, const char* to) noexcept {
-    SYSTEM_CALL(link, other, 0, -1, real(from, to));
-}
-int linkat(int folder, const char* from, int target, const char* to, int flags) noexcept {
-    SYSTEM_CALL(linkat, other, 0, -1, real(folder, from, target, to, flags));
-}
-int unlink(const char* path) noexcept {
-    SYSTEM_CALL(unlink, other, 0, -1, real(path));
-}
-int ftruncate(int fd, off_t size) noexcept {
-    SYSTEM_CALL(ftruncate, other, 0, -1, real(fd, size));
-}
-void* mmap(void* at, size_t size, int protection, int flags, int fd, off_t offset) noexcept {
-    SYSTEM_CALL(mmap, other, 0, MAP_FAILED, real(at, size, protection, flags, fd, offset));
-}
-int fsync(int fd) {
-    SYSTEM_CALL(fsync, other, 0, -1, real(fd));
-}
-int flock(int fd, int operation) noexcept {
-    SYSTEM_CALL(flock, other, 0, -1, real(fd, operation));
-}
-long syscall(long number, ...) noexcept {
-    va_list rest;
-    va_start(rest, number);
-    long with[6];
-    for (long& argument : with) argument = va_arg(rest, long);
-    va_end(rest);
+IN_FRONT_OF(syscall, long, long number, long a, long b, long c, long d, long e, long f) {
+    REAL(syscall);
     const Kind kind = number == SYS_futex || number == SYS_futex_waitv ? Kind::futex
                       : number == SYS_renameat2                        ? Kind::other
                                                                        : Kind::uncounted;
-    REAL(syscall);
-    return make_call(CALLER, kind, 0, -1L, [=](size_t) {
-        return real(number, with[0], with[1], with[2], with[3], with[4], with[5]);
-    });
+    return make_call(CALLER, kind, 0, -1L, [=](size_t) { return real(number, a, b, c, d, e, f); });
 }
 
-// ---- Streams ----
-
-FILE* fdopen(int fd, const char* mode) noexcept {
-    REAL(fdopen);
-    const bool counted = of_library(CALLER) && watch->plan.fault != Fault::memory;
-    return counted ? counted_stream(fd, mode) : real(fd, mode);
-}
-FILE* fopen(const char* path, const char* mode) {
-    REAL(fopen);
-    const bool counted = of_library(CALLER) && watch->plan.fault != Fault::memory;
-    return make_call(CALLER, Kind::other, 0, static_cast<FILE*>(nullptr), [=](size_t) {
-        FILE* const plain = real(path, mode);
-        if (plain == nullptr || !counted) return plain;
-        const int fd = dup(fileno(plain));
-        fclose(plain);
-        return counted_stream(fd, mode);
-    });
-}
-int fileno(FILE* stream) noexcept {
-    REAL(fileno);
-    {
-        const std::lock_guard guard(streams_lock);
-        for (const CountedStream& known : streams) {
-            if (known.stream == stream) return known.fd;
-        }
-    }
-    return real(stream);
-}
-
-}  // extern "C"
+// ---- Streams, which the C library would feed by calls of its own ----
 
 namespace {
 
+std::atomic<FILE*> stream_of[256];  // by the descriptor, which is its cookie
+
+int descriptor(void* cookie) {
+    return static_cast<int>(reinterpret_cast<intptr_t>(cookie));
+}
+
 ssize_t read_stream(void* cookie, char* to, size_t size) {
-    const int fd = of_cookie(cookie).fd;
+    const int fd = descriptor(cookie);
     const size_t there = readable(fd, size, lseek(fd, 0, SEEK_CUR));
     return make_call(&library_stream, Kind::read, there, ssize_t{-1},
                      [=](size_t part) { return read(fd, to, part); });
@@ -314,14 +198,55 @@ ssize_t write_stream(void* cookie, const char* from, size_t size) {
     while (done < size) {
         const ssize_t count =
             make_call(&library_stream, Kind::write, size - done, ssize_t{-1},
-                      [=](size_t part) { return write(of_cookie(cookie).fd, from + done, part); });
+                      [=](size_t part) { return write(descriptor(cookie), from + done, part); });
         if (count <= 0) break;
         done += static_cast<size_t>(count);
     }
     return static_cast<ssize_t>(done);
 }
 
+int seek_stream(void* cookie, off64_t* position, int origin) {
+    *position = lseek(descriptor(cookie), *position, origin);
+    return *position < 0 ? -1 : 0;
+}
+
+int close_stream(void* cookie) {
+    stream_of[descriptor(cookie)] = nullptr;
+    return close(descriptor(cookie));
+}
+
+bool is_counted(const void* caller) {
+    return of_library(caller) && watch->plan.fault != Fault::memory;
+}
+
+FILE* counted_stream(int fd, const char* mode) {
+    if (static_cast<size_t>(fd) >= std::size(stream_of)) return nullptr;
+    return stream_of[fd] = fopencookie(reinterpret_cast<void*>(static_cast<intptr_t>(fd)), mode,
+                                       {read_stream, write_stream, seek_stream, close_stream});
+}
+
 }  // namespace
+
+IN_FRONT_OF(fdopen, FILE*, int fd, const char* mode) {
+    REAL(fdopen);
+    return is_counted(CALLER) ? counted_stream(fd, mode) : real(fd, mode);
+}
+IN_FRONT_OF(fopen, FILE*, const char* path, const char* mode) {
+    REAL(fopen);
+    const bool counted = is_counted(CALLER);
+    return make_call(CALLER, Kind::other, 0, static_cast<FILE*>(nullptr), [=](size_t) {
+        FILE* const plain = real(path, mode);
+        if (plain == nullptr || !counted) return plain;
+        const int fd = dup(fileno(plain));
+        fclose(plain);
+        return counted_stream(fd, mode);
+    });
+}
+IN_FRONT_OF(fileno, int, FILE* stream) {
+    REAL(fileno);
+    const auto* const own = std::find(std::begin(stream_of), std::end(stream_of), stream);
+    return own != std::end(stream_of) ? static_cast<int>(own - stream_of) : real(stream);
+}
 
 // Under a sanitizer these would be its own, past those above.
 void* operator new(size_t size, const std::nothrow_t&) noexcept {

@@ -7,20 +7,20 @@
 #include <cstdint>
 
 enum class Fault : uint8_t {
-    none,         // only counts
-    memory,       // an allocation fails, whoever makes it
-    io_error,     // from here on a call of the system that the library makes:
-    disk_full,    //   fails with EIO, with ENOSPC
-    interrupted,  //   fails with EINTR
-    half,         //   transfers half of what was asked for
-    death,        //   ends the process instead
-    half_death,   //   ends the process after half of a write
+    none,        // only counts
+    memory,      // an allocation fails, whoever makes it
+    error,       // from here on a call of the system that the library makes: fails with an error
+    half,        //   transfers half of what was asked for
+    death,       //   ends the process instead
+    half_death,  //   ends the process after half of a write
 };
 
 struct Plan {
+    const char* name = "no fault";
     Fault fault = Fault::none;
+    int error = 0;         // an errno
+    bool onwards = false;  // all calls behind it fail as well
     int at = 0;            // the call that fails, from 1
-    bool onwards = false;  // and all behind it
 };
 
 // Shared with the process that watches.
@@ -34,6 +34,8 @@ struct Watch {
 };
 extern Watch* watch;
 
-// From arm to disarm calls are counted and fail.
-void arm();
-void disarm();
+// From arm to disarm calls are counted and fail; whether they did until then.
+bool arm(bool from_now_on = true);
+inline bool disarm() {
+    return arm(false);
+}
