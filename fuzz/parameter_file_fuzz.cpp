@@ -1,48 +1,22 @@
 // A parameter file as somebody may have written it: read beside a plain reader, changed, read
 // again.
-#include <stdlib.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstring>
-#include <string>
-
-#include "moltelib.h"
+#include "frame.h"
 
 namespace {
 
-const char* file_name() {
-    static char folder[] = "/tmp/moltelib-fuzz-XXXXXX";
-    static const std::string name = std::string(mkdtemp(folder)) + "/p.ini";
-    return name.c_str();
-}
-
-void write_file(const uint8_t* data, size_t size) {
-    FILE* file = std::fopen(file_name(), "wb");
-    if (file == nullptr || std::fwrite(data, 1, size, file) != size) abort();
-    std::fclose(file);
-}
-
 // As the run-time reads text on Windows.
-std::string translated(const uint8_t* data, size_t size) {
-    std::string text;
-    for (size_t i = 0; i < size; ++i) {
-        if (data[i] != '\r' || i + 1 == size || data[i + 1] != '\n') {
-            text += static_cast<char>(data[i]);
-        }
-    }
+std::string translated(std::string_view input) {
+    std::string text(input);
+    for (size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos; ++at) text.erase(at, 1);
     return text;
 }
 
 // The last value of a name, by C texts in a line buffer.
 std::string plain_value(const std::string& text, const std::string& name) {
     std::string value;
-    size_t at = 0;
-    while (at < text.size()) {
-        const size_t end = text.find('\n', at);
-        const size_t whole = (end == std::string::npos ? text.size() : end + 1) - at;
-        const std::string piece(text, at, whole < 2047 ? whole : 2047);
-        at += piece.size();
+    for (size_t at = 0, size = 0; at < text.size(); at += size) {
+        size = std::min<size_t>(std::min(text.find('\n', at), text.size() - 1) + 1 - at, 2047);
+        const std::string piece(text, at, size);
         const char* p = piece.c_str() + std::strspn(piece.c_str(), " \t");
         const size_t length = std::strcspn(p, " \t#=\n");
         if (std::string(p, length) != name || p[length] == '\0') continue;
@@ -54,12 +28,6 @@ std::string plain_value(const std::string& text, const std::string& name) {
         value = std::string(p, std::strcspn(p, "#\t\n")).substr(0, 127);
     }
     return value;
-}
-
-void check_value(const std::string& text, const char* name) {
-    char value[MOLTE_PARAM_SLOT];
-    if (PARAMETER_GetValue(file_name(), name, value) != 1) abort();
-    if (plain_value(text, name) != value) __builtin_trap();
 }
 
 // Whether a name that is set must then be found: it stands there once at most, and no line is so
@@ -75,22 +43,20 @@ bool is_settled(const std::string& text, const std::string& name) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    write_file(data, size);
-    const std::string text = translated(data, size);
-    check_value(text, "a");
-    check_value(text, "Name");
+void try_input(std::string_view input) {
+    const char* const path = file_of(input);
+    const std::string text = translated(input);
     const char* names[] = {"a", "Name", "new"};
-    char values[3][MOLTE_PARAM_SLOT] = {"1", "two words", "3"};
-    if (PARAMETER_SetValueArray(file_name(), names, values[0], 3) != 1) abort();
     char read[3][MOLTE_PARAM_SLOT];
-    if (PARAMETER_GetValueArray(file_name(), names, read[0], 3) != 1) abort();
+    for (const char* name : names) {
+        must(PARAMETER_GetValue(path, name, read[0]) == 1);
+        must(plain_value(text, name) == read[0]);
+    }
+    char values[3][MOLTE_PARAM_SLOT] = {"1", "two words", "3"};
+    must(PARAMETER_SetValueArray(path, names, values[0], 3) == 1);
+    must(PARAMETER_GetValueArray(path, names, read[0], 3) == 1);
     for (int i = 0; i < 3; ++i) {
         // Blanks before a comment are part of the value.
-        const size_t length = std::strlen(values[i]);
-        if (is_settled(text, names[i]) && std::strncmp(read[i], values[i], length) != 0) {
-            __builtin_trap();
-        }
+        must(!is_settled(text, names[i]) || std::string_view(read[i]).starts_with(values[i]));
     }
-    return 0;
 }

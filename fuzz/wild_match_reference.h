@@ -3,8 +3,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include "moltelib.h"
@@ -41,8 +39,8 @@ class WildReference {
         while (*text != '\0') {
             if (--steps_ < 0) return false;
             if (*pattern == '*') return any_run(text, pattern + 1);
-            if (*pattern == '.' && pattern[1] == '\0') return text[1] == '\0';
             if (*pattern == '.') {
+                if (pattern[1] == '\0') return text[1] == '\0';
                 return rest(text, pattern + 1) || rest(text + at(text).length, pattern + 1);
             }
             const size_t taken = element(at(text), pattern);
@@ -85,17 +83,17 @@ class WildReference {
             listed.push_back(at(end).code);
         }
         const bool negate = !listed.empty() && listed[0] == '^';
-        if (listed.size() == (negate ? 1U : 0U)) return 0;
+        if (negate) listed.erase(listed.begin());
+        if (listed.empty()) return 0;
         bool hit = false;
-        for (size_t i = negate ? 1 : 0; i < listed.size() && !hit; ++i) {
-            if (listed[i] > 0xFF) return 0;
-            if (i + 1 < listed.size() && listed[i + 1] == '-') {
-                if (i + 2 >= listed.size() || listed[i + 2] > 0xFF) return 0;
-                hit = single_(c, listed[i]) >= 0 && single_(c, listed[i + 2]) < 1;
-                i += 2;
-            } else {
-                hit = single_(c, listed[i]) == 0;
-            }
+        for (size_t i = 0; i < listed.size() && !hit; ++i) {
+            const bool range = i + 1 < listed.size() && listed[i + 1] == '-';
+            if (range && i + 2 == listed.size()) return 0;
+            const size_t last = range ? i + 2 : i;
+            if (listed[i] > 0xFF || listed[last] > 0xFF) return 0;
+            hit = range ? single_(c, listed[i]) >= 0 && single_(c, listed[last]) < 1
+                        : single_(c, listed[i]) == 0;
+            i = last;
         }
         return hit != negate ? static_cast<size_t>(end + 1 - pattern) : 0;
     }
@@ -106,10 +104,8 @@ class WildReference {
     int64_t steps_ = 20000;
 };
 
-// Routines that are no order at all; what the first is asked is written down.
-inline std::vector<std::pair<int32_t, int32_t>> asked;
+// Routines that are no order at all.
 inline int32_t odd_single(int32_t c, int32_t pattern) {
-    asked.emplace_back(c, pattern);
     return (c | 32) == (pattern | 32) ? 0 : (c * 7 + pattern * 13) % 4 - 1;
 }
 inline int32_t odd_pair(int32_t c, int32_t pattern) {
@@ -118,32 +114,21 @@ inline int32_t odd_pair(int32_t c, int32_t pattern) {
 
 struct WildFunction {
     OCOLL_WILDMATCH match;
-    bool whole;  // by whole characters
     OCOLL_CHARCMP single;
-    OCOLL_CHARCMP pair;
+    OCOLL_CHARCMP pair = nullptr;  // of those that walk by whole characters
 };
 
 // The eight functions of fixed routines, and the two of any with those above.
-inline const std::vector<WildFunction>& wild_functions() {
-    static const OCOLL_CHARCMP bin = OCOLL_DB_CharBinCmp;
-    static const OCOLL_CHARCMP ci = OCOLL_SB_CharCiCmp;
-    static const OCOLL_CHARCMP py = OCOLL_DB_CharPyCmp;
-    static const OCOLL_CHARCMP variant = OCOLL_DB_CharBVarPyCmp;
-    static const std::vector<WildFunction> functions = {
-        {ORVEX_WildMatch, false, bin, nullptr},
-        {ORVEX_Ci_WildMatch, false, ci, nullptr},
-        {ORVEX_MB_WildMatch, true, bin, bin},
-        {ORVEX_MB_WildPyMatch, true, bin, py},
-        {ORVEX_MB_WildVarPyMatch, true, bin, variant},
-        {ORVEX_MB_Ci_WildMatch, true, ci, bin},
-        {ORVEX_MB_Ci_WildPyMatch, true, ci, py},
-        {ORVEX_MB_Ci_WildVarPyMatch, true, ci, variant},
-        {[](auto text, auto pattern) { return OCOLL_SB_WildMatch(text, pattern, odd_single); },
-         false, odd_single, nullptr},
-        {[](auto text, auto pattern) {
-             return OCOLL_MB_WildMatch(text, pattern, odd_single, odd_pair);
-         },
-         true, odd_single, odd_pair},
-    };
-    return functions;
-}
+inline const WildFunction wild_functions[] = {
+    {ORVEX_WildMatch, OCOLL_DB_CharBinCmp},
+    {ORVEX_Ci_WildMatch, OCOLL_SB_CharCiCmp},
+    {ORVEX_MB_WildMatch, OCOLL_DB_CharBinCmp, OCOLL_DB_CharBinCmp},
+    {ORVEX_MB_WildPyMatch, OCOLL_DB_CharBinCmp, OCOLL_DB_CharPyCmp},
+    {ORVEX_MB_WildVarPyMatch, OCOLL_DB_CharBinCmp, OCOLL_DB_CharBVarPyCmp},
+    {ORVEX_MB_Ci_WildMatch, OCOLL_SB_CharCiCmp, OCOLL_DB_CharBinCmp},
+    {ORVEX_MB_Ci_WildPyMatch, OCOLL_SB_CharCiCmp, OCOLL_DB_CharPyCmp},
+    {ORVEX_MB_Ci_WildVarPyMatch, OCOLL_SB_CharCiCmp, OCOLL_DB_CharBVarPyCmp},
+    {[](auto t, auto p) { return OCOLL_SB_WildMatch(t, p, odd_single); }, odd_single},
+    {[](auto t, auto p) { return OCOLL_MB_WildMatch(t, p, odd_single, odd_pair); }, odd_single,
+     odd_pair},
+};

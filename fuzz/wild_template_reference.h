@@ -4,32 +4,16 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "wild_match_reference.h"
 
 class TemplateReference {
  public:
-    struct Element {
-        char kind = 0;  // '?', '[', or 'a' for a literal
-        bool negate = false;
-        bool mb = false;
-        std::string text;
-        size_t count = 0;  // of '?'; else the bytes of the text
-    };
-    using Run = std::vector<Element>;
-    struct Piece {
-        char kind;  // '*', '.', or 'r' for a run of elements
-        Run run;
-    };
-    static constexpr size_t kNone = std::string::npos;
-
     TemplateReference(const std::string& pattern, bool gbk) : pattern_(pattern), gbk_(gbk) {
         while (error_ == 0 && at_ < pattern_.size()) parse_piece();
     }
     [[nodiscard]] int32_t error() const { return error_; }
-    [[nodiscard]] const std::vector<Piece>& pieces() const { return pieces_; }
 
     // As described_template() tells it of the library's.
     [[nodiscard]] std::string described() const {
@@ -38,8 +22,8 @@ class TemplateReference {
             all += piece.kind;
             for (const Element& element : piece.run) {
                 all += std::string("(") + element.kind + (element.negate ? "^" : "") +
-                       (element.mb ? "m" : "") + std::to_string(element.count) + ":" +
-                       element.text + ")";
+                       (element.mb ? "m" : "") + std::to_string(element.text.size()) + ":" +
+                       (element.kind == '?' ? "" : element.text) + ")";
             }
         }
         return all;
@@ -55,34 +39,39 @@ class TemplateReference {
                 return piece.kind != 'r' || (s <= end && bytes_of(piece.run, text, s) == end - s);
             }
             if (piece.kind == 'r') {
-                const size_t taken = bytes_of(piece.run, text, s);
-                s = taken > 0 ? s + taken : kNone;
+                s = behind(piece.run, text, s);
             } else if (piece.kind == '.') {
                 s = behind_optional(pieces_[++i].run, text, s);
             } else {
-                const size_t from = is_last_star(++i) ? end - std::min(end, length_from(i)) : s;
-                const auto [place, taken] = found(pieces_[i].run, text, from);
-                s = taken > 0 ? place + taken : kNone;
+                ++i;
+                s = behind_found(pieces_[i].run, text, start_of_search(i, end, s));
             }
             if (s == kNone) return false;
         }
         return pieces_.empty() || s == end;
     }
 
-    // The place of a run from a position on, and the bytes it takes there, 0 for none.
-    [[nodiscard]] std::pair<size_t, size_t> found(const Run& run, const std::string& text,
-                                                  size_t from) const {
-        size_t longest = kNone;
-        for (size_t i = 0; i < run.size(); ++i) {
-            if (run[i].kind != 'a') continue;
-            if (longest == kNone || run[i].count > run[longest].count) longest = i;
-        }
-        if (longest != kNone && longest > 0) return {from, bytes_of(run, text, from)};
-        if (longest == 0) return found_literal(run, text, from);
-        for (size_t at = from; at + 1 < text.size(); at += whole(text, at).size()) {
-            if (const size_t taken = bytes_of(run, text, at)) return {at, taken};
-        }
-        return {0, 0};
+ private:
+    struct Element {
+        char kind = 0;  // '?', '[', or 'a' for a literal
+        bool negate = false;
+        bool mb = false;
+        std::string text;  // of '?' so many of them
+    };
+    using Run = std::vector<Element>;
+    struct Piece {
+        char kind;  // '*', '.', or 'r' for a run of elements
+        Run run;
+    };
+    static constexpr size_t kNone = std::string::npos;
+
+    [[nodiscard]] std::string whole(const std::string& text, size_t at) const {
+        return text.substr(at, wild_char(text.c_str() + at, gbk_).length == 2 ? 2 : 1);
+    }
+    [[nodiscard]] bool lists(const std::string& characters, const std::string& c) const {
+        size_t i = 0;
+        while (i < characters.size() && whole(characters, i) != c) i += whole(characters, i).size();
+        return i < characters.size();
     }
 
     // The bytes that a run takes at a position, 0 for no match.
@@ -91,14 +80,14 @@ class TemplateReference {
         for (const Element& element : run) {
             if (at >= text.size()) return 0;
             if (element.kind == 'a') {
-                if (text.compare(at, element.count, element.text) != 0) return 0;
-                at += element.count;
+                if (text.compare(at, element.text.size(), element.text) != 0) return 0;
+                at += element.text.size();
             } else if (element.kind == '[') {
                 const std::string c = whole(text, at);
                 if (lists(element.text, c) == element.negate) return 0;
                 at += c.size();
             }
-            for (size_t i = 0; element.kind == '?' && i < element.count; ++i) {
+            for (size_t i = 0; element.kind == '?' && i < element.text.size(); ++i) {
                 if (at + 1 >= text.size()) return 0;
                 at += whole(text, at).size();
             }
@@ -106,51 +95,47 @@ class TemplateReference {
         return at - from;
     }
 
- private:
-    [[nodiscard]] std::string whole(const std::string& text, size_t at) const {
-        return text.substr(at, wild_char(text.c_str() + at, gbk_).length == 2 ? 2 : 1);
-    }
-    [[nodiscard]] bool lists(const std::string& characters, const std::string& c) const {
-        for (size_t i = 0; i < characters.size(); i += whole(characters, i).size()) {
-            if (whole(characters, i) == c) return true;
-        }
-        return false;
-    }
-    [[nodiscard]] bool is_last_star(size_t i) const {
-        while (i < pieces_.size() && pieces_[i].kind != '*') ++i;
-        return i == pieces_.size();
-    }
-    [[nodiscard]] size_t length_from(size_t i) const {
-        size_t length = 0;
-        for (; i < pieces_.size(); ++i) {
-            for (const Element& element : pieces_[i].run) length += element.count;
-        }
-        return length;
+    // The position behind a run that stands at this one.
+    [[nodiscard]] size_t behind(const Run& run, const std::string& text, size_t at) const {
+        const size_t taken = bytes_of(run, text, at);
+        return taken > 0 ? at + taken : kNone;
     }
     [[nodiscard]] size_t behind_optional(const Run& run, const std::string& text, size_t s) const {
         for (int skipped = 0; skipped < 2 && s < text.size(); ++skipped) {
-            const size_t taken = bytes_of(run, text, s);
-            if (taken > 0) return s + taken;
+            const size_t place = behind(run, text, s);
+            if (place != kNone) return place;
             s += whole(text, s).size();
         }
         return kNone;
     }
-    // Of a run whose first element is its longest literal.
-    [[nodiscard]] std::pair<size_t, size_t> found_literal(const Run& run, const std::string& text,
-                                                          size_t from) const {
-        const Element& literal = run[0];
-        const Run others(run.begin() + 1, run.end());
-        for (size_t at = from; at < text.size(); ++at) {
-            while (at < text.size() && text.compare(at, literal.count, literal.text) != 0) {
-                at += literal.mb ? whole(text, at).size() : 1;
-            }
-            if (at >= text.size()) break;
-            if (others.empty()) return {at, literal.count};
-            if (const size_t taken = bytes_of(others, text, at + literal.count)) {
-                return {at, literal.count + taken};
-            }
+    // The same of the first place from a position on, which is the only one for a run whose longest
+    // literal isn't in front. One that is in front is looked for byte by byte, whatever characters
+    // it would cut, unless it has two-byte characters of its own.
+    [[nodiscard]] size_t behind_found(const Run& run, const std::string& text, size_t at) const {
+        const auto length = [](const Element& e) { return e.kind == 'a' ? e.text.size() : 0; };
+        const auto longest = std::max_element(
+            run.begin(), run.end(),
+            [&](const Element& a, const Element& b) { return length(a) < length(b); });
+        if (longest != run.begin()) return behind(run, text, at);
+        const Element& first = run[0];
+        while (at + 1 < text.size()) {
+            const size_t place = behind(run, text, at);
+            if (place != kNone) return place;
+            const bool stands_here = text.compare(at, length(first), first.text) == 0;
+            const bool by_bytes = first.kind == 'a' && (stands_here || !first.mb);
+            at += by_bytes ? 1 : whole(text, at).size();
         }
-        return {0, 0};
+        return kNone;
+    }
+    // Where the run behind a star is looked for: behind the last star of a pattern only what lies
+    // so far from the end as the rest is long.
+    [[nodiscard]] size_t start_of_search(size_t i, size_t end, size_t s) const {
+        size_t length = 0;
+        for (; i < pieces_.size(); ++i) {
+            if (pieces_[i].kind == '*') return s;
+            for (const Element& element : pieces_[i].run) length += element.text.size();
+        }
+        return end - std::min(end, length);
     }
 
     // ---- Parsing; next() is the terminator at the end of the pattern and behind it ----
@@ -172,16 +157,12 @@ class TemplateReference {
     Element parse_element() {
         Element element;
         element.kind = next_in("?[") ? next() : 'a';
-        if (element.kind == '?') {
-            for (; next() == '?'; ++at_) ++element.count;
-            return element;
-        }
+        for (; element.kind == '?' && next() == '?'; ++at_) element.text += '?';
         if (element.kind == '[') parse_class(element);
         while (element.kind == 'a' && error_ == 0 && !next_in("*.?[")) {
             if (next() == '\\') ++at_;
             take_char(element, 422);
         }
-        element.count = element.text.size();
         return element;
     }
     // Takes a character, its code; a lead byte with nothing behind is the error.
@@ -189,8 +170,9 @@ class TemplateReference {
         const WildChar c = wild_char(pattern_.c_str() + at_, gbk_);
         if (gbk_ && c.length == 1 && c.code >= 0x81 && c.code <= 0xFE) error_ = error;
         element.mb = element.mb || c.length == 2;
-        element.text.append(pattern_.c_str() + at_, c.length == 2 ? 2 : 1);
-        at_ += c.length == 2 ? 2 : 1;
+        const size_t size = c.length == 2 ? 2 : 1;
+        element.text.append(pattern_.c_str() + at_, size);
+        at_ += size;
         return c.code;
     }
     void parse_class(Element& element) {
@@ -243,12 +225,12 @@ inline std::string described_template(const MOLTE_WMTEMPL& templ) {
             const MOLTE_WMCHAR& element = piece.pChar[k];
             if (element.nType < 1 || element.nType > 3 || element.nLen < 0) return "!";
             const bool has_text = element.nType != MOLTE_WMCHAR_ANY && element.nLen > 0;
-            if ((element.pText != nullptr) != has_text) all += '!';
-            all += std::string("(") + " ?[a"[element.nType] + (element.bNegate == 1 ? "^" : "") +
-                   (element.bMB == 1 ? "m" : "") + std::to_string(element.nLen) + ":";
-            if (has_text) all.append(element.pText, static_cast<size_t>(element.nLen));
+            if ((element.pText != nullptr) != has_text) return "!";
             if (has_text && element.pText[element.nLen] != '\0') all += '!';
-            all += ')';
+            all += std::string("(") + " ?[a"[element.nType] + (element.bNegate == 1 ? "^" : "") +
+                   (element.bMB == 1 ? "m" : "") + std::to_string(element.nLen) + ":" +
+                   (has_text ? std::string(element.pText, static_cast<size_t>(element.nLen)) : "") +
+                   ")";
         }
     }
     return all;

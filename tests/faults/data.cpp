@@ -206,7 +206,8 @@ FAMILY(text_search) {
 }
 
 FAMILY(text_split) {
-    constexpr char kNullItems[] = "when memory runs out later the array comes back with its count";
+    static constexpr char kNullItems[] =
+        "when memory runs out later the array comes back with its count";
     int32_t count = 0;
     Freed<char*> words;
     GIVES(words.block = OXSTR_CmdStr2Arg("program \"two words\" last", &count),

@@ -76,7 +76,8 @@ void must_hold(bool holds, const char* what, const char* file, int line);
 #define RIGHT(condition) must_hold((condition), #condition, __FILE__, __LINE__)
 #define GIVES(call, condition) (DID(call) ? RIGHT(condition) : void())
 
-// What holds unless a fault has struck, and the interface says that it may be otherwise then.
+// What holds unless a fault has struck, and the interface says that it may be otherwise then (in a
+// text that lasts).
 void holds_or(bool holds, const char* excuse, const char* what, const char* file, int line);
 #define RIGHT_OR(excuse, condition) holds_or((condition), excuse, #condition, __FILE__, __LINE__)
 
