@@ -34,8 +34,6 @@ TEST_F(Registry, KnowsItsItemsByName) {
     EXPECT_EQ(MOLTE_PARAMADM_GetAllNetVal(&records), 0);
     EXPECT_EQ(records, nullptr);
     MOLTE_PARAMADM& adm = g_stBv.stParamAdm;
-    MOLTE_PARAMADM_Release(&adm);
-    EXPECT_EQ(MOLTE_PARAMADM_Init(&adm), 1);
     EXPECT_EQ((Ints{adm.stItems.nItemSize, adm.stItems.nCapacity, adm.stLock.bInited}),
               (Ints{8, 512, 1}));
     EXPECT_EQ(MOLTE_PARAMADM_Init(&adm), 0);
@@ -49,14 +47,13 @@ TEST_F(Registry, KnowsItsItemsByName) {
     ASSERT_EQ(MOLTE_PARAMADM_GetAllNetVal(&records), 3);
     EXPECT_EQ(records[0].szName + " "s + records[2].szName, "Other Name");
     ORVEX_free(records);
-    EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt(nullptr), nullptr);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(MOLTE_PARAMADM_GetStrVal("name"), nullptr);
-    EXPECT_EQ(told(-1), "117 paramadm name @107 < 196 paramadm");
-    EXPECT_EQ(error_number_of(MOLTE_PARAMADM_Register(nullptr)), 50U);
+    EXPECT_EQ(told(MOLTE_PARAMADM_GetMemValPt(nullptr)), "117 paramadm @107");
+    EXPECT_EQ(told(MOLTE_PARAMADM_GetStrVal("name")), "117 paramadm name @107 < 196 paramadm");
+    for (const int32_t result : {MOLTE_PARAMADM_Register(nullptr), MOLTE_PARAMADM_Init(nullptr)}) {
+        EXPECT_EQ(error_of(result), "50 paramadm");
+    }
     EXPECT_EQ(MOLTE_PARAMADM_Release(&adm), 1);
     EXPECT_EQ(bytes_of(adm), std::string(sizeof adm, '\0'));
-    EXPECT_EQ(error_number_of(MOLTE_PARAMADM_Init(nullptr)), 50U);
 }
 
 TEST_F(Registry, RecordsByteForByte) {
@@ -90,19 +87,6 @@ TEST_F(Registry, RecordsByteForByte) {
     }
 }
 
-TEST_F(Registry, AnswersForTheNamesItKnows) {
-    int32_t number = 258;
-    Item item = item_of("Known", &number);
-    enter({&item});
-    Record records[] = {record_of("Unknown"), record_of("Known"), record_of("")};
-    std::memset(records[2].szName, 'x', sizeof records[2].szName);  // without an end
-    EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(records, 3), 1);
-    EXPECT_EQ(taken_error(), "117 paramadm " + std::string(32, 'x'));
-    EXPECT_EQ((Ints{records[0].bValid, records[1].bValid, records[2].bValid}), (Ints{0, 1, 0}));
-    EXPECT_EQ(records[0].nType, 0xEE);  // the rest of a missing one stays
-    EXPECT_EQ(records[1].abyValue[2], 1);
-}
-
 std::string calls;  // of setters: the item's name, the mode, the record's index
 
 int32_t remember(Item* item, const Record* record, int32_t mode, int32_t index) {
@@ -111,17 +95,25 @@ int32_t remember(Item* item, const Record* record, int32_t mode, int32_t index) 
     return -1;  // what a setter answers isn't looked at
 }
 
-TEST_F(Registry, HandsRecordsToTheSetters) {
-    Item a = item_of("a", nullptr, 0, 0, remember);
+TEST_F(Registry, AnswersForTheNamesItKnows) {
+    int32_t number = 258;
+    Item a = item_of("a", &number, 0, 0, remember);
     Item b = item_of("b", nullptr, 0, 0, remember);
     Item none = item_of("none");
     enter({&a, &b, &none});
+    Record records[] = {record_of("b"), record_of("?"), record_of("none"), record_of("a"),
+                        record_of("")};
+    std::memset(records[4].szName, 'x', sizeof records[4].szName);  // without an end
     calls.clear();
-    const Record records[] = {record_of("b"), record_of("?"), record_of("none"), record_of("a")};
     EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 1), 0);
     EXPECT_EQ(MOLTE_PARAMADM_SetNetVal(records, 4, 4), 1);
     EXPECT_EQ(calls, "b40 a43 ");
     EXPECT_EQ(taken_error(), "117 paramadm ?");
+    EXPECT_EQ(MOLTE_PARAMADM_GetNetVal(records, 5), 1);
+    EXPECT_EQ(taken_error(), "117 paramadm " + std::string(32, 'x'));
+    EXPECT_EQ((Ints{records[0].bValid, records[1].bValid, records[4].bValid}), (Ints{1, 0, 0}));
+    EXPECT_EQ(records[1].nType, 0xEE);  // the rest of a missing one stays
+    EXPECT_EQ(records[3].abyValue[2], 1);
 }
 
 TEST_F(Registry, WritesRecordsToTheIniFile) {
@@ -153,18 +145,19 @@ TEST_F(Registry, BodiesOfSetters) {
                            : MOLTE_PARAMADM_StrAct(&item, sent, mode, nullptr, "P", remember, text,
                                                    sizeof text);
     };
-    const tuple<int32_t, Text, int64_t> steps[] = {{1, "", 7},
-                                                   {2, "P = -9000000000\n", -9000000000},
-                                                   {2, "", -9000000000},  // absent: it stays
-                                                   {3, "", 7},
-                                                   {4, "", -1229782938247303442},
-                                                   {9, "P = 1\n", -1229782938247303442},
-                                                   {2, "P = x\n", 0}};  // any text counts
-    for (const auto& [mode, ini, value] : steps) {
+    std::string values;
+    for (const auto& [mode, ini] : {std::pair(1, ""),
+                                    {2, "P = -9000000000\n"},
+                                    {2, ""},  // absent: it stays
+                                    {3, ""},
+                                    {4, ""},
+                                    {9, "P = 1\n"},
+                                    {2, "P = x\n"}}) {  // any text counts
         system_.write_ini(ini);
         EXPECT_EQ(act(3, mode, &record), 1);
-        EXPECT_EQ(large, value) << mode;
+        values += std::to_string(large) + " ";
     }
+    EXPECT_EQ(values, "7 -9000000000 -9000000000 7 -1229782938247303442 -1229782938247303442 0 ");
     EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt("P"), &item);
     EXPECT_EQ(g_stBv.stParamAdm.stItems.nCount, 1);
     EXPECT_EQ(act(1, 4, &record), 1);
@@ -178,9 +171,7 @@ TEST_F(Registry, BodiesOfSetters) {
     for (const auto& [type, history] : {tuple(0, "44 oxparam, 222 paramadm"),
                                         {1, "286 paramadm"},
                                         {3, "58 oxparam, 250 paramadm"}}) {
-        EXPECT_EQ(act(type, 2), -1);
-        EXPECT_EQ(history_of_this_thread(), history);
-        ORVEX_Err_ClearError();
+        EXPECT_TRUE(told(act(type, 2)).ends_with(" < "s + history));
     }
 }
 
@@ -228,11 +219,9 @@ struct Row {
 
 std::vector<Row> rows() {
     std::ifstream file(TEST_DATA "/library_parameters.txt");
-    std::vector<Row> all;
-    for (Row row; file >> row.name >> row.kind >> row.room >> row.rule >> row.value;) {
-        all.push_back(row);
-    }
-    EXPECT_EQ(all.size(), 35U);
+    std::vector<Row> all(35);
+    for (Row& row : all) file >> row.name >> row.kind >> row.room >> row.rule >> row.value;
+    EXPECT_EQ(all.back().name, "ListenBacklogCnt");
     return all;
 }
 
@@ -256,12 +245,11 @@ TEST(LibraryParameters, ValuesOfAFreshInstallation) {
             EXPECT_NE(sample.find(row.name), std::string::npos) << row.name;
         }
         char text[32];
-        const ORVEX_SYSINFO& info = g_stBv.stSysInfo;
         const int64_t start = g_stBv.nStartupTimeInt;
         EXPECT_GE(start, before);
         const std::pair<Text, std::string> of_this_machine[] = {
-            {"CpuCount", std::to_string(info.nCpuCount)},
-            {"PhysicalMemInMB", std::to_string(info.nPhysicalMemInMB)},
+            {"CpuCount", std::to_string(g_stBv.stSysInfo.nCpuCount)},
+            {"PhysicalMemInMB", std::to_string(g_stBv.stSysInfo.nPhysicalMemInMB)},
             {"OsType", std::to_string(ORVEX_GetOsType() & 0xFF)},
             {"OsPlatform", MOLTE_UTIL_MacroOs()},
             {"MainPath", system.str().substr(0, 79)},
@@ -302,10 +290,11 @@ TEST(LibraryParameters, Rules) {
     }
     EXPECT_EQ(after("CpuCount", 4, 0), "1");
     system.write_ini("");
-    EXPECT_EQ(after("BackupErrLogFile", 4, 0), "0");
-    EXPECT_EQ(after("BackupErrLogFile", 2), "1");  // it is 1 before each call
-    EXPECT_EQ(after("SupportStackTrace", 4, 0), "0");
-    EXPECT_EQ(after("SupportStackTrace", 2), "0");
+    for (const auto& [name, kept] : {std::pair("BackupErrLogFile", "1"),  // 1 before each call
+                                     {"SupportStackTrace", "0"}}) {
+        EXPECT_EQ(after(name, 4, 0), "0");
+        EXPECT_EQ(after(name, 2), kept);
+    }
 }
 
 TEST(LibraryParameters, ListenBacklogHasBounds) {
@@ -331,7 +320,7 @@ TEST(LibraryParameters, TextsAndLanguageAndLog) {
 
     EXPECT_EQ(after("DEF_LANG_ID", 4, 1033), "1033");
     EXPECT_EQ((Ints{g_stLangVar.nMsgLID, g_stLangVar.nTimeLID, g_stLangVar.nDateLID}),
-              (Ints{1033, 1033, 1033}));
+              Ints(3, 1033));
     EXPECT_EQ(after("DEF_LANG_ID", 3), "1033");
 
     constexpr uint32_t kOuterText = 65536 + 128 + 32;
@@ -361,14 +350,11 @@ TEST(ParameterNames, HaveTheirNumbers) {
     const char* names[MOLTE_PARAMNAME_COUNT];
     std::fill(std::begin(names), std::end(names), "not filled");
     ASSERT_EQ(MOLTE_PARAMNAME_Init(names), 1);
-    std::ifstream list(TEST_DATA "/parameter_names.txt");
-    size_t count = 0;
-    size_t index = 0;
-    for (std::string name; list >> index >> name; ++count) {
-        ASSERT_LT(index, std::size(names));
-        EXPECT_EQ(names[index] != nullptr ? names[index] : "none"s, name) << index;
+    std::string list;
+    for (size_t i = 0; i < std::size(names); ++i) {
+        list += std::to_string(i) + " " + (names[i] != nullptr ? names[i] : "none") + "\n";
     }
-    EXPECT_EQ(count, std::size(names));
+    EXPECT_EQ(list, read_text(TEST_DATA "/parameter_names.txt"));
 }
 
 }  // namespace
