@@ -4,9 +4,9 @@
 
 namespace {
 
-// As the run-time reads text on Windows.
+// As the run-time reads text on Windows, behind a byte order mark.
 std::string translated(std::string_view input) {
-    std::string text(input);
+    std::string text(input.substr(input.starts_with("\xEF\xBB\xBF") ? 3 : 0));
     for (size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos; ++at) text.erase(at, 1);
     return text;
 }

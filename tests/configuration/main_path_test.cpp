@@ -1,56 +1,47 @@
 // Each case that needs an unset main path runs as a process of its own: the path is set for good.
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
 
-// Who asks for the main path; what follows it in the path that he gets, if he gives one; and the
-// lines that he leaves where there is none.
-struct Asking {
-    int32_t (*call)(char* name);
-    Text name;
-    Text history;
-};
-const Asking kAsking[] = {
-    {ORVEX_SYS_PathName, "", "28 oxfname, 36 oxfname"},
-    {ORVEX_LOG_PathName, "\\LOG", "28 oxfname, 123 oxfname"},
-    {ORVEX_TEMP_PathName, "\\TEMP", "28 oxfname, 46 oxfname"},
-    {ORVEX_CONF_PathName, "\\CONF", "28 oxfname, 36 oxfname, 54 oxfname"},
-    {ORVEX_DLL_PathName, "\\DLL", "28 oxfname, 36 oxfname, 61 oxfname"},
-    {ORVEX_DOC_PathName, "\\DOC", "28 oxfname, 36 oxfname, 68 oxfname"},
-    {ORVEX_TOOLS_PathName, "\\TOOLS", "28 oxfname, 36 oxfname, 75 oxfname"},
-    {ORVEX_RMTCONF_PathName, "\\RMTCONF", "28 oxfname, 36 oxfname, 82 oxfname"},
-    {ORVEX_EXE_PathName, "\\EXE", "28 oxfname, 36 oxfname, 89 oxfname"},
-    {ORVEX_BIN_PathName, "\\BIN", "28 oxfname, 36 oxfname, 96 oxfname"},
-    {ORVEX_PARAMETER_PathFileName, "\\CONF\\rvexinit.ini",
-     "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname"},
-    {ORVEX_DBCFG_PathFileName, "\\CONF\\dbnumina.ini",
-     "28 oxfname, 36 oxfname, 54 oxfname, 171 oxfname"},
-    {[](char*) { return ORVEX_SYS_CreatePath(); }, nullptr, "28 oxfname, 106 oxfname"},
-    {[](char*) {
-         int32_t number = 0;
-         return ORVEX_PARAMETER_GetValueInt("n", &number);
-     },
-     nullptr, "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname, 186 oxparam, 44 oxparam"},
-    {[](char*) { return ORVEX_PARAMETER_SetValue("n", "1"); }, nullptr,
-     "28 oxfname, 36 oxfname, 54 oxfname, 151 oxfname, 356 oxparam"},
-    {[](char*) { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); }, nullptr,
-     "28 oxfname, 36 oxfname, 54 oxfname, 378 oxparam, 443 oxparam"},
-    {[](char*) { return MOLTE_BERRLOG_AddLog("x", 1); }, nullptr,
-     "28 oxfname, 123 oxfname, 333 oxerrlog, 369 oxerrlog"},
-    {[](char*) {
+// Who asks for the main path. The rows tell what follows it in the name that he gets, or "(none)"
+// for one who gets no name, and the lines that he leaves where there is none.
+const std::map<std::string, int32_t (*)(char* name)> kAsking = {
+    {"ORVEX_SYS_PathName", ORVEX_SYS_PathName},
+    {"ORVEX_LOG_PathName", ORVEX_LOG_PathName},
+    {"ORVEX_TEMP_PathName", ORVEX_TEMP_PathName},
+    {"ORVEX_CONF_PathName", ORVEX_CONF_PathName},
+    {"ORVEX_DLL_PathName", ORVEX_DLL_PathName},
+    {"ORVEX_DOC_PathName", ORVEX_DOC_PathName},
+    {"ORVEX_TOOLS_PathName", ORVEX_TOOLS_PathName},
+    {"ORVEX_RMTCONF_PathName", ORVEX_RMTCONF_PathName},
+    {"ORVEX_EXE_PathName", ORVEX_EXE_PathName},
+    {"ORVEX_BIN_PathName", ORVEX_BIN_PathName},
+    {"ORVEX_PARAMETER_PathFileName", ORVEX_PARAMETER_PathFileName},
+    {"ORVEX_DBCFG_PathFileName", ORVEX_DBCFG_PathFileName},
+    {"ORVEX_SYS_CreatePath", [](char*) { return ORVEX_SYS_CreatePath(); }},
+    {"ORVEX_PARAMETER_GetValueInt",
+     [](char* name) { return ORVEX_PARAMETER_GetValueInt("n", reinterpret_cast<int32_t*>(name)); }},
+    {"ORVEX_PARAMETER_SetValue", [](char*) { return ORVEX_PARAMETER_SetValue("n", "1"); }},
+    {"ORVEX_PARAMETER_SetCFGEXFServer",
+     [](char*) { return ORVEX_PARAMETER_SetCFGEXFServer(nullptr, 0); }},
+    {"MOLTE_BERRLOG_AddLog", [](char*) { return MOLTE_BERRLOG_AddLog("x", 1); }},
+    {"MOLTE_BERRLOG_Retr",
+     [](char* text) {
          BERRLOG_ENTRY* entries = nullptr;
-         char* text = nullptr;
-         BERRLOG_FILTER filter{};
+         const BERRLOG_FILTER filter{};
          return MOLTE_BERRLOG_Retr(&entries, &text, &filter);
-     },
-     nullptr, "28 oxfname, 123 oxfname, 333 oxerrlog, 385 oxerrlog"},
-    {[](char*) { return ORVEX_PARAMETER_DelServerID(); }, nullptr,
-     "28 oxfname, 36 oxfname, 54 oxfname, 471 oxparam"},
+     }},
+    {"ORVEX_PARAMETER_DelServerID", [](char*) { return ORVEX_PARAMETER_DelServerID(); }},
 };
 
+std::vector<Texts> asking_rows() {
+    return tables_of(TEST_ROWS)["asking"];
+}
+
 CHILD_ROLE(asks) {
-    char name[256];
-    tell_parent(told(kAsking[std::stoul(args.at(0))].call(name)));
+    alignas(int32_t) char name[256];
+    tell_parent(told(kAsking.at(args.at(0))(name)));
     return 0;
 }
 
@@ -86,27 +77,26 @@ constexpr Text kNoKey = "253 oxmnpath Software\\Lumbra Software Inc\\ORVEX60\\Op
 
 TEST_F(MainPath, UnsetIsAnErrorAndThenEmpty) {
     ChildProcess child("asks_twice");
-    EXPECT_EQ(child.read_line(), "1000 oxmnpath @27");
-    EXPECT_EQ(child.read_line(), kNoKey);
-    EXPECT_EQ(child.read_line(), "1");  // known from now on, and empty
-    for (size_t i = 0; i < std::size(kAsking); ++i) {
-        ChildProcess asks("asks", {std::to_string(i)});
-        EXPECT_EQ(asks.read_line(), kNoKey + " < "s + kAsking[i].history);
+    for (const Text line : {"1000 oxmnpath @27", kNoKey, "1"}) {  // known from then on, and empty
+        EXPECT_EQ(child.read_line(), line);
+    }
+    for (const Texts& row : asking_rows()) {
+        ChildProcess asks("asks", {row[0]});
+        EXPECT_EQ(asks.read_line(), kNoKey + " < "s + row[2]);
         EXPECT_EQ(asks.wait(), 0);
     }
 }
 
 TEST_F(MainPath, IsReadAsAFormat) {
     const std::string root = root_.str() + "\\";
-    const std::pair<std::string, std::string> rows[] = {
-        {"a%%b\\main", root + "a%b\\main"},
-        {"x%n%s%-08.3lly%", root + "x"},
-        {std::string(128, 'x'), "254 oxmnpath MainPath @97 < 28 oxfname"}};
-    for (const auto& [created, read] : rows) {
+    for (const auto& [created, read] :
+         {std::pair("a%%b\\main"s, root + "a%b\\main"),
+          {"x%n%s%-08.3lly%"s, root + "x"},
+          {std::string(128, 'x'), "254 oxmnpath MainPath @97 < 28 oxfname"s}}) {
         ChildProcess child("creates", {root + created});
-        EXPECT_EQ(child.read_line(), "1");
-        EXPECT_EQ(child.read_line(), "1000 oxmnpath @27");
-        EXPECT_EQ(child.read_line(), read);
+        for (const std::string& line : {"1"s, "1000 oxmnpath @27"s, read}) {
+            EXPECT_EQ(child.read_line(), line);
+        }
         EXPECT_EQ(child.wait(), 0);
     }
     EXPECT_TRUE(fs::is_directory(root_.path() / "a%%b" / "main"));  // the folder is as written
@@ -114,15 +104,13 @@ TEST_F(MainPath, IsReadAsAFormat) {
 
 TEST(MainPathGiven, LimitsOfItsLength) {
     EXPECT_EQ(ORVEX_SetMainPath(nullptr), -1);
-    EXPECT_EQ(error_of(ORVEX_SetMainPath(std::string(128, 'm').c_str())),
-              "124 oxmnpath main path name too long");
-    EXPECT_EQ(error_line_of_this_thread(), 35);
+    ORVEX_Err_ClearError();
+    EXPECT_EQ(told(ORVEX_SetMainPath(std::string(128, 'm').c_str())),
+              "124 oxmnpath main path name too long @35");
     EXPECT_EQ(ORVEX_SetMainPath(std::string(127, 'm').c_str()), 1);
     EXPECT_EQ(ORVEX_SetMainPath(""), 1);
     EXPECT_STREQ(GetMainPath(), "");
-    EXPECT_EQ(error_of(CreateMainPath("")), "412 oxmnpath");
-    EXPECT_EQ(CreateMainPath(nullptr), -1);
-    EXPECT_EQ(error_line_of_this_thread(), 141);
+    for (const Text path : {"", Text{}}) EXPECT_EQ(told(CreateMainPath(path)), "412 oxmnpath @141");
     char key[64];
     EXPECT_STREQ(GetRegKeyName(key), "Software\\Lumbra Software Inc\\ORVEX60");
     EXPECT_STREQ(key, GetRegKeyName(nullptr));
@@ -131,11 +119,10 @@ TEST(MainPathGiven, LimitsOfItsLength) {
 TEST(MainPathGiven, NamesOfFoldersAndFiles) {
     ORVEX_SetMainPath("c:\\root");
     char name[262];
-    for (const Asking& asking : kAsking) {
-        if (asking.name != nullptr) {
-            EXPECT_EQ(asking.call(name), 1);
-            EXPECT_EQ(name, "c:\\root"s + asking.name);
-        }
+    for (const Texts& row : asking_rows()) {
+        if (row[1] == "(none)") continue;
+        EXPECT_EQ(kAsking.at(row[0])(name), 1);
+        EXPECT_EQ(name, "c:\\root" + row[1]);
     }
     EXPECT_EQ(ORVEX_PARAMETER_PathFileNameByFN(name, "other.ini"), 1);
     EXPECT_STREQ(name, "c:\\root\\CONF\\other.ini");
@@ -165,9 +152,8 @@ TEST(MainPathGiven, CreatesItsFolders) {
     const TempFolder root;
     ORVEX_SetMainPath((root.str() + "\\deep\\main").c_str());
     ASSERT_EQ(ORVEX_SYS_CreatePath(), 1);
-    EXPECT_EQ(names_in(root.path() / "deep" / "main"),
-              (Texts{"BIN", "CONF", "EXE", "RMTCONF", "TEMP"}));
-    fs::remove(root.path() / "deep" / "main" / "BIN");
+    EXPECT_EQ(names_in(root / "deep/main"), (Texts{"BIN", "CONF", "EXE", "RMTCONF", "TEMP"}));
+    fs::remove(root / "deep/main/BIN");
     root.write("deep/main/BIN", "in the way");
     EXPECT_EQ(ORVEX_SYS_CreatePath(), 1);  // a name that exists is taken for a folder
     root.write("file", "");
