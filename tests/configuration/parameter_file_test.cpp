@@ -1,9 +1,3 @@
-#if !defined(_WIN32)
-#include <sys/resource.h>
-
-#include <csignal>
-#endif
-
 #include "support/rows.h"
 #include "support/test.h"
 #include "support/unprivileged.h"
@@ -167,19 +161,6 @@ TEST_F(ParameterFile, RefusedArgumentsAndFiles) {
 }
 
 #if !defined(_WIN32)
-TEST_F(ParameterFile, AFullDiskLeavesWhatWasThere) {
-    const std::string bytes = "A = 1\n" + std::string(5000, '#') + "\nB = 2\n";
-    folder_.write("p.ini", bytes);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit size{bytes.size() + 3, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &size);
-    const int32_t result = PARAMETER_SetValue(path_.c_str(), "A", "12345678");
-    size.rlim_cur = RLIM_INFINITY;
-    setrlimit(RLIMIT_FSIZE, &size);
-    EXPECT_EQ(error_number_of(result), 4U);
-    EXPECT_EQ(read_bytes(path_), bytes);
-}
-
 TEST_F(ParameterFile, WithoutPermission) {
     folder_.write("p.ini", "Name = 1\n");
     fs::permissions(folder_.path(), fs::perms(0755));

@@ -33,7 +33,8 @@ FAMILY(main_path) {
 AFTER(main_path) {
     RIGHT(InitMainPath() == 1);
     const std::string root = GetMainPath();
-    RIGHT(root == in_folder("new") || (root == in_folder("old") && (run_died() || run_told())));
+    RIGHT(root == in_folder("new") ||
+          (root == in_folder("old") && (this_run->died || this_run->told)));
     RIGHT(CreateMainPath(in_folder("new")) == 1);
 }
 
@@ -57,7 +58,7 @@ FAMILY(parameter_file) {
     }
 }
 AFTER(parameter_file) {
-    const char* const torn = run_died() || run_goes_on_failing()
+    const char* const torn = this_run->died || this_run->watch.plan.onwards
                                  ? "files are written in place: death, or a disk that refuses the "
                                    "old content as well, tears them"
                                  : nullptr;

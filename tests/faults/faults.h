@@ -20,6 +20,16 @@
 #include "interposer.h"
 #include "moltelib.h"
 
+// What the processes of a run share.
+struct Run {
+    Watch watch;
+    bool told;          // a failure was told
+    bool died;          // the process was ended in a call
+    int descriptors;    // open behind the scenario
+    char problem[256];  // the first one
+};
+extern Run* this_run;
+
 // ---- In a scenario ----
 
 // The path of a name in the run's folder; that of a file that is written there; the bytes of one,
@@ -72,8 +82,8 @@ inline bool is_done(const void* result) {
 #define DID(call) did_work(is_done(FAULTY(call)), #call, __FILE__, __LINE__)
 
 // What must hold whatever has failed; what must when the call did its work.
-void must_hold(bool holds, const char* what, const char* file, int line);
-#define RIGHT(condition) must_hold((condition), #condition, __FILE__, __LINE__)
+void tell_problem(const char* file, int line, const std::string& what);
+#define RIGHT(condition) ((condition) ? void() : tell_problem(__FILE__, __LINE__, #condition))
 #define GIVES(call, condition) (DID(call) ? RIGHT(condition) : void())
 
 // What holds unless a fault has struck, and the interface says that it may be otherwise then (in a
@@ -83,9 +93,6 @@ void holds_or(bool holds, const char* excuse, const char* what, const char* file
 
 // ---- Behind it, in a process of its own (AFTER): what is stored ----
 
-bool run_died();  // the process was ended in a call
-bool run_told();  // a failure was told
-bool run_goes_on_failing();
 // The file holds the old bytes, or the new ones; of a run that told nothing and lived to its end,
 // the new ones. So the old ones are given before any call meets a fault. After a failure that was
 // told, or death, a file with an excuse may be torn.

@@ -30,6 +30,8 @@ extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 
 namespace fs = std::filesystem;
 
+Run* this_run = nullptr;
+
 namespace {
 
 constexpr unsigned kLimit = 10;    // seconds; what takes longer hangs
@@ -49,14 +51,6 @@ constexpr Plan kKinds[] = {
 enum Count { kFaults, kTold, kCrashes, kHangs, kTorn, kLeaks, kCounts };
 using Counts = std::array<long, kCounts>;
 
-// What the processes of a run share.
-struct Run {
-    Watch watch;
-    bool told;
-    bool died;
-    int descriptors;  // open behind the scenario
-    char problem[256];
-};
 // What all share of an excuse.
 struct Excuse {
     const char* reason;
@@ -70,7 +64,6 @@ T* shared(size_t count = 1) {
     if (page == MAP_FAILED) std::abort();
     return static_cast<T*>(page);
 }
-Run* run = nullptr;
 Excuse* excuses = nullptr;  // up to one without a reason
 std::unique_ptr<const TempFolder> work;
 bool shown = false;
@@ -82,12 +75,6 @@ std::map<std::string, Scenario>& scenarios() {
 
 fs::path folder() {
     return work->path() / "run";
-}
-
-void tell_problem(const char* file, int line, const std::string& what) {
-    if (run->problem[0] != '\0') return;
-    std::snprintf(run->problem, sizeof run->problem, "%s:%d: %s", fs::path(file).filename().c_str(),
-                  line, what.c_str());
 }
 
 // What it prints goes to a file that is shown when something is wrong.
@@ -111,8 +98,8 @@ int in_process(void (*scenario)(), bool may_leak) {
         if (g_stBv.nInitCount != 0) ORVEX_BASE_ReleaseVar();
         alarm(0);
         const fs::directory_iterator open_ones("/proc/self/fd");
-        run->descriptors = static_cast<int>(std::distance(begin(open_ones), end(open_ones)));
-        const bool leaks = !may_leak && run->watch.plan.fault <= Fault::memory &&
+        this_run->descriptors = static_cast<int>(std::distance(begin(open_ones), end(open_ones)));
+        const bool leaks = !may_leak && this_run->watch.plan.fault <= Fault::memory &&
                            __lsan_do_recoverable_leak_check != nullptr &&
                            __lsan_do_recoverable_leak_check() != 0;
         std::fflush(nullptr);
@@ -129,10 +116,10 @@ void show_trace() {
     dladdr(reinterpret_cast<void*>(ORVEX_BASE_InitVar), &library);
     std::ostringstream command;
     command << "addr2line -Cfpse '" << library.dli_fname << "'" << std::hex;
-    for (int i = 0; i < run->watch.depth; ++i) {
+    for (int i = 0; i < this_run->watch.depth; ++i) {
         command << ' '
-                << static_cast<char*>(run->watch.trace[i]) - static_cast<char*>(library.dli_fbase) -
-                       1;
+                << static_cast<char*>(this_run->watch.trace[i]) -
+                       static_cast<char*>(library.dli_fbase) - 1;
     }
     command << " | grep -v '^[?]'";
     std::fflush(stdout);
@@ -155,7 +142,7 @@ class Family {
 
     Counts try_all(bool memory, bool system) {
         try_one({}, 0);
-        const int calls = run->watch.system_calls;
+        const int calls = this_run->watch.system_calls;
         for (const Plan& kind : kKinds) {
             const bool of_memory = kind.fault == Fault::memory;
             if (of_memory ? !memory : !system) continue;
@@ -172,20 +159,20 @@ class Family {
         fs::remove_all(folder());
         fs::create_directory(folder());
         fs::remove(*work / "output");
-        std::memset(static_cast<void*>(run), 0, sizeof *run);
+        std::memset(static_cast<void*>(this_run), 0, sizeof *this_run);
         plan.at = at;
-        run->watch.plan = plan;
+        this_run->watch.plan = plan;
         const int status = in_process(before_, false);
-        const bool struck = run->watch.struck > 0;
-        run->died = struck && plan.fault >= Fault::death;
+        const bool struck = this_run->watch.struck > 0;
+        this_run->died = struck && plan.fault >= Fault::death;
         bool right = judge(status);
-        if (at == 0) descriptors_ = run->descriptors;
-        if (right && run->descriptors > descriptors_) {
+        if (at == 0) descriptors_ = this_run->descriptors;
+        if (right && this_run->descriptors > descriptors_) {
             right = show(kLeaks, "a descriptor stays open");
         }
         if (right && after_ != nullptr) right = judge(in_process(after_, true));
         counts_[kFaults] += struck || !right ? 1 : 0;
-        counts_[kTold] += right && run->told ? 1 : 0;
+        counts_[kTold] += right && this_run->told ? 1 : 0;
         return struck;
     }
 
@@ -194,15 +181,16 @@ class Family {
         const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
         if (signal == SIGALRM) return show(kHangs, "hang");
         if (WIFEXITED(status) && WEXITSTATUS(status) == kLeak) return show(kLeaks, "leak");
-        const bool meant = status == 0 || (signal == SIGKILL && run->died);
+        const bool meant = status == 0 || (signal == SIGKILL && this_run->died);
         if (!meant) return show(kCrashes, "crash, status " + std::to_string(status));
-        return run->problem[0] == '\0' || show(kTorn, run->problem);
+        return this_run->problem[0] == '\0' || show(kTorn, this_run->problem);
     }
     bool show(Count count, const std::string& problem) {
         ++counts_[count];
         if (++shown_problems_ > kMostProblems) return false;
-        std::printf("%s, %s %d: %s\n%s", name_.c_str(), run->watch.plan.name, run->watch.plan.at,
-                    problem.c_str(), read_bytes(*work / "output").substr(0, 6000).c_str());
+        std::printf("%s, %s %d: %s\n%s", name_.c_str(), this_run->watch.plan.name,
+                    this_run->watch.plan.at, problem.c_str(),
+                    read_bytes(*work / "output").substr(0, 6000).c_str());
         show_trace();
         return false;
     }
@@ -225,7 +213,8 @@ int show_run(char** words) {
     Family family(words[0]);
     family.try_one({}, 0);
     family.try_one(*kind, std::atoi(words[2]));
-    std::printf("struck %d times%s\n", run->watch.struck.load(), run->told ? ", told" : "");
+    std::printf("struck %d times%s\n", this_run->watch.struck.load(),
+                this_run->told ? ", told" : "");
     show_trace();
     return 0;
 }
@@ -294,14 +283,16 @@ void bring_up(std::string_view ini) {
 bool did_work(bool done, const char* call, const char* file, int line) {
     if (done) return true;
     const std::string what = call;
-    if (run->watch.struck == 0) tell_problem(file, line, what + " failed without a fault");
+    if (this_run->watch.struck == 0) tell_problem(file, line, what + " failed without a fault");
     if (GetRvexErrNo() == 0) tell_problem(file, line, what + " failed and left no error");
-    run->told = true;
+    this_run->told = true;
     return false;
 }
 
-void must_hold(bool holds, const char* what, const char* file, int line) {
-    if (!holds) tell_problem(file, line, what);
+void tell_problem(const char* file, int line, const std::string& what) {
+    if (this_run->problem[0] != '\0') return;
+    std::snprintf(this_run->problem, sizeof this_run->problem, "%s:%d: %s",
+                  fs::path(file).filename().c_str(), line, what.c_str());
 }
 
 void holds_or(bool holds, const char* excuse, const char* what, const char* file, int line) {
@@ -309,38 +300,26 @@ void holds_or(bool holds, const char* excuse, const char* what, const char* file
     while (known->reason != nullptr && !equal(known->reason, excuse)) ++known;
     known->reason = excuse;
     if (holds) return;
-    if (run->watch.struck == 0) tell_problem(file, line, what);
-    run->told = true;
+    if (this_run->watch.struck == 0) tell_problem(file, line, what);
+    this_run->told = true;
     known->needed = true;
-}
-
-bool run_died() {
-    return run->died;
-}
-
-bool run_told() {
-    return run->told;
-}
-
-bool run_goes_on_failing() {
-    return run->watch.plan.onwards;
 }
 
 void must_be_stored(const char* excuse, std::string_view name, std::string_view old_bytes,
                     std::string_view new_bytes, const char* file, int line) {
     const std::string present = bytes_of(name);
-    const bool known = run_died() || run_told();
+    const bool known = this_run->died || this_run->told;
     const bool right = present == new_bytes || (present == old_bytes && known);
     const std::string what = std::string(name) + " holds \"" + present + "\"";
     if (excuse != nullptr && known) return holds_or(right, excuse, what.c_str(), file, line);
-    must_hold(right, what.c_str(), file, line);
+    if (!right) tell_problem(file, line, what);
 }
 
 int main(int count, char** words) {
     void* warm[1];
     backtrace(warm, 1);  // loads what it needs
-    run = shared<Run>();
-    watch = &run->watch;
+    this_run = shared<Run>();
+    watch = &this_run->watch;
     excuses = shared<Excuse>(100);
     work = std::make_unique<TempFolder>();
     if (count > 3) return show_run(words + 1);
