@@ -290,20 +290,20 @@ TEST(LibraryParameters, Rules) {
     }
     EXPECT_EQ(after("CpuCount", 4, 0), "1");
     system.write_ini("");
-    for (const auto& [name, kept] : {std::pair("BackupErrLogFile", "1"),  // 1 before each call
-                                     {"SupportStackTrace", "0"}}) {
+    for (const Text name : {"BackupErrLogFile", "SupportStackTrace"}) {
         EXPECT_EQ(after(name, 4, 0), "0");
-        EXPECT_EQ(after(name, 2), kept);
     }
+    EXPECT_EQ(after("BackupErrLogFile", 2), "1");  // it is 1 before each call
+    EXPECT_EQ(after("SupportStackTrace", 2), "0");
 }
 
 TEST(LibraryParameters, ListenBacklogHasBounds) {
     const Running system("ListenBacklogCnt = 31\n");
-    EXPECT_EQ(value_of("ListenBacklogCnt"), "32");
-    const std::pair<int32_t, Text> cases[] = {{1000, "200"},     {201, "200"}, {32, "32"},
-                                              {10, "32"},        {-2, "32"},   {100, "100"},
-                                              {-1, "2147483647"}};
-    for (const auto& [sent, kept] : cases) EXPECT_EQ(after("ListenBacklogCnt", 4, sent), kept);
+    std::string kept = value_of("ListenBacklogCnt");
+    for (const int32_t sent : {1000, 201, 32, 10, -2, 100, -1}) {
+        kept += " " + after("ListenBacklogCnt", 4, sent);
+    }
+    EXPECT_EQ(kept, "32 200 200 32 32 32 100 2147483647");
     system.write_ini("");
     EXPECT_EQ(after("ListenBacklogCnt", 2), "200");  // what stays is bounded again
     EXPECT_EQ(after("ListenBacklogCnt", 3), "64");
