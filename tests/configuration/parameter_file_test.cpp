@@ -61,40 +61,8 @@ TEST_F(ParameterFile, Lines) {
     check_rows(TEST_ROWS, {{"value", value_in}, {"change", changed}, {"number", number_in}});
     const std::string end = set("", "A", "1").substr(5);
     EXPECT_TRUE(end == "\n" || end == "\r\n");
-    // As the first line stays behind the last, the file is written at each attempt.
-    EXPECT_EQ(set("Name = 2\nName = 1\n", "Name", "2"), "Name = 2\nName = 1\n");
     EXPECT_EQ(set("Name = 1\n", "Name", std::string(200, 'v').c_str()),
               "Name = " + std::string(127, 'v') + "\n");
-}
-
-// A line is read in pieces of 2,047 bytes, its end counted as one; each piece is a line.
-TEST_F(ParameterFile, LongLinesAreSeveral) {
-    for (const std::string end : {"\n", "\r\n"}) {
-        for (const auto& [before, value] : {tuple("A = " + std::string(2042, 'x') + end, "1"),
-                                            {std::string(2047, '#') + end, "1"},
-                                            {std::string(2045, '#'), ""}}) {
-            folder_.write("p.ini", before + "B = 1" + end);
-            EXPECT_EQ(value_of(path_, "B"), value);
-        }
-        EXPECT_EQ(set(std::string(2047, '#') + "B = 1 # n" + end, "B", "2"),
-                  std::string(2047, '#') + "B = 2   # n" + end);
-        // The rest of a line that is cut in a comment stays behind it.
-        const std::string comment = "#" + std::string(3000, 'n') + end;
-        EXPECT_EQ(set("B = 1" + comment, "B", "2"), "B = 2   " + comment);
-    }
-}
-
-// Files beyond what is read at once, with a name on either side of each border.
-TEST_F(ParameterFile, LargeFiles) {
-    for (const size_t size : {16383U, 16384U, 16385U, 200000U}) {
-        std::string bytes = "First = 1\n";
-        while (bytes.size() + 200 < size) bytes += "# " + std::string(97, 'c') + "\n";
-        bytes += "#" + std::string(size - bytes.size() - 10, 'c') + "\nLast = 2";
-        ASSERT_EQ(bytes.size(), size);
-        folder_.write("p.ini", bytes);
-        EXPECT_EQ(value_of(path_, "First") + value_of(path_, "Last"), "12");
-        EXPECT_EQ(set(bytes, "First", "long"), "First = long" + bytes.substr(9) + "\n");
-    }
 }
 
 TEST_F(ParameterFile, ArraysOfNames) {
