@@ -10,7 +10,7 @@ void try_input(std::string_view input) {
     molte::RC_TABLE table{};
     const int32_t result =
         molte::RCXML_ParseBuffer(table, &input[1], static_cast<int32_t>(input.size() - 1));
-    must(result == 1 || table.pItems == nullptr);
+    must(result == 1 || table.nCount == 0);
     uint32_t last = 0;
     for (int32_t i = 0; i < table.nCount; ++i) {
         const molte::RC_STRING& string = table.pItems[i];
