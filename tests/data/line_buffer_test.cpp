@@ -1,26 +1,28 @@
 #include <map>
 #include <sstream>
 
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
 
-class LineBuffer : public testing::Test {
- protected:
-    LineBuffer() { EXPECT_EQ(OLINEBUF_Init(&buf_, "test", 1), 1); }
-    ~LineBuffer() override { EXPECT_EQ(OLINEBUF_Release(&buf_), 1); }
+struct Buffer : OLINEBUF {
+    Buffer() { EXPECT_EQ(OLINEBUF_Init(this, "test", 1), 1); }
+    ~Buffer() { EXPECT_EQ(OLINEBUF_Release(this), 1); }
+    Buffer(const Buffer&) = delete;
+    Buffer& operator=(const Buffer&) = delete;
 
     int32_t add(const std::string& line) {
-        return OLINEBUF_AddLine(&buf_, line.data(), static_cast<int32_t>(line.size()));
+        return OLINEBUF_AddLine(this, line.data(), static_cast<int32_t>(line.size()));
     }
     // So many lines that have a block of their own.
     void fill_blocks(int32_t count) {
         for (int32_t i = 0; i < count; ++i) add(std::string(4000, static_cast<char>('a' + i % 26)));
     }
-    std::string line(uint64_t id, int32_t size = 8192) {
+    std::string line(uint64_t id, int32_t size) {
         std::string out(8192, '#');
         int32_t length = -7;
-        const int32_t result = OLINEBUF_GetLine(&buf_, out.data(), size, &length, &id);
+        const int32_t result = OLINEBUF_GetLine(this, out.data(), size, &length, &id);
         if (result < 1) return "none";
         EXPECT_EQ(length, result);
         EXPECT_EQ(out[static_cast<size_t>(result)], '#');  // no terminator
@@ -28,19 +30,71 @@ class LineBuffer : public testing::Test {
     }
     std::string lines(uint64_t* id, int32_t size) {
         std::string out(static_cast<size_t>(size) + 1, '#');
-        const int32_t length = OLINEBUF_GetMultiLine(&buf_, out.data(), size, id);
+        const int32_t length = OLINEBUF_GetMultiLine(this, out.data(), size, id);
         EXPECT_EQ(std::strlen(out.c_str()), static_cast<size_t>(length));
         EXPECT_EQ(out.back(), '#');
         return out.c_str();
     }
-    Ints walk(int32_t (*step)(const OLINEBUF*, int32_t*)) {
-        Ints blocks;
+    std::string walk(int32_t (*step)(const OLINEBUF*, int32_t*)) {
+        std::string blocks;
         int32_t at = -1;
-        while (step(&buf_, &at) == 1 && blocks.size() < 100) blocks.push_back(at);
+        while (step(this, &at) == 1 && blocks.size() < 99) blocks += std::to_string(at) + " ";
         return blocks;
     }
-    OLINEBUF buf_;
+    std::string find(uint64_t id) {
+        int32_t block = -1;
+        int32_t index = -1;
+        if (OLINEBUF_UTIL_PosLineByID(this, id, &block, &index) < 1) return "none";
+        return std::to_string(block) + " " + std::to_string(index);
+    }
 };
+
+// What a step of a row tells; nothing of those that only add.
+std::string told_by(Buffer& buffer, uint64_t* next, const std::string& step,
+                    const std::string& what) {
+    const int32_t n = std::atoi(what.c_str());
+    if (step == "add") return std::to_string(buffer.add(what));
+    if (step == "line") return buffer.line(static_cast<uint64_t>(n), 8192);
+    if (step == "line 2 in") return buffer.line(2, n);
+    if (step == "lines in") {
+        const std::string text = buffer.lines(next, n);
+        return text + "@" + std::to_string(*next);
+    }
+    if (step == "ids")
+        return std::to_string(OLINEBUF_GetMinLineID(&buffer)) + " " +
+               std::to_string(OLINEBUF_GetMaxLineID(&buffer));
+    if (step == "current") return std::to_string(buffer.nCurBlock);
+    if (step == "back") return buffer.walk(OLINEBUF_UTIL_BW_GetNextBKID);
+    if (step == "on") return buffer.walk(OLINEBUF_UTIL_FW_GetNextBKID);
+    if (step == "find") return buffer.find(static_cast<uint64_t>(n));
+    if (step == "fill") {
+        buffer.fill_blocks(n);
+    } else {
+        EXPECT_EQ(step, "add lines");
+        EXPECT_EQ(OLINEBUF_AddMultiLine(&buffer, what.c_str()), 1);
+    }
+    return "";
+}
+
+std::string steps(const Texts& row) {
+    Buffer buffer;
+    uint64_t next = 0;
+    std::string all;
+    for (size_t i = 0; i + 1 < row.size(); ++i) {
+        const size_t colon = std::min(row[i].find(": "), row[i].size());
+        const std::string what = row[i].substr(std::min(colon + 2, row[i].size()));
+        const std::string told = told_by(buffer, &next, row[i].substr(0, colon), what);
+        if (!told.empty()) all += "[" + told + "]";
+    }
+    return all;
+}
+
+TEST(LineBuffer, Rows) {
+    check_rows(TEST_ROWS, {{"steps", steps}});
+    const Buffer buffer;
+    int32_t at = INT32_MIN;  // no block: as below the first
+    EXPECT_EQ(OLINEBUF_UTIL_BW_GetNextBKID(&buffer, &at), 0);
+}
 
 TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
     constexpr int32_t rows[][2] = {{INT32_MIN, 16}, {1, 16},          {65536, 16},      {65537, 17},
@@ -57,102 +111,24 @@ TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
     }
 }
 
-TEST_F(LineBuffer, IdentifiersCount) {
-    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_) + OLINEBUF_GetMaxLineID(&buf_), 0U);
-    EXPECT_EQ(line(0), "none");
-    for (const char* text : {"one", "two", "three"}) add(text);
-    EXPECT_EQ(line(0) + line(1) + line(2) + line(3), "onetwothreenone");
-    EXPECT_EQ(line(2, 5) + line(2, 6) + line(2, 1) + line(2, INT32_MIN), "threthreenonenone");
-    EXPECT_EQ(OLINEBUF_AddLine(&buf_, nullptr, 3) + OLINEBUF_AddLine(&buf_, "x", 0), 0);
-    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 0U);
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 3U);
-}
-
-TEST_F(LineBuffer, ABlockByteForByte) {
-    add("abc");
-    add("defgh");
+TEST(LineBuffer, ABlockByteForByte) {
+    Buffer buffer;
+    buffer.add("abc");
+    buffer.add("defgh");
     std::string bytes = "\2\0\0\0\10\0\0\0\3\0\0\0\375\17\0\0\5\0\0\0\370\17\0\0"s;
     bytes.append(4088 - bytes.size(), '\0').append("defghabc");
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf_.pBuf), 4096), bytes);
-    const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer.pBuf), 4096), bytes);
+    const OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buffer, 0);
     EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 508 * 8 - 8), 1);
     EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 508 * 8 - 7), 0);
 }
 
-TEST_F(LineBuffer, ABlockTakes4080BytesOfLinesAndTheirTable) {
-    EXPECT_EQ(add(std::string(5000, 'x')), 4000);
-    EXPECT_EQ(add(std::string(72, 'y')), 72);  // 509 * 8 - 4000
-    EXPECT_EQ(buf_.nCurBlock, 0);
-    add("z");
-    EXPECT_EQ(line(0) + line(1) + line(2), std::string(4000, 'x') + std::string(72, 'y') + "z");
-    for (int i = 0; i < 453; ++i) add("z");  // each costs 9 of 4080
-    EXPECT_EQ(buf_.nCurBlock, 1);
-    add("z");
-    EXPECT_EQ(buf_.nCurBlock, 2);
-}
-
-TEST_F(LineBuffer, TheOldestBlockGoesWhole) {
-    add(std::string(100, 'f'));  // no line of 4000 fits behind it
-    fill_blocks(16);
-    EXPECT_EQ(OLINEBUF_GetMinLineID(&buf_), 1U);
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 17U);
-    EXPECT_EQ(line(0), "none");
-    EXPECT_EQ(line(1) + line(16), std::string(4000, 'a') + std::string(4000, 'p'));
-    uint64_t next = 0;
-    EXPECT_EQ(lines(&next, 4000), "");
-    EXPECT_EQ(next, 0U);
-    EXPECT_EQ(lines(&next, 4001), std::string(4000, 'a'));  // from the oldest one held
-    EXPECT_EQ(next, 2U);
-    next = 0;
-    EXPECT_EQ(lines(&next, 16 * 4000 + 1).size(), 64000U);  // round the end of the ring
-    EXPECT_EQ(lines(&next, 100), "");
-    EXPECT_EQ(next, 17U);
-}
-
-TEST_F(LineBuffer, LinesGoInWhole) {
-    OLINEBUF_AddMultiLine(&buf_, "123456789\nab\n\nlast");
-    uint64_t next = 0;
-    for (const auto& [size, text] :
-         {tuple{10, ""}, {11, "123456789\n"}, {5, "ab\n\n"}, {99, "last"}}) {
-        EXPECT_EQ(lines(&next, size), text);
-    }
-    EXPECT_EQ(next, 4U);
-    EXPECT_EQ(OLINEBUF_GetMultiLine(&buf_, nullptr, 1, &next), -1);
-    OLINEBUF_AddMultiLine(&buf_, "a\n");
-    OLINEBUF_AddMultiLine(&buf_, "");
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 5U);
-}
-
-TEST_F(LineBuffer, StepsThroughTheBlocksInUse) {
-    fill_blocks(3);
-    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID), (Ints{2, 1, 0}));
-    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), (Ints{0, 1, 2}));
-    fill_blocks(15);  // block 1 is the current one again
-    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID),
-              (Ints{1, 0, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2}));
-    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID),
-              (Ints{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1}));
-    fill_blocks(14);  // the last one: the walk on sees it alone
-    EXPECT_EQ(walk(OLINEBUF_UTIL_FW_GetNextBKID), Ints{15});
-    EXPECT_EQ(walk(OLINEBUF_UTIL_BW_GetNextBKID).size(), 16U);
-    int32_t at = INT32_MIN;  // no block: as below the first
-    EXPECT_EQ(OLINEBUF_UTIL_BW_GetNextBKID(&buf_, &at), 0);
-    for (const auto& [id, found] : {tuple{15U, Ints{0, -1, -1}},
-                                    {16U, Ints{1, 0, 0}},
-                                    {31U, Ints{1, 15, 0}},
-                                    {32U, Ints{0, -1, -1}}}) {
-        int32_t block = -1;
-        int32_t index = -1;
-        const int32_t result = OLINEBUF_UTIL_PosLineByID(&buf_, id, &block, &index);
-        EXPECT_EQ((Ints{result, block, index}), found) << id;
-    }
-}
-
-TEST_F(LineBuffer, PlacesThatAreNone) {
+TEST(LineBuffer, PlacesThatAreNone) {
+    Buffer buffer;
     char out[16];
-    OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buf_, 0);
-    for (const int32_t none : {16, -1}) EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buf_, none), nullptr);
-    EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buf_, 0, 0, out, 16, nullptr), 0);
+    OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buffer, 0);
+    for (const int32_t none : {16, -1}) EXPECT_EQ(OLINEBUF_UTIL_GetBlock(&buffer, none), nullptr);
+    EXPECT_EQ(OLINEBUF_UTIL_GetLine(&buffer, 0, 0, out, 16, nullptr), 0);
     EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4090, "1234567", 7), -1);
     EXPECT_EQ(OLINEBUF_UTIL_GetStr(block, INT32_MAX, out, INT32_MAX), -1);
     EXPECT_EQ(OLINEBUF_UTIL_CopyStr(block, 4089, "1234567", 7), 1);
@@ -160,19 +136,21 @@ TEST_F(LineBuffer, PlacesThatAreNone) {
     EXPECT_EQ(std::string(out, 6), "234567");
 }
 
-TEST_F(LineBuffer, StatisticsByteForByte) {
+TEST(LineBuffer, StatisticsByteForByte) {
+    Buffer buffer;
     OLINEBUF_STAT stat;
     const std::string same = "\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20"s;
-    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+    EXPECT_EQ(OLINEBUF_DoStatistics(&buffer, &stat), 1);
     EXPECT_EQ(bytes_of(stat), same + "\0\0\0\17\0\0\17\360"s + std::string(40, '\0'));
-    fill_blocks(18);  // all blocks in use, of each 72 bytes are free
-    EXPECT_EQ(OLINEBUF_DoStatistics(&buf_, &stat), 1);
+    buffer.fill_blocks(18);  // all blocks in use, of each 72 bytes are free
+    EXPECT_EQ(OLINEBUF_DoStatistics(&buffer, &stat), 1);
     EXPECT_EQ(bytes_of(stat), same + "\0\0\0\0\0\0\4\200\0\0\0\20\0\0\0\0\0\0\0\0\0\0\0\22"s +
                                   std::string(24, '\0'));
 }
 
 // Each line tells who wrote it and its number there: no reader sees a part of one, or one late.
-TEST_F(LineBuffer, ManyWriteWhileManyRead) {
+TEST(LineBuffer, ManyWriteWhileManyRead) {
+    Buffer buffer;
     constexpr int kLines = 3000;
     const auto line_of = [](char who, int n) {
         return who + std::to_string(n) + " " + std::string(static_cast<size_t>(n % 300), who) + ".";
@@ -182,7 +160,7 @@ TEST_F(LineBuffer, ManyWriteWhileManyRead) {
     std::vector<std::thread> threads;
     for (char who = 'a'; who < 'a' + 8; ++who) {
         threads.emplace_back([&, who] {
-            for (int n = 1; n <= kLines; ++n) add(line_of(who, n) + "\n");
+            for (int n = 1; n <= kLines; ++n) buffer.add(line_of(who, n) + "\n");
             --writing;
             MOLTE_THDATA_FreeData();
         });
@@ -193,7 +171,7 @@ TEST_F(LineBuffer, ManyWriteWhileManyRead) {
             std::map<char, int> before;
             for (bool more = true; more;) {
                 more = writing > 0;
-                std::istringstream text(lines(&next, 20000));
+                std::istringstream text(buffer.lines(&next, 20000));
                 for (std::string line; std::getline(text, line); more = true) {
                     const int n = std::atoi(line.c_str() + 1);
                     if (n <= before[line[0]] || line != line_of(line[0], n)) ++bad;
@@ -205,7 +183,7 @@ TEST_F(LineBuffer, ManyWriteWhileManyRead) {
     }
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(bad, 0);
-    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buf_), 8U * kLines);
+    EXPECT_EQ(OLINEBUF_GetMaxLineID(&buffer), 8U * kLines);
 }
 
 TEST(LineBufferList, FindsByName) {
