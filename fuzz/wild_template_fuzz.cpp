@@ -3,6 +3,7 @@
 #include "wild_template_reference.h"
 
 #include "frame.h"
+#include "text/described_template.h"
 #include "text/exact.h"
 
 void try_input(std::string_view input) {

@@ -212,26 +212,3 @@ class TemplateReference {
     int32_t error_ = 0;
     std::vector<Piece> pieces_;
 };
-
-// The library's template in the same words; "!" where its fields contradict each other.
-inline std::string described_template(const MOLTE_WMTEMPL& templ) {
-    std::string all;
-    for (int32_t i = 0; i < templ.nSubStr; ++i) {
-        const MOLTE_WMSUBSTR& piece = templ.pSubStr[i];
-        if (piece.nType < 1 || piece.nType > 3) return "!";
-        all += " *.r"[piece.nType];
-        if ((piece.pChar != nullptr) != (piece.nType == 3)) all += '!';
-        for (int32_t k = 0; k < piece.nChar; ++k) {
-            const MOLTE_WMCHAR& element = piece.pChar[k];
-            if (element.nType < 1 || element.nType > 3 || element.nLen < 0) return "!";
-            const bool has_text = element.nType != MOLTE_WMCHAR_ANY && element.nLen > 0;
-            if ((element.pText != nullptr) != has_text) return "!";
-            if (has_text && element.pText[element.nLen] != '\0') all += '!';
-            all += std::string("(") + " ?[a"[element.nType] + (element.bNegate == 1 ? "^" : "") +
-                   (element.bMB == 1 ? "m" : "") + std::to_string(element.nLen) + ":" +
-                   (has_text ? std::string(element.pText, static_cast<size_t>(element.nLen)) : "") +
-                   ")";
-        }
-    }
-    return all;
-}

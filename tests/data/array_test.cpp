@@ -31,11 +31,11 @@ TEST(Array, InitChoosesTheQuantumByItemSize) {
 
 TEST(Array, ItemsMayHaveNoBytes) {
     Array none(0, 2);
-    EXPECT_EQ((Ints{none.pa.nItemSize, none.pa.nCapacity, none.pa.nGrowBy}), (Ints{0, 2, 16}));
     EXPECT_EQ(PA_Append(&none.pa, "") + PA_Append(&none.pa, ""), 2);
     PA twin;
     ASSERT_EQ(PA_Duplicate(&none.pa, &twin), 1);
-    EXPECT_EQ(twin.nCount, 2);
+    EXPECT_EQ((Ints{twin.nCount, twin.nItemSize, twin.nCapacity, twin.nGrowBy}),
+              (Ints{2, 0, 2, 16}));
     PA_Release(&twin);
     ASSERT_EQ(PA_Duplicate(&twin, &twin), 1);  // of an array that holds nothing at all
     EXPECT_EQ(twin.nCapacity, 0);
@@ -63,9 +63,6 @@ TEST(Array, AllocMemAndSetBuf) {
     EXPECT_EQ(a.pa.nCapacity, 16);
     EXPECT_EQ(PA_SetBuf(&a.pa, 17), 1);
     EXPECT_EQ(a.pa.nCapacity, 32);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(error_number_of(PA_SetBuf(&a.pa, INT32_MAX)), 20U);
-    EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 2);
 }
 
 TEST(Array, InsertLeavesZeroGapsEvenWhereItemsWere) {
@@ -100,14 +97,11 @@ TEST(Array, RefusesIndicesOutsideAndNamesThem) {
 
 TEST(Array, OutOfMemoryKeepsTheArray) {
     Array a(1 << 20, 2);
-    void* const data = a.pa.pData;
+    const std::string before = bytes_of(a.pa);
     EXPECT_EQ(error_number_of(PA_SetAt(&a.pa, INT32_MAX - 1, "x")), 20U);
-    EXPECT_EQ(a.pa.pData, data);
-    EXPECT_EQ((Ints{a.pa.nCapacity, a.pa.nCount}), (Ints{2, 0}));
-}
-
-TEST(Array, NothingOverflowsAtTheLargestCount) {
-    uint8_t byte = 0;
+    EXPECT_EQ(error_number_of(PA_SetBuf(&a.pa, INT32_MAX)), 20U);
+    EXPECT_EQ(bytes_of(a.pa), before);
+    uint8_t byte = 0;  // nothing overflows at the largest count
     PA full;
     PA_Build(&full, &byte, 1, INT32_MAX - 1, INT32_MAX - 1, 16);
     EXPECT_EQ(PA_MultiAppend(&full, &byte, 2), -1);
@@ -143,27 +137,18 @@ TEST(Array, AgreesWithAVectorOverRandomEdits) {
     for (int step = 0; step < 20000; ++step) {
         const auto value = static_cast<int32_t>(random() % 50);
         const auto index = static_cast<int32_t>(random() % (model.size() + 1));
-        switch (random() % 4) {
-            case 0:
-                PA_Append(&a.pa, &value);
-                model.push_back(value);
-                break;
-            case 1:
-                PA_InsertAt(&a.pa, index, &value);
-                model.insert(model.begin() + index, value);
-                break;
-            case 2:
-                if (!model.empty() && PA_DelAt(&a.pa, index % static_cast<int>(model.size())) > 0) {
-                    model.erase(model.begin() + index % static_cast<int>(model.size()));
-                }
-                break;
-            default: {
-                const auto found = std::find(model.begin(), model.end(), value);
-                const bool there = found != model.end();
-                ASSERT_EQ(PA_Lookup(&a.pa, &value), there ? found - model.begin() : -1);
-                ASSERT_EQ(PA_DelItem(&a.pa, &value), there ? 1 : -1);
-                if (there) model.erase(found);
-            }
+        if (random() % 2 == 0) {
+            const auto insert = model.begin() + index;
+            ASSERT_EQ(insert == model.end() ? PA_Append(&a.pa, &value)
+                                            : PA_InsertAt(&a.pa, index, &value),
+                      1);
+            model.insert(insert, value);
+        } else {
+            const auto found = std::find(model.begin(), model.end(), value);
+            const bool there = found != model.end();
+            ASSERT_EQ(PA_Lookup(&a.pa, &value), there ? found - model.begin() : -1);
+            ASSERT_EQ(PA_DelItem(&a.pa, &value), there ? 1 : -1);
+            if (there) model.erase(found);
         }
         ASSERT_LE(a.pa.nCount, a.pa.nCapacity);
         ASSERT_EQ(a.pa.nCapacity % 16, 0);

@@ -1,3 +1,4 @@
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
@@ -33,53 +34,36 @@ TEST(ByteField, SixBytesHaveANull) {
     }
 }
 
-// Each row: a, b, a + b, a - b, modular.
-template <size_t size, typename Operation>
-void check(const std::vector<std::array<Field<size>, 4>>& rows, Operation add, Operation subtract) {
-    for (const auto& [a, b, sum, difference] : rows) {
-        Field<size> out = a;  // the output may be an input
-        add(out.data(), b.data(), out.data());
-        EXPECT_EQ(out, sum);
-        out = b;
-        subtract(a.data(), out.data(), out.data());
-        EXPECT_EQ(out, difference);
-    }
+uint8_t* in(std::string& field) {
+    return reinterpret_cast<uint8_t*>(field.data());
 }
 
-TEST(ByteField, AddsAndSubtracts) {
-    check<2>({{{{0x00, 0xFF}, {0x00, 0x01}, {0x01, 0x00}, {0x00, 0xFE}}},
-              {{{0xFF, 0xFF}, {0x00, 0x02}, {0x00, 0x01}, {0xFF, 0xFD}}},
-              {{{0x00, 0x00}, {0x00, 0x01}, {0x00, 0x01}, {0xFF, 0xFF}}}},
-             Char2Add, Char2Minus);
-    check<4>({{{{0, 0xFF, 0xFF, 0xFF}, {0, 0, 0, 1}, {1, 0, 0, 0}, {0, 0xFF, 0xFF, 0xFE}}},
-              {{{0xFF, 0xFF, 0xFF, 0xFF}, {0, 0, 0, 1}, {0}, {0xFF, 0xFF, 0xFF, 0xFE}}},
-              {{{0}, {1, 0, 0, 0}, {1, 0, 0, 0}, {0xFF, 0, 0, 0}}}},
-             Char4Add, Char4Minus);
-    check<8>({{{{0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
-                {0, 0, 0, 0, 0, 0, 0, 1},
-                {0, 0, 0, 1},
-                {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFE}}},
-              {{{0}, {1}, {1}, {0xFF}}}},
-             Char8Add, Char8Minus);
+// The sum and the difference of two fields, the first stepped up and stepped down.
+template <auto add, auto subtract, auto increment, auto decrement>
+std::string sums(const Texts& row) {
+    std::string a = row[0];
+    std::string b = row[1];
+    std::string sum = a;  // the output may be an input
+    std::string difference = b;
+    std::string up = a;
+    std::string down = a;
+    add(in(sum), in(b), in(sum));
+    subtract(in(a), in(difference), in(difference));
+    increment(in(up));
+    decrement(in(down));
+    return sum + "|" + difference + "|" + up + "|" + down;
 }
 
-TEST(ByteField, StepsInPlace) {
+TEST(ByteField, AddsSubtractsAndSteps) {
+    check_rows(TEST_ROWS, {{"two", sums<Char2Add, Char2Minus, IncrementChar2, DecrementChar2>},
+                           {"four", sums<Char4Add, Char4Minus, IncrementChar4, DecrementChar4>},
+                           {"eight", sums<Char8Add, Char8Minus, IncrementChar8, DecrementChar8>}});
     Field<2> two = {0xFF, 0xFF};
-    IncrementChar2(two.data());
-    EXPECT_EQ(two, (Field<2>{0, 0}));
-    DecrementChar2(two.data());
-    Adduint2ToChar2(two.data(), 0x0102);
-    EXPECT_EQ(two, (Field<2>{0x01, 0x01}));
-    Field<4> four = {0, 0, 0, 0};
-    DecrementChar4(four.data());
+    Adduint2ToChar2(two.data(), 0x0103);
+    EXPECT_EQ(two, (Field<2>{0x01, 0x02}));
+    Field<4> four = {0xFF, 0xFF, 0xFF, 0xFF};
     Adduint4ToChar4(four.data(), 0xFF020305);
-    IncrementChar4(four.data());
-    EXPECT_EQ(four, (Field<4>{0xFF, 2, 3, 5}));
-    Field<8> eight = {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF};
-    IncrementChar8(eight.data());
-    EXPECT_EQ(eight, (Field<8>{0, 0, 0, 1}));
-    DecrementChar8(eight.data());
-    EXPECT_EQ(eight, (Field<8>{0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF}));
+    EXPECT_EQ(four, (Field<4>{0xFF, 2, 3, 4}));
 }
 
 TEST(ByteField, Arrays) {

@@ -1,5 +1,6 @@
 #include <set>
 
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace {
@@ -73,16 +74,6 @@ TEST(SortedArray, SearchesCompareInAFixedOrder) {
     EXPECT_EQ(compared_by(MOLTE_FindInsPos, items, 6), (Ints{3, 6, 7}));
 }
 
-int by_letter(const void* a, const void* b) {
-    return *static_cast<const char*>(a) - *static_cast<const char*>(b);
-}
-
-TEST(SortedArray, RemovesAllButTheFirstOfEquals) {
-    char items[] = "a1a2b1c1c2c3";
-    EXPECT_EQ(MOLTE_RemoveDupItem(items, 2, 6, by_letter), 3);
-    EXPECT_EQ(std::string(items, 6), "a1b1c1");
-}
-
 // The three parts of two lists.
 struct Split {
     void* lists[3];
@@ -142,32 +133,37 @@ TEST(SortedArray, SplitSurvivesAComparisonThatLies) {
     }
 }
 
+int by_letter(const void* a, const void* b) {
+    return *static_cast<const char*>(a) - *static_cast<const char*>(b);
+}
+
+// The three parts of two lists of two bytes an item.
+std::string split_rows(const Texts& row) {
+    std::string lists[] = {row[0], row[1]};
+    void* a = lists[0] == "(null)" ? nullptr : lists[0].data();
+    void* b = lists[1] == "(null)" ? nullptr : lists[1].data();
+    const auto count = [](void* list, const std::string& items) {
+        return list == nullptr ? 0 : static_cast<int32_t>(items.size() / 2);
+    };
+    const Split split(a, count(a, lists[0]), b, count(b, lists[1]), by_letter, 2);
+    std::string told = std::to_string(split.result);
+    for (int part = 0; part < 3; ++part) {
+        const auto size = static_cast<size_t>(split.counts[part]) * 2;
+        told += " " + std::string(static_cast<const char*>(split.lists[part]), size);
+    }
+    return told;
+}
+
 TEST(SortedArray, SplitTakesWhatIsThere) {
+    check_rows(TEST_ROWS, {{"split", split_rows}});
     Ints b{3, 1, 3, 2};
-    const Split half(nullptr, 0, b.data(), 4, compare, 4);
-    EXPECT_EQ(half.result, 1);
-    EXPECT_EQ(half.numbers(0, 1), Ints{});
-    EXPECT_EQ(half.numbers(2, 1), (Ints{1, 2, 3}));
-    EXPECT_EQ(Ints(b.begin(), b.begin() + 3), (Ints{1, 2, 3}));  // sorted in place
-    const Split none(nullptr, 0, nullptr, 0, compare, 4);
-    EXPECT_EQ(none.result, 0);
-    EXPECT_EQ(none.numbers(2, 1), Ints{});
-    const Split empty(b.data(), 0, b.data() + 1, 0, compare, 4);  // no item is none, not one
-    EXPECT_EQ(empty.result, 1);
-    EXPECT_EQ(empty.numbers(0, 1), Ints{});
     int32_t both = 9;
-    EXPECT_EQ(MOLTE_KeyDiff(b.data(), 1, &b[1], 2, nullptr, nullptr, nullptr, &both, nullptr,
+    EXPECT_EQ(MOLTE_KeyDiff(b.data(), 1, b.data(), 4, nullptr, nullptr, nullptr, &both, nullptr,
                             nullptr, compare, 4),
               1);
-    EXPECT_EQ(both, 0);
+    EXPECT_EQ(both, 1);
+    EXPECT_EQ(Ints(b.begin(), b.begin() + 3), (Ints{1, 2, 3}));  // sorted in place
     EXPECT_EQ(error_of(Split(b.data(), 1, nullptr, 0, nullptr, 4).result), "50 oxsysutl");
-    // What both have comes from the shorter list; from the first of two equally long.
-    char x[] = "a1c1";
-    char y[] = "a2";
-    for (const auto& [n, taken] : {std::pair{2, "a2"}, {1, "a1"}}) {
-        const Split split(x, n, y, 1, by_letter, 2);
-        EXPECT_EQ(std::string(static_cast<char*>(split.lists[1]), 2), taken);
-    }
 }
 
 TEST(SortedArray, RefusesWhatCannotBeSearched) {

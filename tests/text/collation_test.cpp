@@ -1,4 +1,5 @@
 #include "pinyin_table.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -7,18 +8,16 @@ constexpr char kLines[] = "zhe\xB0\xA1\xB0\xA2\nchang\xB0\xA2\nzo\xB0\xA3\nsan\x
 
 TEST(Collation, characters) {
     const PinyinTable table(kLines);
-    struct Case {
-        OCOLL_CHARCMP compare;
-        int32_t a, b, result;
-    };
-    const Case cases[] = {
+    const tuple<OCOLL_CHARCMP, int32_t, int32_t, int32_t> cases[] = {
         {OCOLL_SB_CharCiCmp, 'a', 'C', -2},          {OCOLL_SB_CharCiCmp, 'z', '[', 'Z' - '['},
         {OCOLL_SB_CharCiCmp, 0xE4, 0xC4, 0x20},      {OCOLL_SB_CharCiCmp, 0xB0E1, 0xB0C1, 0x20},
         {OCOLL_DB_CharBinCmp, 'a', 'A', 32},         {OCOLL_SB_CharBinCmp, 0xFF, 0x80, 127},
         {OCOLL_DB_CharPyCmp, 0xB0A1, 0xB0A2, 0},     {OCOLL_DB_CharPyCmp, 0xB0A3, 0xB0A1, -1},
         {OCOLL_DB_CharPyCmp, 0xB0A1, 0xB0A9, -8},    {OCOLL_DB_CharAVarPyCmp, 0xB0A3, 0xB0A1, 1},
         {OCOLL_DB_CharBVarPyCmp, 0xB0A3, 0xB0A1, 1}, {OCOLL_DB_CharBVarPyCmp, 0xB0A2, 0xB0A1, 0}};
-    for (const Case& c : cases) EXPECT_EQ(c.compare(c.a, c.b), c.result) << c.a << " " << c.b;
+    for (const auto& [compare, a, b, result] : cases) {
+        EXPECT_EQ(compare(a, b), result) << a << " " << b;
+    }
     OXLANG_SetLocale(OXLANG_ENGLISH);
     EXPECT_EQ(OCOLL_SB_CharCiCmp(0xE4, 0xC4), 0);
     EXPECT_EQ(OCOLL_SB_CharCiCmp(0xF7, 0xD7), 0x20);
@@ -62,25 +61,43 @@ TEST(Collation, characters_of_both_widths) {
     EXPECT_EQ(compare(0, 2, 0xFFFF, 1, never_asked, never_asked), 1);
 }
 
-TEST(Collation, keys_are_unsigned_bytes) {
-    const tuple<Text, Text, int32_t> cases[] = {
-        {"a", "ab", -1},    {"ab", "a", 1},  {"\x80", "a", 1},     {"a", "a", 0},
-        {"", "", 0},        {"", "a", -1},   {"\xB0\xA1", "z", 1}, {"az", "c", -1},
-        {nullptr, "a", -1}, {"", nullptr, 0}};
-    for (const auto& [a, b, result] : cases) {
-        for (const OCOLL_STRCMP compare : {MOLTE_CompKey, OCOLL_MB_StrBinCmp, OCOLL_SB_StrBinCmp}) {
-            EXPECT_EQ(compare(a, b), result) << (a != nullptr ? a : "null");
-        }
+std::string keys(const Texts& row) {
+    const Text a = text_or_null(row[0]);
+    const Text b = text_or_null(row[1]);
+    const int32_t order = MOLTE_CompKey(a, b);
+    EXPECT_EQ(OCOLL_MB_StrBinCmp(a, b), order);
+    EXPECT_EQ(OCOLL_SB_StrBinCmp(a, b), order);
+    return std::to_string(order);
+}
+
+std::string texts(const Texts& row) {
+    const Text a = text_or_null(row[0]);
+    const Text b = text_or_null(row[1]);
+    const int32_t variant_ci = OCOLL_MB_StrAVarPyCiCmp(a, b);
+    const int32_t variant_cs = OCOLL_MB_StrAVarPyCsCmp(a, b);
+    EXPECT_EQ(OCOLL_MB_StrBVarPyCiCmp(a, b), variant_ci);
+    EXPECT_EQ(OCOLL_MB_StrBVarPyCsCmp(a, b), variant_cs);
+    std::string all;
+    for (const int32_t order :
+         {UTIL_MB_StrCmp(a, b, first_minus_second, second_minus_first), OCOLL_MB_StrPyCiCmp(a, b),
+          OCOLL_MB_StrPyCsCmp(a, b), variant_ci, variant_cs}) {
+        all += std::to_string(order) + " ";
     }
+    return all;
+}
+
+TEST(Collation, rows) {
+    const PinyinTable table(kLines);
+    check_rows(TEST_ROWS, {{"keys", keys}, {"texts", texts}});
     EXPECT_EQ(OCOLL_SB_StrCiCmp("ABC", "abc"), 0);
     EXPECT_LT(OCOLL_SB_StrCiCmp("abc", "ABD"), 0);
     EXPECT_EQ(OCOLL_SB_StrCiCmp(nullptr, nullptr), 1);
     EXPECT_EQ(OCOLL_SB_StrCiCmp(nullptr, "a"), 0);
 }
 
+// Equal ones are compared again and again: two texts that begin alike never come back.
 TEST(Collation, texts_are_their_first_characters) {
-    const PinyinTable table(kLines);
-    // Equal ones are compared again and again: two texts that begin alike never come back.
+    ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);
     asked.clear();
     equal_times = 3;
     EXPECT_EQ(UTIL_MB_StrCmp("xy", "xz", equal_for_a_while, never_asked), -7);
@@ -89,30 +106,6 @@ TEST(Collation, texts_are_their_first_characters) {
     equal_times = 2;
     EXPECT_EQ(UTIL_MB_StrCmp("\x81\x5Cx", "\xB0\xA1", never_asked, equal_for_a_while), -7);
     EXPECT_EQ(asked, decltype(asked)(3, {0x815C, 0xB0A1}));
-
-    struct Case {
-        Text a, b;
-        int32_t general, by_ci, by_cs, variant_ci, variant_cs;
-    };
-    const Case cases[] = {
-        {"", "", 0, 0, 0, 0, 0},
-        {nullptr, "x", -1, -1, -1, -1, -1},
-        {"x", "", 1, 1, 1, 1, 1},
-        {"\xB0\xA1", "x", 1, 1, 1, 1, 1},
-        {"\xB0", "\x81\x40", -1, -1, -1, -1, -1},  // a lead byte that ends its text is one byte
-        {"A", "c", 'A' - 'c', -2, 'A' - 'c', -2, 'A' - 'c'},
-        {"\xB0\xA3", "\xB0\xA1", -2, -1, -1, 1, 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.a != nullptr ? c.a : "null");
-        EXPECT_EQ(UTIL_MB_StrCmp(c.a, c.b, first_minus_second, second_minus_first), c.general);
-        EXPECT_EQ(OCOLL_MB_StrPyCiCmp(c.a, c.b), c.by_ci);
-        EXPECT_EQ(OCOLL_MB_StrPyCsCmp(c.a, c.b), c.by_cs);
-        EXPECT_EQ(OCOLL_MB_StrAVarPyCiCmp(c.a, c.b), c.variant_ci);
-        EXPECT_EQ(OCOLL_MB_StrBVarPyCiCmp(c.a, c.b), c.variant_ci);
-        EXPECT_EQ(OCOLL_MB_StrAVarPyCsCmp(c.a, c.b), c.variant_cs);
-        EXPECT_EQ(OCOLL_MB_StrBVarPyCsCmp(c.a, c.b), c.variant_cs);
-    }
 }
 
 // Not in a table: that may hold another address of an imported function than the library gives.

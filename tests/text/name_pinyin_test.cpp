@@ -1,50 +1,38 @@
 #include "pinyin_table.h"
+#include "support/rows.h"
 
 namespace {
 
 constexpr char kLines[] = "zhang\xB0\xA1\nchang\xB0\xA1\nsan\xB0\xA2\n";
 
-// The parts of a name as "type:code", or "type:text length|".
-std::string parts_of(const char* name) {
+// The parts of a name as "type:code", or "type:text length|"; its readings and its pattern.
+std::string told_of(const Texts& row) {
+    const char* name = row[0].c_str();
     MOLTE_NAMEPART* parts = nullptr;
     const int32_t count = MOLTE_Name2Part(name, &parts);
-    std::string text;
+    std::string told;
     for (int i = 0; i < count; ++i) {
-        const MOLTE_NAMEPART& part = parts[i];
-        text += std::to_string(part.nType) + ":";
-        text += part.nType == 0 ? std::to_string(part.nValue)
+        MOLTE_NAMEPART& part = parts[i];
+        told += std::to_string(part.nType) + ":";
+        told += part.nType == 0 ? std::to_string(part.nValue)
                                 : part.pszText + std::to_string(part.nValue) + "|";
         EXPECT_EQ(part.nType == 0, part.pszText == nullptr);
+        if (part.nType != 0) part.nValue = 99;  // a text tells its length itself
     }
+    char text[64];
+    EXPECT_EQ(MOLTE_Name2Pinyin(name, text, sizeof text), 1);
+    const std::string readings = text;
+    EXPECT_EQ(MOLTE_NAMEPART2PinYin(parts, count, text, sizeof text), 1);
+    EXPECT_EQ(text, readings);
+    EXPECT_EQ(MOLTE_Name2Wild(name, text, sizeof text), 1);
     EXPECT_EQ(MOLTE_NAMEPART_MultiFree(parts, count), 1);
     ORVEX_free(parts);
-    return text;
+    return told + ";" + readings + ";" + text;
 }
 
 TEST(NamePinyin, parts_readings_and_patterns) {
     const PinyinTable table(kLines);
-    struct Case {
-        Text name, parts, readings, pattern;
-    };
-    const std::vector<Case> cases = {
-        {"\xB0\xA1\xB0\xA2", "0:452170:45218", " ZHANG CHANG  SAN ", "*"},
-        {"LI Ming", "1:LI2|2: 1|1:Ming4|", " LI  Ming ", "* LI * MING *"},
-        {"A1B", "1:A1|2:11|1:B1|", " A  B ", "* A * B *"},
-        {"  ", "2:  2|", "", "*"},
-        {"\xB0\xA2"
-         "ab",
-         "0:452181:ab2|", " SAN  ab ", "* AB *"},
-        {"x\xD7\xD7.", "1:x1|0:552552:.1|", " x ", "* X *"},  // a character without reading
-        {"a\xB0", "1:a1|0:45056", " a ", "* A *"},            // a lead byte alone
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(parts_of(c.name), c.parts) << c.name;
-        char text[64];
-        EXPECT_EQ(MOLTE_Name2Pinyin(c.name, text, sizeof text), 1);
-        EXPECT_EQ(text, std::string(c.readings)) << c.name;
-        EXPECT_EQ(MOLTE_Name2Wild(c.name, text, sizeof text), 1);
-        EXPECT_EQ(text, std::string(c.pattern)) << c.name;
-    }
+    check_rows(TEST_ROWS, {{"names", told_of}});
 }
 
 TEST(NamePinyin, empty_names_and_no_room) {
