@@ -124,51 +124,40 @@ std::string without_repeated(const Texts& row) {
     return told_keys(texts(keys.data(), count));
 }
 
+std::string found(const Texts& row) {
+    const Keys keys(keys_in(row[0]));
+    return std::to_string(MOLTE_KeyInList(keys.data(), keys.count(), row[1].c_str()));
+}
+std::string without_one(const Texts& row) {
+    Keys keys(keys_in(row[0]));
+    const int32_t result = MOLTE_DelKeyInList(keys.data(), keys.count(), std::stoi(row[1]));
+    return told_keys(texts(keys.data(), keys.count() - result));
+}
+std::string loaded_keys(const Texts& row) {
+    const TempFolder folder;
+    return told_keys(load(folder.write("keys", row[0])));
+}
+
 TEST(KeyList, Rows) {
-    check_rows(TEST_ROWS, {{"without deleted slots", without_deleted},
+    check_rows(TEST_ROWS, {{"found", found},
+                           {"without one", without_one},
+                           {"without deleted slots", without_deleted},
                            {"without duplicates", without_repeated},
-                           {"file of keys",
-                            [](const Texts& row) {
-                                const TempFolder folder;
-                                return told_keys(load(folder.write("keys", row[0])));
-                            }},
+                           {"file of keys", loaded_keys},
                            {"file of SIDs", loaded_sids}});
     EXPECT_EQ(MOLTE_RemoveDupKey(nullptr, -3), -3);
     EXPECT_EQ(MOLTE_RemoveZeroHeadKey(nullptr, -3), 0);
-}
-
-TEST(KeyList, AgreesWithASetOver100000Operations) {
-    std::mt19937 random(2);
-    Keys keys(Texts(600));
-    int32_t count = 0;
-    std::set<std::string> model;
-    const auto compare = [](const void* a, const void* b) {
-        return std::strcmp(static_cast<const char*>(a), static_cast<const char*>(b));
-    };
-    for (int step = 0; step < 100000; ++step) {
-        const std::string key = "K" + std::to_string(random() % 500);
-        const int32_t index = MOLTE_KeyInList(keys.data(), count, key.c_str());
-        ASSERT_EQ(index, model.contains(key) ? std::distance(model.begin(), model.find(key)) : -1);
-        if (index >= 0) {
-            ASSERT_EQ(MOLTE_DelKeyInList(keys.data(), count--, index), 1);
-            model.erase(key);
-        } else {
-            const Keys slot({key});
-            const int32_t at = MOLTE_FindInsPos(slot.data(), keys.data(), count++, kSlot, compare);
-            const auto place = keys.begin() + at * static_cast<int32_t>(kSlot);
-            keys.insert(place, slot.begin(), slot.end());
-            keys.resize(600 * kSlot);
-            model.insert(key);
-        }
-        if (step % 1000 == 0) {
-            ASSERT_EQ(texts(keys.data(), count), Texts(model.begin(), model.end()));
+    EXPECT_EQ(MOLTE_DelKeyInList(nullptr, 1, 0), -1);
+    for (int32_t count = 1; count < 70; ++count) {
+        Texts all;
+        for (int32_t i = 0; i < count; ++i) all.push_back(std::to_string(100 + i));
+        const Keys keys(all);
+        for (int32_t i = -1; i <= count; ++i) {
+            const int32_t place =
+                MOLTE_KeyInList(keys.data(), count, std::to_string(100 + i).c_str());
+            ASSERT_EQ(place, i < count ? i : -1) << count;
         }
     }
-    EXPECT_EQ(MOLTE_DelKeyInList(keys.data(), count, count), 0);
-    EXPECT_EQ(MOLTE_DelKeyInList(keys.data(), count, -1), 0);
-    const std::string longer = "K1" + std::string(40, '1');  // than any slot
-    EXPECT_EQ(MOLTE_KeyInList(keys.data(), count, longer.c_str()), -1);
-    EXPECT_EQ(MOLTE_KeyInList(nullptr, 0, "a"), -1);
 }
 
 // The union as it is described, with nothing clever about it.
