@@ -1,4 +1,5 @@
 #include "exact.h"
+#include "in_bytes.h"
 #include "pinyin_table.h"
 #include "support/rows.h"
 
@@ -42,15 +43,6 @@ std::string questions(const Texts& row) {
     const int32_t result = OCOLL_MB_WildMatch(Exact(row[1]), Exact(row[0]), odd_single, odd_pair);
     asked.insert(0, std::to_string(result) + " ");
     return row.back().starts_with(asked) ? row.back() : asked;
-}
-
-// Where double-byte characters aren't known.
-template <std::string (*told)(const Texts& row)>
-std::string in_bytes(const Texts& row) {
-    OXLANG_SetLocale(OXLANG_ENGLISH);
-    const std::string text = told(row);
-    OXLANG_SetLocale(OXLANG_CHINESE);
-    return text;
 }
 
 TEST(WildMatch, rows) {

@@ -1,5 +1,6 @@
 #include "described_template.h"
 #include "exact.h"
+#include "in_bytes.h"
 #include "support/rows.h"
 #include "support/test.h"
 
@@ -59,15 +60,6 @@ std::string found(const Texts& row) {
     EXPECT_EQ(MOLTE_WMCHAR_StrMatch(elements, count, nullptr, nullptr), 0);
     return std::to_string(head) + " " + std::to_string(bytes) + " " + std::to_string(offset);
 }
-// Where double-byte characters aren't known.
-template <std::string (*told)(const Texts& row)>
-std::string in_bytes(const Texts& row) {
-    OXLANG_SetLocale(OXLANG_ENGLISH);
-    const std::string text = told(row);
-    OXLANG_SetLocale(OXLANG_CHINESE);
-    return text;
-}
-
 TEST_F(WildTemplate, rows) {
     check_rows(TEST_ROWS, {{"compiling", compiled_row},
                            {"compiling in bytes", in_bytes<compiled_row>},
