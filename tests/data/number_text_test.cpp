@@ -1,5 +1,4 @@
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/called.h"
 
 namespace {
 
@@ -47,24 +46,15 @@ string read(const Texts& row) {
     return std::to_string(value);
 }
 
-string limited(const Texts& row) {
-    const int32_t low = std::stoi(row[0]);
-    const int32_t high = std::stoi(row[1]);
-    const int32_t value = std::stoi(row[2]);
-    return std::to_string(MOLTE_LimitData(low, high, value)) + " " +
-           std::to_string(MOLTE_LimitDefData(low, high, value, 3));
-}
-
 TEST(NumberText, Rows) {
-    check_rows(
-        TEST_ROWS,
-        {{"read bar code",
-          [](const Texts& row) { return std::to_string(BarCodeTo_uint8(text_or_null(row[0]))); }},
-         {"write bar code", bar_code_written},
-         {"key", key_built},
-         {"write", written},
-         {"read", read},
-         {"limit", limited}});
+    check_rows(TEST_ROWS, {{"read bar code", called<BarCodeTo_uint8>},
+                           {"write bar code", bar_code_written},
+                           {"key", key_built},
+                           {"write", written},
+                           {"read", read},
+                           {"limit", called<MOLTE_LimitData>},
+                           {"limit or default", called<MOLTE_LimitDefData>},
+                           {"all the same", called<MOLTE_IsAllSameChar>}});
     EXPECT_EQ(error_of(uint8ToBarCode(1, nullptr, 4)), "50 oxdatcnv");
     EXPECT_EQ(error_of(MOLTE_i64tow(1, nullptr)), "51 oxdatcnv");
     EXPECT_EQ(MOLTE_ui64tow(1, nullptr), nullptr);
@@ -96,16 +86,12 @@ TEST(Number, OfBoundedWideTexts) {
     EXPECT_EQ(error_of(MOLTE_atoi64(nullptr)), "50 oxdatcnv");
 }
 
-TEST(Limits, FlagsAndRuns) {
+TEST(Limits, Flags) {
     for (int32_t flag : {0, 1, 2, -1, INT32_MIN}) {
         const int32_t expected = flag != 0 ? 1 : 0;
         EXPECT_EQ(MOLTE_LimitBool(&flag), expected);
         EXPECT_EQ(flag, expected);
     }
-    EXPECT_EQ(MOLTE_IsAllSameChar("aab", 3, 'a'), 0);
-    EXPECT_EQ(MOLTE_IsAllSameChar("aab", 2, 'a'), 1);
-    EXPECT_EQ(MOLTE_IsAllSameChar("\xFF", 1, 0xFF), 1);
-    EXPECT_EQ(MOLTE_IsAllSameChar(nullptr, -1, 'a'), 1);
 }
 
 }  // namespace

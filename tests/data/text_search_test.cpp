@@ -1,5 +1,4 @@
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/called.h"
 
 namespace {
 
@@ -20,12 +19,6 @@ OXSTR_REGOBJ pattern_of(const char* pattern, bool all, int32_t start = 0) {
     reg.bAllMatches = all ? 1 : 0;
     reg.nStartOffset = start;
     return reg;
-}
-
-std::string found(const Texts& row) {
-    const Text text = text_or_null(row[0]);
-    return std::to_string(MOLTE_STR_FindSubStr(text, row[1].c_str())) + " " +
-           std::to_string(MOLTE_STR_FindSubStrWithCase(text, row[1].c_str()));
 }
 
 std::string matches(const Texts& row) {
@@ -57,7 +50,10 @@ std::string replaced(const Texts& row) {
 }
 
 TEST(Find, Rows) {
-    check_rows(TEST_ROWS, {{"find", found}, {"matches", matches}, {"replace", replaced}});
+    check_rows(TEST_ROWS, {{"find", called<MOLTE_STR_FindSubStr>},
+                           {"find with case", called<MOLTE_STR_FindSubStrWithCase>},
+                           {"matches", matches},
+                           {"replace", replaced}});
     const OXSTR_REGOBJ none = pattern_of(nullptr, false);
     const OXSTR_REGOBJ before = pattern_of("a", false, -1);
     for (const OXSTR_REGOBJ* bad : {&none, &before, static_cast<const OXSTR_REGOBJ*>(nullptr)}) {

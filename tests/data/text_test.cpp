@@ -1,5 +1,4 @@
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/called.h"
 
 namespace {
 
@@ -51,6 +50,10 @@ const Calls kCalls = {
          EXPECT_EQ(ox_striphead(text, part), head != 0 ? text + strlen(part) : nullptr);
          return std::to_string(head) + " " + std::to_string(ox_strendwith(text, part));
      }},
+    {"length within", called<ox_limstrlen>},
+    {"all digits", called<ox_isalldigit>},
+    {"part", called<ox_substr>},
+    {"part as number", called<ox_part_atoi>},
     {"blank", [](const Texts& row) {
          const Text bytes = text_or_null(row[0]);
          const int32_t blank = MOLTE_STR_SBIsBlank(bytes, std::stoi(row[1]));
@@ -98,30 +101,11 @@ TEST(Length, BoundedAndNot) {
     EXPECT_EQ(ox_strlen(nullptr) + ox_strlenW(nullptr), 0);
     EXPECT_EQ(ox_strlen("abc"), 3);
     EXPECT_EQ(ox_strlenW(L"abcd"), 4);
-    const tuple<Text, const wchar_t*, int32_t, int32_t> rows[] = {
-        {"", L"", 0, -1},       {"", L"", 1, 0},        {"abc", L"abc", 4, 3},
-        {"abc", L"abc", 3, -1}, {"abc", L"abc", 2, -1}, {"abc", L"abc", -1, -1}};
-    for (const auto& [text, wide, limit, result] : rows) {
-        EXPECT_EQ(ox_limstrlen(text, limit), result) << text << limit;
-        EXPECT_EQ(ox_limstrlenW(wide, limit), result) << text << limit;
+    for (const auto& [limit, length] : {std::pair(4, 3), {3, -1}, {-1, -1}}) {
+        EXPECT_EQ(ox_limstrlenW(L"abc", limit), length);
     }
     const char unterminated[3] = {'a', 'b', 'c'};
     EXPECT_EQ(ox_limstrlen(unterminated, 3), -1) << "reads no further than the limit";
-}
-
-TEST(Questions, Digits) {
-    for (const Text text : {"", "0123456789"}) EXPECT_EQ(ox_isalldigit(text), 1);
-    for (const Text text : {"12a", "-1", Text{}}) EXPECT_EQ(ox_isalldigit(text), 0);
-}
-
-TEST(KeptNames, GiveTheirFixedResults) {
-    const tuple<Text, int32_t, int32_t, int32_t> rows[] = {
-        {"abc", 3, 1, 0},   {"abc", 1, 3, 0},  {"abc", 0, -1, 0}, {"abc", 1, INT32_MAX, 0},
-        {nullptr, 0, 1, 0}, {"abc", -1, 1, 0}, {"123", 0, 3, -1}};
-    for (const auto& [text, pos, len, result] : rows) {
-        EXPECT_EQ(ox_substr(text, pos, len), result) << pos << len;
-        EXPECT_EQ(ox_part_atoi(text, pos, len), -1) << pos << len;
-    }
 }
 
 }  // namespace

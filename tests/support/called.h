@@ -1,0 +1,32 @@
+// A function of texts and numbers, called by the rows of a table.
+#pragma once
+
+#include "support/rows.h"
+#include "support/test.h"
+
+template <typename Argument>
+Argument argument_in(const std::string& field) {
+    if constexpr (std::is_integral_v<Argument>) {
+        return static_cast<Argument>(std::stoull(field, nullptr, 0));
+    } else {
+        return text_or_null(field);
+    }
+}
+
+template <typename Result, typename... Arguments, size_t... index>
+std::string told_by(Result (*function)(Arguments...), const Texts& row,
+                    std::index_sequence<index...>) {
+    return std::to_string(function(argument_in<Arguments>(row[index])...));
+}
+template <typename Result, typename... Arguments>
+std::string told_by(Result (*function)(Arguments...), const Texts& row) {
+    return told_by(function, row, std::index_sequence_for<Arguments...>{});
+}
+
+// What it tells of the fields of a row: its result, and its error.
+template <auto function>
+std::string called(const Texts& row) {
+    const std::string result = told_by(function, row);
+    const std::string error = taken_error();
+    return error.empty() ? result : result + " " + error;
+}
