@@ -44,14 +44,15 @@ TEST(Array, ItemsMayHaveNoBytes) {
 TEST(Array, GrowsByWholeQuantaAndZeroFills) {
     Array a(4);
     const int32_t seven = 7;
-    // At last (16 - 32 + 100) / 16 * 16 = 80 more.
-    for (const auto& [index, capacity] : {std::pair(15, 16), {15, 16}, {16, 32}, {100, 112}}) {
+    // At last (16 - 64 + 100) / 16 * 16 = 48 more.
+    for (const auto& [index, capacity] :
+         {std::pair(15, 16), {15, 16}, {16, 32}, {48, 64}, {100, 112}}) {
         PA_SetAt(&a.pa, index, &seven);
         EXPECT_EQ(a.pa.nCapacity, capacity);
         EXPECT_EQ(a.pa.nCount, index + 1);
     }
     Ints expected(112);
-    expected[15] = expected[16] = expected[100] = 7;
+    expected[15] = expected[16] = expected[48] = expected[100] = 7;
     a.pa.nCount = 112;  // the room behind is zero as well
     EXPECT_EQ(values(a.pa), expected);
 }
@@ -67,10 +68,10 @@ TEST(Array, AllocMemAndSetBuf) {
 
 TEST(Array, InsertLeavesZeroGapsEvenWhereItemsWere) {
     Array a(4);
-    for (int32_t v : {1, 2, 3}) PA_Append(&a.pa, &v);
     const int32_t nine = 9;
+    PA_MultiAppend(&a.pa, Ints(15, 1).data(), 15);
     EXPECT_EQ(PA_InsertAt(&a.pa, 1, &nine), 1);
-    EXPECT_EQ(values(a.pa), (Ints{1, 9, 2, 3}));
+    EXPECT_EQ(a.pa.nCapacity, 32);  // one item early
     while (a.pa.nCount > 0) PA_DelAt(&a.pa, a.pa.nCount - 1);
     EXPECT_EQ(PA_InsertAt(&a.pa, 5, &nine), 1);
     EXPECT_EQ(values(a.pa), (Ints{0, 0, 0, 0, 0, 9}));
@@ -120,9 +121,10 @@ TEST(Array, MultiAppendDuplicateCopy) {
     EXPECT_EQ(PA_MultiAppend(&a.pa, nullptr, 0), 20);
     EXPECT_EQ(PA_MultiAppend(&a.pa, twenty.data(), -1), -1);
     PA twin;
+    a.pa.nGrowBy = 5;
     ASSERT_EQ(PA_Duplicate(&a.pa, &twin), 1);
     EXPECT_EQ(values(twin), twenty);
-    EXPECT_EQ(twin.nCapacity, 32);
+    EXPECT_EQ((Ints{twin.nCapacity, twin.nGrowBy}), (Ints{32, 5}));
     twin.nCount = 4;
     EXPECT_EQ(PA_Copy(&a.pa, &twin), 1);
     EXPECT_EQ(twin.nCount, 4);  // the caller's to set
