@@ -1,13 +1,11 @@
 // What depends on the process's code page: blanks and the case of letters, walking by whole
 // characters, and conversion.
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/called.h"
 
 namespace {
 
-#define A1 "\xB0\xA1"     // U+554A
-#define YI "\xD2\xBB"     // U+4E00
-#define SLASH "\x81\x5C"  // U+4E57, the trail byte is a backslash
+#define A1 "\xB0\xA1"  // U+554A
+#define YI "\xD2\xBB"  // U+4E00
 
 TEST(CodePages, HaveTheirLettersAndBlanks) {
     // Bytes; whether they are the same but for their case in Latin, and in Chinese.
@@ -38,32 +36,22 @@ TEST(CodePages, HaveTheirLettersAndBlanks) {
     }
 }
 
-TEST(Chinese, SearchesByWholeCharacters) {
-    ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);
-    const char* text = "a" SLASH YI "\\";
-    const std::pair<int32_t, int> places[] = {
-        {0x815C, 1}, {0xD2BB, 3}, {'\\', 5}, {0x81, -1}, {0xBB, -1}};
-    for (const auto& [value, place] : places) {
-        EXPECT_EQ(MOLTE_STR_Chr(text, value), place < 0 ? nullptr : text + place) << value;
-    }
-    const char* cut = "ab\x81";
-    EXPECT_EQ(MOLTE_STR_Chr(cut, 0x81), cut + 2) << "a lead byte at the end stands for itself";
-    EXPECT_EQ(ox_mbstrstr(text, "\\"), text + 5);
-    EXPECT_EQ(ox_strstr(text, "\\"), text + 2);
-    EXPECT_EQ(MOLTE_STR_MBIsBlank(" " A1, 3), 0);
-    EXPECT_EQ(MOLTE_STR_SBIsBlank(" " A1, 3), 1);
-    EXPECT_EQ(MOLTE_STR_MBIsBlank(" \x80", 2), 1);
+std::string trimmed(const Texts& row) {
+    std::string left = row[0];
+    std::string right = row[0];
+    EXPECT_EQ(MOLTE_STR_LeftStrTrim(left.data(), row[1].c_str()), 1);
+    EXPECT_EQ(MOLTE_STR_RightStrTrim(right.data(), row[1].c_str()), 1);
+    return left.c_str() + "|"s + right.c_str();
 }
 
-TEST(Chinese, TrimsWholeCharacters) {
+TEST(Chinese, Rows) {
     ASSERT_EQ(OXLANG_SetLocale(OXLANG_CHINESE), 1);
-    check_rows(TEST_ROWS, {{"trim set", [](const Texts& row) {
-                                std::string left = row[0];
-                                std::string right = row[0];
-                                EXPECT_EQ(MOLTE_STR_LeftStrTrim(left.data(), row[1].c_str()), 1);
-                                EXPECT_EQ(MOLTE_STR_RightStrTrim(right.data(), row[1].c_str()), 1);
-                                return left.c_str() + "|"s + right.c_str();
-                            }}});
+    check_rows(TEST_ROWS, {{"trim set", trimmed},
+                           {"character", called<MOLTE_STR_Chr>},
+                           {"first place", called<ox_strstr>},
+                           {"first place of characters", called<ox_mbstrstr>},
+                           {"blank", called<MOLTE_STR_MBIsBlank>},
+                           {"blank bytes", called<MOLTE_STR_SBIsBlank>}});
 }
 
 TEST(Chinese, ConvertsWholeTexts) {

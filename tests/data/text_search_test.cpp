@@ -2,17 +2,6 @@
 
 namespace {
 
-TEST(Find, Places) {
-    const char* text = "abcabd";
-    EXPECT_EQ(ox_strstr(text, "abd"), text + 3);
-    EXPECT_EQ(ox_mbstrstr(text, "abd"), text + 3);
-    EXPECT_EQ(ox_mbstrstr(text, "x"), nullptr);
-    EXPECT_EQ(MOLTE_STR_Chr(text, 'd'), text + 5);
-    EXPECT_EQ(MOLTE_STR_Chr(text, 'x'), nullptr);
-    EXPECT_EQ(MOLTE_STR_Chr(text, 0), nullptr);
-    EXPECT_EQ(MOLTE_STR_Chr(nullptr, 'a'), nullptr);
-}
-
 OXSTR_REGOBJ pattern_of(const char* pattern, bool all, int32_t start = 0) {
     OXSTR_REGOBJ reg{};
     reg.pszPattern = pattern;
@@ -52,6 +41,9 @@ std::string replaced(const Texts& row) {
 TEST(Find, Rows) {
     check_rows(TEST_ROWS, {{"find", called<MOLTE_STR_FindSubStr>},
                            {"find with case", called<MOLTE_STR_FindSubStrWithCase>},
+                           {"first place", called<ox_strstr>},
+                           {"first place of characters", called<ox_mbstrstr>},
+                           {"character", called<MOLTE_STR_Chr>},
                            {"matches", matches},
                            {"replace", replaced}});
     const OXSTR_REGOBJ none = pattern_of(nullptr, false);

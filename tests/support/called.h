@@ -13,10 +13,16 @@ Argument argument_in(const std::string& field) {
     }
 }
 
+// A number as it is, a place in the first field as the bytes before it.
 template <typename Result, typename... Arguments, size_t... index>
 std::string told_by(Result (*function)(Arguments...), const Texts& row,
                     std::index_sequence<index...>) {
-    return std::to_string(function(argument_in<Arguments>(row[index])...));
+    const Result result = function(argument_in<Arguments>(row[index])...);
+    if constexpr (std::is_integral_v<Result>) {
+        return std::to_string(result);
+    } else {
+        return result == nullptr ? "none" : std::to_string(result - row[0].c_str());
+    }
 }
 template <typename Result, typename... Arguments>
 std::string told_by(Result (*function)(Arguments...), const Texts& row) {
