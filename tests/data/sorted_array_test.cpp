@@ -156,6 +156,9 @@ std::string split_rows(const Texts& row) {
 
 TEST(SortedArray, SplitTakesWhatIsThere) {
     check_rows(TEST_ROWS, {{"split", split_rows}});
+    char items[] = "a1a2b1c1c2c3";  // the first of equals stays
+    EXPECT_EQ(MOLTE_RemoveDupItem(items, 2, 6, by_letter), 3);
+    EXPECT_EQ(std::string(items, 6), "a1b1c1");
     Ints b{3, 1, 3, 2};
     int32_t both = 9;
     EXPECT_EQ(MOLTE_KeyDiff(b.data(), 1, b.data(), 4, nullptr, nullptr, nullptr, &both, nullptr,
