@@ -29,10 +29,13 @@ std::string told_by(Result (*function)(Arguments...), const Texts& row) {
     return told_by(function, row, std::index_sequence_for<Arguments...>{});
 }
 
-// What it tells of the fields of a row: its result, and its error.
-template <auto function>
+// What it tells of the fields of a row: its result, and its error. The others tell the same.
+template <auto function, auto... others>
 std::string called(const Texts& row) {
-    const std::string result = told_by(function, row);
+    ORVEX_Err_ClearError();
+    std::string told = told_by(function, row);
     const std::string error = taken_error();
-    return error.empty() ? result : result + " " + error;
+    if (!error.empty()) told += " " + error;
+    for (const std::string& other : Texts{called<others>(row)...}) EXPECT_EQ(other, told);
+    return told;
 }
