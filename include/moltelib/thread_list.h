@@ -49,7 +49,8 @@ MOLTE_API int32_t MOLTE_THREADLISTNODE_Release(MOLTE_THREADLISTNODE* pNode);
 MOLTE_API MOLTE_THREADLISTNODE* MOLTE_THREADLIST_Add(MOLTE_THREADLIST* pList, const char* pszFile,
                                                      int32_t nLine);
 
-/* Unlinks and frees the calling thread's node; 1, or 0 when there is none or no list. */
+/* Unlinks and frees the calling thread's node, which its block then forgets; 1, or 0 when there is
+ * none or no list. */
 MOLTE_API int32_t MOLTE_THREADLIST_Remove(MOLTE_THREADLIST* pList);
 
 #endif

@@ -2,12 +2,14 @@
 #include "concurrency/oxthrdop.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstring>
 #include <utility>
 
 #include "core/modules.h"
 #include "core/owners.h"
+#include "moltelib/clock.h"
 #include "moltelib/event.h"
 #include "moltelib/state.h"
 #include "moltelib/thread.h"
@@ -32,13 +34,14 @@ CRITICAL_SECTION* native(OXCRITSECT* section) {
 
 constexpr uint32_t kThreadNotCreated = 277;
 
-// Null, and reported, when there is no thread.
+// Null, and reported, when there is no thread. Its number isn't asked for unless it is wanted: the
+// thread may have to run first.
 HANDLE create_thread(int64_t stack_size, OXTHREADROUTINE routine, void* context, uint32_t flags,
                      uint32_t* thread_id) {
     DWORD id = 0;
-    HANDLE thread =
-        CreateThread(nullptr, static_cast<size_t>(stack_size),
-                     std::bit_cast<LPTHREAD_START_ROUTINE>(routine), context, flags, &id);
+    HANDLE thread = CreateThread(nullptr, static_cast<size_t>(stack_size),
+                                 std::bit_cast<LPTHREAD_START_ROUTINE>(routine), context, flags,
+                                 thread_id != nullptr ? &id : nullptr);
     if (thread == nullptr) {
         kModule.fail(molte::here(), kThreadNotCreated, molte::SystemError::platform,
                      "createthread");
@@ -97,6 +100,12 @@ MOLTE_THREADLISTNODE* take_out(MOLTE_THREADLIST* list, uint32_t thread_id) {
     while (node != nullptr && node->nThreadId != thread_id) node = node->pNext;
     if (node != nullptr) unlink(list, node);
     return node;
+}
+
+// The calling thread's block mustn't lead to a node that is freed.
+void forget_node(const MOLTE_THREADLISTNODE* node) {
+    MOLTE_THDATA* const data = MOLTE_THDATA_GetDataNoAlloc();
+    if (data != nullptr && data->pCallTrace == node) data->pCallTrace = nullptr;
 }
 
 constexpr size_t kFieldBytes = 9 * sizeof(int);  // tm_sec to tm_isdst
@@ -234,7 +243,7 @@ int32_t ORVEX_EVENT_Wait(OXHANDLE hEvent) {
 }
 
 int32_t ORVEX_EVENT_WaitEx(OXHANDLE hEvent, int32_t nSeconds) {
-    if (g_stBv.bStopAll != 0) return 0;
+    if (molte::stop_requested()) return 0;
     return ORVEX_EVENT_TimeWait(hEvent, std::min(nSeconds, kLongestWaitEx));
 }
 
@@ -245,6 +254,17 @@ int32_t ORVEX_EVENT_MultiTimeWait(const OXHANDLE* phEvents, int32_t nCount, int3
     const DWORD result = WaitForMultipleObjects(count, phEvents, bWaitAll != 0 ? TRUE : FALSE,
                                                 milliseconds(nSeconds));
     return wait_result(molte::here(), result, count);
+}
+
+bool molte::stop_requested() {
+    return std::atomic_ref(g_stBv.bStopAll).load(std::memory_order_acquire) != 0;
+}
+
+bool molte::wait_for_next_look(OXHANDLE event) {
+    constexpr int32_t kSeconds = 1;
+    const int32_t result = ORVEX_EVENT_TimeWait(event, kSeconds);
+    if (result < 0) ORVEX_Sleep(kSeconds);
+    return result > 0;
 }
 
 // ---- The list of the threads that keep a call trace ----
@@ -299,6 +319,7 @@ int32_t MOLTE_THREADLIST_Remove(MOLTE_THREADLIST* pList) {
     if (pList->stCrit.bInited == 0) return 0;
     MOLTE_THREADLISTNODE* node = take_out(pList, ORVEX_THREAD_GetCurID());
     if (node == nullptr) return 0;
+    forget_node(node);
     return MOLTE_THREADLISTNODE_Release(node);
 }
 

@@ -1,4 +1,4 @@
-// What the library itself asks of critical sections.
+// What the library itself asks of critical sections, and how its waiting loops wait.
 #pragma once
 
 #include "moltelib/base.h"
@@ -10,5 +10,12 @@ namespace molte {
 
 // The lock of ORVEX_InnerTimeLock, made at its first use.
 OXCRITSECT& time_lock();
+
+// Whether the program has asked everything that waits to give up.
+[[nodiscard]] bool stop_requested();
+
+// Waits until another look is due: the event was signalled, which is told by true, or a second has
+// passed. It passes after a wait that failed as well; that is only reported.
+[[nodiscard]] bool wait_for_next_look(OXHANDLE event);
 
 }  // namespace molte

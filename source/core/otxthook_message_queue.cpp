@@ -1,6 +1,7 @@
 // The message queue.
 #include <cstring>
 
+#include "concurrency/oxthrdop.h"
 #include "core/otxthook.h"
 #include "moltelib/event.h"
 #include "moltelib/memory.h"
@@ -15,10 +16,6 @@ constexpr int32_t kLookAgainSeconds = 1;
 
 bool stopped(OTXTHOOK_MSGQUELIST* list) {
     return std::atomic_ref(list->bStopShow).load(std::memory_order_acquire) != 0;
-}
-
-bool all_stopped() {
-    return std::atomic_ref(g_stBv.bStopAll).load(std::memory_order_acquire) != 0;
 }
 
 void free_node(OTXTHOOK_MSGQUENODE* node) {
@@ -125,7 +122,7 @@ OTXTHOOK_MSGQUENODE* OTXTHOOK_MSGQUELIST_GetMsg(OTXTHOOK_MSGQUELIST* pList) {
     for (;;) {
         bool more = false;
         OTXTHOOK_MSGQUENODE* node = take(pList, &more);
-        const bool stop = node == nullptr && (stopped(pList) || all_stopped());
+        const bool stop = node == nullptr && (stopped(pList) || molte::stop_requested());
         // One signal wakes one reader: who has nothing left to wait for hands it on.
         if (more || stop) ORVEX_EVENT_Set(pList->hEvent);
         if (node != nullptr || stop) return node;

@@ -24,7 +24,10 @@ TEST(ThreadList, OneNodeForEachThread) {
     EXPECT_EQ(node->stTrace.pEnt[0].nLine, 42);
     EXPECT_EQ(MOLTE_THREADLIST_Remove(&list), 1);
     EXPECT_EQ(list.pHead, list.pTail);
-    MOLTE_THDATA_GetData()->pCallTrace = nullptr;  // the node is gone
+    node = MOLTE_THREADLIST_Add(&list, "again", 44);  // a new one, for the old one is freed
+    EXPECT_EQ(node, list.pHead);
+    EXPECT_EQ(node->stTrace.pEnt[0].nLine, 44);
+    EXPECT_EQ(MOLTE_THREADLIST_Remove(&list), 1);
 }
 
 // The identifiers in the list, read both ways.
@@ -51,7 +54,6 @@ TEST(ThreadList, ThreadsComeAndGoInAnyOrder) {
             added.set_value();
             leave.get_future().wait();
             MOLTE_THREADLIST_Remove(&owner.list);
-            MOLTE_THDATA_GetData()->pCallTrace = nullptr;
             MOLTE_THDATA_FreeData();
         });
         added[i].get_future().wait();
