@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -169,9 +170,12 @@ IN_FRONT_OF(write, ssize_t, int fd, const void* from, size_t size) {
 }
 IN_FRONT_OF(syscall, long, long number, long a, long b, long c, long d, long e, long f) {
     REAL(syscall);
-    const Kind kind = number == SYS_futex || number == SYS_futex_waitv ? Kind::futex
-                      : number == SYS_renameat2                        ? Kind::other
-                                                                       : Kind::uncounted;
+    // A call that wakes is interrupted by nothing.
+    const bool wakes = number == SYS_futex && (b & FUTEX_CMD_MASK) == FUTEX_WAKE;
+    const Kind kind = wakes                                              ? Kind::uncounted
+                      : number == SYS_futex || number == SYS_futex_waitv ? Kind::futex
+                      : number == SYS_renameat2                          ? Kind::other
+                                                                         : Kind::uncounted;
     return make_call(CALLER, kind, 0, -1L, [=](size_t) { return real(number, a, b, c, d, e, f); });
 }
 
