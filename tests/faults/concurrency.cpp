@@ -58,3 +58,21 @@ FAMILY(thread) {
     struct tm fields;
     RIGHT(FAULTY(ORVEX_LocalTime(&moment, &fields)) != nullptr && fields.tm_year == 101);
 }
+
+FAMILY(data_queue) {
+    MOLTE_DATAQUE queue;
+    if (!DID(MOLTE_DATAQUE_Init(&queue, 2, sizeof(int32_t)))) {
+        RIGHT(queue.pData == nullptr && queue.hDataEvent == nullptr);
+        return;
+    }
+    std::thread writer([&] {
+        for (int32_t n = 0; n < 5; ++n) MOLTE_DATAQUE_AddClient(&queue, &n);
+        MOLTE_THDATA_FreeData();
+    });
+    int32_t item = -1;
+    for (int32_t n = 0; n < 5; ++n) {
+        RIGHT(FAULTY(MOLTE_DATAQUE_GetClient(&queue, &item)) == 1 && item == n);
+    }
+    writer.join();
+    MOLTE_DATAQUE_Release(&queue);
+}
