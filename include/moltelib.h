@@ -20,6 +20,7 @@
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
 #include "moltelib/id_range.h"
+#include "moltelib/integer_resource.h"
 #include "moltelib/key_list.h"
 #include "moltelib/language.h"
 #include "moltelib/line_buffer.h"

@@ -76,3 +76,16 @@ FAMILY(data_queue) {
     writer.join();
     MOLTE_DATAQUE_Release(&queue);
 }
+
+FAMILY(integer_resource) {
+    MOLTE_INTRESOURCE resource;
+    if (!DID(MOLTE_INTRESOURCE_Init(&resource, 1))) return;
+    RIGHT(FAULTY(MOLTE_INTRESOURCE_Get(&resource, 0)) == 1);
+    std::thread later([&] {
+        MOLTE_INTRESOURCE_Free(&resource);
+        MOLTE_THDATA_FreeData();
+    });
+    RIGHT(FAULTY(MOLTE_INTRESOURCE_Get(&resource, -1)) == 1 && resource.nFree == 0);
+    later.join();
+    MOLTE_INTRESOURCE_Release(&resource);
+}
