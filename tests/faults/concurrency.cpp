@@ -89,3 +89,21 @@ FAMILY(integer_resource) {
     later.join();
     MOLTE_INTRESOURCE_Release(&resource);
 }
+
+FAMILY(multi_thread) {
+    int32_t counts[8] = {};
+    void* items[8];
+    for (int32_t i = 0; i < 8; ++i) items[i] = &counts[i];
+    const auto run = [](void* item, ORVEX_ALLTHREAD_STATUS*) -> int32_t {
+        ++*static_cast<int32_t*>(item);
+        return 1;
+    };
+    // The items that got no thread are worked on here, or make the whole fail.
+    ORVEX_ALLTHREAD_STATUS status;
+    int32_t worked = 0;
+    const bool all = DID(ORVEX_MultiThreadExec(run, items, 8, &status, ORVEX_RUN_REST_HERE));
+    for (const int32_t count : counts) worked += count;
+    RIGHT(worked == (all ? 8 : 0));
+    const bool done = DID(ORVEX_MultiThreadExec(run, items, 8, &status, 0));
+    RIGHT(status.bStop == status.bFailed && !(done && status.bFailed != 0));
+}
