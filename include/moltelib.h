@@ -38,6 +38,7 @@
 #include "moltelib/pinyin.h"
 #include "moltelib/plugin.h"
 #include "moltelib/program_version.h"
+#include "moltelib/resource_lock.h"
 #include "moltelib/sorted_array.h"
 #include "moltelib/stack.h"
 #include "moltelib/state.h"

@@ -13,6 +13,7 @@ inline constexpr Module kOcollate("ocollate");
 inline constexpr Module kOfilehop("ofilehop");
 inline constexpr Module kOidrange("oidrange");
 inline constexpr Module kOlinebuf("olinebuf");
+inline constexpr Module kOreslock("oreslock");
 inline constexpr Module kOrvexerr("orvexerr");
 inline constexpr Module kOtxthook("otxthook");
 inline constexpr Module kOxdatcnv("oxdatcnv");

@@ -107,3 +107,23 @@ FAMILY(multi_thread) {
     const bool done = DID(ORVEX_MultiThreadExec(run, items, 8, &status, 0));
     RIGHT(status.bStop == status.bFailed && !(done && status.bFailed != 0));
 }
+
+FAMILY(resource_lock) {
+    MOLTE_RESLOCK* table = nullptr;
+    if (!DID(table = MOLTE_RESLOCK_Init(nullptr, 16, 8))) return;
+    MOLTE_RESLOCKID ids[20];
+    int32_t locked = 0;
+    for (MOLTE_RESLOCKID& id : ids) {
+        const auto sid = static_cast<uint64_t>(&id - ids);
+        const bool done = DID(MOLTE_RESLOCK_LockBySID(table, &id, 1, 0, sid, 0));
+        RIGHT(id.bLocked == (done ? 1 : 0));
+        locked += id.bLocked;
+        RIGHT(table->nActive == locked);
+    }
+    for (MOLTE_RESLOCKID& id : ids) {
+        const int32_t was_locked = id.bLocked;
+        RIGHT(MOLTE_RESLOCK_Unlock(table, &id) == was_locked);
+    }
+    RIGHT(table->nActive == 0);
+    MOLTE_RESLOCK_Release(&table);
+}
