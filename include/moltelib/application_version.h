@@ -34,6 +34,12 @@ MOLTE_API int32_t MOLTE_CmpAppVersion(const MOLTE_APPVERSION* pA, const MOLTE_AP
 MOLTE_API int32_t UITL_uint2Cmp(uint16_t nA, uint16_t nB);
 
 /*
+ * For versions that are dates, such as 20181231: 1 if nVersion isn't below the wanted one or isn't
+ * known (below 1), else 0.
+ */
+MOLTE_API int32_t MOLTE_IsDateVerMatch(int32_t nVersion, int32_t nWanted);
+
+/*
  * For the first lines of main(): 1 if an argument behind the first is exactly "-printver", and then
  * the program's version has been printed to standard output ("1.2.3.4. 64 bit Release" and a line
  * feed), or the error that it has none; 0 if not.

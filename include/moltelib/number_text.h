@@ -1,7 +1,7 @@
 /*
- * Bar codes, keys and numbers as text, and bounds of values.
+ * Bar codes, keys, numbers, sizes and bytes as text, and bounds of values.
  *
- * Failures are reported under module "oxdatcnv".
+ * Failures are reported under modules "oxdatcnv" and "oxsysutl".
  */
 #ifndef MOLTELIB_NUMBER_TEXT_H
 #define MOLTELIB_NUMBER_TEXT_H
@@ -60,6 +60,27 @@ MOLTE_API uint64_t MOLTE_atoui64(const char* s);
  * can't be converted. */
 MOLTE_API int64_t MOLTE_wtoi64(const wchar_t* s);
 MOLTE_API uint64_t MOLTE_wtoui64(const wchar_t* s);
+
+/*
+ * The text of a size in bytes, cut to dstLen - 1 bytes: "1 Byte", "1023 Bytes", then with two
+ * decimals in KB to PB. A unit ends AT 1000 AND NOT AT 1024 of it, so 1023 KB are " 1.00 MB"; a
+ * number below ten has a blank in front. A negative size counts as 0. dst; null with error 50 for
+ * null or a dstLen below 1.
+ */
+MOLTE_API char* MOLTE_DiskSizeToString(int64_t size, char* dst, int32_t dstLen);
+
+/*
+ * The text of len bytes in hexadecimal, two capitals each, of as many bytes as fit into dst with
+ * the terminator; empty for len below 1. dst; null, with nothing reported, for a null dst or a
+ * dstLen below 1, with error 50 and an empty text for null data.
+ */
+MOLTE_API char* MOLTE_Bin2String(const void* data, int32_t len, char* dst, int32_t dstLen);
+
+/* The smaller and the larger of two numbers. */
+MOLTE_API int32_t MOLTE_min(int32_t a, int32_t b);
+MOLTE_API int32_t MOLTE_max(int32_t a, int32_t b);
+MOLTE_API uint32_t MOLTE_umin(uint32_t a, uint32_t b);
+MOLTE_API uint32_t MOLTE_umax(uint32_t a, uint32_t b);
 
 /* min if v is below it, else the smaller of v and max. */
 MOLTE_API int32_t MOLTE_LimitData(int32_t min, int32_t max, int32_t v);

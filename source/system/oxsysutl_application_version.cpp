@@ -107,6 +107,10 @@ int32_t UITL_uint2Cmp(uint16_t nA, uint16_t nB) {
     return (nA > nB) - (nA < nB);
 }
 
+int32_t MOLTE_IsDateVerMatch(int32_t nVersion, int32_t nWanted) {
+    return nVersion < 1 || nVersion >= nWanted ? 1 : 0;
+}
+
 int32_t UTIL_IsPrintVer(int32_t nArgc, char** ppszArgv) {
     if (!has_option(nArgc, ppszArgv, "-printver")) return 0;
     char path[4096];

@@ -46,6 +46,20 @@ string read(const Texts& row) {
     return std::to_string(value);
 }
 
+string size_written(const Texts& row) {
+    char text[32];
+    return MOLTE_DiskSizeToString(std::stoll(row[0]), text, sizeof text);
+}
+
+string bytes_written(const Texts& row) {
+    char text[] = "##########";
+    const int32_t size = std::stoi(row[1]);
+    EXPECT_EQ(MOLTE_Bin2String(row[0].data(), static_cast<int32_t>(row[0].size()), text, size),
+              text);
+    EXPECT_EQ(text[size], '#');
+    return text;
+}
+
 TEST(NumberText, Rows) {
     check_rows(TEST_ROWS, {{"read bar code", called<BarCodeTo_uint8>},
                            {"write bar code", bar_code_written},
@@ -54,7 +68,9 @@ TEST(NumberText, Rows) {
                            {"read", read},
                            {"limit", called<MOLTE_LimitData>},
                            {"limit or default", called<MOLTE_LimitDefData>},
-                           {"all the same", called<MOLTE_IsAllSameChar>}});
+                           {"all the same", called<MOLTE_IsAllSameChar>},
+                           {"size", size_written},
+                           {"bytes", bytes_written}});
     EXPECT_EQ(error_of(uint8ToBarCode(1, nullptr, 4)), "50 oxdatcnv");
     EXPECT_EQ(error_of(MOLTE_i64tow(1, nullptr)), "51 oxdatcnv");
     EXPECT_EQ(MOLTE_ui64tow(1, nullptr), nullptr);
@@ -84,6 +100,18 @@ TEST(Number, OfBoundedWideTexts) {
     EXPECT_EQ(MOLTE_wtoui64((L" " + longest).c_str()), UINT64_MAX);
     EXPECT_EQ(error_of_this_thread(), "2624 oxstring dest buf size=256 <= src size=257");
     EXPECT_EQ(error_of(MOLTE_atoi64(nullptr)), "50 oxdatcnv");
+}
+
+TEST(SizesAndBytes, HaveBounds) {
+    char text[8] = "";
+    EXPECT_STREQ(MOLTE_DiskSizeToString(1023, text, 5), "1023");
+    EXPECT_EQ(error_of(MOLTE_DiskSizeToString(1, text, 0)), "50 oxsysutl");
+    EXPECT_EQ(MOLTE_Bin2String("x", 1, nullptr, 5), nullptr);
+    EXPECT_EQ(MOLTE_Bin2String("x", 1, text, 0), nullptr);
+    EXPECT_EQ(error_of(MOLTE_Bin2String(nullptr, 1, text, 5)), "50 oxsysutl");
+    EXPECT_STREQ(MOLTE_Bin2String("abcd", INT32_MAX, text, 8), "616263");
+    EXPECT_EQ(MOLTE_min(-1, 1) + MOLTE_max(-3, 2), 1);
+    EXPECT_EQ(MOLTE_umin(UINT32_MAX, 1) + MOLTE_umax(UINT32_MAX - 5, 1), UINT32_MAX - 4);
 }
 
 TEST(Limits, Flags) {

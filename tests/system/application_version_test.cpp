@@ -10,6 +10,12 @@ std::string own_path() {
     return path;
 }
 
+TEST(ApplicationVersion, DatesMatchFromTheWantedOneOn) {
+    EXPECT_EQ(MOLTE_IsDateVerMatch(20181231, 20181231), 1);
+    EXPECT_EQ(MOLTE_IsDateVerMatch(20181230, 20181231), 0);
+    for (const int32_t unknown : {0, -1}) EXPECT_EQ(MOLTE_IsDateVerMatch(unknown, 20181231), 1);
+}
+
 TEST(ApplicationVersion, OfThisProgram) {
     MOLTE_APPVERSION version;
     ASSERT_EQ(MOLTE_GetAppVersion(own_path().c_str(), &version), 1);
