@@ -19,6 +19,7 @@
 #include "moltelib/event.h"
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
+#include "moltelib/group_sort.h"
 #include "moltelib/id_range.h"
 #include "moltelib/integer_resource.h"
 #include "moltelib/key_list.h"

@@ -79,6 +79,15 @@ FAMILY(sorted_array) {
     PA_Release(&array);
 }
 
+FAMILY(group_sort) {
+    int32_t numbers[2000];
+    for (const int32_t keys : {8, 2000}) {  // few enough, and too many
+        for (int32_t i = 0; i < 2000; ++i) numbers[i] = (i * 37) % keys;
+        FAULTY((MOLTE_GroupSort(numbers, 2000, 4, compare_numbers), 1));
+        for (int32_t i = 0; i < 2000; ++i) RIGHT(numbers[i] == i * keys / 2000);
+    }
+}
+
 FAMILY(memory_edit) {
     Freed<uint8_t> stream;
     int32_t capacity = 0;
