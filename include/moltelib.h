@@ -11,6 +11,7 @@
 #include "moltelib/byte_field.h"
 #include "moltelib/clock.h"
 #include "moltelib/collation.h"
+#include "moltelib/cycle.h"
 #include "moltelib/data_queue.h"
 #include "moltelib/date_time.h"
 #include "moltelib/directory.h"

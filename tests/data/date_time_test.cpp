@@ -1,4 +1,5 @@
 #include "support/called.h"
+#include "support/time_zone.h"
 
 namespace {
 
@@ -157,16 +158,6 @@ TEST(DateNumbers, KeysAndSeconds) {
     EXPECT_EQ(DateToSecond(&d.stDate), DateTimeToSecond(&d));
     EXPECT_EQ(ORVEX_MkTimeStr("20240301000000"), DateTimeToSecond(&d));
     EXPECT_EQ(ORVEX_MkTime(INT32_MIN, 1, 1, 0, 0, 0), -1);
-}
-
-void change_zone(const char* zone) {
-#if defined(_WIN32)
-    _putenv_s("TZ", zone);
-    _tzset();
-#else
-    setenv("TZ", zone, 1);
-    tzset();
-#endif
 }
 
 // What is now in every form, as the zone has it from now on.

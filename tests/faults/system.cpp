@@ -29,6 +29,16 @@ FAMILY(clock) {
     RIGHT(FAULTY(MOLTE_HiResoTickToSec(MOLTE_HiResoTickCount() - before)) >= 0.002);
 }
 
+FAMILY(cycle) {
+    ORVEXDATETIME last;
+    ORVEXDATETIME now{};
+    FormatDateTime(ORVEX_Time() - 7200, &last);
+    MOLTE_TC_CYCLE hourly{};
+    hourly.nCycleType = MOLTE_TC_HOURLY;
+    int32_t wait = -1;
+    GIVES(MOLTE_TC_IsCycleReached(&last, &now, &hourly, &wait), wait == 0);
+}
+
 FAMILY(network_address) {
     MOLTE_MACLIST list;
     const int32_t count = MOLTE_UTIL_GetMacAddress(&list);
