@@ -32,6 +32,7 @@
 #include "moltelib/memory_edit.h"
 #include "moltelib/message_queue.h"
 #include "moltelib/multi_thread.h"
+#include "moltelib/name_map.h"
 #include "moltelib/name_pinyin.h"
 #include "moltelib/network_address.h"
 #include "moltelib/number_text.h"

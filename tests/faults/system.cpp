@@ -39,6 +39,15 @@ FAMILY(cycle) {
     GIVES(MOLTE_TC_IsCycleReached(&last, &now, &hourly, &wait), wait == 0);
 }
 
+FAMILY(name_map) {
+    bring_up();
+    const MOLTE_NAMEMAP rows[] = {{"one", 1}};
+    const MOLTE_NAMEMAPHEAD head{"numbers", rows, 1};
+    RIGHT(FAULTY(MOLTE_NAMEMAP_Name2Val(rows, 1, "one")) == 1);
+    RIGHT(FAULTY(MOLTE_NAMEMAPHEAD_Print(&head)) == 1);
+    ORVEX_BASE_ReleaseVar();
+}
+
 FAMILY(network_address) {
     MOLTE_MACLIST list;
     const int32_t count = MOLTE_UTIL_GetMacAddress(&list);
