@@ -42,6 +42,7 @@
 #include "moltelib/plugin.h"
 #include "moltelib/program_version.h"
 #include "moltelib/resource_lock.h"
+#include "moltelib/service_address.h"
 #include "moltelib/sorted_array.h"
 #include "moltelib/stack.h"
 #include "moltelib/state.h"

@@ -66,6 +66,17 @@ FAMILY(plugin) {
     RIGHT(module != nullptr && OX_DLL_Close(module) == 1);
 }
 
+FAMILY(service_address) {
+    char first[16];
+    char second[16];
+    char host[16];
+    int32_t port = 0;
+    GIVES(MOLTE_AnalyzeService("user:secret@host:99", first, 16, second, 16, host, 16, &port),
+          port == 99 && std::strcmp(second, "secret") == 0);
+    uint16_t number = 0;
+    GIVES(MOLTE_AnalyzeDTID("12:34", &number, &number), number == 34);
+}
+
 FAMILY(system_info) {
     bring_up();
     char name[256];
