@@ -92,6 +92,7 @@ constexpr Message kMessages[] = {
     {ERROR_DIR_NOT_EMPTY, "Directory not empty"},
     {ERROR_BUSY, "Resource in use"},
     {ERROR_ALREADY_EXISTS, "Already exists"},
+    {ERROR_BAD_EXE_FORMAT, "Not a program"},
     {ERROR_FILENAME_EXCED_RANGE, "Name too long"},
     {ERROR_FILE_TOO_LARGE, "File too large"},
     {ERROR_MORE_DATA, "More data available"},

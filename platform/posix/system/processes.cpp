@@ -12,27 +12,16 @@
 #include "kernel/kernel_object.h"
 #include "platform/last_error.h"
 #include "system/kernel_text.h"
+#include "system/process_object.h"
 
 using platform::KernelText;
 using platform::OpenFile;
+using platform::Process;
 
 namespace {
 
 constexpr uint64_t kTicksPerSecond = 10'000'000;
 constexpr uint64_t kSecondsBefore1970 = 11'644'473'600;
-
-// Its folder under /proc, which stays its own when another process gets the number.
-struct Process : platform::Object {
-    static constexpr platform::Kind kind_of_all = {.type = platform::ObjectType::process};
-
-    explicit Process(int descriptor) : Object(kind_of_all), folder(descriptor) {}
-
-    const OpenFile folder;
-};
-
-int open_folder(const char* path) {
-    return open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
-}
 
 // Null with the last error without memory.
 platform::ObjectPointer make_process(int folder) {
@@ -49,17 +38,21 @@ bool is_process(int folder, DWORD number) {
 
 // Null with the last error.
 platform::ObjectPointer process_of(HANDLE handle) {
-    if (handle == INVALID_HANDLE_VALUE) return make_process(open_folder("/proc/self"));
+    if (handle == INVALID_HANDLE_VALUE) {
+        return make_process(platform::open_process_folder("/proc/self"));
+    }
     const platform::ObjectLock lock;
     return platform::ObjectPointer(platform::find_object(handle, platform::ObjectType::process));
 }
 
 int folder_of(const platform::ObjectPointer& process) {
-    return static_cast<Process&>(*process).folder.get();
+    return static_cast<Process&>(*process).folder;
 }
 
+// Without a folder it was gone when it was looked for.
 void set_gone() {
-    SetLastError(errno == ESRCH ? ERROR_NOT_FOUND : platform::error_number(errno));
+    const bool gone = errno == ESRCH || errno == EBADF;
+    SetLastError(gone ? ERROR_NOT_FOUND : platform::error_number(errno));
 }
 
 FILETIME file_time(uint64_t ticks) {
@@ -92,6 +85,20 @@ bool read_times(const KernelText& state, Times* times) {
 
 }  // namespace
 
+namespace platform {
+
+int open_process_folder(const char* path) {
+    return open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+}
+
+int open_process_folder(DWORD number) {
+    char path[32];
+    snprintf(path, sizeof path, "/proc/%u", number);
+    return open_process_folder(path);
+}
+
+}  // namespace platform
+
 DWORD GetCurrentProcessId() {
     return static_cast<DWORD>(getpid());
 }
@@ -101,9 +108,7 @@ HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD number) {
         SetLastError(ERROR_NOT_SUPPORTED);
         return nullptr;
     }
-    char path[32];
-    snprintf(path, sizeof path, "/proc/%u", number);
-    OpenFile folder(open_folder(path));
+    OpenFile folder(platform::open_process_folder(number));
     if (!folder.valid() && errno != ENOENT) {
         platform::set_last_error_from_errno();
         return nullptr;
