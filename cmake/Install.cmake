@@ -41,5 +41,8 @@ install(FILES ${PROJECT_BINARY_DIR}/moltelib.pc DESTINATION ${CMAKE_INSTALL_LIBD
 set(skeleton ${CMAKE_INSTALL_DATADIR}/moltelib/installation)
 install(CODE "set(DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${skeleton}\")")
 install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/installation.cmake)
+if(MOLTELIB_TOOLS)
+  install(TARGETS oxrunat RUNTIME DESTINATION ${skeleton}/BIN)
+endif()
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/moltelib-installation
   DESTINATION ${CMAKE_INSTALL_BINDIR})

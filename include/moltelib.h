@@ -40,6 +40,7 @@
 #include "moltelib/parameter_registry.h"
 #include "moltelib/pinyin.h"
 #include "moltelib/plugin.h"
+#include "moltelib/process.h"
 #include "moltelib/program_version.h"
 #include "moltelib/resource_lock.h"
 #include "moltelib/service_address.h"

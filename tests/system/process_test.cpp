@@ -1,0 +1,223 @@
+#include "support/rows.h"
+#include "support/test.h"
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#endif
+
+namespace {
+
+constexpr int32_t kLongest = 60;  // seconds that a start may take
+
+// A program that has started tells so by it.
+class Started {
+ public:
+    Started() : name_("process_test " + folder_.path().filename().string()) {
+        event_ = ORVEX_EVENT_Create(name_.c_str());
+    }
+    ~Started() { ORVEX_EVENT_Release(event_); }
+    Started(const Started&) = delete;
+    Started& operator=(const Started&) = delete;
+
+    [[nodiscard]] const TempFolder& folder() const { return folder_; }
+    [[nodiscard]] const std::string& name() const { return name_; }
+    [[nodiscard]] bool wait() const { return ORVEX_EVENT_TimeWait(event_, kLongest) == 1; }
+
+ private:
+    TempFolder folder_;
+    std::string name_;
+    OXHANDLE event_;
+};
+
+std::string this_program() {
+    char path[512];
+    MOLTE_Win_GetExeName(path, sizeof path);
+    return path;
+}
+
+std::string beside_this_program(const std::string& name) {
+    return (fs::path(this_program()).parent_path() / name).string();
+}
+
+void set_variable(const char* name, const std::string& value) {
+#if defined(_WIN32)
+    _putenv_s(name, value.c_str());
+#else
+    setenv(name, value.c_str(), 1);
+#endif
+}
+
+// A program that doesn't see its role would run these tests again, and so on.
+class NoTestsInChildren : public testing::Environment {
+    void SetUp() override {
+        const char* const child = std::getenv("PROCESS_TEST_CHILD");
+        if (child != nullptr && *child != '\0') std::_Exit(3);
+    }
+};
+[[maybe_unused]] const testing::Environment* const kGuard =
+    testing::AddGlobalTestEnvironment(new NoTestsInChildren);
+
+// Runs a role of this program that writes what it tells to a file; what that is.
+std::string told_by(const std::string& role, const std::string& first_word,
+                    const std::string& further) {
+    const Started started;
+    const std::string file = started.folder() / "told by it";
+    const std::string line = first_word + " --child-role " + role + " \"" + file + "\" \"" +
+                             started.name() + "\" " + further;
+    set_variable("PROCESS_TEST_CHILD", "1");
+    const int32_t result = MOLTE_Exec(this_program().c_str(), line.c_str());
+    set_variable("PROCESS_TEST_CHILD", "");
+    if (result != 1) return taken_error();
+    if (!started.wait()) return "not started";
+    return read_bytes(file);
+}
+
+void tell(const std::vector<std::string>& args, const std::string& text) {
+    std::ofstream(args[0], std::ios::binary) << text;
+    OXHANDLE event = ORVEX_EVENT_Open(args[1].c_str());
+    ORVEX_EVENT_Set(event);
+    ORVEX_EVENT_Release(event);
+}
+
+CHILD_ROLE(tells_words) {
+    std::string text;
+    for (size_t i = 2; i < args.size(); ++i) text += "[" + args[i] + "]";
+    tell(args, text);
+    return 0;
+}
+
+TEST(Process, WordsArriveAsTheyWereMeant) {
+    check_rows(
+        TEST_ROWS,
+        {{"words", [](const Texts& row) { return told_by("tells_words", row[0], row[1]); }}});
+}
+
+TEST(Process, WhatCannotBeStartedIsTold) {
+    const TempFolder folder;
+    const std::string text = folder.write("no program.exe", "some text");
+    fs::permissions(text, fs::perms::owner_all);
+    const auto error = [](const std::string& path, const std::string& line = "x") {
+        return error_of(MOLTE_Exec(path.c_str(), line.c_str()));
+    };
+    EXPECT_EQ(error(folder / "nothing.exe"), "101 oxsysutl error=2");
+    EXPECT_EQ(error(text), "101 oxsysutl error=193");
+#if !defined(_WIN32)  // the emulator has other numbers than Windows
+    EXPECT_EQ(error(folder.str()), "101 oxsysutl error=5");
+    EXPECT_EQ(error(this_program(), std::string(32767, 'x')), "101 oxsysutl error=206");
+#endif
+    EXPECT_EQ(error_of(MOLTE_Exec(nullptr, "x")), "50 oxsysutl");
+}
+
+TEST(Restart, TellsWhatItLacks) {
+    const auto error = [](const char* name) {
+        MOLTE_SetAppName(name);
+        EXPECT_EQ(MOLTE_UTIL_Restart(0), 0);
+        return taken_error();
+    };
+    EXPECT_EQ(error("x"), "1000 oxmnpath");
+    const TempFolder folder;
+    ORVEX_SetMainPath(folder.str().c_str());
+    EXPECT_EQ(error(""), "50 oxsysutl");
+    EXPECT_EQ(error("a\"b"), "50 oxsysutl a\"b");
+    EXPECT_EQ(error("x").substr(0, 19), "101 oxsysutl error=");
+}
+
+TEST(Restart, StartsTheProgramAgain) {
+    const Started started;
+    const std::string installation = started.folder() / "the installation";
+    fs::create_directories(installation + "/BIN");
+    fs::copy_file(beside_this_program("oxrunat.exe"), installation + "/BIN/oxrunat.exe");
+    set_variable("RESTART_FOLDER", installation);
+    set_variable("RESTART_EVENT", started.name());
+    const std::string program = beside_this_program("restarts_itself.exe");
+    ASSERT_EQ(MOLTE_Exec(program.c_str(), nullptr), 1) << taken_error();
+    ASSERT_TRUE(started.wait());
+    std::ifstream starts(installation + "/starts");
+    int words[2] = {};
+    int64_t ticks[2] = {};
+    for (int i = 0; i < 2; ++i) starts >> words[i] >> ticks[i];
+    EXPECT_EQ(words[0] + words[1], 2) << "its name alone, each time";
+    EXPECT_GE(MOLTE_HiResoTickToSec(ticks[1] - ticks[0]), 1.0);
+}
+
+#if !defined(_WIN32)
+
+// The emulator takes the quote for one that is meant.
+TEST(Process, TheFirstWordHasNoEscapes) {
+    EXPECT_EQ(told_by("tells_words", "\"C:\\folder\\\"", "x"), "[x]");
+}
+
+// What a program finds that was started: its descriptors, session, signals and standard files.
+CHILD_ROLE(tells_state) {
+    std::string text = "open";
+    for (int fd = 0; fd < 200; ++fd) {
+        if (fcntl(fd, F_GETFD) >= 0) text += " " + std::to_string(fd);
+    }
+    text += getsid(0) == getpid() ? ", own session" : "";
+    sigset_t blocked;
+    sigprocmask(SIG_SETMASK, nullptr, &blocked);
+    struct sigaction usual {};
+    sigaction(SIGUSR1, nullptr, &usual);
+    text +=
+        sigismember(&blocked, SIGUSR2) == 0 && usual.sa_handler == SIG_DFL ? ", usual signals" : "";
+    struct stat null {};
+    stat("/dev/null", &null);
+    for (int fd = 0; fd < 3; ++fd) {
+        struct stat own {};
+        fstat(fd, &own);
+        text += own.st_rdev == null.st_rdev ? ", null" : ", something";
+    }
+    tell(args, text);
+    return 0;
+}
+
+volatile std::sig_atomic_t children_ended = 0;
+
+// With standard files open and closed: none of the pipes' may be taken for one of them.
+TEST(Process, GetsNothingOfItsStarterAndLeavesItNothing) {
+    std::signal(SIGCHLD, [](int) { children_ended = children_ended + 1; });
+    std::signal(SIGUSR1, SIG_IGN);
+    sigset_t some;
+    sigemptyset(&some);
+    sigaddset(&some, SIGUSR2);
+    sigprocmask(SIG_BLOCK, &some, nullptr);
+    for (int fd = 100; fd < 103; ++fd) ASSERT_EQ(dup2(1, fd), fd);  // inherited by a plain exec
+    const std::string expected = "open 0 1 2, own session, usual signals, null, null, null";
+    EXPECT_EQ(told_by("tells_state", "x", ""), expected);
+    for (int fd = 0; fd < 3; ++fd) close(fd);
+    const std::string told_with_all_closed = told_by("tells_state", "x", "");
+    const std::string failure = error_of(MOLTE_Exec("/no such program", nullptr));
+    for (int fd = 0; fd < 3; ++fd) dup2(100 + fd, fd);
+    EXPECT_EQ(told_with_all_closed, expected);
+    EXPECT_EQ(failure, "101 oxsysutl error=2");
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG | __WALL), -1) << "no child, dead or alive";
+    EXPECT_EQ(errno, ECHILD);
+    EXPECT_EQ(children_ended, 0);
+    EXPECT_NE(std::signal(SIGCHLD, SIG_DFL), SIG_DFL);
+    sigset_t blocked;
+    sigprocmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGUSR2), 1);
+    EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
+}
+
+TEST(Process, IsStartedByManyThreadsAtOnce) {
+    std::atomic<int> started{0};
+    in_threads(4, [&](int) {
+        for (int i = 0; i < 25; ++i) {
+            if (MOLTE_Exec("/bin/true", nullptr) == 1) ++started;
+            if (error_of(MOLTE_Exec("/bin/no such program", "x")) == "101 oxsysutl error=2")
+                ++started;
+        }
+        MOLTE_THDATA_FreeData();
+    });
+    EXPECT_EQ(started, 200);
+}
+
+#endif
+
+}  // namespace
