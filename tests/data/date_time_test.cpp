@@ -1,5 +1,5 @@
 #include "support/called.h"
-#include "support/time_zone.h"
+#include "support/environment.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <sstream>
 
+#include "support/environment.h"
 #include "support/rows.h"
 #include "support/test.h"
-#include "support/time_zone.h"
 
 namespace {
 

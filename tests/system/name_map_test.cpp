@@ -12,7 +12,6 @@ TEST(NameMap, TheFirstRowCounts) {
     EXPECT_STREQ(MOLTE_NAMEMAP_Val2Name(kRows, 5, -1), "One");
     EXPECT_EQ(error_of(MOLTE_NAMEMAP_Name2Val(kRows, 2, "uno")), "120 oxsysutl uno");
     EXPECT_EQ(error_of(MOLTE_NAMEMAP_Val2Name(kRows, 5, 3)), "120 oxsysutl value not exist 3");
-    EXPECT_EQ(error_of(MOLTE_NAMEMAP_Val2Name(nullptr, 0, -3)), "120 oxsysutl value not exist -3");
     EXPECT_EQ(error_of(MOLTE_NAMEMAP_Name2Val(kRows, 5, nullptr)), "50 oxsysutl");
     EXPECT_EQ(error_of(MOLTE_NAMEMAP_Name2Val(nullptr, 1, "x")), "50 oxsysutl");
     EXPECT_EQ(error_of(MOLTE_NAMEMAP_Val2Name(nullptr, 1, 1)), "50 oxsysutl");
