@@ -36,9 +36,8 @@ MOLTE_API const char* MOLTE_NAMEMAP_Val2Name(const MOLTE_NAMEMAP* pRows, int32_t
                                              int32_t nValue);
 
 /*
- * Prints a table as information (MOLTE_Print of moltelib/text_hook.h with OXMSG_INFO): the title on
- * a line and "name=%32s  val=%d" on one for each row. 1, whether a hook takes it or not; -1 with
- * error 50 for null, or null rows with nRowCount above 0.
+ * Prints a table to standard output: the title on a line and "name=%32s  val=%d" on one for each
+ * row. 1; -1 with error 50 for null, or null rows with nRowCount above 0.
  */
 MOLTE_API int32_t MOLTE_NAMEMAPHEAD_Print(const MOLTE_NAMEMAPHEAD* pHead);
 

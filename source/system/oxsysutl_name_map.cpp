@@ -2,10 +2,10 @@
 #include "moltelib/name_map.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "core/modules.h"
-#include "moltelib/text_hook.h"
 
 using molte::here;
 using molte::kBadArgument;
@@ -59,10 +59,10 @@ int32_t MOLTE_NAMEMAPHEAD_Print(const MOLTE_NAMEMAPHEAD* pHead) {
         return kModule.fail(here(), kBadArgument);
     }
     const auto or_empty = [](const char* text) { return text != nullptr ? text : ""; };
-    MOLTE_Print(OXMSG_INFO, "%s\n", or_empty(pHead->pszTitle));
+    std::printf("%s\n", or_empty(pHead->pszTitle));
     for (int32_t i = 0; i < pHead->nRowCount; ++i) {
         const MOLTE_NAMEMAP& row = pHead->pRows[i];
-        MOLTE_Print(OXMSG_INFO, "name=%32s  val=%d\n", or_empty(row.pszName), row.nValue);
+        std::printf("name=%32s  val=%d\n", or_empty(row.pszName), row.nValue);
     }
     return 1;
 }

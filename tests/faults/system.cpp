@@ -76,7 +76,7 @@ FAMILY(process) {
         while (access(touched.c_str(), F_OK) != 0) ORVEX_SleepMilli(1);
     }
     RIGHT(FAULTY(MOLTE_Exec("/no such program", nullptr)) == -1);
-    ORVEX_SetMainPath(in_folder("").c_str());
+    ORVEX_SetMainPath(in_folder(""));
     MOLTE_SetAppName("program");
     RIGHT(FAULTY(MOLTE_UTIL_Restart(0)) == 0);
 }

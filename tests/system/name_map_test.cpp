@@ -21,15 +21,10 @@ TEST(NameMap, TheFirstRowCounts) {
 }
 
 TEST(NameMap, PrintsItself) {
-    const Installation installation;
-    OLINEBUF* const lines =
-        OTXTHOOK_MEMTXT_InstallHook("lines", 65536, OXMSG_TO_OUTER | OXMSG_OUTER | OXMSG_INFO, 1);
-    ASSERT_NE(lines, nullptr);
     const MOLTE_NAMEMAPHEAD head = {"Numbers", kRows, 3};
+    testing::internal::CaptureStdout();
     EXPECT_EQ(MOLTE_NAMEMAPHEAD_Print(&head), 1);
-    char text[512];
-    uint64_t next = 0;
-    OLINEBUF_GetMultiLine(lines, text, sizeof text, &next);
+    const std::string text = testing::internal::GetCapturedStdout();
     const std::string blanks(29, ' ');
     EXPECT_EQ(text, "Numbers\nname=" + blanks + "one  val=1\nname=" + blanks +
                         "     val=3\nname=" + blanks + "uno  val=1\n");
