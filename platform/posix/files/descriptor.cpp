@@ -1,6 +1,9 @@
 #include "files/descriptor.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
+
+#include <algorithm>
 
 #include "system/failure.h"
 
@@ -14,6 +17,27 @@ uint16_t mode_bits(mode_t mode) {
     if (S_ISSOCK(mode)) mode = rest | S_IFIFO;
     if (S_ISBLK(mode)) mode = rest | S_IFCHR;
     return static_cast<uint16_t>(mode);
+}
+
+// Whether a disk might have that much: so that nothing fills it up only to find that it doesn't.
+bool disk_may_have(int fd, uint64_t size) {
+    struct statvfs disk {};
+    return fstatvfs(fd, &disk) != 0 || disk.f_blocks == 0 || size / disk.f_frsize <= disk.f_bfree;
+}
+
+bool allocate(int fd, int mode, uint64_t from, uint64_t size) {
+    int result = 0;
+    do {
+        result = fallocate(fd, mode, static_cast<off_t>(from), static_cast<off_t>(size));
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+bool set_length(int fd, uint64_t size) {
+    struct stat status {};
+    if (fstat(fd, &status) != 0) return false;
+    return static_cast<uint64_t>(status.st_size) >= size ||
+           ftruncate(fd, static_cast<off_t>(size)) == 0;
 }
 
 }  // namespace
@@ -55,6 +79,27 @@ bool write_all(int fd, const char* bytes, size_t size) {
         size -= static_cast<size_t>(count);
     }
     return true;
+}
+
+// In steps, for a file system may begin each anew when a signal comes; the length last, so that it
+// stays when the room doesn't suffice.
+bool take_room(int fd, uint64_t from, uint64_t to) {
+    constexpr uint64_t kStep = 16 << 20;
+    if (from >= to) return true;
+    if (!disk_may_have(fd, to - from)) {
+        errno = ENOSPC;
+        return false;
+    }
+    for (uint64_t at = from; at < to; at += kStep) {
+        if (allocate(fd, FALLOC_FL_KEEP_SIZE, at, std::min(kStep, to - at))) continue;
+        return errno == EOPNOTSUPP && set_length(fd, to);
+    }
+    return allocate(fd, 0, to - 1, 1);
+}
+
+bool lengthen(int fd, uint64_t size) {
+    struct stat status {};
+    return fstat(fd, &status) == 0 && take_room(fd, static_cast<uint64_t>(status.st_size), size);
 }
 
 }  // namespace platform

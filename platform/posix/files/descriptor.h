@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
 
 #include "platform/files.h"
 
@@ -31,6 +33,12 @@ class OpenFile {
     int fd_;
 };
 
+// By which an open file can be opened or named once more.
+struct OpenPath {
+    explicit OpenPath(int fd) { std::snprintf(text, sizeof text, "/proc/self/fd/%d", fd); }
+    char text[32];
+};
+
 // open(2) with the kernel's own flags, for anything but a folder; the descriptor isn't inherited.
 // -1 with errno, and EACCES for a folder. STATUS tells of the file that was opened.
 int open_file(const char* path, int flags, unsigned permission);
@@ -41,5 +49,12 @@ void fill_status(const struct stat& from, struct _stat64* to);
 
 // False with errno when not all could be written.
 bool write_all(int fd, const char* bytes, size_t size);
+
+// Takes room on the disk for what lies between two positions, zeros where there was nothing, and
+// makes the file that long, never shorter. False with errno when there isn't so much; the length is
+// then as it was. A file system that can't take room in advance just gets the length.
+bool take_room(int fd, uint64_t from, uint64_t to);
+// The same behind the end of a file.
+bool lengthen(int fd, uint64_t size);
 
 }  // namespace platform

@@ -50,6 +50,9 @@ struct Kind {
     void (*signal)(Object& object) = nullptr;
     // The owner ended; null without owners.
     void (*abandon)(Object& object) = nullptr;
+    // Of a named object, when this process comes to it: makes usable what its file tells. False with
+    // the last error; null for nothing to do. Under the lock of names instead.
+    bool (*attach)(Object& object) = nullptr;
     // In a forked child: what is different there; null for nothing. The thread that forked had the
     // first of the numbers and now has the second; all others are gone.
     void (*forked)(Object& object, DWORD before, DWORD now) = nullptr;

@@ -1,5 +1,6 @@
 #include "kernel/named_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -7,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -45,38 +45,45 @@ bool share_file(int fd) {
 }
 
 // Whether the path still leads to the open file.
-bool leads_to(const char* path, int fd) {
+bool leads_to(int folder, const char* path, int fd) {
     struct stat named {};
     struct stat opened {};
-    return lstat(path, &named) == 0 && fstat(fd, &opened) == 0 && named.st_dev == opened.st_dev &&
-           named.st_ino == opened.st_ino;
+    return fstatat(folder, path, &named, AT_SYMLINK_NOFOLLOW) == 0 && fstat(fd, &opened) == 0 &&
+           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
+}
+bool leads_to(const char* path, int fd) {
+    return leads_to(AT_FDCWD, path, fd);
+}
+
+// What precedes the state.
+struct Head {
+    char magic[8];
+    std::uint32_t version;
+    ObjectType type;
+    std::uint64_t size;
+};
+static_assert(sizeof(Head) == offsetof(ObjectFile, state));
+
+// How much of a file is mapped here.
+std::size_t mapped_size(ObjectType type) {
+    return type == ObjectType::mapping ? sizeof(MappingFile) : sizeof(ObjectFile);
 }
 
 // Only a file of this user and layout is ever mapped, and only one of full length: to touch what
 // lies behind the end of a mapped file ends a process.
-DWORD why_refused(int fd) {
+DWORD why_refused(int fd, Head* head) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return error_number(errno);
     if (!S_ISREG(status.st_mode) || status.st_uid != geteuid()) return ERROR_ACCESS_DENIED;
-    unsigned char bytes[offsetof(ObjectFile, state)];
-    if (status.st_size != sizeof(ObjectFile) ||
-        pread(fd, bytes, sizeof bytes, 0) != static_cast<ssize_t>(sizeof bytes) ||
-        std::memcmp(bytes, kMagic, sizeof kMagic) != 0) {
-        return ERROR_INVALID_DATA;
-    }
-    std::uint32_t version = 0;
-    std::memcpy(&version, bytes + offsetof(ObjectFile, version), sizeof version);
-    return version == kVersion ? ERROR_SUCCESS : ERROR_INVALID_DATA;
+    const bool known = pread(fd, head, sizeof *head, 0) == static_cast<ssize_t>(sizeof *head) &&
+                       std::memcmp(head->magic, kMagic, sizeof kMagic) == 0 &&
+                       head->version == kVersion;
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const bool whole = known && size == head->size &&
+                       (head->type == ObjectType::mapping ? size >= sizeof(MappingFile)
+                                                          : size == sizeof(ObjectFile));
+    return whole ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }
-
-// By which an open file can be opened or named once more.
-struct OpenPath {
-    explicit OpenPath(int fd) {
-        char* end = std::to_chars(text + std::strlen(text), text + sizeof text - 1, fd).ptr;
-        *end = '\0';
-    }
-    char text[32] = "/proc/self/fd/";
-};
 
 std::unique_ptr<NamedFile> no_file(DWORD number) {
     SetLastError(number);
@@ -96,15 +103,17 @@ std::unique_ptr<NamedFile> NamedFile::for_path(const PathText& path) {
 NamedFile::~NamedFile() {
     free(path_);
     if (fd_ >= 0) ::close(fd_);
-    if (content_ != nullptr) munmap(content_, sizeof *content_);
+    if (content_ != nullptr) munmap(content_, mapped_);
 }
 
-bool NamedFile::map(int fd) {
+bool NamedFile::map(int fd, ObjectType type) {
     struct stat status {};
     if (fstat(fd, &status) != 0) return false;
-    void* place = mmap(nullptr, sizeof(ObjectFile), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    const std::size_t size = mapped_size(type);
+    void* place = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     if (place == MAP_FAILED) return false;
     content_ = static_cast<ObjectFile*>(place);
+    mapped_ = size;
     device_ = status.st_dev;
     inode_ = status.st_ino;
     return true;
@@ -125,7 +134,8 @@ NamedFile::Outcome NamedFile::open_used() {
             SetLastError(errno == ELOOP ? ERROR_ACCESS_DENIED : error_number(errno));
             return Outcome::failed;
         }
-        if (const DWORD refusal = why_refused(file.get()); refusal != ERROR_SUCCESS) {
+        Head head;
+        if (const DWORD refusal = why_refused(file.get(), &head); refusal != ERROR_SUCCESS) {
             SetLastError(refusal);
             return Outcome::failed;
         }
@@ -135,7 +145,7 @@ NamedFile::Outcome NamedFile::open_used() {
         }
         if (!share_file(file.get())) break;
         if (!leads_to(path_, file.get())) continue;
-        if (!map(file.get())) break;
+        if (!map(file.get(), head.type)) break;
         keep(file.release());
         return Outcome::done;
     }
@@ -143,22 +153,48 @@ NamedFile::Outcome NamedFile::open_used() {
     return Outcome::failed;
 }
 
+// Memory that a killed process held would else stay taken until somebody comes by its name.
+void NamedFile::remove_stale(const PathText& folder) {
+    DIR* const list = opendir(folder);
+    if (list == nullptr) return;
+    while (const dirent* entry = readdir(list)) {
+        if (entry->d_name[0] != kObjectMark) continue;
+        const OpenFile file(::openat(dirfd(list), entry->d_name,
+                                     O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+        Head head;
+        if (file.valid() && why_refused(file.get(), &head) == ERROR_SUCCESS &&
+            lock_file(file.get(), LOCK_EX) && leads_to(dirfd(list), entry->d_name, file.get())) {
+            unlinkat(dirfd(list), entry->d_name, 0);
+        }
+    }
+    closedir(list);
+}
+
 // The file gets its name when it is complete and locked, so nobody ever sees half of one, and
 // nothing is left of it if we die before.
-NamedFile::Outcome NamedFile::make(const PathText& folder, ObjectType type, const State& state) {
+NamedFile::Outcome NamedFile::make(const PathText& folder, const NewFile& begin) {
+    const MappedRecord* const mapped = begin.mapped;
+    const bool memory = mapped != nullptr && begin.file < 0;
+    if (memory) remove_stale(folder);
     OpenFile file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
-    const unsigned char room[sizeof(ObjectFile)] = {};  // also takes the memory it will need
+    const unsigned char room[sizeof(MappingFile)] = {};  // also takes the memory it will need
+    std::uint64_t size = mapped_size(begin.type);
     if (!file.valid() || fchmod(file.get(), 0600) != 0 ||
-        !write_all(file.get(), reinterpret_cast<const char*>(room), sizeof room) ||
-        !lock_file(file.get(), LOCK_SH) || !map(file.get())) {
+        !write_all(file.get(), reinterpret_cast<const char*>(room), size) ||
+        (memory && !take_room(file.get(), kMemoryBegin, kMemoryBegin + mapped->size)) ||
+        (begin.file >= 0 && !lengthen(begin.file, mapped->size)) ||
+        !lock_file(file.get(), LOCK_SH) || !map(file.get(), begin.type)) {
         set_last_error_from_errno();
         return Outcome::failed;
     }
-    content_ = new (content_) ObjectFile{{}, kVersion, type, sizeof(ObjectFile), {}};
+    if (memory) size = kMemoryBegin + mapped->size;
+    content_ = new (content_) ObjectFile{{}, kVersion, begin.type, size, {}};
     std::memcpy(content_->magic, kMagic, sizeof kMagic);
+    const State& state = begin.state;
     content_->state.word.store(state.word.load());
     content_->state.depth = state.depth;
     content_->state.limit = state.limit;
+    if (mapped != nullptr) reinterpret_cast<MappingFile*>(content_)->record = *mapped;
     // A mutex that is owned from the start is in the owner's list before anyone sees it.
     std::optional<RobustOperation> owning;
     if (state.depth > 0) owning.emplace(content_->state.links);
@@ -186,25 +222,25 @@ std::unique_ptr<NamedFile> NamedFile::open(const char* name) {
 }
 
 std::unique_ptr<NamedFile> NamedFile::open_or_make_file(const PathText& folder,
-                                                        const PathText& path, ObjectType type,
-                                                        const State& state, bool* existed) {
+                                                        const PathText& path, const NewFile& begin,
+                                                        bool* existed) {
     for (;;) {
         auto file = for_path(path);
         if (file == nullptr) return nullptr;
         Outcome outcome = file->open_used();
         *existed = outcome == Outcome::done;
-        if (outcome == Outcome::free) outcome = file->make(folder, type, state);
+        if (outcome == Outcome::free) outcome = file->make(folder, begin);
         if (outcome == Outcome::done) return file;
         if (outcome == Outcome::failed) return nullptr;
     }
 }
 
-std::unique_ptr<NamedFile> NamedFile::open_or_make(const char* name, ObjectType type,
-                                                   const State& state, bool* existed) {
+std::unique_ptr<NamedFile> NamedFile::open_or_make(const char* name, const NewFile& begin,
+                                                   bool* existed) {
     PathText folder;
     PathText path;
     if (!object_folder(folder) || !object_path(folder, name, path)) return nullptr;
-    return open_or_make_file(folder, path, type, state, existed);
+    return open_or_make_file(folder, path, begin, existed);
 }
 
 std::unique_ptr<NamedFile> NamedFile::open_bell() {
@@ -212,9 +248,18 @@ std::unique_ptr<NamedFile> NamedFile::open_bell() {
     PathText path;
     if (!object_folder(folder) || !bell_path(folder, path)) return nullptr;
     bool existed = false;
-    auto file = open_or_make_file(folder, path, ObjectType::bell, {}, &existed);
+    const State silent;
+    auto file = open_or_make_file(folder, path, {ObjectType::bell, silent}, &existed);
     if (file == nullptr || file->content().type == ObjectType::bell) return file;
     return no_file(ERROR_INVALID_DATA);
+}
+
+const MappingFile& NamedFile::mapping() const {
+    return *reinterpret_cast<const MappingFile*>(content_);
+}
+
+int NamedFile::open_again() const {
+    return ::open(OpenPath(fd_).text, O_RDWR | O_CLOEXEC);
 }
 
 bool NamedFile::same_as(const NamedFile& other) const {
@@ -236,8 +281,7 @@ void NamedFile::rejoin(NamedFile& other) {
 
 void NamedFile::open_for_child() {
     if (fd_ < 0 || process_ != getpid()) return;
-    const OpenPath opened(fd_);
-    OpenFile file(::open(opened.text, O_RDWR | O_CLOEXEC));
+    OpenFile file(open_again());
     if (file.valid() && lock_file(file.get(), LOCK_SH)) {
         child_fd_ = file.release();
     } else {

@@ -11,21 +11,31 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
+#include "kernel/mapped_record.h"
 #include "kernel/object_folder.h"
 #include "kernel/object_state.h"
 
 namespace platform {
 
+// What a file begins with.
+struct NewFile {
+    ObjectType type;
+    const State& state;
+    const MappedRecord* mapped = nullptr;  // of a mapping
+    int file = -1;                         // that it is of; -1: of memory
+};
+
 class NamedFile {
  public:
     // The file of a name that is in use; null with the last error.
     static std::unique_ptr<NamedFile> open(const char* name);
-    // That, or if it isn't in use, a new file of that type and state; existed tells which.
-    static std::unique_ptr<NamedFile> open_or_make(const char* name, ObjectType type,
-                                                   const State& state, bool* existed);
+    // That, or if it isn't in use, a new file; existed tells which.
+    static std::unique_ptr<NamedFile> open_or_make(const char* name, const NewFile& begin,
+                                                   bool* existed);
     // The file of the common bell.
     static std::unique_ptr<NamedFile> open_bell();
 
@@ -35,6 +45,10 @@ class NamedFile {
 
     // Mapped as long as this object lives.
     [[nodiscard]] ObjectFile& content() const { return *content_; }
+    // The same of a mapping.
+    [[nodiscard]] const MappingFile& mapping() const;
+    // Another descriptor of the file, without a lock; -1 with errno.
+    [[nodiscard]] int open_again() const;
     [[nodiscard]] bool same_as(const NamedFile& other) const;
     // Gives the lock up, and removes the file if no other holds one. The content stays mapped.
     void leave();
@@ -53,11 +67,12 @@ class NamedFile {
     NamedFile() = default;
     static std::unique_ptr<NamedFile> for_path(const PathText& path);
     static std::unique_ptr<NamedFile> open_or_make_file(const PathText& folder,
-                                                        const PathText& path, ObjectType type,
-                                                        const State& state, bool* existed);
+                                                        const PathText& path, const NewFile& begin,
+                                                        bool* existed);
+    static void remove_stale(const PathText& folder);
     Outcome open_used();
-    Outcome make(const PathText& folder, ObjectType type, const State& state);
-    bool map(int fd);
+    Outcome make(const PathText& folder, const NewFile& begin);
+    bool map(int fd, ObjectType type);
     void keep(int fd);
 
     char* path_ = nullptr;
@@ -67,6 +82,7 @@ class NamedFile {
     std::uint64_t device_ = 0;
     std::uint64_t inode_ = 0;
     ObjectFile* content_ = nullptr;
+    std::size_t mapped_ = 0;
 };
 
 }  // namespace platform

@@ -97,6 +97,10 @@ HANDLE handle_of(ObjectPointer object, std::unique_ptr<NamedFile> file, ObjectTy
     if (const ObjectPointer known = known_object(*file)) return handle_or_leave(*known);
     object->kind = &kind(file->content().state);
     object->file = std::move(file);
+    if (object->kind->attach != nullptr && !object->kind->attach(*object)) {
+        object->file->leave();
+        return nullptr;
+    }
     object->next_named = std::exchange(first_named, ObjectPointer(object.get()).release());
     return handle_or_leave(*object);
 }
@@ -107,9 +111,7 @@ HANDLE create_unnamed(KindOfState kind, const State& state) {
     object->own.word = state.word.load();
     object->own.depth = state.depth;
     object->own.limit = state.limit;
-    const HANDLE handle = add_handle(object);
-    if (handle != nullptr) SetLastError(ERROR_SUCCESS);
-    return handle;
+    return handle_of_new(object);
 }
 
 // Before the first named object.
@@ -123,20 +125,35 @@ bool names_can_be_used() {
 
 }  // namespace
 
+HANDLE handle_of_new(const ObjectPointer& object) {
+    const HANDLE handle = add_handle(object);
+    if (handle != nullptr) SetLastError(ERROR_SUCCESS);
+    return handle;
+}
+
 HANDLE create_object(ObjectType type, KindOfState kind, const char* name, const State& state) {
     if (name == nullptr || *name == '\0') return create_unnamed(kind, state);
+    return create_named(make_object<Object>(kind(state)), kind, name, {type, state});
+}
+
+HANDLE create_named(ObjectPointer object, KindOfState kind, const char* name,
+                    const NewFile& begin) {
     const NamesGuard guard;
     forget_unused_objects();
-    ObjectPointer object = make_object<Object>(kind(state));
     if (!object || !names_can_be_used()) return nullptr;
     bool existed = false;
-    auto file = NamedFile::open_or_make(name, type, state, &existed);
-    const HANDLE handle = handle_of(std::move(object), std::move(file), type, kind);
+    auto file = NamedFile::open_or_make(name, begin, &existed);
+    const HANDLE handle = handle_of(std::move(object), std::move(file), begin.type, kind);
     if (handle != nullptr) SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
 }
 
 HANDLE open_object(ObjectType type, KindOfState kind, BOOL inherit, const char* name) {
+    return open_named(make_object<Object>(kind({})), type, kind, inherit, name);
+}
+
+HANDLE open_named(ObjectPointer object, ObjectType type, KindOfState kind, BOOL inherit,
+                  const char* name) {
     if (name == nullptr || inherit != FALSE) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -147,7 +164,6 @@ HANDLE open_object(ObjectType type, KindOfState kind, BOOL inherit, const char* 
     }
     const NamesGuard guard;
     forget_unused_objects();
-    ObjectPointer object = make_object<Object>(kind({}));
     if (!object || !names_can_be_used()) return nullptr;
     return handle_of(std::move(object), NamedFile::open(name), type, kind);
 }

@@ -1,5 +1,4 @@
-// Events, mutexes and semaphores, with a name or without, and the named ones that this process has
-// open.
+// Objects with a name or without, and the named ones that this process has open.
 #pragma once
 
 #include "kernel/kernel_object.h"
@@ -11,6 +10,12 @@ namespace platform {
 using KindOfState = const Kind& (*)(const State& state);
 HANDLE create_object(ObjectType type, KindOfState kind, const char* name, const State& state);
 HANDLE open_object(ObjectType type, KindOfState kind, BOOL inherit, const char* name);
+// The same for a name that isn't empty, with the object to become that of the name.
+HANDLE create_named(ObjectPointer object, KindOfState kind, const char* name, const NewFile& begin);
+HANDLE open_named(ObjectPointer object, ObjectType type, KindOfState kind, BOOL inherit,
+                  const char* name);
+// As a handle of a new object without a name, and for none.
+HANDLE handle_of_new(const ObjectPointer& object);
 
 // After the closing of a handle: the last one of the process gives the name up.
 void leave_if_unused(Object& object);

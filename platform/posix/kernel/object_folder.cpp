@@ -55,13 +55,13 @@ bool object_folder(PathText& folder) {
     return ours || failed(ERROR_ACCESS_DENIED);
 }
 
-// "=" and the name, so that no name is "." or "..". A slash, which no file's name can have, becomes
+// The mark and the name, so that no name is "." or "..". A slash, which no file's name can have, becomes
 // the backslash, which no object's name can have.
 bool object_path(const PathText& folder, const char* name, PathText& path) {
     const std::string_view rest = without_prefix(name);
     if (rest.size() > kLongestName) return failed(ERROR_FILENAME_EXCED_RANGE);
     if (rest.find('\\') != std::string_view::npos) return failed(ERROR_PATH_NOT_FOUND);
-    if (!print(path, "%s/=%s", folder, rest.data())) return false;
+    if (!print(path, "%s/%c%s", folder, kObjectMark, rest.data())) return false;
     std::replace(std::strrchr(path, '\0') - rest.size(), std::strrchr(path, '\0'), '/', '\\');
     return true;
 }

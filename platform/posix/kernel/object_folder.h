@@ -5,6 +5,9 @@
 
 namespace platform {
 
+// What the name of an object's file begins with.
+constexpr char kObjectMark = '=';
+
 // The path of a file, with a NUL.
 using PathText = char[PATH_MAX];
 

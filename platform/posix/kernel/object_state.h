@@ -17,7 +17,8 @@ enum class ObjectType : std::uint32_t {
     semaphore = 3,
     thread = 4,
     bell = 5,
-    process = 6
+    process = 6,
+    mapping = 7
 };
 
 struct State {
@@ -33,7 +34,8 @@ struct State {
 static_assert(sizeof(State) == 40 && offsetof(State, links) == kRobustLinksOffset);
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 
-// The file of a named object, wholly written before it has its name.
+// The file of a named object, wholly written before it has its name. That of a mapping goes on:
+// kernel/mapped_record.h.
 struct ObjectFile {
     char magic[8];
     std::uint32_t version;
