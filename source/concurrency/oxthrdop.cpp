@@ -58,12 +58,6 @@ int last_error() {
     return static_cast<int>(GetLastError());
 }
 
-// Seconds below 1 mean no limit, and so do those whose milliseconds the platform can't hold.
-DWORD milliseconds(int32_t seconds) {
-    if (seconds < 1) return INFINITE;
-    return static_cast<DWORD>(std::min<int64_t>(int64_t{seconds} * 1000, INFINITE));
-}
-
 int32_t bad_wait(int32_t line) {
     return kModule.fail(line, kBadWait);
 }
@@ -202,6 +196,11 @@ int32_t ORVEX_THREAD_UnLock(OXHANDLE hMutex) {
 
 // ---- Events, and waits for them ----
 
+DWORD molte::wait_limit(int32_t seconds) {
+    if (seconds < 1) return INFINITE;
+    return static_cast<DWORD>(std::min<int64_t>(int64_t{seconds} * 1000, INFINITE));
+}
+
 OXHANDLE ORVEX_EVENT_Create(const char* pszName) {
     HANDLE event = CreateEventA(nullptr, FALSE, FALSE, pszName);
     if (event == nullptr) {
@@ -231,7 +230,7 @@ int32_t ORVEX_EVENT_Set(OXHANDLE hEvent) {
 }
 
 int32_t ORVEX_EVENT_TimeWait(OXHANDLE hEvent, int32_t nSeconds) {
-    return wait_for(hEvent, milliseconds(nSeconds));
+    return wait_for(hEvent, molte::wait_limit(nSeconds));
 }
 
 int32_t ORVEX_EVENT_TimeWaitInMilliSecond(OXHANDLE hEvent, uint32_t nMilliSeconds) {
@@ -252,7 +251,7 @@ int32_t ORVEX_EVENT_MultiTimeWait(const OXHANDLE* phEvents, int32_t nCount, int3
     if (phEvents == nullptr || nCount < 1) return bad_wait(molte::here());
     const auto count = static_cast<DWORD>(nCount);
     const DWORD result = WaitForMultipleObjects(count, phEvents, bWaitAll != 0 ? TRUE : FALSE,
-                                                milliseconds(nSeconds));
+                                                molte::wait_limit(nSeconds));
     return wait_result(molte::here(), result, count);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "moltelib/base.h"
+#include "platform/types.h"
 
 namespace molte {
 
@@ -17,5 +18,9 @@ OXCRITSECT& time_lock();
 // Waits until another look is due: the event was signalled, which is told by true, or a second has
 // passed. It passes after a wait that failed as well; that is only reported.
 [[nodiscard]] bool wait_for_next_look(OXHANDLE event);
+
+// The time limit of a wait. Seconds below 1 mean none, and so do those whose milliseconds the
+// platform can't hold.
+[[nodiscard]] DWORD wait_limit(int32_t seconds);
 
 }  // namespace molte

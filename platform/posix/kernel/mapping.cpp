@@ -134,8 +134,7 @@ bool Mapping::find_file(const MappedRecord& record) {
 bool Mapping::take_named() {
     const MappingFile& content = file->mapping();
     const MappedRecord& record = content.record;
-    if (record.path[sizeof record.path - 1] != '\0' || record.size == 0 ||
-        record.size > kLargest) {
+    if (record.path[sizeof record.path - 1] != '\0' || record.size == 0 || record.size > kLargest) {
         return failed(ERROR_INVALID_DATA);
     }
     if (record.of_file != 0) {
@@ -163,8 +162,8 @@ void* Mapping::view(DWORD access, std::uint64_t offset, std::uint64_t bytes) con
     struct stat status {};
     if (!known) refusal = ERROR_INVALID_PARAMETER;
     if (offset % kOffsetStep != 0) refusal = ERROR_MAPPED_ALIGNMENT;
-    if (refusal == ERROR_SUCCESS && (offset >= size || bytes > size - offset ||
-                                     (writing && !writable))) {
+    if (refusal == ERROR_SUCCESS &&
+        (offset >= size || bytes > size - offset || (writing && !writable))) {
         refusal = ERROR_ACCESS_DENIED;
     }
     if (bytes == 0) bytes = size - offset;

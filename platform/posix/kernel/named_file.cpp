@@ -159,8 +159,8 @@ void NamedFile::remove_stale(const PathText& folder) {
     if (list == nullptr) return;
     while (const dirent* entry = readdir(list)) {
         if (entry->d_name[0] != kObjectMark) continue;
-        const OpenFile file(::openat(dirfd(list), entry->d_name,
-                                     O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+        const OpenFile file(
+            ::openat(dirfd(list), entry->d_name, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
         Head head;
         if (file.valid() && why_refused(file.get(), &head) == ERROR_SUCCESS &&
             lock_file(file.get(), LOCK_EX) && leads_to(dirfd(list), entry->d_name, file.get())) {
