@@ -4,20 +4,11 @@
 #include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
+#include "support/object_name.h"
 
 namespace {
 
-// A name nobody else uses. On POSIX the files go to a folder of this program, and its children's.
-std::string new_name() {
-    static const TempFolder folder;
-    static int count = 0;
-#if !defined(_WIN32)
-    setenv("MOLTELIB_OBJECT_FOLDER", folder.str().c_str(), 1);
-#endif
-    return folder.path().filename().string() + "." + std::to_string(++count);
-}
-
-// An object with such a name.
+// An object with a name of its own.
 class Named : public Handle {
  public:
     explicit Named(HANDLE (*make)(bool, const std::string&), bool state = false)
