@@ -127,3 +127,34 @@ FAMILY(resource_lock) {
     RIGHT(table->nActive == 0);
     MOLTE_RESLOCK_Release(&table);
 }
+
+FAMILY(list_lock) {
+    ORVEX_LISTLOCKHANDLE lock{};
+    if (DID(ORVEX_LOCK_LockItem(&lock, 0, 0, 0, "a"))) {
+        RIGHT(lock.nIndex == 0);
+        RIGHT(FAULTY(ORVEX_LOCK_UnLockItem(&lock)) == 1 && lock.nIndex == -1);
+    }
+    RIGHT(FAULTY(ORVEX_LOCK_ListLockFree()) == (lock.pList != nullptr ? 1 : 0));
+}
+
+FAMILY(process_lock) {
+    OXHANDLE mutex = nullptr;
+    OXHANDLE semaphore = nullptr;
+    int32_t result = 0;
+    if (DID(MOLTE_MUTEX_Create(&mutex, "mutex"))) {
+        GIVES(result = MOLTE_MUTEX_Lock(&mutex, 1), result == 1 && MOLTE_MUTEX_Unlock(&mutex) == 1);
+        RIGHT(FAULTY(MOLTE_MUTEX_Release(&mutex)) == 1);
+    }
+    if (DID(MOLTE_SEMA_Create(&semaphore, 1, 1, "semaphore"))) {
+        GIVES(result = MOLTE_SEMA_GetResource(&semaphore, 1), result == 1);
+        if (result == 1) RIGHT(FAULTY(MOLTE_SEMA_FreeResource(&semaphore)) == 1);
+        RIGHT(FAULTY(MOLTE_SEMA_Release(&semaphore)) == 1);
+    }
+}
+AFTER(process_lock) {
+    OXHANDLE mutex = nullptr;
+    OXHANDLE semaphore = nullptr;
+    RIGHT(MOLTE_MUTEX_Create(&mutex, "mutex") == 1 && MOLTE_MUTEX_Lock(&mutex, 1) == 1);
+    RIGHT(MOLTE_SEMA_Create(&semaphore, 1, 1, "semaphore") == 1);
+    RIGHT(MOLTE_SEMA_GetResource(&semaphore, 1) == 1);
+}

@@ -123,3 +123,40 @@ FAMILY(directory) {
     GIVES(ORVEX_DISK_GetInfoEx(tree, &size, nullptr), size > 0);
     GIVES(ORVEX_DelFileInPathRecur(tree, 1), ORVEX_NameIsPath(tree) < 0);
 }
+
+FAMILY(file_map) {
+    const std::string path = given("data", kOld);
+    ORVEX_HFILE* file = ORVEX_HFILE_Open(path.c_str(), 0);
+    MOLTE_FMAP map{};
+    if (DID(MOLTE_FMAP_Map(&map, file, 0, 20000, 0))) {
+        RIGHT(holds(static_cast<char*>(map.pView), sizeof kOld - 1, kOld));
+        RIGHT(bytes_of("data").size() == 20000);
+    }
+    RIGHT(FAULTY(MOLTE_FMAP_Unmap(&map)) == 1 && map.pView == nullptr);
+    ORVEX_HFILE_Close(&file);
+}
+AFTER(file_map) {
+    RIGHT(bytes_of("data").starts_with(kOld));
+    ORVEX_HFILE* file = ORVEX_HFILE_Open(in_folder("data").c_str(), 0);
+    MOLTE_FMAP map{};
+    RIGHT(MOLTE_FMAP_Map(&map, file, 0, 30000, 0) == 1);
+    MOLTE_FMAP_Unmap(&map);
+    ORVEX_HFILE_Close(&file);
+}
+
+FAMILY(shared_memory) {
+    MOLTE_FMAP block{};
+    uint8_t* bytes = nullptr;
+    int32_t size = 0;
+    if (DID(MOLTE_MTEMPF_SaveBinFile(&block, "faults", kNew, kNewSize))) {
+        GIVES(MOLTE_MTEMPF_ReadBinFile("faults", &bytes, &size), holds(bytes, size, "new an"));
+        ORVEX_free(bytes);
+    }
+    RIGHT(FAULTY(MOLTE_MTEMPF_RemoveFile(&block)) == 1);
+}
+AFTER(shared_memory) {  // nothing is left of the old block
+    MOLTE_FMAP block{};
+    RIGHT(MOLTE_SHMEM_Open(&block, "faults") == -1);
+    RIGHT(MOLTE_SHMEM_Create(&block, 1 << 20, "faults") == 1);
+    MOLTE_SHMEM_Release(&block);
+}

@@ -147,6 +147,8 @@ SYSTEM_CALL(linkat, int, -1, real(folder, from, target, to, flags), int folder, 
             int target, const char* to, int flags)
 SYSTEM_CALL(unlink, int, -1, real(path), const char* path)
 SYSTEM_CALL(ftruncate, int, -1, real(fd, size), int fd, off_t size)
+SYSTEM_CALL(fallocate, int, -1, real(fd, mode, from, size), int fd, int mode, off_t from,
+            off_t size)
 SYSTEM_CALL(mmap, void*, MAP_FAILED, real(at, size, protection, flags, fd, offset), void* at,
             size_t size, int protection, int flags, int fd, off_t offset)
 SYSTEM_CALL(fsync, int, -1, real(fd), int fd)
