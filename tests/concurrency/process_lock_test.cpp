@@ -48,55 +48,36 @@ struct Other : ChildProcess {
     }
 };
 
-TEST(ProcessLock, AMutexGoesFromProcessToProcess) {
+TEST(ProcessLock, AMutexGoesFromProcessToProcessAndFromTheDeadWithAnError) {
     const std::string name = new_name();
     Word word;
+    Word again;
     OXHANDLE* const mutex = &word.handle;
     EXPECT_EQ(error_of(MOLTE_MUTEX_Open(mutex, name.c_str())), "1202 oxipc " + name);
     ASSERT_EQ(MOLTE_MUTEX_Create(mutex, name.c_str()), 1);
-    Word again;
     EXPECT_EQ(MOLTE_MUTEX_Create(&again.handle, name.c_str()), 1);
     EXPECT_EQ(error_of(MOLTE_MUTEX_Unlock(mutex)), "1203 oxipc release mutex error");
     Other other(name);
-    EXPECT_EQ(MOLTE_MUTEX_Lock(mutex, 0), 1);
-    EXPECT_EQ(MOLTE_MUTEX_Lock(&again.handle, 0), 1);  // the same, by its owner
+    EXPECT_EQ(MOLTE_MUTEX_Lock(&again.handle, 0), 1);
     EXPECT_EQ(other("try unlock"), "0 -1 ");
-    EXPECT_EQ(MOLTE_MUTEX_Unlock(mutex), 1);
     other.send_line("lock");
     EXPECT_EQ(MOLTE_MUTEX_Unlock(mutex), 1);
     EXPECT_EQ(other.read_line(), "1");
-}
-
-TEST(ProcessLock, ADeadHoldersMutexIsTheNextOnesWithAnError) {
-    const std::string name = new_name();
-    Word word;
-    OXHANDLE* const mutex = &word.handle;
-    ASSERT_EQ(MOLTE_MUTEX_Create(mutex, name.c_str()), 1);
-    for (const bool waited_for : {false, true}) {
-        Other holder(name);
-        Other heir(name);
-        EXPECT_EQ(holder("lock"), "1 ");
-        if (waited_for) heir.send_line("lock");
-        holder.kill();
-        if (waited_for) {
-            EXPECT_EQ(heir.read_line(), "-1");
-            EXPECT_EQ(heir("unlock"), "1 ");
-        } else {
-            EXPECT_EQ(error_of(MOLTE_MUTEX_Lock(mutex, 20)), "1200 oxipc wait failed");
-            EXPECT_EQ(heir("try"), "0 ");  // it is ours all the same
-            EXPECT_EQ(MOLTE_MUTEX_Unlock(mutex), 1);
-        }
-        EXPECT_EQ(heir("lock unlock"), "1 1 ");
-    }
+    Other heir(name);
+    other.kill();
+    EXPECT_EQ(error_of(MOLTE_MUTEX_Lock(mutex, 20)), "1200 oxipc wait failed");
+    EXPECT_EQ(heir("try"), "0 ");  // it is ours all the same
+    EXPECT_EQ(MOLTE_MUTEX_Unlock(mutex), 1);
+    EXPECT_EQ(heir("lock unlock"), "1 1 ");
 }
 
 TEST(ProcessLock, ASemaphoreCountsForAllProcesses) {
     const std::string name = new_name();
     Word word;
+    Word again;
     OXHANDLE* const semaphore = &word.handle;
     EXPECT_EQ(error_of(MOLTE_SEMA_Open(semaphore, name.c_str())), "1205 oxipc " + name);
     ASSERT_EQ(MOLTE_SEMA_Create(semaphore, 2, 3, name.c_str()), 1);
-    Word again;
     EXPECT_EQ(MOLTE_SEMA_Create(&again.handle, 1, 9, name.c_str()), 1);  // as it is
     Other other(name);
     EXPECT_EQ(other("get free free free"), "1 1 1 -1 ");

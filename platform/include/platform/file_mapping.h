@@ -1,9 +1,9 @@
 // Memory that is the content of a file, or that processes have in common under a name.
 //
 // A mapping is an object of platform/kernel_objects.h: handles, names, CloseHandle, forks and what
-// a crash leaves are as told there; it can't be waited for. A view is the memory itself. It outlives
-// the handles of its mapping (but not the name, which goes with the last handle), is inherited by a
-// forked child, and ends with UnmapViewOfFile or the process.
+// a crash leaves are as told there; it can't be waited for. A view is the memory itself. It
+// outlives the handles of its mapping (but not the name, which goes with the last handle), is
+// inherited by a forked child, and ends with UnmapViewOfFile or the process.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,8 @@ constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
 //
 // Of a file, size 0 is its length; an empty file is then ERROR_FILE_INVALID. A size beyond the end
 // lengthens a file that is mapped to be written, by zeros on the disk, and is
-// ERROR_NOT_ENOUGH_MEMORY for one that is mapped to be read. A file that isn't open for reading, and
-// for writing if that is wanted, is ERROR_ACCESS_DENIED; what isn't a plain file or isn't open,
+// ERROR_NOT_ENOUGH_MEMORY for one that is mapped to be read. A file that isn't open for reading,
+// and for writing if that is wanted, is ERROR_ACCESS_DENIED; what isn't a plain file or isn't open,
 // ERROR_INVALID_HANDLE; any other protection than the two above, or memory of size 0,
 // ERROR_INVALID_PARAMETER. The descriptor may be closed afterwards.
 //
@@ -40,9 +40,10 @@ HANDLE CreateFileMappingA(HANDLE file, SECURITY_ATTRIBUTES* none, DWORD protecti
 HANDLE OpenFileMappingA(DWORD access, BOOL inherit, const char* name);
 
 // A view of that many bytes from an offset on; with 0 bytes, to the end. The offset must be a
-// multiple of 64 KiB, else ERROR_MAPPED_ALIGNMENT. More than the mapping has, or writing where it is
-// for reading, is ERROR_ACCESS_DENIED; a file that was cut since, ERROR_FILE_INVALID. Who cuts a
-// file while it is mapped ends whoever touches what is gone. (On Windows nobody can.)
+// multiple of 64 KiB, else ERROR_MAPPED_ALIGNMENT, and within the mapping, else
+// ERROR_INVALID_PARAMETER. More bytes than it has from there, or writing where it is for reading,
+// is ERROR_ACCESS_DENIED; a file that was cut since, ERROR_FILE_INVALID. Who cuts a file while it
+// is mapped ends whoever touches what is gone. (On Windows nobody can.)
 void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offset_high, DWORD offset_low,
                     std::size_t bytes);
 

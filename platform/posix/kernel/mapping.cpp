@@ -72,6 +72,8 @@ struct Mapping : Object {
 
  private:
     bool find_file(const MappedRecord& record);
+    [[nodiscard]] DWORD why_no_view(bool reading, bool writing, std::uint64_t offset,
+                                    std::uint64_t bytes) const;
 };
 
 // A file that is opened once more has no part in the record locks of the caller's descriptor, which
@@ -154,30 +156,29 @@ bool attach(Object& object) {
     return static_cast<Mapping&>(object).take_named();
 }
 
+DWORD Mapping::why_no_view(bool reading, bool writing, std::uint64_t offset,
+                           std::uint64_t bytes) const {
+    if (offset % kOffsetStep != 0) return ERROR_MAPPED_ALIGNMENT;
+    if (offset >= size || (!reading && !writing)) return ERROR_INVALID_PARAMETER;
+    if (bytes > size - offset || (writing && !writable)) return ERROR_ACCESS_DENIED;
+    struct stat status {};
+    const std::uint64_t end = begin + offset + (bytes != 0 ? bytes : size - offset);
+    const bool there = fstat(fd, &status) == 0 && static_cast<std::uint64_t>(status.st_size) >= end;
+    return there ? ERROR_SUCCESS : ERROR_FILE_INVALID;
+}
+
 // Null with the last error.
 void* Mapping::view(DWORD access, std::uint64_t offset, std::uint64_t bytes) const {
     const bool writing = (access & FILE_MAP_WRITE) != 0;
-    const bool known = writing || (access & FILE_MAP_READ) != 0;
-    DWORD refusal = ERROR_SUCCESS;
-    struct stat status {};
-    if (!known) refusal = ERROR_INVALID_PARAMETER;
-    if (offset % kOffsetStep != 0) refusal = ERROR_MAPPED_ALIGNMENT;
-    if (refusal == ERROR_SUCCESS &&
-        (offset >= size || bytes > size - offset || (writing && !writable))) {
-        refusal = ERROR_ACCESS_DENIED;
-    }
-    if (bytes == 0) bytes = size - offset;
-    if (refusal == ERROR_SUCCESS &&
-        (fstat(fd, &status) != 0 ||
-         static_cast<std::uint64_t>(status.st_size) < begin + offset + bytes)) {
-        refusal = ERROR_FILE_INVALID;
-    }
-    if (refusal != ERROR_SUCCESS) {
+    const bool reading = (access & FILE_MAP_READ) != 0;
+    if (const DWORD refusal = why_no_view(reading, writing, offset, bytes);
+        refusal != ERROR_SUCCESS) {
         SetLastError(refusal);
         return nullptr;
     }
-    void* const place = mmap(nullptr, bytes, writing ? PROT_READ | PROT_WRITE : PROT_READ,
-                             MAP_SHARED, fd, static_cast<off_t>(begin + offset));
+    void* const place = mmap(nullptr, bytes != 0 ? bytes : size - offset,
+                             writing ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, fd,
+                             static_cast<off_t>(begin + offset));
     if (place != MAP_FAILED) return place;
     set_last_error_from_errno();
     return nullptr;
