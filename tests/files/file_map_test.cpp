@@ -82,8 +82,9 @@ CHILD_ROLE(map_file) {
     const File file("data");
     Map map;
     const std::string result = told(MOLTE_FMAP_Map(&map, file.handle, 0, 0, std::stoi(args[1])));
-    tell_parent(result + " " + map.text());
+    const std::string text = map.text();
     if (args[1] == "0") map.write("child");
+    tell_parent(result + " " + text);
     return 0;
 }
 

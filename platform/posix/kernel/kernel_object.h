@@ -50,8 +50,8 @@ struct Kind {
     void (*signal)(Object& object) = nullptr;
     // The owner ended; null without owners.
     void (*abandon)(Object& object) = nullptr;
-    // Of a named object, when this process comes to it: makes usable what its file tells. False with
-    // the last error; null for nothing to do. Under the lock of names instead.
+    // Of a named object, when this process comes to it: makes usable what its file tells. False
+    // with the last error; null for nothing to do. Under the lock of names instead.
     bool (*attach)(Object& object) = nullptr;
     // In a forked child: what is different there; null for nothing. The thread that forked had the
     // first of the numbers and now has the second; all others are gone.
@@ -75,7 +75,8 @@ struct Object {
     unsigned handles = 0;
     WaitBlock* first_waiter = nullptr;  // threads of this process, the longest waiting first
     WaitBlock* last_waiter = nullptr;
-    // Of the owner, for its own use: the next object it owns. Who owns an object holds a reference.
+    // Of the owner, for its own use: the next object it owns. Who owns an object without a name
+    // holds a reference; one with a name is the list's, which keeps it until nobody does.
     Object* next_owned = nullptr;
     bool owned = false;
     Object* next_named = nullptr;  // of the list of the named objects that are open

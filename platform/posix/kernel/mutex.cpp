@@ -64,7 +64,7 @@ void let_go(Object& object, std::uint32_t word) {
     const RobustOperation operation(state.links);
     robust_list_remove(state.links);
     state.word = word;
-    futex_wake(state.word, kAllSleepers, true);
+    futex_wake_counted(state.word, state.sleepers, kAllSleepers);
     ring_common_bell();
 }
 
@@ -114,7 +114,7 @@ const Kind& kind_of(const State&) {
 
 bool release(Object& object) {
     State& state = object.state();
-    if (!owned_by(state.word, GetCurrentThreadId())) return false;
+    if (!owned_by(state.word, number_of_this_thread())) return false;
     if (state.depth > 1) {
         --state.depth;
         return true;

@@ -37,10 +37,10 @@ struct LeaveAtExit {
     }
 } leave_at_exit;
 
-// Whether the list alone has it: handles and threads that wait for it or own it have references.
+// Whether the list alone has it: handles and threads that wait for it have references.
 bool is_unused(const Object& object) {
     const ObjectLock lock;
-    return object.handles == 0 && object.references == 1;
+    return object.handles == 0 && !object.owned && object.references == 1;
 }
 
 void forget_unused_objects() {

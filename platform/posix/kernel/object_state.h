@@ -28,7 +28,10 @@ struct State {
     std::atomic<std::uint32_t> word{0};
     std::uint32_t depth = 0;  // mutex: how many times the owner took it; only the owner looks
     std::uint32_t limit = 0;  // semaphore: its maximum; event: 1, or 0 for one with manual reset
-    std::uint32_t reserved[3] = {};
+    // Of several processes: not 0 when somebody may sleep on the word. Who is about to sleep counts
+    // up; who wakes and finds nobody puts what it saw back to 0. A dead sleeper costs one wake.
+    std::atomic<std::uint32_t> sleepers{0};
+    std::uint32_t reserved[2] = {};
     RobustLinks links{};  // mutex of several processes: of the owner's list
 };
 static_assert(sizeof(State) == 40 && offsetof(State, links) == kRobustLinksOffset);

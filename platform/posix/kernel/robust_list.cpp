@@ -8,6 +8,8 @@
 #include <atomic>
 #include <cstddef>
 
+#include "kernel/thread.h"
+
 namespace platform {
 
 namespace {
@@ -23,7 +25,7 @@ constexpr std::uint64_t kAddress = ~std::uint64_t{1};
 constexpr int kLongestList = 2048;  // the kernel doesn't look further, either
 
 robust_list_head* list_head() {
-    static thread_local robust_list_head* head = nullptr;
+    static FAST_THREAD_LOCAL robust_list_head* head = nullptr;
     std::size_t size = 0;
     if (head == nullptr) syscall(SYS_get_robust_list, 0, &head, &size);
     return head;

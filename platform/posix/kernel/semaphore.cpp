@@ -20,7 +20,7 @@ bool add(Object& object, std::uint32_t count, std::uint32_t* before) {
         if (count > room) return false;
     } while (!word.compare_exchange_weak(*before, *before + count));
     if (object.shared()) {
-        futex_wake(word, static_cast<int>(count), true);
+        futex_wake_counted(word, object.state().sleepers, static_cast<int>(count));
         ring_common_bell();
     } else {
         serve_waiters(object);

@@ -44,25 +44,11 @@ struct Thread : Object {
     sigjmp_buf end{};
 };
 
-// What the handler of the signal looks at.
-struct Control {
-    Thread* self;  // null for threads that CreateThread didn't make
-    volatile int unbroken;
-};
-thread_local Control control = {nullptr, 0};
-
-// 0 until it is asked for, and in a forked child.
-thread_local DWORD own_number = 0;
+// What the handler of the signal looks at; null for threads that CreateThread didn't make.
+FAST_THREAD_LOCAL Thread* self_to_end = nullptr;
 
 int end_signal() {
     return SIGRTMAX - 1;
-}
-
-// Out of whatever the thread does, to the end of run_thread.
-void end_if_doomed() {
-    if (control.unbroken == 0 && control.self != nullptr && control.self->doomed) {
-        siglongjmp(control.self->end, 1);
-    }
 }
 
 void on_end_signal(int) {
@@ -98,8 +84,6 @@ void forked(Object& object, DWORD, DWORD) {
 // What happens at the end of a thread that was watched, after the destructors of its C++ objects,
 // so that who waited for the thread finds all that belonged to it gone. The last reference is
 // dropped without the lock.
-thread_local bool end_is_watched = false;
-
 void settle_end_of_thread() {
     ObjectPointer running;
     const ObjectLock lock;
@@ -126,7 +110,7 @@ void set_exit_code(Thread& self, DWORD exit_code) {
     Waiter::leave_broken_wait();
     self.exit_code = self.doomed ? self.doomed_exit_code : exit_code;
     self.has_exit_code = true;
-    control.self = nullptr;
+    self_to_end = nullptr;
 }
 
 void* run_thread(void* argument) {
@@ -143,11 +127,11 @@ void* run_thread(void* argument) {
     if (sigsetjmp(self.end, 1) == 0) {
         {
             const Unbroken until_known;
-            control.self = &self;
+            self_to_end = &self;
         }
         exit_code = self.routine(self.context);
     }
-    control.unbroken = 0;
+    unbroken_depth = 0;
     set_exit_code(self, exit_code);
     if (!watched) settle_end_of_thread();
     return nullptr;
@@ -180,39 +164,36 @@ HANDLE no_thread(DWORD number) {
 
 }  // namespace
 
-bool watch_end_of_thread() {
-    if (end_is_watched) return true;
+FAST_THREAD_LOCAL bool end_is_watched = false;
+
+bool begin_to_watch_end() {
     pthread_key_t key = 0;
     end_is_watched = end_of_thread_key(&key) && pthread_setspecific(key, &end_is_watched) == 0;
     if (!end_is_watched) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return end_is_watched;
 }
 
+FAST_THREAD_LOCAL DWORD own_number = 0;
+
 void forget_thread_number() {
     own_number = 0;
 }
 
-void enter_unbroken() {
-    control.unbroken = control.unbroken + 1;
-}
-void leave_unbroken() {
-    control.unbroken = control.unbroken - 1;
-    end_if_doomed();
+FAST_THREAD_LOCAL volatile int unbroken_depth = 0;
+
+// Out of whatever the thread does, to the end of run_thread.
+void end_if_doomed() {
+    if (unbroken_depth == 0 && self_to_end != nullptr && self_to_end->doomed) {
+        siglongjmp(self_to_end->end, 1);
+    }
 }
 
-Unbroken::Unbroken() {
-    enter_unbroken();
-}
-Unbroken::~Unbroken() {
-    leave_unbroken();
-}
-
-Breakable::Breakable() : depth_(control.unbroken) {
-    control.unbroken = 0;
+Breakable::Breakable() : depth_(unbroken_depth) {
+    unbroken_depth = 0;
     end_if_doomed();
 }
 Breakable::~Breakable() {
-    control.unbroken = depth_;
+    unbroken_depth = depth_;
 }
 
 bool thread_lives(DWORD number) {

@@ -87,7 +87,7 @@ bool Waiter::take_all(DWORD* result) {
 void Waiter::own(Object& object) {
     object.owned = true;
     object.next_owned = first_owned_;
-    first_owned_ = ObjectPointer(&object).release();
+    first_owned_ = object.shared() ? &object : ObjectPointer(&object).release();
 }
 
 bool Waiter::disown_here(Object& object) {
@@ -106,7 +106,7 @@ bool Waiter::disown(Object& object) {
 void forget_owner(Object& object) {
     object.owned = false;
     object.next_owned = nullptr;
-    const ObjectPointer dropped = ObjectPointer::adopt(&object);
+    if (!object.shared()) const ObjectPointer dropped = ObjectPointer::adopt(&object);
 }
 
 void Waiter::leave_broken_wait() {
@@ -146,7 +146,7 @@ DWORD Waiter::wait(const HANDLE* handles, DWORD count, bool all, DWORD milliseco
 }
 
 bool Waiter::begin(const HANDLE* handles, DWORD count, bool all) {
-    thread_ = GetCurrentThreadId();
+    thread_ = number_of_this_thread();
     count_ = shared_ = shared_mutexes_ = 0;
     all_ = all;
     for (DWORD i = 0; i < count; ++i) {

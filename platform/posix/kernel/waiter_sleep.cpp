@@ -91,6 +91,7 @@ void Waiter::sleep(const std::timespec* deadline) {
     if (shared_ < count_) words[count++] = {&bell_, bell_seen_, false};
     for (std::size_t i = 0; i < count_; ++i) {
         if (!objects_[i]->shared() || !missing_[i]) continue;
+        objects_[i]->state().sleepers.fetch_add(1);
         words[count++] = {&objects_[i]->state().word, seen_[i], true};
     }
     std::timespec soon{};
