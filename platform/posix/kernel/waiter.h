@@ -6,7 +6,8 @@
 //
 // An object of several processes can't know who waits: its waiters sleep on its own word, and each
 // looks again when woken, and once a second besides, for who signalled may have been killed before
-// it could wake anybody. Nothing is noted in it that a dying process could leave behind.
+// it could wake anybody. All that is noted in it is that somebody may sleep: what a dying process
+// leaves behind costs one call to wake nobody.
 #pragma once
 
 #include <atomic>
