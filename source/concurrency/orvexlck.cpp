@@ -38,9 +38,9 @@ ORVEX_LISTLOCK* new_table(int32_t slots) {
     list[0] = {};
     ORVEX_InitCritSect(&list[0].stCrit);
     list[0].nMaxItem = slots;
-    for (int32_t i = 0; i < slots; ++i) {
-        items[i] = {};
-        ORVEX_InitCritSect(&items[i].stCrit);
+    for (ORVEX_LISTLOCKITEM* item = items.get(); item != items.get() + slots; ++item) {
+        *item = {};
+        ORVEX_InitCritSect(&item->stCrit);
     }
     list[0].pItem = items.release();
     return list.release();

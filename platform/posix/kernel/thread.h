@@ -3,8 +3,9 @@
 
 #include "platform/threads.h"
 
-// A few bytes of each thread that are reached without a call, also where the library was loaded
-// later: for such there is little room in all.
+// A few bytes of each thread that are reached without a call. Since there are such, all that is
+// thread-local in the library must find the little room that the C library keeps for what is loaded
+// later.
 #define FAST_THREAD_LOCAL __thread __attribute__((tls_model("initial-exec")))
 
 namespace platform {

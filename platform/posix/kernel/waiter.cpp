@@ -1,6 +1,7 @@
 #include "kernel/waiter.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "kernel/common_bell.h"
@@ -8,10 +9,14 @@
 
 namespace platform {
 
-thread_local constinit Waiter Waiter::own_waiter;
+FAST_THREAD_LOCAL Waiter* Waiter::own_waiter = nullptr;
 
-Waiter* Waiter::of_this_thread() {
-    return watch_end_of_thread() ? &own_waiter : nullptr;
+Waiter* Waiter::make() {
+    const Unbroken unbroken;
+    if (!watch_end_of_thread()) return nullptr;
+    own_waiter = new (std::nothrow) Waiter;
+    if (own_waiter == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return own_waiter;
 }
 
 void serve_waiters(Object& object) {
@@ -91,7 +96,7 @@ void Waiter::own(Object& object) {
 }
 
 bool Waiter::disown_here(Object& object) {
-    return own_waiter.disown(object);
+    return own_waiter != nullptr && own_waiter->disown(object);
 }
 
 bool Waiter::disown(Object& object) {
@@ -110,8 +115,8 @@ void forget_owner(Object& object) {
 }
 
 void Waiter::leave_broken_wait() {
-    Waiter& waiter = own_waiter;
-    if (!waiter.asleep_) return;
+    if (own_waiter == nullptr || !own_waiter->asleep_) return;
+    Waiter& waiter = *own_waiter;
     waiter.asleep_ = false;
     waiter.dequeue();
     if (!waiter.served_) waiter.pass_on();
@@ -129,7 +134,9 @@ void Waiter::end() {
 }
 
 void Waiter::end_of_this_thread() {
-    own_waiter.end();
+    if (own_waiter == nullptr) return;
+    own_waiter->end();
+    delete std::exchange(own_waiter, nullptr);
 }
 
 DWORD Waiter::wait(const HANDLE* handles, DWORD count, bool all, DWORD milliseconds) {
@@ -185,7 +192,7 @@ void Waiter::finish(DWORD result) {
 void Waiter::enqueue() {
     for (std::size_t i = 0; i < count_; ++i) {
         Object& object = *objects_[i];
-        kept_[i] = ObjectPointer(&object).release();
+        (void)ObjectPointer(&object).release();  // to drop_kept
         if (object.shared()) continue;
         WaitBlock& block = blocks_[i];
         block = {this, &object, object.last_waiter, nullptr};
@@ -210,7 +217,7 @@ void Waiter::dequeue() {
 
 void Waiter::drop_kept() {
     for (std::size_t i = 0; i < count_; ++i) {
-        const ObjectPointer dropped = ObjectPointer::adopt(std::exchange(kept_[i], nullptr));
+        const ObjectPointer dropped = ObjectPointer::adopt(objects_[i]);
     }
 }
 

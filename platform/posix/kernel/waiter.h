@@ -38,8 +38,9 @@ void serve_waiters(Object& object);
 
 class Waiter {
  public:
-    // Null with the last error where the end of the thread couldn't be watched for it.
-    static Waiter* of_this_thread();
+    // Null with the last error without memory for it, or where the end of the thread couldn't be
+    // watched.
+    static Waiter* of_this_thread() { return own_waiter != nullptr ? own_waiter : make(); }
 
     Waiter(const Waiter&) = delete;
     Waiter& operator=(const Waiter&) = delete;
@@ -60,8 +61,11 @@ class Waiter {
     static void leave_broken_wait();
 
  private:
-    static thread_local constinit Waiter own_waiter;
-    constexpr Waiter() = default;
+    // Made by a thread's first wait. A library that is loaded later finds little room for what each
+    // thread has from its start.
+    static FAST_THREAD_LOCAL Waiter* own_waiter;
+    static Waiter* make();
+    Waiter() = default;
     void end();
     friend void serve_waiters(Object& object);
 
@@ -95,9 +99,8 @@ class Waiter {
     std::uint32_t seen_[MAXIMUM_WAIT_OBJECTS] = {};  // the words at the last attempt
     bool missing_[MAXIMUM_WAIT_OBJECTS] = {};        // what that attempt couldn't get
 
-    // While it sleeps.
+    // While it sleeps, with a reference of each object.
     bool asleep_ = false;
-    Object* kept_[MAXIMUM_WAIT_OBJECTS] = {};  // references
     WaitBlock blocks_[MAXIMUM_WAIT_OBJECTS];
     std::atomic<std::uint32_t> bell_{0};
     std::uint32_t bell_seen_ = 0;
