@@ -9,6 +9,7 @@ FAMILY(event) {
         int32_t result = 0;
         if (DID(ORVEX_EVENT_Set(other))) {
             GIVES(result = ORVEX_EVENT_TimeWait(events[0], 1), result == 1);
+            if (result != 1) ORVEX_EVENT_TimeWait(events[0], 1);  // the signal is still there
         }
         // Nobody signals: the wait sleeps.
         GIVES(result = ORVEX_EVENT_TimeWaitInMilliSecond(events[0], 20), result == 0);
