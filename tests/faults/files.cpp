@@ -125,11 +125,11 @@ FAMILY(directory) {
 }
 
 FAMILY(file_map) {
-    const std::string path = given("data", kOld);
-    ORVEX_HFILE* file = ORVEX_HFILE_Open(path.c_str(), 0);
+    const char* const path = given("data", kOld);
+    ORVEX_HFILE* file = ORVEX_HFILE_Open(path, 0);
     MOLTE_FMAP map{};
     if (DID(MOLTE_FMAP_Map(&map, file, 0, 20000, 0))) {
-        RIGHT(holds(static_cast<char*>(map.pView), sizeof kOld - 1, kOld));
+        RIGHT(equal(static_cast<char*>(map.pView), sizeof kOld - 1, kOld));
         RIGHT(bytes_of("data").size() == 20000);
     }
     RIGHT(FAULTY(MOLTE_FMAP_Unmap(&map)) == 1 && map.pView == nullptr);
@@ -137,7 +137,7 @@ FAMILY(file_map) {
 }
 AFTER(file_map) {
     RIGHT(bytes_of("data").starts_with(kOld));
-    ORVEX_HFILE* file = ORVEX_HFILE_Open(in_folder("data").c_str(), 0);
+    ORVEX_HFILE* file = ORVEX_HFILE_Open(in_folder("data"), 0);
     MOLTE_FMAP map{};
     RIGHT(MOLTE_FMAP_Map(&map, file, 0, 30000, 0) == 1);
     MOLTE_FMAP_Unmap(&map);
@@ -146,11 +146,11 @@ AFTER(file_map) {
 
 FAMILY(shared_memory) {
     MOLTE_FMAP block{};
-    uint8_t* bytes = nullptr;
+    Freed<uint8_t> bytes;
     int32_t size = 0;
     if (DID(MOLTE_MTEMPF_SaveBinFile(&block, "faults", kNew, kNewSize))) {
-        GIVES(MOLTE_MTEMPF_ReadBinFile("faults", &bytes, &size), holds(bytes, size, "new an"));
-        ORVEX_free(bytes);
+        GIVES(MOLTE_MTEMPF_ReadBinFile("faults", &bytes.block, &size),
+              equal(bytes.block, size, "new an"));
     }
     RIGHT(FAULTY(MOLTE_MTEMPF_RemoveFile(&block)) == 1);
 }
