@@ -55,8 +55,8 @@ bool object_folder(PathText& folder) {
     return ours || failed(ERROR_ACCESS_DENIED);
 }
 
-// The mark and the name, so that no name is "." or "..". A slash, which no file's name can have, becomes
-// the backslash, which no object's name can have.
+// The mark and the name, so that no name is "." or "..". A slash, which no file's name can have,
+// becomes the backslash, which no object's name can have.
 bool object_path(const PathText& folder, const char* name, PathText& path) {
     const std::string_view rest = without_prefix(name);
     if (rest.size() > kLongestName) return failed(ERROR_FILENAME_EXCED_RANGE);
