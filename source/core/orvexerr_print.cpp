@@ -11,7 +11,7 @@
 #include "core/modules.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
-#include "platform/system.h"
+#include "platform/display.h"
 
 namespace {
 

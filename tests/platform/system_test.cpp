@@ -1,7 +1,6 @@
 #include "platform/system.h"
 
 #include "support/common.h"
-#include "support/error_if.h"
 
 namespace {
 
@@ -35,11 +34,6 @@ TEST(System, LanguageComesFromTheEnvironment) {
         EXPECT_EQ(GetUserDefaultLangID(), id) << all << '/' << lang;
         EXPECT_EQ(GetUserDefaultLCID(), LCID{id});
     }
-}
-
-TEST(System, WithoutADisplayAMessageBoxFailsCleanly) {
-    unsetenv("DISPLAY");
-    EXPECT_EQ(error_if(!MessageBoxA(nullptr, "text", nullptr, MB_OK)), ERROR_NOT_SUPPORTED);
 }
 #endif
 

@@ -24,6 +24,10 @@ constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // taken, and needs nothing 
 HMODULE LoadLibraryExA(const char* name, HANDLE file, DWORD flags);
 HMODULE LoadLibraryExW(const wchar_t* name, HANDLE file, DWORD flags);
 
+// A library of the system that is loaded anyway, by name. There are none: null with
+// ERROR_MOD_NOT_FOUND.
+HMODULE GetModuleHandleA(const char* name);
+
 // The address of a name; null with ERROR_PROC_NOT_FOUND, or ERROR_MOD_NOT_FOUND for a module that
 // isn't loaded by these calls.
 FARPROC GetProcAddress(HMODULE module, const char* name);

@@ -1,5 +1,5 @@
-// The machine and the process: names, version of the system, language of the user, command line,
-// message box. Texts are in the code page of the platform; on POSIX the bytes go through unchanged.
+// The machine and the process: names, version of the system, language of the user, command line.
+// Texts are in the code page of the platform; on POSIX the bytes go through unchanged.
 #pragma once
 
 #include "platform/types.h"
@@ -8,16 +8,12 @@
 #include <psapi.h>
 #else
 using HMODULE = void*;
-using HWND = void*;
-using UINT = unsigned int;
 using LANGID = WORD;
 using LCID = DWORD;
 
 constexpr DWORD MAX_COMPUTERNAME_LENGTH = 31;
 constexpr DWORD ERROR_BUFFER_OVERFLOW = 111;
 constexpr BYTE VER_NT_WORKSTATION = 1;
-constexpr UINT MB_OK = 0;
-constexpr int IDOK = 1;
 
 struct OSVERSIONINFOEXA {
     DWORD dwOSVersionInfoSize;
@@ -56,9 +52,6 @@ HANDLE GetCurrentProcess();
 BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD room, DWORD* needed);
 // The full path of the program: its length, or size when it was cut to size - 1; 0 on failure.
 DWORD GetModuleFileNameExA(HANDLE process, HMODULE module, char* path, DWORD size);
-
-// Shows a text until the user closes it: IDOK, or 0 where there is no display. type is ignored.
-int MessageBoxA(HWND owner, const char* text, const char* title, UINT type);
 #endif
 
 namespace platform {

@@ -156,6 +156,10 @@ HMODULE LoadLibraryExW(const wchar_t* name, HANDLE file, DWORD flags) {
     return platform::load_named(name, file, flags);
 }
 
+HMODULE GetModuleHandleA(const char*) {
+    return platform::refuse(ENOENT, ERROR_MOD_NOT_FOUND);
+}
+
 FARPROC GetProcAddress(HMODULE module, const char* name) {
     using namespace platform;
     const auto is_open = [module] {  // not beyond: the loader has a lock of its own

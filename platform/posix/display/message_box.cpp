@@ -1,20 +1,17 @@
-// A message box through the X11 library, which is looked for at run time: machines without a
-// display need nothing of it. A key, a click or the window's close button ends it.
-#include <dlfcn.h>
+// A message box. A key, a click or the window's close button ends it.
 #include <poll.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
 
+#include "display/x11.h"
+#include "platform/display.h"
 #include "platform/last_error.h"
-#include "platform/system.h"
+
+using namespace platform;
 
 namespace {
-
-using Display = void;
-using Window = unsigned long;
-using Atom = unsigned long;
 
 constexpr int kKeyPress = 2;
 constexpr int kButtonPress = 4;
@@ -42,24 +39,7 @@ constexpr int kLineHeight = 18;
 constexpr int kCharWidth = 8;
 constexpr int kMargin = 20;
 
-// Loaded once and kept: the library registers handlers of its own.
-class X11 {
- public:
-    X11() : library_(dlopen("libX11.so.6", RTLD_NOW | RTLD_LOCAL)) {}
-    [[nodiscard]] bool loaded() const { return library_ != nullptr; }
-
-    // Calls a function of the library by name; one that it lacks gives zero.
-    template <typename Result, typename... Arguments>
-    Result call(const char* name, Arguments... arguments) const {
-        const auto function = reinterpret_cast<Result (*)(Arguments...)>(dlsym(library_, name));
-        return function != nullptr ? function(arguments...) : Result();
-    }
-
- private:
-    void* library_;
-};
-
-void draw(const X11& x11, Display* display, Window window, std::string_view text) {
+void draw(Display* display, Window window, std::string_view text) {
     void* const context = x11.call<void*>("XDefaultGC", display, 0);
     for (int y = kMargin + kLineHeight; !text.empty(); y += kLineHeight) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -69,7 +49,7 @@ void draw(const X11& x11, Display* display, Window window, std::string_view text
     }
 }
 
-Window make_window(const X11& x11, Display* display, std::string_view text, const char* title) {
+Window make_window(Display* display, std::string_view text, const char* title) {
     size_t columns = 20;
     for (std::string_view rest = text; !rest.empty();) {
         const size_t length = std::min(rest.find('\n'), rest.size());
@@ -89,28 +69,34 @@ Window make_window(const X11& x11, Display* display, std::string_view text, cons
     return window;
 }
 
-// The library ends the process when it meets a lost display, so it is asked only after the
-// connection was found alive. False: it is lost.
-bool wait_for_event(const X11& x11, Display* display) {
-    constexpr int kAlreadyQueued = 0;
-    if (x11.call<int>("XEventsQueued", display, kAlreadyQueued) > 0) return true;
-    x11.call<int>("XFlush", display);
+// Whether the connection is lost, at once or after that has become known.
+bool is_lost(Display* display, int milliseconds) {
     pollfd connection{x11.call<int>("XConnectionNumber", display), POLLIN, 0};
-    while (poll(&connection, 1, -1) < 0) {
-        if (errno != EINTR) return false;
+    while (poll(&connection, 1, milliseconds) < 0) {
+        if (errno != EINTR) return true;
     }
-    return (connection.revents & (POLLHUP | POLLERR | POLLNVAL)) == 0;
+    return (connection.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+// Old libraries end the process when they meet a lost display, so each is asked only after the
+// connection was found alive. What it has read already is not to be seen there. False: it is lost.
+bool wait_for_event(Display* display) {
+    while (!is_lost(display, 0)) {
+        if (x11.call<int>("XPending", display) > 0) return true;
+        if (is_lost(display, -1)) break;
+    }
+    return false;
 }
 
 // False when the display went away meanwhile.
-bool show_until_closed(const X11& x11, Display* display, Window window, std::string_view text) {
+bool show_until_closed(Display* display, Window window, std::string_view text) {
     Atom close = x11.call<Atom>("XInternAtom", display, "WM_DELETE_WINDOW", 0);
     x11.call<int>("XSetWMProtocols", display, window, &close, 1);
     x11.call<int>("XMapWindow", display, window);
-    while (wait_for_event(x11, display)) {
+    while (wait_for_event(display)) {
         Event event{};
         x11.call<int>("XNextEvent", display, &event);
-        if (event.type == kExpose) draw(x11, display, window, text);
+        if (event.type == kExpose) draw(display, window, text);
         if (event.type == kKeyPress || event.type == kButtonPress) return true;
         if (event.type == kClientMessage && static_cast<Atom>(event.client.data[0]) == close) {
             return true;
@@ -122,21 +108,16 @@ bool show_until_closed(const X11& x11, Display* display, Window window, std::str
 }  // namespace
 
 int MessageBoxA(HWND, const char* text, const char* title, UINT) {
-    static const X11 x11;
-    Display* const display =
-        x11.loaded() ? x11.call<Display*>("XOpenDisplay", static_cast<const char*>(nullptr))
-                     : nullptr;
-    if (display == nullptr) {
-        SetLastError(ERROR_NOT_SUPPORTED);
+    Display* const display = open_display();
+    if (display == nullptr) return 0;
+    const std::string_view shown = text != nullptr ? text : "";
+    const Window window = make_window(display, shown, title != nullptr ? title : "");
+    if (!show_until_closed(display, window, shown)) {
+        keep_lost_display(display);
+        SetLastError(ERROR_BROKEN_PIPE);
         return 0;
     }
-    const std::string_view shown = text != nullptr ? text : "";
-    const Window window = make_window(x11, display, shown, title != nullptr ? title : "");
-    if (!show_until_closed(x11, display, window, shown)) {
-        SetLastError(ERROR_BROKEN_PIPE);
-        return 0;  // the lost connection stays open: closing it would end the process
-    }
     x11.call<int>("XDestroyWindow", display, window);
-    x11.call<int>("XCloseDisplay", display);
+    close_display(display);
     return IDOK;
 }
