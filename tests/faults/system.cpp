@@ -2,11 +2,28 @@
 
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "faults.h"
 
 MOLTE_PROGRAM_VERSION(1, 2, 3, 4)
+
+namespace {
+
+// Makes a program that knows of services that are stopped, and does what it is told.
+void give_systemctl() {
+    given("systemctl",
+          "#!/bin/sh\n[ \"$1\" != show ] || printf 'LoadState=loaded\\nActiveState=inactive\\n'\n");
+    const auto program = std::filesystem::current_path() / "systemctl";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    setenv("MOLTELIB_SYSTEMCTL", program.c_str(), 1);
+}
+
+}  // namespace
 
 FAMILY(application) {
     char text[512];
@@ -47,7 +64,36 @@ FAMILY(name_map) {
     const MOLTE_NAMEMAPHEAD head{"numbers", rows, 1};
     RIGHT(FAULTY(MOLTE_NAMEMAP_Name2Val(rows, 1, "one")) == 1);
     RIGHT(FAULTY(MOLTE_NAMEMAPHEAD_Print(&head)) == 1);
-    ORVEX_BASE_ReleaseVar();
+}
+
+FAMILY(console) {
+    setsid();  // so that no terminal of the session is asked
+    given("typed", "secret\n");
+    RIGHT(std::freopen("typed", "r", stdin) != nullptr);
+    char text[16];
+    RIGHT(FAULTY(ORVEX_GetPassWord("password:", text, sizeof text)) == 6);
+    const OXCONSOLEHANDLER handler = [](uint32_t) { return 1; };
+    if (DID(ORVEX_WIN_SetConsoleCtrlEvent(handler, 1))) {
+        RIGHT(FAULTY(ORVEX_WIN_SetConsoleCtrlEvent(handler, 0)) == 1);
+    }
+    RIGHT(FAULTY(ORVEX_Signal(SIGUSR1, SIG_IGN, nullptr)) == 1);
+}
+
+FAMILY(instance) {
+    DID(ORVEX_CheckPreInstance("faults"));
+    RIGHT(FAULTY(ORVEX_ReleaseInstance()) == 1);
+    DID(ORVEX_CheckPreInstance("faults"));
+}
+AFTER(instance) {
+    RIGHT(ORVEX_CheckPreInstance("faults") == 1 && ORVEX_ReleaseInstance() == 1);
+}
+
+FAMILY(machine_control) {
+    unsetenv("DISPLAY");
+    give_systemctl();
+    RIGHT_OR("0 is the failure: nothing is reported", FAULTY(ORVEX_ShutDownSystem(1)) != 0);
+    RIGHT(FAULTY(SYSOP_KeyEvent('A', 0, 0)) == 1);
+    RIGHT(FAULTY(SYSOP_MouseEvent(ORVEX_MOUSE_MOVE, 1, 1)) == -1 && GetRvexErrNo() == 50);
 }
 
 FAMILY(network_address) {
@@ -90,6 +136,16 @@ FAMILY(service_address) {
           port == 99 && std::strcmp(second, "secret") == 0);
     uint16_t number = 0;
     GIVES(MOLTE_AnalyzeDTID("12:34", &number, &number), number == 34);
+}
+
+FAMILY(service) {
+    give_systemctl();
+    bring_up("RunAsService = 7\n");
+    DID(SERVICE_Exec("desk"));
+    RIGHT(FAULTY(SERVICE_Stop("desk")) == -1 && GetRvexErrNo() == 50);
+    char* none = nullptr;
+    const int32_t number = FAULTY(ORVEX_IsRunAsService("RunAsService", 1, &none));
+    RIGHT(number == 7 || (number == 0 && GetRvexErrNo() != 0));
 }
 
 FAMILY(system_info) {

@@ -47,6 +47,13 @@ AFTER(pinyin) {
               kNoOptions);
 }
 
+FAMILY(multibyte) {
+    RIGHT(OXLANG_SetLocale(OXLANG_CHINESE) == 1);
+    int32_t length = 0;
+    RIGHT(FAULTY(ORVEX_GetCharMB("\xB0\xA1", &length)) == 0xB0A1 && length == 2);
+    RIGHT(FAULTY(ORVEX_mblen("\xB0\xA1")) == 2);
+}
+
 FAMILY(name_pinyin) {
     build_table();
     Freed<MOLTE_NAMEPART> parts;
