@@ -1,121 +1,63 @@
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
-// The library finds this installation; nothing is up yet.
-class Language : public testing::Test, protected Configured {
+class Language : public testing::Test {
  protected:
-    Language() {
-        g_stLangVar = {};
-        OXLANG_SetLocale(OXLANG_ENGLISH);
-    }
+    Language() { OXLANG_SetLocale(OXLANG_ENGLISH); }
+    Configured folder_;
 };
 
-Ints languages() {
-    return {OXLANG_LID_Get(0), OXLANG_LID_Get(1), OXLANG_LID_Get(2),
-            OXLANG_LID_Get(3), OXLANG_LID_Get(4), OXLANG_LID_Get(5)};
+std::string ids(const Texts&) {
+    std::string all;
+    for (int32_t kind = 0; kind < 6; ++kind) {
+        all += (kind > 0 ? " " : "") + std::to_string(OXLANG_LID_Get(kind));
+    }
+    return all;
 }
 
 // Which of the three locales is in force, by what the code page makes of two bytes.
-std::string locale() {
+std::string locale(const Texts&) {
+    EXPECT_EQ(OXLANG_GetLocale(), &g_stLangVar);
     wchar_t wide[3] = {};
     if (MOLTE_STR_mbstowcs("\xD6\xD0", wide, 3) < 0) return "none";
     return wide[0] == 0x4E2D ? "chs" : wide[0] == 0xD6 ? "latin" : "other";
 }
 
-TEST_F(Language, InitReadsTheParameterTwice) {
-    for (const auto& [parameters, id, name] : {tuple("", 2052, "chs"),
-                                               {"DEF_LANG_ID = 0\n", 0, "latin"},
-                                               {"DEF_LANG_ID = 1033\n", 1033, "latin"},
-                                               {"DEF_LANG_ID = 2052\n", 2052, "chs"},
-                                               {"DEF_LANG_ID = -5\n", -5, "latin"}}) {
-        g_stLangVar = {};
-        write_ini(parameters);
-        EXPECT_EQ(OXLANG_Init(), 1);
-        EXPECT_EQ(languages(), (Ints{id, id, id, id, 0, 50})) << parameters;
-        EXPECT_EQ(locale(), name) << parameters;
-        OXLANG_LID_Set(4, 3);
-        EXPECT_EQ(OXLANG_Init(), 0);
-        EXPECT_EQ(OXLANG_LID_Get(4), 3) << "done already";
-    }
-    EXPECT_EQ(OXLANG_LID_Init(), 1);
-    EXPECT_EQ(languages(), (Ints{0, 0, 0, 0, 0, 50})) << "a negative one counts as 0 here";
-    write_ini("");
-    EXPECT_EQ(OXLANG_SetDefLang(), 1);
-    EXPECT_EQ(OXLANG_GetLID() + OXLANG_GetMsgLID(), 2 * 2052);
-    EXPECT_EQ(OXLANG_GetRVEXLangID(), 2052);
-}
-
-TEST_F(Language, OneKindOrAll) {
-    EXPECT_EQ(OXLANG_LID_Set(0, 7), 1);
-    for (int32_t kind = 1; kind <= 5; ++kind) {
-        EXPECT_EQ(OXLANG_LID_Set(kind, 100 + kind), kind <= 3 ? 7 : 0) << "the old one";
-    }
-    EXPECT_EQ(languages(), (Ints{7, 101, 102, 103, 104, 105}));
-    EXPECT_EQ(OXLANG_LID_Get(-1) + OXLANG_LID_Get(6), 14);
-    for (const int32_t kind : {-1, 6, INT32_MAX}) {
-        EXPECT_EQ(OXLANG_LID_Set(kind, 2052), 1);
-        EXPECT_EQ(locale(), "chs");
-        EXPECT_EQ(OXLANG_LID_Set(kind, 3082), 1) << "Spanish of Spain";
-        EXPECT_EQ(locale(), "latin");
-    }
-    EXPECT_EQ(languages(), (Ints{3082, 3082, 3082, 3082, 104, 105}));
-    EXPECT_EQ(OXLANG_GetLocale(), &g_stLangVar);
-}
-
-// A name and an id: the id of the name, the name of the id, and where the id is valid.
-std::string language_names(const Texts& row) {
-    const int32_t id = std::stoi(row[1]);
-    return std::to_string(OXLANG_LANGStr2LID(text_or_null(row[0]))) + " " + OXLANG_LANGLID2Str(id) +
-           " " + std::to_string(OXLANG_UTIL_IsValidLID(id));
-}
-
-std::string collation_names(const Texts& row) {
-    const int32_t id = std::stoi(row[1]);
-    int32_t latin = 9;
-    char copy[16] = "";
-    const int32_t id_of_name = OXLANG_COLLATE_Name2ID(text_or_null(row[0]), &latin);
+std::string collation_name(int32_t id, char* copy) {
     const Text name = OXLANG_COLLATE_ID2Name(id, copy);
-    EXPECT_EQ(name != nullptr ? name : ""s, copy);
-    return std::to_string(id_of_name) + " " + std::to_string(latin) + " " + copy + " " +
-           std::to_string(OXLANG_COLLATE_IsValidLatID(id)) +
-           std::to_string(OXLANG_COLLATE_IsValidMBID(id));
+    return name != nullptr ? name : outcome(-1);
 }
 
-TEST_F(Language, NamesOfLanguagesAndCollations) {
-    EXPECT_EQ(OXLANG_LANGStr2LID("Lang_English"), 2052) << "no table yet";
-    EXPECT_STREQ(OXLANG_LANGLID2Str(1033), "Lang_Chs");
-    ASSERT_EQ(OXLANG_Init(), 1);
-    ORVEX_Err_ClearError();
-    const auto text_of_ids = [](const Texts& row) {
-        char text[24] = "?";
-        const int32_t result = OXLANG_COLLATE_ID2Str(std::stoi(row[0]), std::stoi(row[1]), text);
-        return std::to_string(result) + " " + text;
-    };
-    const auto ids_of_text = [](const Texts& row) {
-        int32_t ids[2] = {};
-        const int32_t result = OXLANG_COLLATE_Str2ID(row[0].c_str(), &ids[0], &ids[1]);
-        const std::string error = result == 1 ? "" : " " + taken_error();
-        return std::to_string(ids[0]) + " " + std::to_string(ids[1]) + error;
-    };
-    check_rows(TEST_ROWS, {{"text of ids", text_of_ids},
-                           {"ids of a text", ids_of_text},
-                           {"languages", language_names},
-                           {"collations", collation_names}});
-    EXPECT_EQ(OXLANG_GetLangName()->nCount, 4);
-    char none[24];
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(told(OXLANG_COLLATE_ID2Str(-1, -1, none)),
-              "250 oxlang at least one coll id is valid. lat=-1 mb=-1 @333");
-    for (const int32_t result :
-         {OXLANG_COLLATE_ID2Str(1, 1, nullptr), OXLANG_COLLATE_Str2ID(nullptr, nullptr, nullptr),
-          OXLANG_LANG_Init(nullptr)}) {
-        EXPECT_EQ(error_of(result), "50 oxlang");
-    }
-    EXPECT_EQ(OXLANG_COLLATE_ID2Name(4, nullptr), nullptr);
-    EXPECT_STREQ(OXLANG_COLLATE_ID2Name(1, nullptr), "Lat_Bin");
-}
+[[maybe_unused]] const bool plays = play_scenes<Language>(
+    "Language", TEST_ROWS,
+    {{"forget",
+      [](const Texts&) {
+          g_stLangVar = {};
+          return ""s;
+      }},
+     {"init", step_of<OXLANG_Init>},
+     {"init_ids", step_of<OXLANG_LID_Init>},
+     {"init_table", step_of<[] { return OXLANG_LANG_Init(nullptr); }>},
+     {"count", step_of<[] { return OXLANG_GetLangName()->nCount; }>},
+     {"ids", ids},
+     {"id", step_of<OXLANG_LID_Get>},
+     {"set", step_of<OXLANG_LID_Set>},
+     {"set_default", step_of<OXLANG_SetDefLang>},
+     {"default", step_of<OXLANG_GetLID>},
+     {"message", step_of<OXLANG_GetMsgLID>},
+     {"rvex", step_of<OXLANG_GetRVEXLangID>},
+     {"locale", locale},
+     {"id_of", step_of<OXLANG_LANGStr2LID>},
+     {"name_of", step_of<[](int32_t id) { return std::string(OXLANG_LANGLID2Str(id)); }>},
+     {"is_valid", step_of<OXLANG_UTIL_IsValidLID>},
+     {"collation_id", step_of<OXLANG_COLLATE_Name2ID>},
+     {"collation_name", step_of<collation_name>},
+     {"is_latin", step_of<OXLANG_COLLATE_IsValidLatID>},
+     {"is_multibyte", step_of<OXLANG_COLLATE_IsValidMBID>},
+     {"text_of", step_of<OXLANG_COLLATE_ID2Str>},
+     {"ids_of", step_of<OXLANG_COLLATE_Str2ID>}},
+    true);
 
 #if !defined(_WIN32)  // where the user's language is the environment's
 TEST_F(Language, TheUsersLanguage) {
