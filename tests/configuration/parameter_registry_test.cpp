@@ -1,4 +1,4 @@
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ class Registry : public testing::Test {
         for (Item* item : items) EXPECT_EQ(MOLTE_PARAMADM_Register(&item), 1);
     }
 
-    const Configured system_;
+    Configured folder_;
 };
 
 TEST_F(Registry, KnowsItsItemsByName) {
@@ -117,63 +117,53 @@ TEST_F(Registry, AnswersForTheNamesItKnows) {
 }
 
 TEST_F(Registry, WritesRecordsToTheIniFile) {
-    system_.write_ini("Int = 1 # kept\n");
+    folder_.write_ini("Int = 1 # kept\n");
     Record records[] = {record_of("Int"), record_of("Text"), record_of("Raw"), record_of("Long")};
     for (int i = 0; i < 4; ++i) records[i].nType = static_cast<uint8_t>(i);
     std::memset(records[1].abyValue, 't', 80);  // without an end
     EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 4, 1), 0);
-    EXPECT_EQ(system_.text_of(), "Int = 1 # kept\n");
+    EXPECT_EQ(folder_.text_of(), "Int = 1 # kept\n");
     EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 4, 4), 1);
-    EXPECT_EQ(system_.text_of(), "Int = -286331154   # kept\nText = " + std::string(80, 't') +
+    EXPECT_EQ(folder_.text_of(), "Int = -286331154   # kept\nText = " + std::string(80, 't') +
                                      "\nLong = -1229782938247303442\n");
-    fs::remove_all(system_.path() / "CONF");
+    fs::remove_all(folder_.path() / "CONF");
     ORVEX_Err_ClearError();
     EXPECT_EQ(MOLTE_PARAMADM_SetIniFile(records, 1, 4), -1);
     EXPECT_EQ(history_of_this_thread(), "200 oxparam, 226 oxparam, 169 paramadm");
 }
 
-// What the library's own parameters, further down, don't show.
-TEST_F(Registry, BodiesOfSetters) {
-    int32_t number = 0;
-    int64_t large = 0;
+struct Parameter {
+    Item item;
+    int32_t number;
+    int64_t large;
     char text[8];
-    Item item{};
-    const Record record = record_of("P");
-    const auto act = [&](int type, int32_t mode, const Record* sent = nullptr) {
-        return type == 0   ? MOLTE_PARAMADM_IntAct(&item, sent, mode, 7, "P", remember, &number)
-               : type == 3 ? MOLTE_PARAMADM_LongAct(&item, sent, mode, 7, "P", remember, &large)
-                           : MOLTE_PARAMADM_StrAct(&item, sent, mode, nullptr, "P", remember, text,
-                                                   sizeof text);
-    };
-    std::string values;
-    for (const auto& [mode, ini] : {std::pair(1, ""),
-                                    {2, "P = -9000000000\n"},
-                                    {2, ""},  // absent: it stays
-                                    {3, ""},
-                                    {4, ""},
-                                    {9, "P = 1\n"},
-                                    {2, "P = x\n"}}) {  // any text counts
-        system_.write_ini(ini);
-        EXPECT_EQ(act(3, mode, &record), 1);
-        values += std::to_string(large) + " ";
+};
+Parameter p;
+
+std::string act(Text type, int32_t mode, Text record) {
+    const Record sent = record_of("P");
+    const Record* const from = record == "sent"s ? &sent : nullptr;
+    if (type == "text"s) {
+        const std::string told = outcome(MOLTE_PARAMADM_StrAct(&p.item, from, mode, nullptr, "P",
+                                                               remember, p.text, sizeof p.text));
+        return told + " > " + p.text;
     }
-    EXPECT_EQ(values, "7 -9000000000 -9000000000 7 -1229782938247303442 -1229782938247303442 0 ");
-    EXPECT_EQ(MOLTE_PARAMADM_GetMemValPt("P"), &item);
-    EXPECT_EQ(g_stBv.stParamAdm.stItems.nCount, 1);
-    EXPECT_EQ(act(1, 4, &record), 1);
-    EXPECT_EQ(act(1, 3), 1);  // no default: it stays
-    EXPECT_EQ(std::string(text), std::string(7, '\xEE'));
-    for (const int type : {0, 1, 3}) EXPECT_EQ(error_number_of(act(type, 4)), 50U);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(told(act(0, 1)), "257 oxparam name=P val=x @47 < 222 paramadm");
-    EXPECT_EQ(number, 7);  // the default stands
-    fs::remove_all(system_.path() / "CONF");
-    for (const auto& [type, history] : {tuple(0, "44 oxparam, 222 paramadm"),
-                                        {1, "286 paramadm"},
-                                        {3, "58 oxparam, 250 paramadm"}}) {
-        EXPECT_TRUE(told(act(type, 2)).ends_with(" < "s + history));
-    }
+    const bool is_int = type == "int"s;
+    const std::string told =
+        outcome(is_int ? MOLTE_PARAMADM_IntAct(&p.item, from, mode, 7, "P", remember, &p.number)
+                       : MOLTE_PARAMADM_LongAct(&p.item, from, mode, 7, "P", remember, &p.large));
+    return told + " > " + std::to_string(is_int ? p.number : p.large);
 }
+
+[[maybe_unused]] const bool plays = play_scenes<Registry>(
+    "Registry", TEST_ROWS,
+    {{"act", step_of<act>},
+     {"is_only", step_of<[](Text name) {
+          const bool known = MOLTE_PARAMADM_GetMemValPt(name) == &p.item;
+          return int64_t{known && g_stBv.stParamAdm.stItems.nCount == 1};
+      }>},
+     {"delete", step_of<[](Text name) { return int64_t{fs::remove(name)}; }>}},
+    true);
 
 // ---- The library's own parameters ----
 
@@ -288,63 +278,37 @@ TEST(LibraryParameters, Rules) {
                                                : Texts(4, row.value))
             << row.name;
     }
-    EXPECT_EQ(after("CpuCount", 4, 0), "1");
-    system.write_ini("");
-    for (const Text name : {"BackupErrLogFile", "SupportStackTrace"}) {
-        EXPECT_EQ(after(name, 4, 0), "0");
-    }
-    EXPECT_EQ(after("BackupErrLogFile", 2), "1");  // it is 1 before each call
-    EXPECT_EQ(after("SupportStackTrace", 2), "0");
 }
 
-TEST(LibraryParameters, ListenBacklogHasBounds) {
-    const Running system("ListenBacklogCnt = 31\n");
-    std::string kept = value_of("ListenBacklogCnt");
-    for (const int32_t sent : {1000, 201, 32, 10, -2, 100, -1}) {
-        kept += " " + after("ListenBacklogCnt", 4, sent);
-    }
-    EXPECT_EQ(kept, "32 200 200 32 32 32 100 2147483647");
-    system.write_ini("");
-    EXPECT_EQ(after("ListenBacklogCnt", 2), "200");  // what stays is bounded again
-    EXPECT_EQ(after("ListenBacklogCnt", 3), "64");
+constexpr uint32_t kOuterText = 65536 + 128 + 32;
+
+std::string set_item(int32_t at, int32_t mode) {
+    Item& item = g_stBv.astParam[at];
+    item.tChanged = 0;
+    const std::string told = outcome(MOLTE_PARAM_Set(&item, nullptr, mode));
+    return told + (item.tChanged != 0 ? ", changed" : "");
 }
 
-TEST(LibraryParameters, TextsAndLanguageAndLog) {
-    const Running system("DefaultUserName = a name beyond sixteen\nDBININAME = x.ini\n");
-    char user[16];
-    EXPECT_EQ(ORVEX_PARAMETER_GetDefaultUserName(user), 1);
-    EXPECT_STREQ(user, "a name beyond s");
-    char path[512];
-    ORVEX_DBCFG_PathFileName(path);
-    EXPECT_EQ(path, system.str() + "\\CONF\\x.ini");
+struct RunningParameters : testing::Test {
+    ~RunningParameters() override { ORVEX_BASE_ReleaseVar(); }
+    Configured folder_;
+};
 
-    EXPECT_EQ(after("DEF_LANG_ID", 4, 1033), "1033");
-    EXPECT_EQ((Ints{g_stLangVar.nMsgLID, g_stLangVar.nTimeLID, g_stLangVar.nDateLID}),
-              Ints(3, 1033));
-    EXPECT_EQ(after("DEF_LANG_ID", 3), "1033");
-
-    constexpr uint32_t kOuterText = 65536 + 128 + 32;
-    const std::string log = system / "text.log";
-    ASSERT_EQ(MOLTE_TXTLOG_AddLog(log.c_str(), kOuterText, 1), 1);
-    EXPECT_EQ(after("DisableTxtLog", 4, 1), "1");
-    MOLTE_OutMsg(kOuterText, "lost\n");
-    EXPECT_EQ(after("DisableTxtLog", 4, 0), "0");
-    MOLTE_OutMsg(kOuterText, "kept\n");
-    system.write_ini("DisableTxtLog = 1\n");
-    EXPECT_EQ(after("DisableTxtLog", 2), "0");  // it is 0 before each call, and isn't read
-    ORVEX_BASE_ReleaseVar();
-    EXPECT_EQ(read_bytes(log).substr(0, 4), "kept");
-}
-
-TEST(LibraryParameters, ABadValueCostsOnlyItsItem) {
-    const Running system("FastExpandFile = yes\nSockSafeClose = 1\n");
-    EXPECT_EQ(value_of("FastExpandFile") + value_of("SockSafeClose"), "01");
-    EXPECT_EQ(told(MOLTE_PARAM_Set(&g_stBv.astParam[24], nullptr, 2)),
-              "257 oxparam name=FastExpandFile val=yes @47 < 222 paramadm, 242 moltevar");
-    g_stBv.astParam[24].tChanged = 0;
-    EXPECT_EQ(MOLTE_PARAM_Set(&g_stBv.astParam[24], nullptr, 3), 0);
-    EXPECT_NE(g_stBv.astParam[24].tChanged, 0U);
-}
+const std::string kScenes = TEST_DATA "/running_parameters.txt";
+[[maybe_unused]] const bool plays_running = play_scenes<RunningParameters>(
+    "RunningParameters", kScenes.c_str(),
+    {{"up", step_of<ORVEX_BASE_InitVar>},
+     {"down", step_of<ORVEX_BASE_ReleaseVar>},
+     {"value", step_of<[](Text name) { return value_of(name); }>},
+     {"after",
+      step_of<[](Text name, int32_t mode, int32_t value) { return after(name, mode, value); }>},
+     {"set_item", step_of<set_item>},
+     {"user", step_of<ORVEX_PARAMETER_GetDefaultUserName>},
+     {"database_ini_file", step_of<ORVEX_DBCFG_PathFileName>},
+     {"language", step_of<OXLANG_LID_Get>},
+     {"log_to", step_of<[](Text file) { return MOLTE_TXTLOG_AddLog(file, kOuterText, 1); }>},
+     {"print", step_of<[](Text text) { return MOLTE_OutMsg(kOuterText, "%s", text); }>}},
+    true);
 
 TEST(ParameterNames, HaveTheirNumbers) {
     const char* names[MOLTE_PARAMNAME_COUNT];
