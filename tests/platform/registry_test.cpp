@@ -1,20 +1,20 @@
 // Machine-wide values.
 #include "platform/registry.h"
 
-#include "support/common.h"
-#include "support/error_if.h"
+#include "support/scenes.h"
 #include "support/unprivileged.h"
 
 namespace {
 
-const char* const kProcessor = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
+// Where the keys of a test lie.
+std::string base;
 
 // A key, made when it is missing and closed at the end.
 class Key {
  public:
     explicit Key(const std::string& path, REGSAM access = KEY_ALL_ACCESS)
-        : error(RegCreateKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, access, nullptr,
-                                &handle, &disposition)) {}
+        : error(RegCreateKeyExA(HKEY_LOCAL_MACHINE, (base + path).c_str(), 0, nullptr, 0, access,
+                                nullptr, &handle, &disposition)) {}
     ~Key() {
         if (error == 0) RegCloseKey(handle);
     }
@@ -22,6 +22,7 @@ class Key {
     Key& operator=(const Key&) = delete;
 
     [[nodiscard]] LONG set(const char* name, const std::string& text, DWORD type = REG_SZ) const {
+        if (error != 0) return error;
         return RegSetValueExA(handle, name, 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
                               static_cast<DWORD>(text.size()));
     }
@@ -43,13 +44,17 @@ class Key {
     LONG error;
 };
 
-// A store of the test's own; on Windows a key of its own, removed at the end.
+// A store of the test's own; on Windows keys of its own, removed at the end.
 class Registry : public testing::Test {
  protected:
 #if defined(_WIN32)
+    Registry() {
+        base = "Software\\" + folder_.path().filename().string() + "\\";
+    }
     ~Registry() override {
-        RegDeleteTreeA(HKEY_LOCAL_MACHINE, base_.c_str());
-        RegDeleteKeyA(HKEY_LOCAL_MACHINE, base_.c_str());
+        base.pop_back();
+        RegDeleteTreeA(HKEY_LOCAL_MACHINE, base.c_str());
+        RegDeleteKeyA(HKEY_LOCAL_MACHINE, base.c_str());
     }
 #else
     Registry() {
@@ -58,58 +63,73 @@ class Registry : public testing::Test {
 #endif
 
     const TempFolder folder_;
-    const std::string base_ = "Software\\" + folder_.path().filename().string();
 };
 
-TEST_F(Registry, GivesWhatWasStored) {
-    const Key key(base_ + "\\Options");
-    EXPECT_EQ(key.disposition, REG_CREATED_NEW_KEY);
-    EXPECT_EQ(key.get("MainPath"), "error 2");
-    const std::string number = "\xEF\xCD\xAB\x89";
-    EXPECT_EQ(key.set("Number", number, REG_DWORD), 0);
-    EXPECT_EQ(key.set(nullptr, "unnamed"), 0);
-    for (const std::string& text :
-         {std::string("with\0", 5), std::string("\"x\" \\ \\\\ \r\n\t \\x{0a} \\"),
-          std::string("# no"), std::string("[x] = "), std::string(" blanks %s%n "),
-          std::string(1, '\0')}) {
-        EXPECT_EQ(key.set("a \"name\" = \\", text), 0);
-        EXPECT_EQ(key.get("A \"NAME\" = \\"), text.back() == '\0' ? text.c_str() : text);
-    }
-    const Key again(base_ + "\\OPTIONS\\");
-    EXPECT_EQ(again.disposition, REG_OPENED_EXISTING_KEY);
-    EXPECT_EQ(again.get("number"), number);
-    EXPECT_EQ(again.get(""), "unnamed");
+std::string create(const Texts& step) {
+    const Key key(step[1]);
+    if (key.error != 0) return "error " + std::to_string(key.error);
+    return key.disposition == REG_CREATED_NEW_KEY ? "new" : "old";
 }
 
-TEST_F(Registry, KeysAccessAndSizes) {
+std::string get(const Texts& step) {
+    return Key(step[1], KEY_READ).get(text_or_null(step[2]));
+}
+
+// The name of a type and a value's bytes.
+std::string set(const Texts& step) {
+    const DWORD type = step[3] == "text" ? REG_SZ : step[3] == "number" ? REG_DWORD : 3;
+    return std::to_string(Key(step[1]).set(text_or_null(step[2]), step[4], type));
+}
+
+// Into so much room: what is told, the size, and the text.
+std::string get_into(Text path, Text name, int32_t room) {
+    const Key key(path);
+    char text[100] = "#";
+    auto size = static_cast<DWORD>(room);
+    const LONG result =
+        RegQueryValueExA(key.handle, name, nullptr, nullptr, reinterpret_cast<BYTE*>(text), &size);
+    return std::to_string(result) + " " + std::to_string(size) + " " + text;
+}
+
+const Calls kCalls = {{"create", create},
+                      {"get", get},
+                      {"get_into", step_of<get_into>},
+                      {"set", set},
+                      {"resize", step_of<[](Text file, int64_t size) {
+                           fs::resize_file(file, static_cast<uintmax_t>(size));
+                           return size;
+                       }>}};
+[[maybe_unused]] const bool plays = play_scenes<Registry>("Registry", TEST_ROWS, kCalls);
+#if !defined(_WIN32)
+const std::string kOfAFile = fs::path(TEST_ROWS).replace_filename("registry_file.txt").string();
+[[maybe_unused]] const bool plays_file =
+    play_scenes<Registry>("RegistryFile", kOfAFile.c_str(), kCalls);
+#endif
+
+TEST_F(Registry, KeysBelowKeysAndAccess) {
     HKEY middle = nullptr;
     HKEY below = nullptr;
     const auto open = [](HKEY above, const std::string& path, HKEY* key) {
         return RegOpenKeyExA(above, path.c_str(), 0, KEY_READ, key);
     };
-    const std::string path = base_ + "\\a";
-    EXPECT_EQ(error_if(platform::keep_error(open(HKEY_LOCAL_MACHINE, path, &middle)) != 0),
-              DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(Key(path + "\\b").set("v", "1234567"), 0);
-    EXPECT_EQ(open(HKEY_LOCAL_MACHINE, path, &middle), 0);
+    EXPECT_EQ(platform::keep_error(open(HKEY_LOCAL_MACHINE, base + "a", &middle)),
+              ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(Key("a\\b").set("v", "1234567"), 0);
+    EXPECT_EQ(open(HKEY_LOCAL_MACHINE, base + "a", &middle), 0);
     EXPECT_EQ(open(middle, "c", &below), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(open(middle, "B", &below), 0);
     DWORD size = 0;
-    const auto query = [&](char* to) {
-        return RegQueryValueExA(below, "v", nullptr, nullptr, reinterpret_cast<BYTE*>(to), &size);
+    const auto query = [&] {
+        return RegQueryValueExA(below, "v", nullptr, nullptr, nullptr, &size);
     };
-    for (const DWORD room : {0U, 7U, 8U, 100U}) {
-        char bytes[100] = "#";
-        size = room;
-        EXPECT_EQ(query(bytes), room < 8 ? ERROR_MORE_DATA : ERROR_SUCCESS);
-        EXPECT_EQ(size, 8U) << room;
-        EXPECT_STREQ(bytes, room < 8 ? "#" : "1234567") << room;
-    }
-    EXPECT_EQ(query(nullptr), 0);
+    EXPECT_EQ(query(), 0);
+    EXPECT_EQ(size, 8U);
     EXPECT_EQ(RegCloseKey(below) | RegCloseKey(middle), 0);
-    EXPECT_EQ(query(nullptr), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(Key(base_, KEY_READ).set("v", "1"), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(Key(base_, KEY_SET_VALUE).get("v"), "error 5");
+    EXPECT_EQ(query(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Key("a", KEY_READ).set("v", "1"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Key("a", KEY_SET_VALUE).get("v"), "error 5");
+    EXPECT_EQ(open(nullptr, "a", &below), ERROR_INVALID_HANDLE);
 }
 
 CHILD_ROLE(stores_many) {
@@ -121,10 +141,10 @@ CHILD_ROLE(stores_many) {
 }
 
 TEST_F(Registry, TwoWritersLoseNothing) {
-    ChildProcess one("stores_many", {base_, "one"});
-    ChildProcess two("stores_many", {base_, "two"});
+    ChildProcess one("stores_many", {base + "k", "one"});
+    ChildProcess two("stores_many", {base + "k", "two"});
     EXPECT_EQ(one.wait() + two.wait(), 0);
-    const Key key(base_);
+    const Key key("k");
     for (int i = 0; i < 50; ++i) {
         const std::string text = i % 2 == 0 ? "one" : "two";
         EXPECT_EQ(key.get((text + std::to_string(i / 2)).c_str()), text);
@@ -140,10 +160,10 @@ CHILD_ROLE(stores_until_killed) {
 }
 
 TEST_F(Registry, AKillLeavesTheOldOrTheNew) {
-    const Key key(base_);
+    const Key key("k");
     ASSERT_EQ(key.set("v", std::string(3000, 'a')) | key.set("other", "stays"), 0);
     for (int round = 0; round < 20; ++round) {
-        ChildProcess child("stores_until_killed", {base_});
+        ChildProcess child("stores_until_killed", {base + "k"});
         ASSERT_EQ(child.read_line(), "begun");
         std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
         child.kill();
@@ -157,36 +177,14 @@ TEST_F(Registry, AKillLeavesTheOldOrTheNew) {
 
 #if !defined(_WIN32)
 
-TEST_F(Registry, TheFileIsPlainText) {
-    const Key key("Software\\Example");
-    ASSERT_EQ(key.set("MainPath", "C:\\ex\"\n"), 0);
-    ASSERT_EQ(key.set("Count", std::string("*\0\0\0", 4), REG_DWORD) | key.set("", "u"), 0);
-    EXPECT_EQ(read_bytes(folder_ / "registry"),
-              "[HKEY_LOCAL_MACHINE\\Software\\Example]\n"
-              "\"MainPath\"=\"C:\\\\ex\\\"\\x{0a}\"\n"
-              "\"Count\"=dword:0000002a\n"
-              "@=\"u\"\n");
-    EXPECT_EQ(fs::status(folder_ / "registry").permissions(), fs::perms{0644});
-}
-
-TEST_F(Registry, AFileEditedByHand) {
-    const std::string head =
-        "# ours\r\n\"stray\"=\"1\"\n[HKEY_CURRENT_USER\\Soft]\n\"v\"=\"foreign\"\n"
-        "  [hkey_local_machine\\SOFT]  \r\n \"path\" = \"C:\\prog\\x\"  \r\n\"bad\"=\"open\n"
-        "\"odd\"=hex:00\n\"long\"=dword:123456789\n\"n\"=dword:2A\n";
-    const std::string tail = "\n# the end\n[HKEY_LOCAL_MACHINE\\Soft\\below]\n\"v\"=\"b\"";
-    folder_.write("registry", head + tail);
-    const Key key("Soft");
-    for (const char* name : {"stray", "v", "bad", "odd", "long", "none"}) {
-        EXPECT_EQ(key.get(name), "error 2") << name;
-    }
-    EXPECT_EQ(key.get("PATH"), "C:\\prog\\x");
-    EXPECT_EQ(key.get("n"), std::string("*\0\0\0", 4));
-    EXPECT_EQ(Key("Soft\\Below").get("v"), "b");
-    // A change leaves all else as it stands.
-    EXPECT_EQ(key.set("new", "1") | Key("Soft\\Below").set("w", "2"), 0);
-    EXPECT_EQ(read_bytes(folder_ / "registry"),
-              head + "\"new\"=\"1\"\n" + tail + "\n\"w\"=\"2\"\n");
+TEST_F(Registry, FolderAndFileAreMadeByWriting) {
+    const std::string made = folder_ / "made";
+    setenv("MOLTELIB_REGISTRY_FOLDER", made.c_str(), 1);
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "a", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(fs::exists(made));
+    ASSERT_EQ(Key("a").set("v", "1"), 0);
+    EXPECT_EQ(fs::status(made + "/registry").permissions(), fs::perms{0644});
 }
 
 TEST_F(Registry, FolderThatMayNotBeWritten) {
@@ -199,23 +197,6 @@ TEST_F(Registry, FolderThatMayNotBeWritten) {
     EXPECT_EQ(Key("Soft").error, ERROR_ACCESS_DENIED);
     EXPECT_EQ(Key("New", KEY_READ).error, ERROR_ACCESS_DENIED);
     EXPECT_EQ(Key("Soft", KEY_READ).get("v"), "1");
-}
-
-TEST_F(Registry, Refusals) {
-    const std::string made = folder_ / "made";
-    setenv("MOLTELIB_REGISTRY_FOLDER", made.c_str(), 1);
-    HKEY key = nullptr;
-    EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "a", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(fs::exists(made)) << "reading makes nothing";
-    EXPECT_EQ(Key("a").set("v", "12345678", REG_DWORD), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Key("a").set("v", "", 3), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Key("two\nlines").error, ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Key(std::string(2000, 'k')).error, ERROR_FILENAME_EXCED_RANGE);
-    EXPECT_EQ(Key(kProcessor).error, ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegOpenKeyExA(nullptr, "a", 0, KEY_READ, &key), ERROR_INVALID_HANDLE);
-    // What can't be a store is not taken for one, nor written over.
-    fs::resize_file(made + "/registry", (16 << 20) + 1);
-    EXPECT_EQ(Key("a").error, ERROR_INVALID_DATA);
 }
 
 #endif
