@@ -1,7 +1,6 @@
 #include "configuration/rcxmlpro.h"
 
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -129,57 +128,35 @@ TEST_F(StringResource, LargeFilesAreReadWhole) {
     EXPECT_EQ(texts_of(table), expected);
 }
 
-std::vector<Texts> rows_of(const std::string& table) {
-    const fs::path file = fs::path(TEST_ROWS).replace_filename("resource_files.txt");
-    return tables_of(file.string().c_str())[table];
+std::string rows_in(const char* file) {
+    return fs::path(TEST_ROWS).replace_filename(file).string();
 }
 
-class LoadedResource : public testing::Test, protected Configured {
+class LoadedResource : public testing::Test {
  protected:
-    ~LoadedResource() override { molte::RCXML_Release(); }
-    void add_resource(const std::string& name, const std::string& text) const {
-        fs::create_directories((path() / "resource" / name).parent_path());
-        write("resource/" + name, text);
-    }
-    // The text that error 20 has with these parameters.
-    std::string text_with(const std::string& parameters) {
-        write_ini(parameters);
-        molte::RCXML_Init();
-        return GetRVEXErrStrByErrno(20);
-    }
+    ~LoadedResource() override { ORVEX_BASE_ReleaseVar(); }
+    Configured folder_;
 };
 
-TEST_F(LoadedResource, FaultsInItAreInTheRecordAfterBringUp) {
-    write_ini("DEF_LANG_ID = 2052\n");
-    add_resource("zh/cn/moltelibrc_zh.xml",
-                 "<ORVEX_RESOURCE><ITEM/><STRINGTABLE><ITEM id='20' value='cn'/>"
-                 "</STRINGTABLE></ORVEX_RESOURCE>");
-    ORVEX_Err_Set(77, 0, "caller", 1, 0, nullptr, 0);
-    EXPECT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_EQ(history_of_this_thread(), kRootLines + ", 263 rcxmlpro");
-    EXPECT_STREQ(GetRVEXErrStrByErrno(20), "cn");  // the rest of the file is used
-    ORVEX_BASE_ReleaseVar();
-}
-
-TEST_F(LoadedResource, TheFileOfTheLanguage) {
-    EXPECT_STREQ(GetRVEXErrStrByErrno(20), "Unknown");
-    for (const Text file : {"zh/cn/moltelibrc_zh.xml", "zh/tw/moltelibrc_zh.xml",
-                            "zh/default/moltelibrc_zh.xml", "es/default/moltelibrc_es.xml"}) {
-        add_resource(file, in_table("<ITEM id='20' value='"s + std::string(file, 4) + "'/>"));
-    }
-    for (const Texts& row : rows_of("language")) EXPECT_EQ(text_with(row[0]), row[1]) << row[0];
-    EXPECT_STREQ(GetRVEXErrStrByErrno(21), "Unknown");
-    EXPECT_EQ(molte::RCXML_Release(), 1);
-    EXPECT_EQ(molte::RCXML_GetString(20), nullptr);
-    fs::remove_all(path() / "resource/zh");
-    EXPECT_EQ(text_with("DEF_LANG_ID = 1033\n"), "Unknown");
-    add_resource("en/us/moltelibrc_en.xml", "<broken");
-    EXPECT_EQ(text_with("DEF_LANG_ID = 1033\n"), "Unknown");
-    EXPECT_EQ(text_with("DEF_LANG_ID = 10\n"), "es/d");
-}
+[[maybe_unused]] const bool plays = play_scenes<LoadedResource>(
+    "LoadedResource", rows_in("loaded_resource.txt").c_str(),
+    {{"resource", step_of<[](Text name, Text text) {
+          fs::create_directories(fs::path(name).parent_path());
+          return int64_t{(std::ofstream(name) << text).good()};
+      }>},
+     {"remove", step_of<[](Text folder) { return int64_t{fs::remove_all(folder) != 0}; }>},
+     {"init", step_of<molte::RCXML_Init>},
+     {"up_after_an_error", step_of<[] {
+          ORVEX_Err_Set(77, 0, "caller", 1, 0, nullptr, 0);
+          return ORVEX_BASE_InitVar();
+      }>},
+     {"text", step_of<[](uint32_t number) { return std::string(GetRVEXErrStrByErrno(number)); }>},
+     {"string", step_of<molte::RCXML_GetString>},
+     {"release", step_of<molte::RCXML_Release>}},
+    true);
 
 TEST(ShippedResource, EveryNumberHasOneTextInEveryLanguage) {
-    const std::vector<Texts> raised = rows_of("raised");
+    const std::vector<Texts> raised = rows_of(rows_in("resource_files.txt").c_str(), "raised");
     for (const auto& [path, lcid] : {std::pair("zh/cn/moltelibrc_zh.xml", 0x804U),
                                      {"en/us/moltelibrc_en.xml", 0x409U},
                                      {"es/es2/moltelibrc_es.xml", 0x40AU}}) {
