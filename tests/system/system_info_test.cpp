@@ -1,7 +1,6 @@
 #include "../../source/system/os_type.h"
 
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/scenes.h"
 
 #if !defined(_WIN32)
 #include <pwd.h>
@@ -21,52 +20,48 @@ uint64_t number_at(const void* record, size_t offset, size_t size) {
     return value;
 }
 
-uint32_t number(const std::string& field) {
-    return static_cast<uint32_t>(std::stoul(field));
+struct SystemInfo : testing::Test {
+    TempFolder folder_;
+};
+
+std::string processor(uint32_t speed, uint32_t count) {
+    ORVEX_SYSINFO info{};
+    info.nCpuSpeedInMhz = speed;
+    info.nCpuCount = count;
+    EXPECT_EQ(ORVEX_GetCPUProp(&info), 1);
+    return testing::PrintToString(std::vector<uint32_t>{
+        info.nCpuClass, info.nCpuModel, info.bCpuFastMulti, info.nRefCPUSpeedInMhz});
 }
 
-const Calls kCalls = {
-    {"type of a version of Windows",
-     [](const Texts& row) {
-         return std::to_string(molte::windows_type(number(row[0]), number(row[1]), number(row[2]),
-                                                   row[3] == "workstation"));
-     }},
-    {"class of a processor",
-     [](const Texts& row) {
-         ORVEX_SYSINFO info{};
-         info.nCpuSpeedInMhz = number(row[0]);
-         info.nCpuCount = number(row[1]);
-         EXPECT_EQ(ORVEX_GetCPUProp(&info), 1);
-         return testing::PrintToString(std::vector<uint32_t>{
-             info.nCpuClass, info.nCpuModel, info.bCpuFastMulti, info.nRefCPUSpeedInMhz});
-     }},
-    {"file system of a path", [](const Texts& row) {
-         MOLTE_FILESYSTEMINFO info;
-         std::memset(&info, 0xEE, sizeof info);
-         const std::string error = error_of(MOLTE_GetFileSystemInfo(text_or_null(row[0]), &info));
-         EXPECT_EQ(number_at(&info, 0, 4), 256u);
-         EXPECT_EQ(number_at(&info, 8, 1), 0u);
-         return error;
-     }}};
-
-TEST(SystemInfo, Rows) {
-    check_rows(TEST_ROWS, kCalls);
+std::string file_system(Text path) {
+    MOLTE_FILESYSTEMINFO info;
+    std::memset(&info, 0xEE, sizeof info);
+    const std::string told = outcome(MOLTE_GetFileSystemInfo(path, &info));
+    EXPECT_EQ(number_at(&info, 0, 4), 256u);
+    EXPECT_EQ(number_at(&info, 8, 1), 0u);
+    return told;
 }
 
-TEST(SystemInfo, NamesOfSystems) {
-    for (const int32_t unknown : {-1, 0, 20}) EXPECT_STREQ(MOLTE_OsType2String(unknown), "Unkown");
-    EXPECT_STREQ(MOLTE_OsType2String(11), "Unix");
-    EXPECT_STREQ(MOLTE_OsClass2String(2), "Unknown");
-    Ints series;
-    for (int32_t type = -1; type < 21; ++type) {
-        if (ORVEX_IsWinNTSeries(type) == 1) series.push_back(type);
-    }
-    EXPECT_EQ(series, (Ints{3, 4, 5, 7, 14}));
+[[maybe_unused]] const bool plays = play_scenes<SystemInfo>(
+    "SystemInfo", TEST_ROWS,
+    {{"windows_type", step_of<[](uint32_t platform, uint32_t major, uint32_t minor, Text whose) {
+          return molte::windows_type(platform, major, minor, whose == "workstation"s);
+      }>},
+     {"processor", step_of<processor>},
+     {"name", step_of<[](int32_t type) { return std::string(MOLTE_OsType2String(type)); }>},
+     {"class_name", step_of<[](int32_t kind) { return std::string(MOLTE_OsClass2String(kind)); }>},
+     {"is_nt", step_of<ORVEX_IsWinNTSeries>},
+     {"type_of", step_of<MOLTE_FileSystemName2Type>},
+     {"type_name",
+      step_of<[](int32_t type) { return std::string(MOLTE_FileSystemType2Name(type)); }>},
+     {"file_system", step_of<file_system>}});
+
+TEST_F(SystemInfo, IsOfThisSystem) {
     EXPECT_EQ(ORVEX_PlatformIsNT(), ORVEX_GetOsType() != 11);
     EXPECT_EQ(ORVEX_GetOsType() == 11, fs::path::preferred_separator == '/');
 }
 
-TEST(SystemInfo, ComputerNameIsCutToTheBuffer) {
+TEST_F(SystemInfo, ComputerNameIsCutToTheBuffer) {
     char name[64];
     char narrow[4];
     wchar_t wide[64];
@@ -85,7 +80,7 @@ TEST(SystemInfo, ComputerNameIsCutToTheBuffer) {
 }
 
 // The number behind a label in a file of the kernel's.
-[[maybe_unused]] uint64_t told(const char* file, const std::string& label) {
+[[maybe_unused]] uint64_t kernel_tells(const char* file, const std::string& label) {
     std::ifstream lines(file);
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with(label)) return std::strtoull(line.c_str() + label.size(), nullptr, 10);
@@ -102,7 +97,7 @@ Record filled(int32_t (*fill)(Record*)) {
     return record;
 }
 
-TEST(SystemInfo, MemoryProcessorsAndName) {
+TEST_F(SystemInfo, MemoryProcessorsAndName) {
     const auto info = filled(ORVEX_GetSysInfo);
     EXPECT_EQ(info.nCpuCount, std::thread::hardware_concurrency());
     EXPECT_EQ(info.nOsType, static_cast<uint32_t>(ORVEX_GetOsType()));
@@ -126,7 +121,7 @@ TEST(SystemInfo, MemoryProcessorsAndName) {
     EXPECT_STREQ(reinterpret_cast<const char*>(&computer) + 16, name);
 #if !defined(_WIN32)
     EXPECT_EQ(info.nPhysicalMemInMB,
-              (told("/proc/meminfo", "MemTotal:") * 1024 + 0xA0000) / 1048576);
+              (kernel_tells("/proc/meminfo", "MemTotal:") * 1024 + 0xA0000) / 1048576);
     utsname system;
     uname(&system);
     const std::string node = system.nodename;
@@ -134,7 +129,7 @@ TEST(SystemInfo, MemoryProcessorsAndName) {
 #endif
 }
 
-TEST(SystemInfo, MemoryInUse) {
+TEST_F(SystemInfo, MemoryInUse) {
     const auto begin = std::chrono::steady_clock::now();
     const auto status = filled(MOLTE_GetMemStatus);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(90));
@@ -145,16 +140,18 @@ TEST(SystemInfo, MemoryInUse) {
     EXPECT_GE(number_at(&status, 24, 8), total);
     EXPECT_LT(number_at(&status, 48, 8), number_at(&status, 40, 8));
 #if !defined(_WIN32)
-    const double available = 1024.0 * static_cast<double>(told("/proc/meminfo", "MemAvailable:"));
+    const double available =
+        1024.0 * static_cast<double>(kernel_tells("/proc/meminfo", "MemAvailable:"));
     const auto whole = static_cast<double>(total);
-    EXPECT_EQ(total, 1024 * told("/proc/meminfo", "MemTotal:"));
+    EXPECT_EQ(total, 1024 * kernel_tells("/proc/meminfo", "MemTotal:"));
     EXPECT_NEAR(static_cast<double>(number_at(&status, 16, 8)), available, whole / 5);
     EXPECT_NEAR(static_cast<double>(number_at(&status, 4, 1)), 100 * (1 - available / whole), 20);
-    EXPECT_EQ(number_at(&status, 24, 8) - total, told("/proc/meminfo", "SwapTotal:") * 1024);
+    EXPECT_EQ(number_at(&status, 24, 8) - total,
+              kernel_tells("/proc/meminfo", "SwapTotal:") * 1024);
 #endif
 }
 
-TEST(SystemInfo, ProcessorsAtWorkAreSeen) {
+TEST_F(SystemInfo, ProcessorsAtWorkAreSeen) {
     std::atomic<bool> stop{false};
     int32_t usage = -1;
     in_threads(static_cast<int>(std::thread::hardware_concurrency()) + 1, [&](int i) {
@@ -182,7 +179,7 @@ MOLTE_PROCESSINFO of_process(int32_t number, int32_t result) {
     return info;
 }
 
-TEST(SystemInfo, ThisProcess) {
+TEST_F(SystemInfo, ThisProcess) {
 #if !defined(_WIN32)
     setenv("TZ", "XYZ-3", 1);
     tzset();
@@ -220,7 +217,7 @@ CHILD_ROLE(tells_its_number) {
     return 0;
 }
 
-TEST(SystemInfo, AnotherProcessWhileItLives) {
+TEST_F(SystemInfo, AnotherProcessWhileItLives) {
     ChildProcess child("tells_its_number");
     const int32_t number = std::stoi(child.read_line());
     EXPECT_NE(number, MOLTE_GetProcessID());
@@ -234,18 +231,9 @@ TEST(SystemInfo, AnotherProcessWhileItLives) {
     }
 }
 
-TEST(SystemInfo, FileSystems) {
-    for (const auto& [name, type] : {tuple("FAT16", 1), {"NTFS", 3}, {"JFS2", 11}}) {
-        EXPECT_EQ(MOLTE_FileSystemName2Type(name), type);
-        EXPECT_STREQ(MOLTE_FileSystemType2Name(type), name);
-    }
-    EXPECT_EQ(MOLTE_FileSystemName2Type("ntfs") - MOLTE_FileSystemName2Type("jfs3"), 3);
-    EXPECT_EQ(MOLTE_FileSystemName2Type(nullptr), 1);
-    EXPECT_STREQ(MOLTE_FileSystemType2Name(4), "unknown");
-
+TEST_F(SystemInfo, FileSystems) {
     MOLTE_FILESYSTEMINFO info;
-    const TempFolder folder;
-    fs::current_path(folder.path());
+    fs::current_path(folder_.path());
 #if defined(_WIN32)
     const uint64_t type = 3;  // what the emulator's is told to be, and most are
 #else
@@ -257,7 +245,7 @@ TEST(SystemInfo, FileSystems) {
     fs::current_path("/");
 }
 
-TEST(SystemInfo, NameOfTheUser) {
+TEST_F(SystemInfo, NameOfTheUser) {
     char name[300];
     ASSERT_EQ(ORVEX_GetLogonUserName(name, sizeof name), 1);
     const auto length = static_cast<int32_t>(std::strlen(name));
