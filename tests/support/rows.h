@@ -6,7 +6,7 @@
 #include "support/common.h"
 
 // A field as it is written: "\xNN" is a byte, "\n", "\r", "\t" and "\0" what they are in C, any
-// other character behind "\" itself, and "\{N*c}" so many c.
+// other character behind "\" itself, and "\{N*c}" so many c, of one character or more.
 inline std::string unescaped(const std::string& written) {
     std::string text;
     for (size_t i = 0; i < written.size(); ++i) {
@@ -19,8 +19,10 @@ inline std::string unescaped(const std::string& written) {
             i += 2;
         } else if (next == '{') {
             const size_t star = written.find('*', i);
-            text.append(std::stoul(written.substr(i + 1)), written[star + 1]);
-            i = star + 2;
+            const size_t end = written.find('}', star + 2);
+            const std::string piece = unescaped(written.substr(star + 1, end - star - 1));
+            for (auto n = std::stoul(written.substr(i + 1)); n > 0; --n) text += piece;
+            i = end;
         } else {
             const size_t known = "nrt0"s.find(next);
             text += known == std::string::npos ? next : "\n\r\t\0"[known];
