@@ -2,6 +2,7 @@
 #pragma once
 
 #include <concepts>
+#include <limits>
 
 #include "support/rows.h"
 #include "support/test.h"
@@ -53,18 +54,18 @@ class Argument {
         } else if constexpr (std::is_class_v<Pointed>) {
             return field_ == "(null)" ? nullptr : record<std::remove_const_t<Pointed>>();
         } else if constexpr (std::is_const_v<Pointed>) {
-            return text_or_null(field_);
+            return static_cast<Wanted>(static_cast<const void*>(text_or_null(field_)));
         } else if (field_ == "(null)") {
             return nullptr;
-        } else if constexpr (std::is_same_v<Pointed, int32_t> || std::is_same_v<Pointed, int64_t>) {
+        } else if constexpr (std::numeric_limits<Pointed>::digits > 8) {
             auto* number = reinterpret_cast<Wanted>(written_.data());
-            *number = static_cast<Pointed>(std::stoll(field_, nullptr, 0));
+            *number = static_cast<Pointed>(std::stoull(field_, nullptr, 0));
             tell_ = [number] { return std::to_string(*number); };
             return number;
         } else {
             field_.copy(written_.data(), written_.size() - 1);
             tell_ = [this] { return std::string(written_.data()); };
-            return written_.data();
+            return static_cast<Wanted>(static_cast<void*>(written_.data()));
         }
     }
     [[nodiscard]] std::string written() const { return tell_ ? " > " + tell_() : ""; }
