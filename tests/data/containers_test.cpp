@@ -1,5 +1,5 @@
 // Bit arrays, stacks, linked lists, block edits and streams.
-#include "support/called.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -35,34 +35,6 @@ TEST(BitArray, RangesAgreeWithSingleBits) {
             ASSERT_EQ(bits, expected) << start << ' ' << n;
         }
     }
-}
-
-TEST(Stack, LastInFirstOut) {
-    MOLTE_STACK stack{};
-    EXPECT_EQ(MOLTE_STACK_Release(&stack), 0);
-    ASSERT_EQ(MOLTE_STACK_Init(&stack, 4), 1);
-    int32_t v = 0;
-    EXPECT_EQ(MOLTE_STACK_IsEmpty(&stack), 1);
-    ORVEX_Err_ClearError();
-    EXPECT_EQ(MOLTE_STACK_GetTop(&stack, &v), -1);
-    EXPECT_EQ(MOLTE_STACK_Pop(&stack, &v), -1);
-    EXPECT_EQ(history_of_this_thread(), "2502 oxsysutl, 2486 oxsysutl");
-    for (int32_t i = 1; i <= 40; ++i) MOLTE_STACK_Push(&stack, &i);
-    EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, 39, &v), 1);
-    EXPECT_EQ(v, 1);
-    EXPECT_EQ(error_of(MOLTE_STACK_GetDeepTop(&stack, 40, &v)), "271 oxsysutl idx=40 max=40");
-    for (int32_t depth : {-1, -40, INT32_MIN}) {
-        EXPECT_EQ(error_number_of(MOLTE_STACK_GetDeepTop(&stack, depth, &v)), 417U);
-        EXPECT_EQ(ORVEX_GetErrData()->nHistCount, 1);
-        EXPECT_EQ(MOLTE_STACK_GetDeepTop(&stack, depth, nullptr), 1);
-    }
-    int32_t top = 0;
-    EXPECT_EQ(MOLTE_STACK_Pop(&stack, nullptr), 1);
-    EXPECT_EQ(MOLTE_STACK_Pop(&stack, &v), 1);
-    EXPECT_EQ(MOLTE_STACK_GetTop(&stack, &top), 1);
-    EXPECT_EQ((Ints{v, top}), (Ints{39, 38}));
-    EXPECT_EQ(MOLTE_STACK_Release(&stack), 1);
-    EXPECT_EQ(stack.bInited, 0);
 }
 
 struct Record {
@@ -116,52 +88,44 @@ TEST(LinkedList, LinksUnlinksAndWalks) {
     EXPECT_EQ(order(list), "");
 }
 
-std::string block_without(const Texts& row) {
-    char buffer[] = "abcdef";
-    const int32_t result = MOLTE_MemDelAndMove(buffer, 6, std::stoi(row[0]), std::stoi(row[1]));
-    return std::to_string(result) + " " + std::string(buffer, 6) + taken_error();
-}
-std::string block_with(const Texts& row) {
-    char buffer[10] = "abcdef";
-    const int32_t result = MOLTE_MemInsert(buffer, std::stoi(row[0]), text_or_null(row[1]),
-                                           std::stoi(row[2]), std::stoi(row[3]));
-    return std::to_string(result) + " " + buffer + taken_error();
-}
+class Container : public InFolder {};
 
-TEST(MemoryEdit, Rows) {
-    ORVEX_Err_ClearError();
-    check_rows(TEST_ROWS, {{"bytes for bits", called<OX_BITARRAY_GetByteCount>},
-                           {"remove", block_without},
-                           {"insert", block_with}});
-    EXPECT_EQ(error_of(MOLTE_MemDelAndMove(nullptr, 6, 0, 1)), "434 oxsysutl");
-    uint16_t entries[] = {1, 2, 3, 4};
-    EXPECT_EQ(MOLTE_EntryDelAndMove(entries, 4, 1, 2, 2), 2);
-    EXPECT_EQ(entries[1] * 10 + entries[2], 40);
-    const uint16_t more[] = {8, 9};
-    EXPECT_EQ(MOLTE_EntryInsert(entries, 2, more, 1, 2, 2), 4);
-    EXPECT_EQ(std::to_array(entries), std::to_array<uint16_t>({1, 8, 9, 4}));
-}
+uint8_t* stream = nullptr;
 
-TEST(Stream, WritesInStepsOf1024AndReadsBack) {
-    uint8_t* buffer = nullptr;
-    int32_t capacity = 0;
-    int32_t pos = 0;
-    const std::string block(1000, 'b');
-    for (const auto& [n, result, room] :
-         {tuple(1000, 1000, 1024), {25, 1025, 2048}, {-1, -1, 2048}, {INT32_MAX, -1, 2048}}) {
-        EXPECT_EQ(MOLTE_MEMOP_AddToStream(&buffer, &capacity, &pos, block.data(), n), result);
-        EXPECT_EQ(capacity, room);
-    }
-    EXPECT_EQ(pos, 1025);
-    int32_t at = 1000;
-    char out[30];
-    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 25), 1025);
-    EXPECT_EQ(std::string(out, 25), std::string(25, 'b'));
-    EXPECT_EQ(error_of(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, 1)),
-              "272 oxsysutl buflen=1025 curpos=1025 read=1");
-    EXPECT_EQ(MOLTE_MEMOP_GetFromStream(buffer, pos, &at, out, INT32_MAX), -1);
-    EXPECT_EQ(at, 1025);
-    ORVEX_free(buffer);
-}
+[[maybe_unused]] const bool plays =
+    play_scenes<Container>("Container", TEST_ROWS,
+                           {{"make_stack", step_of<MOLTE_STACK_Init>},
+                            {"release_stack", step_of<MOLTE_STACK_Release>},
+                            {"is_made", step_of<[](MOLTE_STACK* stack) { return stack->bInited; }>},
+                            {"is_empty", step_of<MOLTE_STACK_IsEmpty>},
+                            {"push", step_of<MOLTE_STACK_Push>},
+                            {"pop", step_of<MOLTE_STACK_Pop>},
+                            {"top", step_of<MOLTE_STACK_GetTop>},
+                            {"below", step_of<MOLTE_STACK_GetDeepTop>},
+                            {"bytes_for_bits", step_of<OX_BITARRAY_GetByteCount>},
+                            {"remove_of_none", step_of<MOLTE_MemDelAndMove>},
+                            {"remove", step_of<[](int32_t at, int32_t n) {
+                                 char buffer[] = "abcdef";
+                                 const int32_t result = MOLTE_MemDelAndMove(buffer, 6, at, n);
+                                 return outcome(result) + " > " + std::string(buffer, 6);
+                             }>},
+                            {"insert", step_of<[](int32_t size, Text text, int32_t at, int32_t n) {
+                                 char buffer[10] = "abcdef";
+                                 const int32_t result = MOLTE_MemInsert(buffer, size, text, at, n);
+                                 return outcome(result) + " > " + buffer;
+                             }>},
+                            {"remove_entries", step_of<MOLTE_EntryDelAndMove>},
+                            {"insert_entries", step_of<MOLTE_EntryInsert>},
+                            {"put", step_of<[](int32_t* room, int32_t* at, Text text, int32_t n) {
+                                 return MOLTE_MEMOP_AddToStream(&stream, room, at, text, n);
+                             }>},
+                            {"take", step_of<[](int32_t length, int32_t* at, char* out, int32_t n) {
+                                 return MOLTE_MEMOP_GetFromStream(stream, length, at, out, n);
+                             }>},
+                            {"free_stream", step_of<[] {
+                                 ORVEX_free(stream);
+                                 return 1;
+                             }>}},
+                           true);
 
 }  // namespace
