@@ -1,8 +1,7 @@
 #include <map>
 #include <sstream>
 
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -41,60 +40,35 @@ struct Buffer : OLINEBUF {
         while (step(this, &at) == 1 && blocks.size() < 99) blocks += std::to_string(at) + " ";
         return blocks;
     }
-    std::string find(uint64_t id) {
-        int32_t block = -1;
-        int32_t index = -1;
-        if (OLINEBUF_UTIL_PosLineByID(this, id, &block, &index) < 1) return "none";
-        return std::to_string(block) + " " + std::to_string(index);
-    }
 };
 
-// What a step of a row tells; nothing of those that only add.
-std::string told_by(Buffer& buffer, uint64_t* next, const std::string& step,
-                    const std::string& what) {
-    const int32_t n = std::atoi(what.c_str());
-    if (step == "add") return std::to_string(buffer.add(what));
-    if (step == "line") return buffer.line(static_cast<uint64_t>(n), 8192);
-    if (step == "line 2 in") return buffer.line(2, n);
-    if (step == "lines in") {
-        const std::string text = buffer.lines(next, n);
-        return text + "@" + std::to_string(*next);
-    }
-    if (step == "ids")
-        return std::to_string(OLINEBUF_GetMinLineID(&buffer)) + " " +
-               std::to_string(OLINEBUF_GetMaxLineID(&buffer));
-    if (step == "current") return std::to_string(buffer.nCurBlock);
-    if (step == "back") return buffer.walk(OLINEBUF_UTIL_BW_GetNextBKID);
-    if (step == "on") return buffer.walk(OLINEBUF_UTIL_FW_GetNextBKID);
-    if (step == "find") return buffer.find(static_cast<uint64_t>(n));
-    if (step == "fill") {
-        buffer.fill_blocks(n);
-    } else {
-        EXPECT_EQ(step, "add lines");
-        EXPECT_EQ(OLINEBUF_AddMultiLine(&buffer, what.c_str()), 1);
-    }
-    return "";
-}
+class LineBuffer : public InFolder {};
 
-std::string steps(const Texts& row) {
-    Buffer buffer;
-    uint64_t next = 0;
-    std::string all;
-    for (size_t i = 0; i + 1 < row.size(); ++i) {
-        const size_t colon = std::min(row[i].find(": "), row[i].size());
-        const std::string what = row[i].substr(std::min(colon + 2, row[i].size()));
-        const std::string told = told_by(buffer, &next, row[i].substr(0, colon), what);
-        if (!told.empty()) all += "[" + told + "]";
-    }
-    return all;
-}
-
-TEST(LineBuffer, Rows) {
-    check_rows(TEST_ROWS, {{"steps", steps}});
-    const Buffer buffer;
-    int32_t at = INT32_MIN;  // no block: as below the first
-    EXPECT_EQ(OLINEBUF_UTIL_BW_GetNextBKID(&buffer, &at), 0);
-}
+[[maybe_unused]] const bool plays = play_scenes<LineBuffer>(
+    "LineBuffer", TEST_ROWS,
+    {{"add", step_of<[](Buffer* buffer, Text line) { return buffer->add(line); }>},
+     {"add_lines",
+      step_of<[](Buffer* buffer, Text lines) { return OLINEBUF_AddMultiLine(buffer, lines); }>},
+     {"fill", step_of<[](Buffer* buffer, int32_t blocks) {
+          buffer->fill_blocks(blocks);
+          return buffer->nCurBlock;
+      }>},
+     {"line",
+      step_of<[](Buffer* buffer, uint64_t id, int32_t size) { return buffer->line(id, size); }>},
+     {"lines", step_of<[](Buffer* buffer, uint64_t* next, int32_t size) {
+          return buffer->lines(next, size);
+      }>},
+     {"min", step_of<[](Buffer* buffer) { return OLINEBUF_GetMinLineID(buffer); }>},
+     {"max", step_of<[](Buffer* buffer) { return OLINEBUF_GetMaxLineID(buffer); }>},
+     {"current", step_of<[](Buffer* buffer) { return buffer->nCurBlock; }>},
+     {"back", step_of<[](Buffer* buffer) { return buffer->walk(OLINEBUF_UTIL_BW_GetNextBKID); }>},
+     {"on", step_of<[](Buffer* buffer) { return buffer->walk(OLINEBUF_UTIL_FW_GetNextBKID); }>},
+     {"back_from", step_of<[](Buffer* buffer, int32_t* block) {
+          return OLINEBUF_UTIL_BW_GetNextBKID(buffer, block);
+      }>},
+     {"find", step_of<[](Buffer* buffer, uint64_t id, int32_t* block, int32_t* index) {
+          return OLINEBUF_UTIL_PosLineByID(buffer, id, block, index);
+      }>}});
 
 TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
     constexpr int32_t rows[][2] = {{INT32_MIN, 16}, {1, 16},          {65536, 16},      {65537, 17},
@@ -111,7 +85,7 @@ TEST(LineBufferSize, IsHeldWithinBoundsAndRoundedUp) {
     }
 }
 
-TEST(LineBuffer, ABlockByteForByte) {
+TEST_F(LineBuffer, ABlockByteForByte) {
     Buffer buffer;
     buffer.add("abc");
     buffer.add("defgh");
@@ -123,7 +97,7 @@ TEST(LineBuffer, ABlockByteForByte) {
     EXPECT_EQ(OLINEBUF_UTIL_CanHoldLine(block, 508 * 8 - 7), 0);
 }
 
-TEST(LineBuffer, PlacesThatAreNone) {
+TEST_F(LineBuffer, PlacesThatAreNone) {
     Buffer buffer;
     char out[16];
     OLINEBUF_BLOCK* block = OLINEBUF_UTIL_GetBlock(&buffer, 0);
@@ -136,7 +110,7 @@ TEST(LineBuffer, PlacesThatAreNone) {
     EXPECT_EQ(std::string(out, 6), "234567");
 }
 
-TEST(LineBuffer, StatisticsByteForByte) {
+TEST_F(LineBuffer, StatisticsByteForByte) {
     Buffer buffer;
     OLINEBUF_STAT stat;
     const std::string same = "\0\0\0\100\0\0\0\0\0\1\0\0\0\0\0\20"s;
@@ -149,7 +123,7 @@ TEST(LineBuffer, StatisticsByteForByte) {
 }
 
 // Each line tells who wrote it and its number there: no reader sees a part of one, or one late.
-TEST(LineBuffer, ManyWriteWhileManyRead) {
+TEST_F(LineBuffer, ManyWriteWhileManyRead) {
     Buffer buffer;
     constexpr int kLines = 3000;
     const auto line_of = [](char who, int n) {

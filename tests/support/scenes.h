@@ -21,10 +21,10 @@ template <typename Fixture>
 class Scene : public Fixture {
  public:
     Scene(std::vector<Texts> steps, const Calls& calls) : steps_(std::move(steps)), calls_(calls) {}
+    ~Scene() override { named_records.clear(); }
 
  private:
     void TestBody() override {
-        named_records.clear();
         for (const Texts& written : steps_) {
             Texts step;
             for (const std::string& field : written) step.push_back(in_folder(field));
