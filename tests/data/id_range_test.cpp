@@ -1,7 +1,6 @@
 #include <bitset>
 
-#include "support/rows.h"
-#include "support/test.h"
+#include "support/scenes.h"
 
 bool operator==(const OX_IDRANGE& a, const OX_IDRANGE& b) {
     return a.nStart == b.nStart && a.nEnd == b.nEnd;
@@ -44,121 +43,126 @@ std::string printed(const Ranges& ranges) {
     return text;
 }
 
-std::string of_two(const Texts& row) {
-    const Ranges two = ranges_in(row[0]);
-    const Range *a = &two[0], *b = &two[1];
+// Those of a field.
+struct RangesIn : Ranges {
+    explicit RangesIn(const std::string& field) : Ranges(ranges_in(field)) {}
+    [[nodiscard]] int32_t count() const { return static_cast<int32_t>(size()); }
+};
+struct ArrayIn : Array {
+    explicit ArrayIn(const std::string& field) : Array(ranges_in(field)) {}
+    [[nodiscard]] std::string text() const { return " " + printed(ranges()); }
+};
+
+std::string of_two(RangesIn* two) {
+    const Range *a = &two->at(0), *b = &two->at(1);
     Range both = {9, 9};
     Range left = *a;
     Range right = *b;
     OX_IDRANGE_Intersect(a, b, &both);
-    EXPECT_EQ(OX_IDRANGE_HasIntersection(a, b), both == Range{} ? 0 : 1) << row[0];
-    EXPECT_EQ(OX_IDRANGE_CalcDistance(a, b), OX_IDRANGE_CalcDistance(b, a)) << row[0];
-    EXPECT_EQ(OX_IDRANGE_IsSame(a, b), *a == *b ? 1 : 0) << row[0];
+    EXPECT_EQ(OX_IDRANGE_HasIntersection(a, b), both == Range{} ? 0 : 1);
+    EXPECT_EQ(OX_IDRANGE_CalcDistance(a, b), OX_IDRANGE_CalcDistance(b, a));
+    EXPECT_EQ(OX_IDRANGE_IsSame(a, b), *a == *b ? 1 : 0);
     OX_IDRANGE_Subtract(&left, &right, &left, &right);
-    return std::to_string(OX_IDRANGE_IsLarger(a, b)) + " " +
-           std::to_string(OX_IDRANGE_CalcDistance(a, b)) + " " + printed({both, left, right});
+    return outcome(OX_IDRANGE_IsLarger(a, b)) + " " + outcome(OX_IDRANGE_CalcDistance(a, b)) + " " +
+           printed({both, left, right});
 }
 
-std::string network_form(const Texts& row) {
-    const Range range = ranges_in(row[0])[0];
+std::string network_form(RangesIn* range) {
     OX_NETIDRANGE net;
     Range back = {};
-    OX_IDRANGE_ToNETIDRANGE(&range, &net);
+    OX_IDRANGE_ToNETIDRANGE(range->data(), &net);
     OX_NETIDRANGE_ToIDRANGE(&net, &back);
-    EXPECT_EQ(back, range);
-    const uint32_t count = OX_IDRANGE_GetCount(&range);
+    EXPECT_EQ(back, range->front());
+    const uint32_t count = OX_IDRANGE_GetCount(&back);
     EXPECT_EQ(OX_NETIDRANGE_GetCount(&net), count);
-    EXPECT_EQ(OX_IDRANGE_IsEmpty(&range), count == 0 ? 1 : 0);
-    return std::to_string(count) + " " + bytes_of(net);
+    EXPECT_EQ(OX_IDRANGE_IsEmpty(&back), count == 0 ? 1 : 0);
+    return outcome(count) + " " + bytes_of(net);
 }
 
 // Text that ends before its room does.
-std::string what_fits(const Texts& row) {
-    const Ranges ranges = ranges_in(row[1]);
-    const auto size = std::stoul(row[0]);
+std::string what_fits(int32_t size, RangesIn* ranges) {
     std::string text(40, '#');
-    const int32_t length = OX_IDRANGE_sPrint(text.data(), static_cast<int32_t>(size), ranges.data(),
-                                             static_cast<int32_t>(ranges.size()));
+    const int32_t length = OX_IDRANGE_sPrint(text.data(), size, ranges->data(), ranges->count());
     EXPECT_EQ(text.find('\0'), static_cast<size_t>(length));
-    EXPECT_EQ(text[size], '#');
+    EXPECT_EQ(text[static_cast<size_t>(size)], '#');
     return text.c_str();
 }
 
-std::string ready(const Texts& row) {
-    Array array(ranges_in(row[0]));
+std::string ready(ArrayIn* array, uint32_t most) {
     Ranges worked{{9, 9}, {1, 1}};
     Array working(worked);
-    const auto most = static_cast<uint32_t>(std::stoul(row[1]));
     Range seen = {1, 1};
     Range out = {1, 1};
-    const int64_t count = OX_IDRANGEARRAY_GetReadySeg(&array, nullptr, &seen, most);
-    EXPECT_EQ(OX_IDRANGEARRAY_GetReadySeg(&array, &working, &out, most), count);
+    const int64_t count = OX_IDRANGEARRAY_GetReadySeg(array, nullptr, &seen, most);
+    EXPECT_EQ(OX_IDRANGEARRAY_GetReadySeg(array, &working, &out, most), count);
     EXPECT_EQ(seen, out);
     if (count > 0) worked.push_back(out);
     EXPECT_EQ(working.ranges(), worked);
-    return std::to_string(count) + " " + printed({out}) + " " + printed(array.ranges());
+    return outcome(count) + " " + printed({out}) + array->text();
 }
 
-const Calls kCalls = {
-    {"two", of_two},
-    {"network", network_form},
-    {"prints", what_fits},
-    {"ready", ready},
-    {"work",
-     [](const Texts& row) {
-         Array array(ranges_in(row[0]));
-         const auto most = static_cast<uint32_t>(std::stoul(row[1]));
-         Range out = {};
-         const int32_t result =
-             OX_IDRANGEARRAY_GetSegToWork(&array, &out, most, row[2] == "take" ? 1 : 0);
-         return std::to_string(result) + " " + printed({out}) + " " + printed(array.ranges());
-     }},
-    {"abort",
-     [](const Texts& row) {
-         Array array(ranges_in(row[0]));
-         Array working(ranges_in(row[1]));
-         const Range segment = ranges_in(row[2])[0];
-         EXPECT_EQ(OX_IDRANGEARRAY_AbortWorkSeg(&array, &working, &segment), 1);
-         return printed(array.ranges()) + " " + printed(working.ranges());
-     }},
-    {"remove as it is",
-     [](const Texts& row) {
-         Array array(ranges_in(row[0]));
-         const int32_t result = OX_IDRANGEARRAY_SimpRemove(&array, ranges_in(row[1]).data());
-         return std::to_string(result) + " " + printed(array.ranges());
-     }},
-    {"merge",
-     [](const Texts& row) {
-         Array array(ranges_in(row[0]));
-         array.nCount = OX_IDRANGE_Merge(array.pRange, array.nCount);
-         return printed(array.ranges());
-     }},
-    {"remove",
-     [](const Texts& row) {
-         Array array(ranges_in(row[0]));
-         EXPECT_EQ(OX_IDRANGEARRAY_RemoveRange(&array, ranges_in(row[1]).data(), 1), 1);
-         return printed(array.ranges());
-     }},
-    {"held",
-     [](const Texts& row) {
-         const Array array({{3, 3}, {5, 9}, {9, 12}});
-         return std::to_string(OX_IDRANGEARRAY_IsHoldRange(&array, ranges_in(row[0]).data()));
-     }},
-    {"least", [](const Texts& row) {
-         const Array array(ranges_in(row[0]));
-         Range least = {7, 8};
-         const int32_t result = OX_IDRANGEARRAY_GetMinSeg(&array, &least);
-         return std::to_string(result) + " " + printed({least});
-     }}};
+class IdRange : public InFolder {};
 
-TEST(IdRange, Rows) {
-    check_rows(TEST_ROWS, kCalls);
-    EXPECT_EQ(OX_IDRANGE_sPrint(nullptr, 0, nullptr, 3), 0);
-    const Ranges twice{{0, kMost}, {9, 4}, {0, kMost}};
-    EXPECT_EQ(OX_IDRANGE_GetAllCount(twice.data(), 3), uint64_t{kMost} * 2);
-}
+[[maybe_unused]] const bool plays = play_scenes<IdRange>(
+    "IdRange", TEST_ROWS,
+    {{"two", step_of<of_two>},
+     {"network", step_of<network_form>},
+     {"print", step_of<what_fits>},
+     {"print_none", step_of<[] { return OX_IDRANGE_sPrint(nullptr, 0, nullptr, 3); }>},
+     {"count", step_of<[](RangesIn* ranges) {
+          return OX_IDRANGE_GetAllCount(ranges->data(), ranges->count());
+      }>},
+     {"ready", step_of<ready>},
+     {"work", step_of<[](ArrayIn* array, uint32_t most, int32_t take) {
+          Range out = {};
+          const int32_t result = OX_IDRANGEARRAY_GetSegToWork(array, &out, most, take);
+          return outcome(result) + " " + printed({out}) + array->text();
+      }>},
+     {"abort", step_of<[](ArrayIn* array, ArrayIn* working, RangesIn* segment) {
+          const int32_t result = OX_IDRANGEARRAY_AbortWorkSeg(array, working, segment->data());
+          return outcome(result) + array->text() + working->text();
+      }>},
+     {"remove_same", step_of<[](ArrayIn* array, RangesIn* range) {
+          const int32_t result = OX_IDRANGEARRAY_SimpRemove(array, range->data());
+          return outcome(result) + array->text();
+      }>},
+     {"merge", step_of<[](ArrayIn* array) {
+          array->nCount = OX_IDRANGE_Merge(array->pRange, array->nCount);
+          return printed(array->ranges());
+      }>},
+     {"remove", step_of<[](ArrayIn* array, RangesIn* ranges) {
+          const int32_t result =
+              OX_IDRANGEARRAY_RemoveRange(array, ranges->data(), ranges->count());
+          return outcome(result) + array->text();
+      }>},
+     {"held", step_of<[](ArrayIn* array, RangesIn* range) {
+          return OX_IDRANGEARRAY_IsHoldRange(array, range->data());
+      }>},
+     {"least", step_of<[](ArrayIn* array) {
+          Range least = {7, 8};
+          const int32_t result = OX_IDRANGEARRAY_GetMinSeg(array, &least);
+          return outcome(result) + " " + printed({least});
+      }>},
+     {"add", step_of<[](Array* array, RangesIn* ranges, uint32_t flags) {
+          return OX_IDRANGEARRAY_AddRange(array, ranges->data(), ranges->count(), flags);
+      }>},
+     {"add_null",
+      step_of<[](Array* array) { return OX_IDRANGEARRAY_AddRange(array, nullptr, 1, 0); }>},
+     {"has_work", step_of<[](Array* array) { return OX_IDRANGEARRAY_HasWork(array); }>},
+     {"release", step_of<[](Array* array) { return OX_IDRANGEARRAY_Release(array); }>},
+     {"make",
+      step_of<[](Array* array, int32_t room) { return OX_IDRANGEARRAY_InitByBuf(array, room); }>},
+     {"ranges", step_of<[](Array* array) { return printed(array->ranges()); }>},
+     {"sizes", step_of<[](Array* array) {
+          return outcome(array->nCount) + " of " + outcome(array->nCapacity) +
+                 (array->pRange == nullptr ? " none" : "");
+      }>},
+     {"set_sizes", step_of<[](Array* array, int32_t count, int32_t room) {
+          array->nCount = count;
+          return array->nCapacity = room;
+      }>}});
 
-TEST(IdRange, Sorts) {
+TEST_F(IdRange, Sorts) {
     std::mt19937 random(1);
     for (const size_t count : {511U, 512U, 20000U}) {
         Ranges ranges(count);
@@ -218,25 +222,6 @@ TEST(IdRangeArray, AgreesWithABitmapOver100000Operations) {
     }
 }
 
-TEST(IdRangeArray, GrowsBySixteensAndAddsAsItIs) {
-    Array array;
-    const Ranges ranges{{5, 6}, {1, 2}, {2, 3}};
-    EXPECT_EQ(OX_IDRANGEARRAY_AddRange(&array, ranges.data(), 0, 0), 0);
-    EXPECT_EQ(OX_IDRANGEARRAY_AddRange(&array, ranges.data(), 3, 1), 1);
-    EXPECT_EQ(array.ranges(), ranges);
-    EXPECT_EQ(array.nCapacity, 16);
-    const Ranges many(30, Range{9, 9});
-    OX_IDRANGEARRAY_AddRange(&array, many.data(), 30, 3);  // 17 are missing
-    EXPECT_EQ(array.nCapacity, 48);
-    OX_IDRANGEARRAY_AddRange(&array, ranges.data(), 1, 2);
-    EXPECT_EQ(array.ranges(), (Ranges{{1, 3}, {5, 6}, {9, 9}}));
-    OX_IDRANGEARRAY_Release(&array);
-    EXPECT_EQ(OX_IDRANGEARRAY_InitByBuf(&array, 0), 1);
-    EXPECT_EQ(array.pRange, nullptr);
-    EXPECT_EQ(OX_IDRANGEARRAY_InitByBuf(&array, 5), 1);
-    EXPECT_EQ(array.nCapacity, 5);
-}
-
 TEST(IdRangeArray, RemovesAnElementOfItsOwn) {
     EXPECT_EQ(OX_IDRANGEARRAY_RemoveRange(std::make_unique<Array>().get(), nullptr, 0), 1);
     Array own({{1, 3}, {5, 9}, {2, 25}});
@@ -274,23 +259,6 @@ TEST(IdRangeArray, CopiesUnderstateTheirRoom) {
     EXPECT_EQ(OX_NETIDRANGEARRAY_InitByBuf(&net, 4), 1);
     EXPECT_EQ(net.nCapacity, 4);
     OX_NETIDRANGEARRAY_Release(&net);
-}
-
-TEST(IdRangeArray, RefusesWhatIsNoArray) {
-    const Range range = {1, 2};
-    OX_IDRANGEARRAY broken = {3, 3, nullptr};
-    OX_IDRANGEARRAY negative = {-1, 0, nullptr};
-    for (OX_IDRANGEARRAY* array : {&broken, &negative, static_cast<OX_IDRANGEARRAY*>(nullptr)}) {
-        EXPECT_EQ(error_of(OX_IDRANGEARRAY_AddRange(array, &range, 1, 0)), "50 oidrange");
-        EXPECT_EQ(error_of(OX_IDRANGEARRAY_HasWork(array)), "50 oidrange");
-    }
-    Array array({range});
-    EXPECT_EQ(error_of(OX_IDRANGEARRAY_AddRange(&array, nullptr, 1, 0)), "50 oidrange");
-    // Out of memory: the array is as it was.
-    OX_IDRANGEARRAY full = {INT32_MAX, INT32_MAX, array.pRange};
-    EXPECT_EQ(error_number_of(OX_IDRANGEARRAY_AddRange(&full, &range, 1, 1)), 20U);
-    EXPECT_NE(history_of_this_thread().find("oidrange"), std::string::npos);
-    EXPECT_EQ(full.nCount, INT32_MAX);
 }
 
 }  // namespace

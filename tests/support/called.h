@@ -34,7 +34,8 @@ inline std::string outcome(const std::string& told) {
 // The records of the running scene by their names; each is zeros when it is named first.
 inline std::map<std::string, std::shared_ptr<void>> named_records;
 
-// A field as the argument that a call wants: the handle of a file by its name, a record by its own.
+// A field as the argument that a call wants: the handle of a file by its name, a record by its own
+// or, where it can be, made of the field.
 // What a call writes is told behind " > ".
 class Argument {
  public:
@@ -73,13 +74,18 @@ class Argument {
 
  private:
     template <typename Record>
-    Record* record() const {
-        std::shared_ptr<void>& record = named_records[field_];
-        if (record == nullptr) record = std::make_shared<Record>();
-        return static_cast<Record*>(record.get());
+    Record* record() {
+        if constexpr (std::is_constructible_v<Record, const std::string&>) {
+            made_ = std::make_shared<Record>(field_);
+        } else {
+            std::shared_ptr<void>& named = named_records[field_];
+            made_ = named = named == nullptr ? std::make_shared<Record>() : named;
+        }
+        return static_cast<Record*>(made_.get());
     }
     std::string field_;
     std::wstring wide_;
+    std::shared_ptr<void> made_;
     ORVEX_HFILE* handle_ = nullptr;
     alignas(int64_t) std::array<char, 512> written_{};
     std::function<std::string()> tell_;
