@@ -38,7 +38,33 @@ std::string letter(const void* item) {
      {"get_at",
       [](const Texts& step) { return letter(MOLTE_THITEMDAT_GetByIndex(std::stoi(step[1]))); }},
      {"remove", step_of<MOLTE_THITEMDAT_Remove>},
-     {"remove_last", step_of<MOLTE_THITEMDAT_RemoveLast>}},
+     {"remove_last", step_of<MOLTE_THITEMDAT_RemoveLast>},
+     {"push", step_of<MOLTE_CALLTRACEHEAD_PushEnt>},
+     {"pop", step_of<MOLTE_CALLTRACEHEAD_PopEnt>},
+     {"set_trace", step_of<[](MOLTE_CALLTRACEHEAD* head, int32_t count, int32_t skipped) {
+          head->nCount = head->nCapacity = count;
+          return head->nSkip = skipped;
+      }>},
+     {"trace", step_of<[](MOLTE_CALLTRACEHEAD* head) {
+          return outcome(head->nCount) + " of " + outcome(head->nCapacity) + ", skipped " +
+                 outcome(head->nSkip);
+      }>},
+     {"entry", step_of<[](MOLTE_CALLTRACEHEAD* head, int32_t at) {
+          return head->pEnt[at].szFile + " "s + outcome(head->pEnt[at].nLine);
+      }>},
+     {"free_trace", step_of<[](MOLTE_CALLTRACEHEAD* head) {
+          ORVEX_free(head->pEnt);
+          return 1;
+      }>},
+     {"bring_up", step_of<[] {
+          ORVEX_SetMainPath("no folder");
+          return ORVEX_BASE_InitVar();
+      }>},
+     {"tear_down", step_of<ORVEX_BASE_ReleaseVar>},
+     {"trace_supported", step_of<[](int32_t flag) { return g_stBv.bSupportStackTrace = flag; }>},
+     {"enter", step_of<MOLTE_STACKTRACE_AddEnt>},
+     {"leave", step_of<MOLTE_STACKTRACE_RemoveEnt>},
+     {"history", step_of<[] { return history(); }>}},
     true);
 
 TEST_F(ThreadData, TheBlockComesWithItsFirstUseAndNeedsNoBringUp) {
@@ -61,44 +87,10 @@ TEST_F(ThreadData, TheBlockComesWithItsFirstUseAndNeedsNoBringUp) {
     EXPECT_EQ(MOLTE_THDATA_Destroy(), 0);
 }
 
-TEST_F(ThreadData, ATraceKeepsTheEndOfNamesAndSkipsWithoutMemory) {
-    MOLTE_CALLTRACEHEAD head{};
-    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "a_source_of_20_chars", -5), 1);
-    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "elevenchars", 1), 1);
-    for (int i = 2; i < 20; ++i) EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "x", i), 1);
-    EXPECT_STREQ(head.pEnt[0].szFile, "of_20_chars");
-    EXPECT_EQ(head.pEnt[0].nLine, -5);
-    EXPECT_STREQ(head.pEnt[1].szFile, "elevenchars");
-    EXPECT_EQ(head.nCapacity, 32);
-
-    head.nSkip = 1;  // as after a push that found no memory
-    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&head, "x", 1), 0);
-    EXPECT_EQ(head.nSkip, 2);
-    const int32_t steps[][4] = {// popped, result, skipped and entries that stay
-                                {1, 0, 1, 20},
-                                {4, 1, 1, 17},
-                                {-3, 0, 1, 17},
-                                {INT32_MAX, 1, 1, 0}};
-    for (const auto& [popped, result, skipped, entries] : steps) {
-        EXPECT_EQ(MOLTE_CALLTRACEHEAD_PopEnt(&head, popped), result);
-        EXPECT_EQ(head.nSkip, skipped);
-        EXPECT_EQ(head.nCount, entries);
-    }
-    ORVEX_free(head.pEnt);
-    MOLTE_CALLTRACEHEAD full{nullptr, INT32_MAX, INT32_MAX, 0};  // can't grow
-    EXPECT_EQ(MOLTE_CALLTRACEHEAD_PushEnt(&full, "x", 1), 0);
-    EXPECT_EQ(full.nSkip, 1);
-}
-
-TEST_F(ThreadData, TheFirstFrameOfAThreadStandsTwice) {
+TEST_F(ThreadData, ATraceIsItsThreads) {
     ORVEX_SetMainPath("no folder");
     ASSERT_EQ(ORVEX_BASE_InitVar(), 1);
-    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 10), 1);
-    EXPECT_EQ(history(), "oxthrdat10\noxthrdat10\n");
-    MOLTE_STACKTRACE_AddEnt("averylongname.cpp", 7);
-    EXPECT_EQ(history(), "oxthrdat10\noxthrdat10\nongname.cpp7\n");
-    EXPECT_EQ(MOLTE_STACKTRACE_RemoveEnt(2), 1);
-    EXPECT_EQ(history(), "oxthrdat10\n");
+    MOLTE_STACKTRACE_AddEnt("mine", 10);
     std::thread([] {
         EXPECT_EQ(history(), "");
         MOLTE_STACKTRACE_AddEnt("other", 1);
@@ -107,12 +99,7 @@ TEST_F(ThreadData, TheFirstFrameOfAThreadStandsTwice) {
         EXPECT_EQ(history(), "");
     }).join();
     EXPECT_EQ(g_stBv.stThreadList.pHead, g_stBv.stThreadList.pTail);
-    g_stBv.bSupportStackTrace = 0;
-    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 11), 0);
-    EXPECT_EQ(history(), "");
-    ORVEX_BASE_ReleaseVar();
-    g_stBv.bSupportStackTrace = 1;
-    EXPECT_EQ(MOLTE_STACKTRACE_AddEnt("oxthrdat", 12), 0);  // no list any more
+    EXPECT_EQ(history(), "mine10\nmine10\n");
 }
 
 TEST_F(ThreadData, ProgramsKeepBlocksOfTheirOwn) {
