@@ -49,7 +49,8 @@ class Argument {
         if constexpr (std::is_integral_v<Wanted>) {
             return static_cast<Wanted>(std::stoull(field_, nullptr, 0));
         } else if constexpr (std::is_same_v<Wanted, const wchar_t*>) {
-            return (wide_ = std::filesystem::path(field_).wstring()).c_str();
+            wide_ = std::filesystem::path(field_).wstring();
+            return field_ == "(null)" ? nullptr : wide_.c_str();
         } else if constexpr (std::is_same_v<Wanted, ORVEX_HFILE*>) {
             return field_ == "(null)" ? nullptr : handle_ = ORVEX_HFILE_Open(field_.c_str(), 0);
         } else if constexpr (std::is_class_v<Pointed>) {
