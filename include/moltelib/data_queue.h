@@ -12,6 +12,9 @@
  * case: so long bStopAll of g_stBv and bClosing may take to be seen by a thread that sleeps. To
  * have it quicker set bClosing, and signal hDataEvent: each reader that gives up wakes the next.
  *
+ * WHO WAITS FOR AN EVENT OF THE QUEUE ITSELF looks into the queue before it waits again, with one
+ * of the calls below: before one of its side has, an event isn't signalled a second time.
+ *
  * A null pointer, and a queue that isn't made, are error 50 and -1.
  *
  * Failures are reported under module "oxthrdop".

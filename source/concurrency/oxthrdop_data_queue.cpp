@@ -9,7 +9,6 @@
 #include "moltelib/event.h"
 #include "moltelib/memory.h"
 #include "moltelib/state.h"
-#include "platform/kernel_objects.h"
 
 using molte::CritGuard;
 using molte::here;
@@ -40,33 +39,52 @@ void copy_item(const MOLTE_DATAQUE& queue, void* to, const void* from) {
     if (queue.nItemSize > 0) std::memcpy(to, from, static_cast<size_t>(queue.nItemSize));
 }
 
-// Under the lock, which everyone enters who looks because of a signal.
-void signal(OXHANDLE event) {
-    if (!platform::is_signalled_already(event)) ORVEX_EVENT_Set(event);
+// Of the lock's reserved bytes two are the queue's: whether an event was signalled since one of
+// those who wait for it looked at the queue. Then it is signalled still, or woke one that is about
+// to look, and signalling it again would only cost: twice the time of a busy queue.
+struct Signal {
+    OXHANDLE event;
+    uint8_t& given;
+};
+
+Signal data_signal(MOLTE_DATAQUE* queue) {
+    return {queue->hDataEvent, queue->stCrit.abyReserved[0]};
+}
+
+Signal room_signal(MOLTE_DATAQUE* queue) {
+    return {queue->hRoomEvent, queue->stCrit.abyReserved[1]};
+}
+
+void give(const Signal& signal) {
+    if (signal.given == 0 && ORVEX_EVENT_Set(signal.event) > 0) signal.given = 1;
 }
 
 // A signal wakes one thread, and two that nobody waited for yet are one: so whoever was woken, and
 // leaves something for others, hands it on. False when the queue is full.
 bool add(MOLTE_DATAQUE* queue, const void* item, bool woken) {
     const CritGuard guard(queue->stCrit);
+    const Signal room = room_signal(queue);
+    room.given = 0;
     if (queue->nItemCount == queue->nMaxItem) return false;
     ++queue->nItemCount;
     copy_item(*queue, slot(*queue, queue->nWritePos), item);
     queue->nWritePos = behind(*queue, queue->nWritePos);
-    signal(queue->hDataEvent);
-    if (woken && queue->nItemCount < queue->nMaxItem) signal(queue->hRoomEvent);
+    give(data_signal(queue));
+    if (woken && queue->nItemCount < queue->nMaxItem) give(room);
     return true;
 }
 
 // The same; false when it is empty.
 bool take(MOLTE_DATAQUE* queue, void* item, bool woken) {
     const CritGuard guard(queue->stCrit);
+    const Signal data = data_signal(queue);
+    data.given = 0;
     if (queue->nItemCount == 0) return false;
     --queue->nItemCount;
     copy_item(*queue, item, slot(*queue, queue->nReadPos));
     queue->nReadPos = behind(*queue, queue->nReadPos);
-    signal(queue->hRoomEvent);
-    if (woken && queue->nItemCount > 0) signal(queue->hDataEvent);
+    give(room_signal(queue));
+    if (woken && queue->nItemCount > 0) give(data);
     return true;
 }
 
