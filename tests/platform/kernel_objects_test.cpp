@@ -102,20 +102,6 @@ struct Sleepers {
     std::vector<std::unique_ptr<SleepingThread>> threads;  // joined at the end
 };
 
-TEST(Events, AreSeenToBeSignalledOnlyWhileTheyAre) {
-    Handles events;
-    for (int i = 0; i < 300; ++i) events.push_back(i % 2 == 0 ? manual() : automatic());
-    for (HANDLE event : events) {
-        SetEvent(event);
-        SetEvent(event);
-    }
-    for (HANDLE event : events) {
-        EXPECT_EQ(wait_for(event), WAIT_OBJECT_0);
-        ResetEvent(event);
-        EXPECT_FALSE(platform::is_signalled_already(event));
-    }
-}
-
 TEST(Signals, ReleaseAsManyAsWereGivenEvenAtOnce) {
     for (const bool counted : {false, true}) {
         const Handle object(counted ? semaphore(0, 1) : automatic());

@@ -101,21 +101,6 @@ namespace platform {
 // For tests: waits for several named objects do as on a kernel that can't sleep for several words.
 void force_wait_fallback(bool force);
 
-// True when the event, one without a name, is signalled and SetEvent would do nothing; false when
-// it isn't, or that can't be told cheaply. Takes no lock: what it gives may be over already, so it
-// is for a caller that holds one which whoever took the signal enters before it looks.
-bool is_signalled_already(HANDLE event);
-
-}  // namespace platform
-
-#else
-
-namespace platform {
-
-inline bool is_signalled_already(HANDLE /*event*/) {
-    return false;
-}
-
 }  // namespace platform
 
 #endif

@@ -1,7 +1,4 @@
 // Events: the word counts the signals that are there for the taking.
-#include <array>
-#include <utility>
-
 #include "kernel/common_bell.h"
 #include "kernel/futex.h"
 #include "kernel/named_objects.h"
@@ -42,32 +39,13 @@ void signal_all(Object& object) {
     ring_common_bell();
 }
 
-// The handles of events of this process that are signalled: who is about to signal one again sees
-// so without the lock, under which they are noted. Two that share a place put each other out of it.
-constinit std::array<std::atomic<std::uintptr_t>, 256> noted_signals{};
-
-std::atomic<std::uintptr_t>& note_of(HANDLE event) {
-    return noted_signals[(reinterpret_cast<std::uintptr_t>(event) >> 1) % noted_signals.size()];
-}
-
-void note_signal(HANDLE event, Object& object) {
-    if (object.shared() || object.state().word == 0) return;
-    object.noted_signal = event;
-    note_of(event).store(reinterpret_cast<std::uintptr_t>(event), std::memory_order_relaxed);
-}
-
-Taken take_signal(Object& object, DWORD thread) {
-    forget_signal(object);
-    return take_one(object, thread);
-}
-
 Taken take_none(Object& object, DWORD) {
     return object.state().word != 0 ? Taken::signal : Taken::nothing;
 }
 
 constexpr Kind kAutomatic = {.type = ObjectType::event,
                              .ready = word_is_set,
-                             .take = take_signal,
+                             .take = take_one,
                              .give_back = [](Object& object, Taken) { signal_one(object); },
                              .signal = signal_one};
 constexpr Kind kManual = {.type = ObjectType::event,
@@ -81,18 +59,6 @@ const Kind& kind_of(const State& state) {
 }
 
 }  // namespace
-
-void forget_signal(Object& object) {
-    if (object.noted_signal == nullptr) return;
-    const HANDLE event = std::exchange(object.noted_signal, nullptr);
-    auto noted = reinterpret_cast<std::uintptr_t>(event);
-    note_of(event).compare_exchange_strong(noted, 0);
-}
-
-bool is_signalled_already(HANDLE event) {
-    return event != nullptr && note_of(event).load(std::memory_order_relaxed) ==
-                                   reinterpret_cast<std::uintptr_t>(event);
-}
 
 }  // namespace platform
 
@@ -114,7 +80,6 @@ BOOL SetEvent(HANDLE event) {
     platform::Object* object = platform::find_object(event, ObjectType::event);
     if (object == nullptr) return FALSE;
     object->kind->signal(*object);
-    platform::note_signal(event, *object);
     return TRUE;
 }
 
@@ -122,7 +87,6 @@ BOOL ResetEvent(HANDLE event) {
     const platform::ObjectLock lock;
     platform::Object* object = platform::find_object(event, ObjectType::event);
     if (object == nullptr) return FALSE;
-    platform::forget_signal(*object);
     object->state().word = 0;
     return TRUE;
 }

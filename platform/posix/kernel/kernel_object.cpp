@@ -73,7 +73,6 @@ ObjectPointer remove_handle(HANDLE handle) {
     if (place == nullptr) return {};
     ObjectPointer object = ObjectPointer::adopt(place->object);
     place->object = nullptr;
-    forget_signal(*object);
     --object->handles;
     if (place->use++ < kLastUse) set_free(static_cast<std::uint32_t>(place - places));
     return object;

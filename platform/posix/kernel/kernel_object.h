@@ -80,8 +80,6 @@ struct Object {
     Object* next_owned = nullptr;
     bool owned = false;
     Object* next_named = nullptr;  // of the list of the named objects that are open
-    HANDLE noted_signal =
-        nullptr;  // of a signalled event that can be seen to be one without the lock
 };
 
 // A counted reference to an object, which goes with its last one.
@@ -144,9 +142,6 @@ inline Taken take_one(Object& object, DWORD) {
     }
     return Taken::nothing;
 }
-
-// An event of this process has lost its signal, or its handle. Under the ObjectLock.
-void forget_signal(Object& object);
 
 // Calls something for each object that has a handle. Under the ObjectLock.
 void for_each_object(void (*call)(Object& object));
