@@ -77,6 +77,20 @@ TEST(DataQueue, AStopEndsReadersAndWriters) {
     std::atomic_ref(g_stBv.bStopAll).store(1);
 }
 
+TEST(DataQueue, AnEventThatFailsIsOnlyReported) {
+    Queue queue(2);
+    const OXHANDLE none = std::bit_cast<OXHANDLE>(uint64_t{0x7FFFFFF0});
+    const OXHANDLE event = std::exchange(queue.hDataEvent, none);
+    for (const int32_t item : {1, 2}) {
+        EXPECT_EQ(queue.add(item), 1);
+        EXPECT_EQ(taken_error(), "288 oxthrdop");
+    }
+    queue.bClosing = 1;
+    EXPECT_EQ((Ints{queue.take(), queue.take(), queue.take()}), (Ints{1, 2, -1}));
+    EXPECT_EQ(taken_error(), "");  // nobody waited for it
+    queue.hDataEvent = event;
+}
+
 TEST(DataQueue, RefusesWhatCannotBe) {
     for (const auto& [capacity, size] : {std::pair{0, 4}, std::pair{1, -1}}) {
         MOLTE_DATAQUE queue;
