@@ -15,7 +15,7 @@
  * orders the locks of a thread that holds one and waits for another: deadlocks are the caller's.
  *
  * Functions may be called from any thread, but for making and releasing a table. A null table,
- * identifier or key is error 50 and -1.
+ * identifier, key or array is error 50 and -1.
  *
  * Failures are reported under module "oreslock".
  */

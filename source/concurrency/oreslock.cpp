@@ -244,8 +244,9 @@ int32_t MOLTE_RESLOCK_LockByKey(MOLTE_RESLOCK* pLock, MOLTE_RESLOCKID* pId, int3
     if (pLock == nullptr || pId == nullptr || !key_fits(pKey, nKeyLen)) {
         return kModule.fail(here(), kBadArgument);
     }
-    *pId = {};
-    MOLTE_RESLOCKID_PackByKey(pId, nResType, nResSubType, pKey, nKeyLen);
+    MOLTE_RESLOCKID id{};  // the key may lie in *pId
+    MOLTE_RESLOCKID_PackByKey(&id, nResType, nResSubType, pKey, nKeyLen);
+    *pId = id;
     return MOLTE_RESLOCK_Lock(pLock, pId, nOption);
 }
 
@@ -263,7 +264,7 @@ int32_t MOLTE_RESLOCKID_PackByKey(MOLTE_RESLOCKID* pId, int32_t nResType, int32_
                                   const void* pKey, int32_t nKeyLen) {
     if (pId == nullptr || !key_fits(pKey, nKeyLen)) return kModule.fail(here(), kBadArgument);
     pack_types(pId, nResType, nResSubType);
-    if (nKeyLen > 0) std::memcpy(pId->szKey, pKey, static_cast<size_t>(nKeyLen));
+    if (nKeyLen > 0) std::memmove(pId->szKey, pKey, static_cast<size_t>(nKeyLen));
     pId->nLen = static_cast<uint8_t>(kBytesWithoutKey + nKeyLen);
     return 1;
 }
@@ -307,6 +308,7 @@ int MOLTE_RESLOCKNODE_Cmp(const void* ppA, const void* ppB) {
 int32_t MOLTE_RESLOCKNODE_Find(MOLTE_RESLOCKNODE* const* ppNode, int32_t n,
                                const MOLTE_RESLOCKID* pId) {
     if (n < 1) return -1;
+    if (ppNode == nullptr || pId == nullptr) return kModule.fail(here(), kBadArgument);
     const MOLTE_RESLOCKNODE key = key_node(*pId, ppNode[0]->pfnCmp);
     const MOLTE_RESLOCKNODE* const wanted = &key;
     return MOLTE_bsearch(&wanted, ppNode, n, kSlotSize, MOLTE_RESLOCKNODE_Cmp);
@@ -315,6 +317,7 @@ int32_t MOLTE_RESLOCKNODE_Find(MOLTE_RESLOCKNODE* const* ppNode, int32_t n,
 int32_t MOLTE_RESLOCKNODE_FindInsPos(MOLTE_RESLOCKNODE* const* ppNode, int32_t n,
                                      const MOLTE_RESLOCKID* pId) {
     if (n < 1) return 0;
+    if (ppNode == nullptr || pId == nullptr) return kModule.fail(here(), kBadArgument);
     const MOLTE_RESLOCKNODE key = key_node(*pId, ppNode[0]->pfnCmp);
     const MOLTE_RESLOCKNODE* const wanted = &key;
     return MOLTE_FindInsPos(&wanted, ppNode, n, kSlotSize, MOLTE_RESLOCKNODE_Cmp);

@@ -90,12 +90,16 @@ TEST_F(ResourceLock, Identifiers) {
                                 "\21\1"s + std::string(14, '\0'));
     EXPECT_EQ(MOLTE_RESLOCKNODE_Find(table_->ppNode, 1, &id), 0);
     EXPECT_EQ(MOLTE_RESLOCKNODE_FindInsPos(table_->ppNode, 1, &id), 1);
+    EXPECT_EQ(error_of(MOLTE_RESLOCKNODE_Find(table_->ppNode, 1, nullptr)), "50 oreslock");
     MOLTE_RESLOCKID other = id;
     other.nLen = 200;  // by default no part of it
     EXPECT_EQ(MOLTE_RESLOCKNODE_Find(table_->ppNode, 1, &other), 0);
     EXPECT_GT(MOLTE_RESKEYSIDLOCKID_Cmp(&other, &id), 0);
     id.nLen = 200;  // not so much is there to compare
     EXPECT_EQ(MOLTE_RESKEYSIDLOCKID_Cmp(&other, &id), 0);
+    EXPECT_EQ(unlock(&id), 1);
+    EXPECT_EQ(MOLTE_RESLOCK_LockByKey(table_, &id, 1, -1, id.szKey + 2, 3, 0), 1);
+    EXPECT_EQ(bytes_of(id).substr(12, 36), "key"s + std::string(33, '\0'));
     EXPECT_EQ(unlock(&id), 1);
 }
 
