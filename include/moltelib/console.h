@@ -29,8 +29,9 @@
  *
  * Keys come from the console. Where there are terminals that is the standard input if it is one,
  * else the terminal of the session, or without one the standard input as it is; the terminal's own
- * keys for erase, interrupt and end of input count, and it is as before when the call returns or a
- * signal ends the process. One thread prompts at a time, others wait.
+ * keys for erase, interrupt and end of input count. It is as before when the call returns, when the
+ * program exits, and when a SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM or SIGPIPE ends it; NOT WHEN
+ * ANOTHER SIGNAL DOES. One thread prompts at a time, others wait.
  */
 MOLTE_API int32_t ORVEX_GetPassWord(const char* pszPrompt, char* dst, int32_t nDstLen)
     MOLTE_PRINTF(1, 0);
@@ -52,7 +53,7 @@ MOLTE_API int32_t ORVEX_PassEnc(const uint8_t* src, uint8_t* dst);
 /*
  * Is told one of these (Windows has some more: 1 for Ctrl-Break, 5 when the user logs off), on a
  * thread of its own. Not 0: seen to, and no further handler is asked. WINDOWS THEN ENDS THE PROCESS
- * all the same, but for Ctrl-C; elsewhere it runs on.
+ * all the same, but for Ctrl-C and Ctrl-Break; elsewhere it runs on.
  */
 typedef int32_t (*OXCONSOLEHANDLER)(uint32_t nEvent);
 
@@ -61,10 +62,12 @@ typedef int32_t (*OXCONSOLEHANDLER)(uint32_t nEvent);
  * last one added is asked first; when none sees to it the process ends. A null handler: Ctrl-C is
  * ignored from now on, or with bAdd 0 no longer.
  *
- * Where there are signals the first call takes over SIGINT, SIGTERM and SIGHUP, but one that is
- * ignored (nohup), and starts the thread that handlers run on. A forked child has no such thread:
- * in it a signal ends the process until it calls this itself, and has the handlers it was forked
- * with.
+ * Where there are signals the first call that adds takes over SIGINT, SIGTERM and SIGHUP, from
+ * whatever handlers they have, but one that is ignored (nohup), and starts the thread that handlers
+ * run on. It does so once: A SIGNAL THAT ORVEX_Signal, or the run-time's signal, TAKES LATER IS NO
+ * EVENT ANY MORE, whatever is added here; only setting back the handler that was found does. There
+ * is room for 32 handlers. A forked child has no such thread: in it a signal ends the process until
+ * it calls this itself, and has the handlers it was forked with.
  */
 MOLTE_API int32_t ORVEX_WIN_SetConsoleCtrlEvent(OXCONSOLEHANDLER pfnHandler, int32_t bAdd);
 

@@ -3,7 +3,7 @@
  *
  * A service is one of the service manager's: of Windows, or of systemd, whose "NAME.service" a name
  * stands for. Functions may be called from any thread; those that ask the manager wait for its
- * answer.
+ * answer, however long that takes.
  *
  * Failures are reported under modules "oxsysutl" and "oxparam".
  */

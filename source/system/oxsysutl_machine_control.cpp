@@ -1,6 +1,7 @@
 // Shutting the machine down, keys and the mouse.
 #include "system/oxsysutl_machine_control.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -60,10 +61,11 @@ ScreenSize screen_size() {
     return size;
 }
 
-// Places on the screen are told in 65536ths of it.
+// Places on the screen are told in 65536ths of it; one far beside it stays on its side.
 DWORD scaled(int32_t pixels, int size) {
+    const float parts = static_cast<float>(pixels) * (65536.0F / static_cast<float>(size));
     return static_cast<DWORD>(
-        static_cast<int64_t>(static_cast<float>(pixels) * (65536.0F / static_cast<float>(size))));
+        std::clamp<int64_t>(static_cast<int64_t>(parts), INT32_MIN, INT32_MAX));
 }
 
 }  // namespace

@@ -171,6 +171,7 @@ TEST(Console, APasswordIsTypedUnseen) {
                          "d\r",
                          "16", "5 a bcd", ""},
                         {"a\x1B[Ab\x1B[3~c\x1BOPd\x1B[[Ae\r", "16", "5 abcde", ""},
+                        {"a\x1B[3\r", "16", "1 a", ""},  // a sequence that is cut
                         {"ab\x03", "16", "-1 ab", ""},
                         {"ab\x04", "16", "-1 ab", ""}};
     for (const Row& row : rows) {

@@ -114,7 +114,7 @@ class Shown {
     }
     Display* const display_ = XOpenDisplay(nullptr);
     const Window window_ =
-        XCreateSimpleWindow(display_, DefaultRootWindow(display_), 100, 50, 1200, 700, 0, 0, 0);
+        XCreateSimpleWindow(display_, DefaultRootWindow(display_), 100, 50, 1266, 717, 0, 0, 0);
 };
 
 TEST(MachineControl, AWindowGetsKeysAndClicks) {
@@ -125,9 +125,10 @@ TEST(MachineControl, AWindowGetsKeysAndClicks) {
     std::thread box;
     {
         const Shown window;
-        for (const auto& [x, y] : {std::pair(101U, 51U), {333, 222}, {1299, 749}, {777, 701}}) {
-            SYSOP_MouseEvent(ORVEX_MOUSE_MOVE | ORVEX_MOUSE_LEFT_DOWN, static_cast<int32_t>(x),
-                             static_cast<int32_t>(y));
+        for (const auto& [to_x, to_y] :
+             {std::pair(101, 51), {333, 222}, {1299, 749}, {777, 701}, {70000, 66000}}) {
+            SYSOP_MouseEvent(ORVEX_MOUSE_MOVE | ORVEX_MOUSE_LEFT_DOWN, to_x, to_y);
+            const unsigned long x = std::min(to_x, 1365), y = std::min(to_y, 766);
             SYSOP_MouseEvent(ORVEX_MOUSE_LEFT_UP | ORVEX_MOUSE_RIGHT_DOWN, 0, 0);  // where it is
             EXPECT_EQ(SYSOP_MouseEvent(ORVEX_MOUSE_RIGHT_UP, 0, 0), 1);
             EXPECT_EQ(window.get(), (Got{ButtonPress, 1, x, y}));
@@ -145,7 +146,8 @@ TEST(MachineControl, AWindowGetsKeysAndClicks) {
             EXPECT_EQ(window.get(), (Got{KeyPress, symbol})) << key;
             EXPECT_EQ(window.get(), (Got{KeyRelease, symbol})) << key;
         }
-        box = std::thread([&answer] { answer = ORVEX_MSGSHOWFUN("a text\nof two lines"); });
+        const std::string text = "a text\n" + std::string(1 << 20, 'x');
+        box = std::thread([&] { answer = ORVEX_MSGSHOWFUN(text.c_str()); });
         window.until_covered();
         SYSOP_MouseEvent(ORVEX_MOUSE_MOVE | ORVEX_MOUSE_LEFT_DOWN, 30, 30);
         box.join();

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 
 #include "display/keys.h"
@@ -30,9 +31,11 @@ void move(Display* display, DWORD flags, DWORD x, DWORD y) {
         return;
     }
     const int screen = x11.call<int>("XDefaultScreen", display);
-    // To the nearest, so that a pixel which was told in 65536ths is met again.
+    // To the nearest, so that a pixel which was told in 65536ths is met again. The server takes 16
+    // bits of a place.
     const auto pixel = [](int part, int size) {
-        return static_cast<int>((int64_t{part} * size + 0x8000) >> 16);
+        const int64_t nearest = (int64_t{part} * size + 0x8000) >> 16;
+        return static_cast<int>(std::clamp<int64_t>(nearest, 0, size - 1));
     };
     x11_test.call<int>("XTestFakeMotionEvent", display, screen,
                        pixel(dx, x11.call<int>("XDisplayWidth", display, screen)),

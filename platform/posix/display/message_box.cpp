@@ -38,13 +38,14 @@ union Event {
 constexpr int kLineHeight = 18;
 constexpr int kCharWidth = 8;
 constexpr int kMargin = 20;
+constexpr size_t kMostColumns = 120;  // the library dies of lines of 64 KiB
 
 void draw(Display* display, Window window, std::string_view text) {
     void* const context = x11.call<void*>("XDefaultGC", display, 0);
     for (int y = kMargin + kLineHeight; !text.empty(); y += kLineHeight) {
         const std::string_view line = text.substr(0, text.find('\n'));
         x11.call<int>("XDrawString", display, window, context, kMargin, y, line.data(),
-                      static_cast<int>(line.size()));
+                      static_cast<int>(std::min(line.size(), kMostColumns)));
         text.remove_prefix(std::min(text.size(), line.size() + 1));
     }
 }
@@ -53,7 +54,7 @@ Window make_window(Display* display, std::string_view text, const char* title) {
     size_t columns = 20;
     for (std::string_view rest = text; !rest.empty();) {
         const size_t length = std::min(rest.find('\n'), rest.size());
-        columns = std::max(columns, std::min<size_t>(length, 120));
+        columns = std::max(columns, std::min(length, kMostColumns));
         rest.remove_prefix(std::min(rest.size(), length + 1));
     }
     const auto lines =

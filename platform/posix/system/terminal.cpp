@@ -128,7 +128,8 @@ bool more_is_there() {
     return poll(&keys, 1, kMilliseconds) > 0;
 }
 
-// Behind an escape: "[" or "O", digits and the like, and a letter or other last byte.
+// Behind an escape: "[" or "O", digits and the like, and a letter or other last byte. Another byte
+// cuts it short and is the next key.
 int read_sequence() {
     if (!more_is_there()) return kEscape;
     const int kind = read_byte();
@@ -138,7 +139,8 @@ int read_sequence() {
     }
     int byte = read_byte();
     if (kind == '[' && byte == '[') byte = read_byte();  // the console's own
-    while (byte != EOF && (byte < '@' || byte > '~')) byte = read_byte();
+    while (byte >= ' ' && byte < '@') byte = read_byte();
+    if (byte < ' ' || byte > '~') next_byte = byte;
     next_code = byte;
     return byte != EOF ? kOfSequence : EOF;
 }
@@ -150,7 +152,7 @@ int read_terminal() {
     const auto is = [byte](int which) {
         return before.c_cc[which] == byte && byte != _POSIX_VDISABLE;
     };
-    if (byte == '\n') return '\r';  // typed ahead, when the terminal still made lines
+    if (byte == '\n') return '\r';  // what most terminals make of Enter
     if (is(VEOF)) return EOF;
     if (is(VINTR)) return 3;
     if (is(VERASE)) return '\b';
