@@ -29,9 +29,9 @@
  *
  * Keys come from the console. Where there are terminals that is the standard input if it is one,
  * else the terminal of the session, or without one the standard input as it is; the terminal's own
- * keys for erase, interrupt and end of input count. It is as before when the call returns, when the
- * program exits, and when a SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM or SIGPIPE ends it; NOT WHEN
- * ANOTHER SIGNAL DOES. One thread prompts at a time, others wait.
+ * keys for erase, interrupt and end of input count. The terminal is as before when the call
+ * returns, and when the program exits or a signal ends it, apart from SIGKILL, real-time signals
+ * and a crash. One thread prompts at a time, others wait.
  */
 MOLTE_API int32_t ORVEX_GetPassWord(const char* pszPrompt, char* dst, int32_t nDstLen)
     MOLTE_PRINTF(1, 0);

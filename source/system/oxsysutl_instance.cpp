@@ -20,14 +20,16 @@ std::atomic<HANDLE> held{nullptr};
 
 int32_t ORVEX_CheckPreInstance(const char* pszName) {
     if (pszName == nullptr || pszName[0] == '\0') return kModule.fail(here(), molte::kBadArgument);
+    held = nullptr;  // what an earlier call took stays open
     const HANDLE mutex = CreateMutexA(nullptr, TRUE, pszName);
-    held = mutex;
     if (mutex == nullptr) return kModule.fail(here(), kNoMutex, SystemError::runtime);
-    if (GetLastError() != ERROR_ALREADY_EXISTS) return 1;
-    kModule.fail(here(), kHeldByAnother, SystemError::platform);
-    CloseHandle(mutex);
-    held = nullptr;
-    return -1;
+    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+        kModule.fail(here(), kHeldByAnother, SystemError::platform);
+        CloseHandle(mutex);
+        return -1;
+    }
+    held = mutex;
+    return 1;
 }
 
 int32_t ORVEX_ReleaseInstance(void) {

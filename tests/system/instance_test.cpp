@@ -20,6 +20,7 @@ TEST(Instance, AnotherProcessFindsTheNameTakenUntilItIsGivenBack) {
     ChildProcess first("takes_the_name", {name});
     EXPECT_EQ(first.read_line(), "1");
     EXPECT_EQ(error_of(ORVEX_CheckPreInstance(name.c_str())), "115 oxsysutl");
+    EXPECT_EQ(Char4To_uint4(ORVEX_GetErrData()->nSysErrNo), 183U);
     first.send_line("release");
     EXPECT_EQ(first.read_line(), "released");
     EXPECT_EQ(ORVEX_CheckPreInstance(name.c_str()), 1);

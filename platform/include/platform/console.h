@@ -52,7 +52,8 @@ namespace platform {
 // While one lives the keys that are typed are not shown, and none waits for the end of its line, so
 // that between two calls of _getch there is nothing to be seen. Those typed ahead, and those left
 // over, are kept. The terminal is as before at the end, and when the process ends by exit or by a
-// signal that it has no handler for. One thread at a time has them, with as many as it likes.
+// signal, apart from SIGKILL, real-time signals and those of a crash. One thread at a time has
+// them, with as many as it likes.
 class HiddenKeys {
  public:
     HiddenKeys();

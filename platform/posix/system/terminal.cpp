@@ -30,7 +30,8 @@ pid_t changed_by = 0;
 
 // ---- Signals that would end the process while keys are hidden ----
 
-constexpr int kDeadly[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGALRM, SIGPIPE};
+constexpr int kDeadly[] = {SIGHUP,  SIGINT,  SIGQUIT,   SIGTERM, SIGALRM, SIGPIPE, SIGABRT, SIGUSR1,
+                           SIGUSR2, SIGPROF, SIGVTALRM, SIGXCPU, SIGXFSZ, SIGPOLL, SIGPWR};
 bool caught[std::size(kDeadly)];
 
 // The signal comes again as it would have without us, when this returns.
