@@ -83,7 +83,6 @@ TEST(Service, OrdersToTheManager) {
         uint32_t error;  // of the system; 0: it worked
     };
     const Row rows[] = {{SERVICE_Exec, "loaded", "inactive", 0, start, 0},
-                        {SERVICE_Exec, "loaded", "failed", 0, start, 0},
                         {SERVICE_Exec, "loaded", "active", 0, look, 1056},
                         {SERVICE_Exec, "loaded", "deactivating", 0, look, 1056},
                         {SERVICE_Exec, "loaded", "inactive", 1, start, 31},
