@@ -3,7 +3,8 @@
  *
  * A service is one of the service manager's: of Windows, or of systemd, whose "NAME.service" a name
  * stands for. Functions may be called from any thread; those that ask the manager wait for its
- * answer, however long that takes.
+ * answer, however long that takes. With systemd they start a process: one that ignores SIGCHLD, or
+ * waits for any child, takes its answer away, and the call fails.
  *
  * Failures are reported under modules "oxsysutl" and "oxparam".
  */
