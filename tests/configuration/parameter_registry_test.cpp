@@ -294,9 +294,9 @@ struct RunningParameters : testing::Test {
     Configured folder_;
 };
 
-const std::string kScenes = TEST_DATA "/running_parameters.txt";
+const char* const kScenes = "configuration/running_parameters.txt";
 [[maybe_unused]] const bool plays_running = play_scenes<RunningParameters>(
-    "RunningParameters", kScenes.c_str(),
+    "RunningParameters", kScenes,
     {{"up", step_of<ORVEX_BASE_InitVar>},
      {"down", step_of<ORVEX_BASE_ReleaseVar>},
      {"value", step_of<[](Text name) { return value_of(name); }>},

@@ -31,11 +31,15 @@ inline std::string unescaped(const std::string& written) {
     return text;
 }
 
+// The folder of all tests, with a slash. Only one source is compiled for it: others, which name
+// files in it, are the same wherever the tree lies.
+std::string test_folder();
+
 // The tables: each begins with "[its name]"; a line is a row, tabs part its fields, "#" at its head
 // makes it a comment.
 inline std::map<std::string, std::vector<Texts>> tables_of(const char* file) {
     std::map<std::string, std::vector<Texts>> tables;
-    std::ifstream lines(file, std::ios::binary);
+    std::ifstream lines(test_folder() + file, std::ios::binary);
     std::string name;
     for (std::string line; std::getline(lines, line);) {
         if (line.empty() || line[0] == '#') continue;

@@ -1,6 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "support/child_process.h"
+#include "support/rows.h"
+
+std::string test_folder() {
+    return TEST_FOLDER;
+}
 
 int main(int argc, char** argv) {
     int exit_code = 0;
