@@ -14,9 +14,9 @@
  * socket goes with it. Its end leaves nothing to be waited for.
  *
  * pszCommandLine is its whole command line, THE FIRST WORD OF WHICH IS ITS NAME for itself and no
- * argument; null means the path. No shell sees it: on POSIX it is split as Windows programs do it.
- * Words end at blanks and tabs outside double quotes; "\"" is a quote, and backslashes in front of
- * one count by pairs; in the first word a backslash is nothing special.
+ * argument; null or empty means the path. No shell sees it: on POSIX it is split as Windows
+ * programs do it. Words end at blanks and tabs outside double quotes; "\"" is a quote, and
+ * backslashes in front of one count by pairs; in the first word a backslash is nothing special.
  *
  *     MOLTE_Exec("C:\\BIN\\report.exe", "report \"two words\" 7");
  *

@@ -97,6 +97,9 @@ TEST(Process, WhatCannotBeStartedIsTold) {
         return error_of(MOLTE_Exec(path.c_str(), line.c_str()));
     };
     EXPECT_EQ(error(folder / "nothing.exe"), "101 oxsysutl error=2");
+    for (const std::string& path : {folder / "none/nothing.exe", ""s}) {
+        EXPECT_EQ(error(path), "101 oxsysutl error=3");
+    }
     EXPECT_EQ(error(text), "101 oxsysutl error=193");
 #if !defined(_WIN32)  // the emulator has other numbers than Windows
     EXPECT_EQ(error(folder.str()), "101 oxsysutl error=5");
@@ -134,7 +137,7 @@ TEST(Restart, StartsTheProgramAgain) {
     set_variable("RESTART_FOLDER", installation.c_str());
     set_variable("RESTART_EVENT", started.name().c_str());
     const std::string program = beside_this_program("restarts_itself.exe");
-    ASSERT_EQ(MOLTE_Exec(program.c_str(), nullptr), 1) << taken_error();
+    ASSERT_EQ(MOLTE_Exec(program.c_str(), ""), 1) << taken_error();
     ASSERT_TRUE(started.wait());
     std::ifstream starts(installation + "/starts");
     int words[2] = {};

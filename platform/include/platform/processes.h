@@ -69,19 +69,20 @@ struct PROCESS_INFORMATION {
 // The flags: CREATE_NEW_CONSOLE gives it a session of its own without a terminal, and /dev/null for
 // those three. NORMAL_PRIORITY_CLASS needs nothing here.
 //
-// line is the command line, null for the path in quotes. Its words are the program's arguments, and
-// are made of it as the run-time of Windows does it. They end at blanks and tabs outside quotes; a
-// character, not a byte, is what counts.
+// line is the command line, null or empty for the path in quotes. Its words are the program's
+// arguments, and are made of it as the run-time of Windows does it. They end at blanks and tabs
+// outside quotes; a character, not a byte, is what counts.
 // - The first reaches to its end as it stands, less its quotes.
 // - In the others 2n backslashes before a quote are n and the quote begins or ends a quoted
-// stretch;
-//   one more makes it a quote like any byte, as a second quote within a quoted stretch does.
+//   stretch; one more makes it a quote like any byte, as a second quote within a quoted stretch
+//   does.
 //
-// False with ERROR_FILE_NOT_FOUND for no such file, ERROR_BAD_EXE_FORMAT for one that is no
-// program, ERROR_ACCESS_DENIED for one that may not be run, ERROR_FILENAME_EXCED_RANGE for a line
-// of 32767 bytes or more, ERROR_INVALID_PARAMETER for a null path or record, and for a start->cb
-// too small. All that is marked none must be null and inherit FALSE, else ERROR_NOT_SUPPORTED, as
-// for other flags.
+// False with ERROR_FILE_NOT_FOUND for no such file, ERROR_PATH_NOT_FOUND for no such folder or an
+// empty path, ERROR_NOT_ENOUGH_MEMORY where no more processes may be, ERROR_BAD_EXE_FORMAT for one
+// that is no program, ERROR_ACCESS_DENIED for one that may not be run, ERROR_FILENAME_EXCED_RANGE
+// for a line of 32767 bytes or more, ERROR_INVALID_PARAMETER for a null path or record, and for a
+// start->cb too small. All that is marked none must be null and inherit FALSE, else
+// ERROR_NOT_SUPPORTED, as for other flags.
 BOOL CreateProcessA(const char* path, char* line, SECURITY_ATTRIBUTES* none,
                     SECURITY_ATTRIBUTES* none_either, BOOL inherit, DWORD flags,
                     void* no_environment, const char* no_folder, STARTUPINFOA* start,

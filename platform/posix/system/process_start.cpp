@@ -13,7 +13,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 
 #include "files/path.h"
@@ -176,8 +178,26 @@ BOOL refuse(DWORD number) {
     return FALSE;
 }
 
-BOOL not_started(int error) {
-    return refuse(error == ENOEXEC ? ERROR_BAD_EXE_FORMAT : platform::error_number(error));
+// Whether it isn't the last name of the path alone that is missing.
+bool lacks_folder(const char* path) {
+    const char* slash = strrchr(path, '/');
+    if (slash == nullptr) return *path == '\0';
+    char folder[PATH_MAX];
+    snprintf(folder, sizeof folder, "%.*s/", static_cast<int>(slash - path), path);
+    return access(folder, F_OK) != 0;
+}
+
+BOOL not_started(int error, const char* path) {
+    switch (error) {
+        case ENOEXEC:
+            return refuse(ERROR_BAD_EXE_FORMAT);
+        case EAGAIN:  // too many processes
+            return refuse(ERROR_NOT_ENOUGH_MEMORY);
+        case ENOENT:
+            return refuse(lacks_folder(path) ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND);
+        default:
+            return refuse(platform::error_number(error));
+    }
 }
 
 // Two handles of a process that is yet to be; they are closed unless they are handed over.
@@ -227,19 +247,20 @@ BOOL CreateProcessA(const char* path, char* line, SECURITY_ATTRIBUTES* none,
         return refuse(ERROR_FILENAME_EXCED_RANGE);
     }
     const KernelPath kernel_path(path);
-    if (!kernel_path.valid()) return not_started(errno);
+    if (!kernel_path.valid()) return refuse(platform::error_number(errno));
     const platform::Unbroken unbroken;
+    const bool has_words = line != nullptr && *line != '\0';
     const CommandWords words =
-        line != nullptr ? platform::split_command_line(line) : platform::program_alone(path);
+        has_words ? platform::split_command_line(line) : platform::program_alone(path);
     const SharedOutcome outcome;
     if (words == nullptr || !outcome.valid()) return refuse(ERROR_NOT_ENOUGH_MEMORY);
     Handles handles;
     if (!handles.valid()) return FALSE;
     const bool own_console = (flags & CREATE_NEW_CONSOLE) != 0;
     if (!run_helper({kernel_path.get(), words.get(), own_console}, outcome.get())) {
-        return not_started(errno);
+        return not_started(errno, kernel_path.get());
     }
-    if (outcome.get()->error != 0) return not_started(outcome.get()->error);
+    if (outcome.get()->error != 0) return not_started(outcome.get()->error, kernel_path.get());
     handles.hand_over(outcome.get()->process, process);
     return TRUE;
 }
