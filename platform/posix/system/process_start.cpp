@@ -5,9 +5,9 @@
 // call of the kernel, as a process that raises no signal at its end and that a wait for any child
 // doesn't see; handlers of a fork don't run. Until they exec or end, both make none but calls that
 // are safe in a signal handler.
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +16,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "files/path.h"
@@ -90,11 +91,25 @@ pid_t bare_fork(int end_signal) {
 
 // ---- In the process of the program ----
 
+// One by one, those that there are: the limit may be a thousand million, or lie below some of them.
+// They are read by the bare call, for opendir allocates.
+void close_listed() {
+    close(kFirstOther);  // the list itself needs one
+    const int list = open("/proc/self/fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    alignas(dirent64) char names[4096];
+    for (long size = 0; (size = syscall(SYS_getdents64, list, names, sizeof names)) > 0;) {
+        for (long at = 0; at < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(names + at);
+            const int fd = atoi(entry->d_name);
+            if (fd >= kFirstOther && fd != list) close(fd);
+            at += entry->d_reclen;
+        }
+    }
+    close(list);
+}
+
 void close_others() {
-    if (close_range(kFirstOther, ~0U, 0) == 0) return;
-    rlimit limit{};  // an older kernel
-    getrlimit(RLIMIT_NOFILE, &limit);
-    for (rlim_t fd = kFirstOther; fd < limit.rlim_cur; ++fd) close(static_cast<int>(fd));
+    if (close_range(kFirstOther, ~0U, 0) != 0) close_listed();  // an older kernel
 }
 
 void reset_signals() {
