@@ -105,6 +105,9 @@ TEST(BubbleSort, SelectsAndExchangesLargeItems) {
         MOLTE_BubbleSort(items.data.data(), 40, size, compare);
         items.expect_sorted(false);
     }
+    Items equal(2, 8, 1);
+    MOLTE_BubbleSort(equal.data.data(), 2, 8, compare);
+    equal.expect_sorted(true);
     int32_t one = 1;
     MOLTE_BubbleSort(nullptr, 1, 4, nullptr);
     MOLTE_ExchangeData(&one, nullptr, 0);
