@@ -111,6 +111,9 @@ TEST(Process, WhatCannotBeStartedIsTold) {
     EXPECT_EQ(error(this_program(), std::string(32767, 'x')), "101 oxsysutl error=206");
 #endif
     EXPECT_EQ(error_of(MOLTE_Exec(nullptr, "x")), "50 oxsysutl");
+    MOLTE_Exec("", "x");
+    EXPECT_EQ(ORVEX_GetErrData()->nWinErrNo[3], 3);
+    taken_error();
 }
 
 // A main path that was set stays.
