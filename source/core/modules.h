@@ -30,6 +30,7 @@ inline constexpr Module kOxmnpath("oxmnpath");
 inline constexpr Module kOxparam("oxparam");
 inline constexpr Module kOxpinyin("oxpinyin");
 inline constexpr Module kOxshmem("oxshmem");
+inline constexpr Module kOxsockop("oxsockop");
 inline constexpr Module kOxstring("oxstring");
 inline constexpr Module kOxsysop("oxsysop");
 inline constexpr Module kOxsysutl("oxsysutl");

@@ -1,0 +1,423 @@
+#include "moltelib/socket.h"
+
+#include "support/asleep.h"
+#include "support/loopback.h"
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+
+#include <csignal>
+#endif
+
+namespace {
+
+std::string pattern(size_t size) {
+    std::string bytes(size, '\0');
+    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 31 + i / 251);
+    return bytes;
+}
+
+int32_t size_of(const std::string& bytes) {
+    return static_cast<int32_t>(bytes.size());
+}
+
+std::string received(OXSOCKET socket, size_t size) {
+    std::string bytes(size, '\0');
+    EXPECT_EQ(ORVEX_SOCK_Recv(socket, bytes.data(), size_of(bytes)), size_of(bytes))
+        << error_of_this_thread();
+    return bytes;
+}
+
+void until_there(OXSOCKET socket, int32_t size) {
+    while (ORVEX_SOCK_BufDataLen(socket) < size) std::this_thread::yield();
+}
+
+// The failure of a call that gives a socket or a number, and the system's error.
+template <typename Result>
+std::string failure(Result result) {
+    return error_of(result) + " " + system_error_name();
+}
+
+struct Passed {
+    steady_clock::time_point begin = steady_clock::now();
+    bool between(int least_ms, int most_ms) const {
+        const auto passed = steady_clock::now() - begin;
+        return passed >= milliseconds(least_ms) && passed < milliseconds(most_ms);
+    }
+};
+
+TEST(Socket, BytesArriveInOrderBothWays) {
+    const Connection peers;
+    const std::string there = pattern(3'000'001);
+    const std::string back = pattern(777'777);
+    std::thread sender([&] {
+        EXPECT_EQ(ORVEX_SOCK_Send(peers.client, there.data(), size_of(there)), size_of(there));
+        EXPECT_EQ(received(peers.client, back.size()), back);
+    });
+    EXPECT_EQ(received(peers.server, there.size()), there);
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.server, back.data(), size_of(back)), size_of(back));
+    sender.join();
+    EXPECT_EQ(nSockProgressPercent, 100);
+}
+
+TEST(Socket, ProgressStaysWhereATransferFails) {
+    const Connection peers;
+    const std::string sent = pattern(8192);
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, sent.data(), 8192), 8192);
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 1, 0), 1);
+    until_there(peers.server, 8192);
+    char buffer[12289];
+    const std::string error = error_of(ORVEX_SOCK_Recv(peers.server, buffer, 12288));
+    const Text begin =
+        "74 oxsockop recvdata error. retval=0 read=8192 total=12288. ip=127.0.0.1 time=";
+    EXPECT_TRUE(error.starts_with(begin)) << error;
+    EXPECT_EQ(nSockProgressPercent, 50);  // two of three pieces, 25 each
+
+    for (const int32_t length : {0, -1}) {
+        EXPECT_EQ(ORVEX_SOCK_Send(peers.client, nullptr, length), 0);
+        EXPECT_EQ(ORVEX_SOCK_Recv(peers.client, nullptr, length), 0);
+    }
+    const std::string no_data = error_of(ORVEX_SOCK_Send(peers.client, nullptr, 5));
+    EXPECT_TRUE(no_data.starts_with("85 oxsockop send data error: Len=5 Pt=")) << no_data;
+    EXPECT_EQ(error_of(ORVEX_SOCK_Recv(peers.client, nullptr, 5)), "86 oxsockop");
+    EXPECT_EQ(nSockProgressPercent, 50);
+    const std::string late = error_of(ORVEX_SOCK_Send(peers.client, "abc", 3));
+    EXPECT_TRUE(late.starts_with("73 oxsockop Send error retval=-1 sent=0 total=3. ip=127.0.0.1"));
+    EXPECT_EQ(system_error_name(), "ESHUTDOWN");
+    EXPECT_EQ(nSockProgressPercent, 0);
+}
+
+TEST(Socket, SpeedsOfWholeTransfers) {
+    g_glbsockopt = {};
+    const Connection peers;
+    EXPECT_EQ(ORVEX_SOCK_SetIntOption(peers.client, OXSOCK_SO_SNDBUF, 4096), 0);
+    EXPECT_EQ(ORVEX_SOCK_SetIntOption(peers.server, OXSOCK_SO_RCVBUF, 4096), 0);
+    const std::string sent = pattern(3'000'000);
+    SleepingThread sender([&] { ORVEX_SOCK_Send(peers.client, sent.data(), size_of(sent)); });
+    std::this_thread::sleep_for(milliseconds(20));
+    received(peers.server, 10);
+    const int32_t first = g_glbsockopt.nMaxRecvSpeed;  // what is there takes no millisecond, mostly
+    received(peers.server, sent.size() - 10);
+    sender.join();
+    // 3000000 * 1000 in 32 bits is below 0.
+    EXPECT_LT(g_glbsockopt.nMaxSendSpeed, 0);
+    EXPECT_EQ(g_glbsockopt.nMinSendSpeed, g_glbsockopt.nMaxSendSpeed);
+    EXPECT_LT(g_glbsockopt.nMinRecvSpeed, 0);
+    EXPECT_EQ(g_glbsockopt.nMaxRecvSpeed, first != 0 ? first : g_glbsockopt.nMinRecvSpeed);
+}
+
+TEST(Socket, TimeLimitsEndTransfersAndNoAccept) {
+    g_glbsockopt = {};
+    g_glbsockopt.nServerRecvTimeOut = 1;
+    g_glbsockopt.nClientSendTimeOut = 7;
+    const OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
+    OXSOCKET accepted = OXSOCKET_INVALID;
+    SleepingThread server([&] { accepted = ORVEX_SOCK_Accept(listener); });
+    std::this_thread::sleep_for(milliseconds(1200));
+    const OwnedSocket client(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener)));
+    server.join();
+    g_glbsockopt = {};
+    const OwnedSocket own(accepted);
+    EXPECT_EQ(ORVEX_SOCK_GetIntOption(client, OXSOCK_SO_SNDTIMEO), 7000);
+    EXPECT_EQ(ORVEX_SOCK_GetIntOption(client, OXSOCK_SO_RCVTIMEO), 0);
+    const Passed passed;
+    char byte;
+    EXPECT_EQ(ORVEX_SOCK_Recv(own, &byte, 1), -1);
+    EXPECT_EQ(system_error_name(), "ETIMEDOUT");
+    EXPECT_TRUE(passed.between(900, 20'000));
+}
+
+TEST(Socket, OpensThatFail) {
+    const OwnedSocket bound(ORVEX_SOCK_OpenSocket());
+    EXPECT_EQ(ORVEX_SOCK_Bind(bound, kLoopback, -5), 1);
+    const int32_t port = port_of(bound);
+    EXPECT_GT(port, 0);
+    const std::string at = "IP=127.0.0.1 Port=";
+    EXPECT_EQ(failure(ORVEX_SOCK_ClientOpen("127.0.0.1", port)),
+              "82 oxsockop " + at + std::to_string(port) + " ECONNREFUSED");
+    EXPECT_EQ(failure(ORVEX_SOCK_ClientOpen("127.0.0.1", 65536 + port)),
+              "82 oxsockop " + at + std::to_string(65536 + port) + " EINVAL");
+    EXPECT_EQ(error_of(ORVEX_SOCK_ClientOpen("", 1)), "84 oxsockop");
+    EXPECT_EQ(error_of(ORVEX_SOCK_ClientOpenByIP(nullptr, 1)), "84 oxsockop");
+
+    const OwnedSocket listener(ORVEX_SOCK_ServerOpenEx(0, 0));
+    const std::string address = std::string("\x02\0", 2) +
+                                static_cast<char>(port_of(listener) >> 8) +
+                                static_cast<char>(port_of(listener)) + std::string(12, '\0');
+    EXPECT_EQ(failure(ORVEX_SOCK_ServerOpenEx(port_of(listener), 0)),
+              "76 oxsockop " + address + " EADDRINUSE");
+    EXPECT_EQ(error_number_of(ORVEX_SOCK_ServerOpen(65536)), 76U);
+    EXPECT_EQ(failure(ORVEX_SOCK_Socket(99, 1, 0)), "80 oxsockop EAFNOSUPPORT");
+    EXPECT_EQ(ORVEX_SOCK_Accept(OXSOCKET_INVALID), OXSOCKET_INVALID);
+    EXPECT_EQ(system_error_name(), "ENOTSOCK");
+    EXPECT_EQ(failure(ORVEX_SOCK_Accept(bound)), "78 oxsockop EINVAL");
+}
+
+TEST(Socket, PeersAreKnown) {
+    const OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
+    const uint32_t ip = loopback_address(listener).nNetIP;
+    const OwnedSocket client(ORVEX_SOCK_ClientOpenByIP(&ip, port_of(listener)));
+    OXSOCKADDR peer{};
+    int32_t small = 8;
+    EXPECT_EQ(error_number_of(ORVEX_SOCK_AcceptPeer(listener, &peer, &small)), 78U);
+    const OwnedSocket own(ORVEX_SOCK_AcceptPeer(listener, &peer, nullptr));
+    EXPECT_EQ(bytes_of(peer), bytes_of(loopback_address(client)));
+    EXPECT_EQ(ORVEX_SOCK_GetIntOption(own, OXSOCK_SO_TYPE), OXSOCK_STREAM);
+}
+
+TEST(Socket, ClosesAndEnds) {
+    Connection peers;
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 0), 0);
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "a", 1), 1);
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 1), 1);
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 1, 1), 1);
+    EXPECT_EQ(ORVEX_SOCK_Close(OXSOCKET_INVALID), 0);
+    EXPECT_EQ(ORVEX_SOCK_CloseEx(OXSOCKET_INVALID, 1), 0);
+    const OXSOCKET closed = peers.client;
+    EXPECT_EQ(peers.client.close(), 1);
+    EXPECT_EQ(error_of(ORVEX_SOCK_Close(closed)), "72 oxsockop");
+    EXPECT_EQ(error_of(ORVEX_SOCK_Shutdown(closed, 1, 1)), "83 oxsockop");
+    EXPECT_EQ(system_error_name(), "ENOTSOCK");
+}
+
+TEST(Socket, CarefulCloseTakesASecondAtMost) {
+    Connection silent;
+    const Passed first;
+    EXPECT_EQ(ORVEX_SOCK_CloseEx(silent.server.release(), 1), 1);
+    EXPECT_TRUE(first.between(900, 5000));
+    char byte;
+    EXPECT_EQ(ORVEX_SOCK_Recv(silent.client, &byte, 1), -1);  // the end
+
+    Connection flooded;
+    std::atomic<bool> ends{false};
+    std::thread flood([&] {
+        const std::string bytes = pattern(100'000);
+        while (!ends && ORVEX_SOCK_Send(flooded.client, bytes.data(), size_of(bytes)) > 0) {
+        }
+    });
+    const Passed second;
+    EXPECT_EQ(ORVEX_SOCK_CloseEx(flooded.server.release(), 1), 1);
+    EXPECT_TRUE(second.between(0, 5000));
+    ends = true;
+    flood.join();
+
+    Connection answering;  // what comes before the end is taken, and no time passes
+    EXPECT_EQ(ORVEX_SOCK_Send(answering.client, "late", 4), 4);
+    EXPECT_EQ(answering.client.close(), 1);
+    const Passed third;
+    EXPECT_EQ(ORVEX_SOCK_CloseEx(answering.server.release(), 1), 1);
+    EXPECT_TRUE(third.between(0, 900));
+}
+
+TEST(Socket, WaitsForOneOfMany) {
+    std::vector<OwnedSocket> sockets;
+    std::vector<OXSOCKET> all;
+    for (int i = 0; i < 65; ++i) {
+        sockets.emplace_back(ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP));
+        all.push_back(sockets.back());
+    }
+    all.insert(all.begin() + 1, all[0]);  // twice, and so 66 entries
+    const OwnedSocket sender(ORVEX_SOCKUDP_ClientOpen());
+    const auto wake = [&](int i) {
+        const OXSOCKADDR address = loopback_address(sockets[static_cast<size_t>(i)]);
+        EXPECT_EQ(ORVEX_SOCKUDP_Send(sender, "x", 1, 0, &address, sizeof address), 1);
+    };
+    std::vector<int32_t> flags(66, 7);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(all.data(), 66, 0, 1000, flags.data()), 0);
+    EXPECT_EQ(flags, std::vector<int32_t>(66));
+    wake(64);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(all.data(), 66, 0, 1000, flags.data()), 0);
+    wake(0);
+    wake(63);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&all[64], 1, -1, 0, nullptr), 1);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(all.data(), 66, 5, 0, flags.data()), 2);
+    std::vector<int32_t> expected(66);
+    expected[0] = expected[1] = expected[64] = 1;
+    EXPECT_EQ(flags, expected);
+
+    EXPECT_EQ(error_of(ORVEX_SOCK_WaitDataToRead(nullptr, 3, 0, 0, flags.data())), "87 oxsockop");
+    EXPECT_EQ(flags[0] + flags[1], 0);
+    EXPECT_EQ(error_of(ORVEX_SOCK_WaitDataToRead(all.data(), 0, 0, 0, nullptr)), "87 oxsockop");
+    all[3] = OXSOCKET_INVALID;
+    EXPECT_EQ(failure(ORVEX_SOCK_WaitDataToRead(all.data(), 9, 0, 0, nullptr)),
+              "75 oxsockop ENOTSOCK");
+}
+
+TEST(Socket, SelectKeepsWhatIsReady) {
+    Connection peers;
+    OXSOCKSET read{2, {peers.client, peers.server}};
+    OXSOCKSET write{2, {peers.client, peers.server}};
+    EXPECT_EQ(ORVEX_SOCK_Select(0, &read, &write, nullptr, -1, 0), 2);
+    EXPECT_EQ(read.nCount, 0U);
+    EXPECT_EQ(write.nCount, 2U);
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "x", 1), 1);
+    OXSOCKSET both{2, {peers.client, peers.server}};
+    EXPECT_EQ(ORVEX_SOCK_Select(0, &both, nullptr, nullptr, 5, 0), 1);
+    EXPECT_TRUE(both.nCount == 1 && both.ahSocket[0] == peers.server);
+    OXSOCKSET none{0, {}};
+    EXPECT_EQ(failure(ORVEX_SOCK_Select(0, &none, nullptr, nullptr, 0, 0)), "75 oxsockop EINVAL");
+    OXSOCKSET full{65, {}};
+    EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &full, nullptr, nullptr, 0, 0)), "75 oxsockop");
+    OXSOCKSET one{1, {peers.client}};
+    EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, nullptr, &one, nullptr, 0, -1)), "75 oxsockop");
+    const OXSOCKET closed = peers.client;
+    std::string told_there;
+    SleepingThread waiter([&] {
+        told_there = error_of(ORVEX_SOCK_WaitDataToRead(&closed, 1, -1, 0, nullptr));
+        MOLTE_THDATA_FreeData();
+    });
+    peers.client.close();
+    waiter.join();
+    EXPECT_EQ(told_there, "75 oxsockop");
+}
+
+TEST(Socket, RelaysUntilBothSidesEnd) {
+    Connection left;
+    Connection right;
+    std::atomic<int32_t> result{0};
+    std::thread relay([&] {
+        result = ORVEX_SOCK_Proxy(left.server, right.server);
+        MOLTE_THDATA_FreeData();
+    });
+    const std::string there = pattern(300'000);
+    const std::string back = pattern(123'456);
+    std::thread sender([&] {
+        ORVEX_SOCK_Send(left.client, there.data(), size_of(there));
+        EXPECT_EQ(received(left.client, back.size()), back);
+    });
+    EXPECT_EQ(received(right.client, there.size()), there);
+    ORVEX_SOCK_Send(right.client, back.data(), size_of(back));
+    sender.join();
+    left.client.close();
+    EXPECT_EQ(ORVEX_SOCK_Send(right.client, there.data(), size_of(there)), size_of(there));
+    right.client.close();
+    relay.join();
+    EXPECT_EQ(result, 1);
+    EXPECT_TRUE(left.server.close() == 1 && right.server.close() == 1);
+    EXPECT_EQ(told(ORVEX_SOCK_Proxy(left.listener, OXSOCKET_INVALID)).substr(0, 11), "75 oxsockop");
+}
+
+TEST(Socket, FailedRelayTellsItsLine) {
+    EXPECT_TRUE(
+        told(ORVEX_SOCK_Proxy(OXSOCKET_INVALID, OXSOCKET_INVALID)).ends_with(" < 1256 oxsockop"));
+}
+
+TEST(Socket, Datagrams) {
+    const OwnedSocket a(ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP));
+    const OwnedSocket b(ORVEX_SOCKUDP_ServerOpen(0));
+    const OXSOCKADDR to_a = loopback_address(a);
+    const std::string sent = pattern(40'000);
+    const auto send = [&](int32_t size) {
+        return ORVEX_SOCKUDP_Send(b, sent.data(), size, 0, &to_a, sizeof to_a);
+    };
+    std::string buffer(40'000, '\0');
+    OXSOCKADDR from{};
+    EXPECT_EQ(send(40'000), 40'000);
+    int32_t room = sizeof from;
+    EXPECT_EQ(ORVEX_SOCKUDP_Recv(a, buffer.data(), 40'000, 0, &from, &room), 40'000);
+    EXPECT_EQ(buffer, sent);
+    EXPECT_EQ(bytes_of(from), bytes_of(loopback_address(b)));
+    EXPECT_EQ(send(0), 0);
+    EXPECT_EQ(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(send(11), 11);
+    EXPECT_EQ(error_number_of(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, &from, nullptr)), 74U);
+    EXPECT_EQ(system_error_name(), "EMSGSIZE");
+
+    for (const int32_t size : {2000, 2000, 10, 2000, 1024}) EXPECT_EQ(send(size), size);
+    EXPECT_EQ(ORVEX_SOCKUDP_DiscardData(a), 1);
+    EXPECT_EQ(ORVEX_SOCK_BufDataLen(a), 0);
+
+    const std::string too_long(70'000, 'z');
+    const std::string error =
+        error_of(ORVEX_SOCKUDP_Send(b, too_long.data(), 70'000, 0, &to_a, sizeof to_a));
+    EXPECT_EQ(error, "73 oxsockop " + std::string(144, 'z'));
+    EXPECT_EQ(system_error_name(), "EMSGSIZE");
+    EXPECT_EQ(error_of(ORVEX_SOCKUDP_Send(b, sent.data(), 1, 64, &to_a, sizeof to_a)).substr(0, 2),
+              "73");
+    EXPECT_EQ(system_error_name(), "EOPNOTSUPP");
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(a, 0, 1), 1);
+    EXPECT_EQ(failure(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, nullptr, nullptr)),
+              "74 oxsockop ESHUTDOWN");
+}
+
+CHILD_ROLE(lives_on) {
+    tell_parent("here");
+    hear_parent();
+    return 0;
+}
+
+TEST(Socket, ProgramsThatAreStartedInheritNone) {
+    Connection peers;
+    ChildProcess child("lives_on");
+    EXPECT_EQ(child.read_line(), "here");
+    EXPECT_EQ(peers.client.close(), 1);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&peers.server.number, 1, 20, 0, nullptr), 1);
+    child.send_line("go");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+#if !defined(_WIN32)
+
+TEST(Socket, LargeDescriptorsWork) {
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur < 4096) GTEST_SKIP() << "no rights";
+    Connection peers;
+    const OwnedSocket large(
+        static_cast<OXSOCKET>(fcntl(static_cast<int>(peers.server.number), F_DUPFD, 3000)));
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "x", 1), 1);
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&large.number, 1, 20, 0, nullptr), 1);
+}
+
+// A signal every millisecond, without SA_RESTART.
+struct Signals {
+    Signals() {
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        sigaction(SIGALRM, &action, &before);
+        const itimerval often = {{0, 1000}, {0, 1000}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    ~Signals() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        sigaction(SIGALRM, &before, nullptr);
+    }
+    struct sigaction before {};
+};
+
+TEST(Socket, SignalsEndNothingAndTakeNoTime) {
+    const Connection peers;
+    const Signals signals;
+    const std::string sent = pattern(4'000'000);
+    std::thread sender([&] {
+        EXPECT_EQ(ORVEX_SOCK_Send(peers.client, sent.data(), size_of(sent)), size_of(sent));
+    });
+    EXPECT_EQ(received(peers.server, sent.size()), sent);
+    sender.join();
+    EXPECT_EQ(ORVEX_SOCK_SetRecvTimeOut(peers.server, 1), 0);
+    const Passed passed;
+    char byte;
+    EXPECT_EQ(ORVEX_SOCK_Recv(peers.server, &byte, 1), -1);
+    EXPECT_EQ(system_error_name(), "ETIMEDOUT");
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&peers.server.number, 1, 0, 200'000, nullptr), 0);
+    EXPECT_TRUE(passed.between(1100, 20'000));
+}
+
+TEST(Socket, ABrokenConnectionRaisesNoSignal) {
+    Connection peers;
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "unread", 6), 6);
+    until_there(peers.server, 6);
+    EXPECT_EQ(peers.server.close(), 1);  // resets the connection
+    int32_t result = 1;
+    while (result > 0) result = ORVEX_SOCK_Send(peers.client, "x", 1);
+    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "x", 1), -1);
+    EXPECT_EQ(system_error_name(), "ECONNRESET");
+}
+
+#endif
+
+}  // namespace
