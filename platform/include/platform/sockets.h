@@ -16,6 +16,8 @@
 // aren't inherited by programs that the process starts.
 #pragma once
 
+#include <cstdint>
+
 #include "platform/last_error.h"
 #include "platform/types.h"
 
@@ -24,7 +26,6 @@
 #else
 
 #include <cerrno>
-#include <cstdint>
 
 using SOCKET = std::uint64_t;
 constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};

@@ -29,6 +29,12 @@ bool flags_are_known(int flags) {
     return (flags & ~(MSG_OOB | MSG_PEEK | MSG_DONTROUTE | all)) == 0;
 }
 
+// Told before the call, which would lose the connection or the datagram.
+bool has_room(const void* address, const int* length) {
+    constexpr int least = 16;
+    return address == nullptr || (length != nullptr && *length >= least);
+}
+
 SOCKET not_inherited(SOCKET socket) {
     if (socket != INVALID_SOCKET) {
         SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
@@ -55,6 +61,12 @@ std::int64_t now() {
     return whole * kSecond + ticks.QuadPart % frequency.QuadPart * kSecond / frequency.QuadPart;
 }
 
+bool is_open(SOCKET socket) {
+    int type = 0;
+    int size = sizeof type;
+    return ::getsockopt(socket, SOL_SOCKET, SO_TYPE, reinterpret_cast<char*>(&type), &size) == 0;
+}
+
 using platform::SocketSet;
 static_assert(sizeof(SocketSet) == sizeof(fd_set) && FD_SETSIZE == platform::kMostSockets);
 
@@ -64,10 +76,19 @@ struct Sets {
     bool there[3];
 
     int wait(std::int64_t microseconds) {
-        const timeval limit = {static_cast<long>(microseconds / kSecond),
-                               static_cast<long>(microseconds % kSecond)};
+        timeval limit = {static_cast<long>(microseconds / kSecond),
+                         static_cast<long>(microseconds % kSecond)};
         return ::select(0, there[0] ? &of[0] : nullptr, there[1] ? &of[1] : nullptr,
                         there[2] ? &of[2] : nullptr, &limit);
+    }
+
+    // Wine tells a socket that was closed meanwhile as ready.
+    [[nodiscard]] bool all_are_open() const {
+        for (int i = 0; i < 3; ++i) {
+            const SOCKET* const first = of[i].fd_array;
+            if (there[i] && !std::all_of(first, first + of[i].fd_count, is_open)) return false;
+        }
+        return true;
     }
 };
 
@@ -90,6 +111,10 @@ int listen(SOCKET socket, int backlog) {
 }
 
 SOCKET accept(SOCKET socket, void* address, int* length) {
+    if (!has_room(address, length)) {
+        WSASetLastError(WSAEFAULT);
+        return INVALID_SOCKET;
+    }
     return not_inherited(::accept(socket, generic(address), address != nullptr ? length : nullptr));
 }
 
@@ -128,7 +153,7 @@ int sendto(SOCKET socket, const void* data, int size, int flags, const void* add
 
 int recvfrom(SOCKET socket, void* data, int size, int flags, void* address, int* length) {
     if (!flags_are_known(flags)) return failure(WSAEOPNOTSUPP);
-    if (size < 0) return failure(WSAEFAULT);
+    if (size < 0 || !has_room(address, length)) return failure(WSAEFAULT);
     return ::recvfrom(socket, bytes(data), size, flags, generic(address),
                       address != nullptr ? length : nullptr);
 }
@@ -157,7 +182,7 @@ int select(SocketSet* read, SocketSet* write, SocketSet* except, std::int32_t se
         ready = tried.wait(std::min(left, kSecond));
         over = limited && left <= kSecond;
     }
-    if (ready < 0) return -1;
+    if (ready < 0 || !tried.all_are_open()) return -1;
     for (int i = 0; i < 3; ++i) {
         if (tried.there[i]) std::memcpy(sets[i], &tried.of[i], sizeof *sets[i]);
     }
