@@ -4,9 +4,13 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <netdb.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -179,6 +183,74 @@ IN_FRONT_OF(syscall, long, long number, long a, long b, long c, long d, long e, 
                       : number == SYS_renameat2                          ? Kind::other
                                                                          : Kind::uncounted;
     return make_call(CALLER, kind, 0, -1L, [=](size_t) { return real(number, a, b, c, d, e, f); });
+}
+
+// ---- Sockets ----
+
+SYSTEM_CALL(socket, int, -1, real(domain, type, protocol), int domain, int type, int protocol)
+SYSTEM_CALL(bind, int, -1, real(fd, at, size), int fd, const sockaddr* at, socklen_t size)
+SYSTEM_CALL(listen, int, -1, real(fd, backlog), int fd, int backlog)
+SYSTEM_CALL(accept4, int, -1, real(fd, from, size, flags), int fd, sockaddr* from, socklen_t* size,
+            int flags)
+SYSTEM_CALL(connect, int, -1, real(fd, to, size), int fd, const sockaddr* to, socklen_t size)
+SYSTEM_CALL(shutdown, int, -1, real(fd, how), int fd, int how)
+SYSTEM_CALL(getsockname, int, -1, real(fd, own, size), int fd, sockaddr* own, socklen_t* size)
+SYSTEM_CALL(getpeername, int, -1, real(fd, peer, size), int fd, sockaddr* peer, socklen_t* size)
+SYSTEM_CALL(setsockopt, int, -1, real(fd, level, name, value, size), int fd, int level, int name,
+            const void* value, socklen_t size)
+SYSTEM_CALL(getsockopt, int, -1, real(fd, level, name, value, size), int fd, int level, int name,
+            void* value, socklen_t* size)
+SYSTEM_CALL(ioctl, int, -1, real(fd, command, argument), int fd, unsigned long command,
+            void* argument)
+SYSTEM_CALL(ppoll, int, -1, real(watched, count, limit, mask), pollfd* watched, nfds_t count,
+            const timespec* limit, const sigset_t* mask)
+// By this name checked builds call it.
+SYSTEM_CALL(__ppoll_chk, int, -1, real(watched, count, limit, mask, size), pollfd* watched,
+            nfds_t count, const timespec* limit, const sigset_t* mask, size_t size)
+
+// A message of one part. Half of a datagram would be lost, so that streams alone move less.
+#define MOVE_MESSAGE(name, kind, qualifier)                                         \
+    IN_FRONT_OF(name, ssize_t, int fd, qualifier msghdr* message, int flags) {      \
+        REAL(name);                                                                 \
+        iovec* const part = message->msg_iov;                                       \
+        const size_t whole = part->iov_len;                                         \
+        const size_t size = message->msg_name == nullptr ? whole : 0;               \
+        return make_call(CALLER, Kind::kind, size, ssize_t{-1}, [=](size_t moved) { \
+            part->iov_len = size > 0 ? moved : whole;                               \
+            const ssize_t result = real(fd, message, flags);                        \
+            part->iov_len = whole;                                                  \
+            return result;                                                          \
+        });                                                                         \
+    }
+MOVE_MESSAGE(sendmsg, write, const)
+MOVE_MESSAGE(recvmsg, read, )
+
+namespace {
+
+// The C library's look-ups crash or hang when memory fails inside them, so they fail as a whole.
+template <typename Call>
+int look_up(const void* caller, const Call& call) {
+    if (allocation_fails()) return EAI_MEMORY;
+    return make_call(caller, Kind::other, 0, EAI_SYSTEM, [&](size_t) {
+        exempt = true;
+        const int result = call();
+        exempt = false;
+        return result;
+    });
+}
+
+}  // namespace
+
+IN_FRONT_OF(getaddrinfo, int, const char* name, const char* service, const addrinfo* wanted,
+            addrinfo** found) {
+    REAL(getaddrinfo);
+    return look_up(CALLER, [&] { return real(name, service, wanted, found); });
+}
+IN_FRONT_OF(getnameinfo, int, const sockaddr* address, socklen_t size, char* host,
+            socklen_t host_room, char* service, socklen_t service_room, int flags) {
+    REAL(getnameinfo);
+    return look_up(
+        CALLER, [&] { return real(address, size, host, host_room, service, service_room, flags); });
 }
 
 // ---- Streams, which the C library would feed by calls of its own ----

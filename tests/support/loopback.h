@@ -1,14 +1,8 @@
 // Sockets of this machine, at ports that the system chooses.
 #pragma once
 
+#include "support/loopback_port.h"
 #include "support/test.h"
-
-#if defined(_WIN32)
-#include <winsock2.h>
-#else
-#include <netinet/in.h>
-#include <sys/socket.h>
-#endif
 
 constexpr uint32_t kLoopback = 0x7F000001;
 
@@ -22,19 +16,6 @@ struct OwnedSocket {
     OXSOCKET release() { return std::exchange(number, OXSOCKET_INVALID); }
     int32_t close() { return ORVEX_SOCK_Close(release()); }
 };
-
-inline int32_t port_of(OXSOCKET socket) {
-    sockaddr_in address{};
-#if defined(_WIN32)
-    int size = sizeof address;
-    const int result = getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-#else
-    socklen_t size = sizeof address;
-    const int result =
-        getsockname(static_cast<int>(socket), reinterpret_cast<sockaddr*>(&address), &size);
-#endif
-    return result == 0 ? ntohs(address.sin_port) : -1;
-}
 
 inline OXSOCKADDR loopback_address(OXSOCKET socket) {
     OXSOCKADDR address;

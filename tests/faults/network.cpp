@@ -1,0 +1,103 @@
+#include <cstring>
+#include <utility>
+
+#include "faults.h"
+#include "support/loopback_port.h"
+
+namespace {
+
+// A pair that is connected without a fault.
+struct Pair {
+    OXSOCKET listener = ORVEX_SOCK_ServerOpen(0);
+    OXSOCKET client = ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener));
+    OXSOCKET server = ORVEX_SOCK_Accept(listener);
+    ~Pair() {
+        ORVEX_SOCK_Close(client);
+        ORVEX_SOCK_Close(server);
+        ORVEX_SOCK_Close(listener);
+    }
+    Pair() = default;
+    Pair(const Pair&) = delete;
+    Pair& operator=(const Pair&) = delete;
+};
+
+bool opened(OXSOCKET socket) {
+    return socket != OXSOCKET_INVALID;
+}
+
+}  // namespace
+
+FAMILY(socket) {
+    g_glbsockopt.nClientRecvTimeOut = 5;
+    OXSOCKET listener = OXSOCKET_INVALID;
+    if (DID(opened(listener = ORVEX_SOCK_ServerOpen(0)) ? 1 : -1)) {
+        OXSOCKET client = OXSOCKET_INVALID;
+        if (DID(opened(client = ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener))) ? 1 : -1)) {
+            OXSOCKADDR peer{};
+            OXSOCKET server = OXSOCKET_INVALID;
+            DID(opened(server = ORVEX_SOCK_AcceptPeer(listener, &peer, nullptr)) ? 1 : -1);
+            RIGHT(ORVEX_SOCK_Close(server) >= 0);
+            RIGHT(ORVEX_SOCK_Close(client) == 1);
+        }
+        RIGHT(ORVEX_SOCK_Close(listener) == 1);
+    }
+
+    Pair pair;
+    ORVEX_SOCK_SetRecvTimeOut(pair.client, 1);
+    char sent[9000];
+    char back[sizeof sent];
+    std::memset(sent, 'x', sizeof sent);
+    const int32_t size = sizeof sent;
+    if (DID(ORVEX_SOCK_Send(pair.server, sent, size))) {
+        int32_t flag = 0;
+        GIVES(ORVEX_SOCK_WaitDataToRead(&pair.client, 1, 5, 0, &flag), flag == 1);
+        GIVES(ORVEX_SOCK_Recv(pair.client, back, size), std::memcmp(sent, back, sizeof sent) == 0);
+    }
+    RIGHT(FAULTY(ORVEX_SOCK_DiscardData(pair.client)) == 1);
+
+    OXSOCKADDR address;
+    const OXSOCKET udp = ORVEX_SOCKUDP_ServerOpen(0);
+    ORVEX_SOCK_SetAddr(&address, 0x7F000001, port_of(udp));
+    OXSOCKADDR from{};
+    int32_t got = 0;
+    if (DID(ORVEX_SOCKUDP_Send(udp, sent, 700, 0, &address, sizeof address))) {
+        GIVES(got = ORVEX_SOCKUDP_Recv(udp, back, size, 0, &from, nullptr), got == 700);
+    }
+    DID(ORVEX_SOCK_CloseEx(udp, 0));
+
+    Pair other;
+    ORVEX_SOCK_Send(pair.client, "tail", 4);
+    ORVEX_SOCK_Shutdown(pair.client, 1, 0);
+    ORVEX_SOCK_Shutdown(other.client, 1, 0);
+    DID(ORVEX_SOCK_Proxy(pair.server, other.server));
+    ORVEX_SOCK_Shutdown(other.server, 1, 0);
+    const OXSOCKET closing = std::exchange(other.client, OXSOCKET_INVALID);
+    RIGHT(FAULTY(ORVEX_SOCK_CloseEx(closing, 1)) == 1);
+}
+
+FAMILY(socket_option) {
+    const OXSOCKET udp = ORVEX_SOCKUDP_ClientOpen();
+    int32_t value = 0;
+    if (DID(ORVEX_SOCK_SetRecvTimeOut(udp, 3))) {
+        GIVES(value = ORVEX_SOCK_GetIntOption(udp, OXSOCK_SO_RCVTIMEO), value == 3000);
+    }
+    if (DID(ORVEX_SOCK_MultiCastSetTTL(udp, 9))) {
+        GIVES(value = ORVEX_SOCK_MultiCastGetTTL(udp), value == 9);
+    }
+    GIVES(value = ORVEX_SOCK_BufDataLen(udp), value == 0);
+    ORVEX_SOCK_Close(udp);
+}
+
+FAMILY(socket_address) {
+    uint32_t ip = 0;
+    GIVES(ORVEX_SOCK_NameToIP("localhost", &ip), ip != 0);
+    DID(ORVEX_SOCK_GetAllHostIP(&ip, 1));
+    char name[256] = "";
+    OXSOCKADDR loopback;
+    ORVEX_SOCK_SetAddr(&loopback, 0x7F000001, 0);
+    GIVES(ORVEX_SOCK_GetHostNameByAddr(loopback.nNetIP, name, sizeof name), name[0] != '\0');
+    const Pair pair;
+    char text[OXSOCK_IP_TEXT_SIZE] = "";
+    GIVES(ORVEX_SOCK_GetHostIPName(pair.client, text), std::strcmp(text, "127.0.0.1") == 0);
+    GIVES(ORVEX_SOCK_GetPeerIPName(pair.client, text), std::strcmp(text, "127.0.0.1") == 0);
+}
