@@ -1,6 +1,6 @@
 // A server and its administrator. The server is a program like any other: it brings the library up
 // and answers for its parameters. The administrator sees and changes them while it runs, by the
-// 128-byte records of moltelib/format/parameter_record.h over a local socket.
+// 128-byte records of moltelib/format/parameter_record.h over a socket of this machine.
 //
 //     administer serve INSTALLATION [PORTFILE]   prints its port, or writes it to PORTFILE
 //     administer list PORT
@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "installation.h"
-#include "local_socket.h"
 #include "moltelib.h"
 #include "parameter_text.h"
 #include "terminal.h"
@@ -34,24 +33,41 @@ struct Message {
     Records records;
 };
 
-bool send(const LocalSocket& socket, const Message& message) {
+// Closes it at the end.
+struct Socket {
+    OXSOCKET number;
+    explicit Socket(OXSOCKET own) : number(own) {}
+    ~Socket() { ORVEX_SOCK_Close(number); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+    bool valid() const { return number != OXSOCKET_INVALID; }
+};
+
+// An empty list is nothing to send or receive: 0, no failure.
+int32_t size_of(const Records& records) {
+    return static_cast<int32_t>(records.size() * sizeof(Record));
+}
+
+bool send(const Socket& socket, const Message& message) {
     uint8_t head[8];
     uint4ToChar4(message.number, head);
     uint4ToChar4(static_cast<uint32_t>(message.records.size()), head + 4);
-    return socket.send(head, sizeof head) &&
-           socket.send(message.records.data(), message.records.size() * sizeof(Record));
+    const Records& records = message.records;
+    return ORVEX_SOCK_Send(socket.number, head, sizeof head) > 0 &&
+           ORVEX_SOCK_Send(socket.number, records.data(), size_of(records)) >= 0;
 }
 
 // What comes from outside is bounded here, once: the count, and the end of each name.
-bool receive(const LocalSocket& socket, Message* message) {
+bool receive(const Socket& socket, Message* message) {
     uint8_t head[8];
-    if (!socket.receive(head, sizeof head)) return false;
+    if (ORVEX_SOCK_Recv(socket.number, head, sizeof head) < 0) return false;
     message->number = Char4To_uint4(head);
     const uint32_t count = Char4To_uint4(head + 4);
     if (count > kMostRecords) return false;
-    message->records.resize(count);
-    if (!socket.receive(message->records.data(), count * sizeof(Record))) return false;
-    for (Record& record : message->records) record.szName[sizeof record.szName - 1] = '\0';
+    Records& records = message->records;
+    records.resize(count);
+    if (ORVEX_SOCK_Recv(socket.number, records.data(), size_of(records)) < 0) return false;
+    for (Record& record : records) record.szName[sizeof record.szName - 1] = '\0';
     return true;
 }
 
@@ -82,11 +98,19 @@ Message answer(Message request) {
     return {static_cast<uint32_t>(result), std::move(records)};
 }
 
+// Who may administer: the listener itself is open to all interfaces.
+bool is_of_this_machine(const OXSOCKADDR& peer) {
+    char ip[OXSOCK_IP_TEXT_SIZE];
+    return ORVEX_SOCK_NetIP2Name(peer.nNetIP, ip) > 0 && std::string(ip) == "127.0.0.1";
+}
+
 // Until a client says stop. False when the socket fails.
-bool serve_clients(const LocalSocket& listener) {
+bool serve_clients(const Socket& listener) {
     for (;;) {
-        const LocalSocket client = listener.accept();
+        OXSOCKADDR peer{};
+        const Socket client(ORVEX_SOCK_AcceptPeer(listener.number, &peer, nullptr));
         if (!client.valid()) return false;
+        if (!is_of_this_machine(peer)) continue;
         Message request;
         while (receive(client, &request)) {
             const bool stop = request.number == kStop;
@@ -97,9 +121,18 @@ bool serve_clients(const LocalSocket& listener) {
     }
 }
 
-bool tell_port(uint16_t port, const char* file) {
+// Listens at the first free one of the ports that are nobody's own, and tells which it is.
+OXSOCKET listen_somewhere(int32_t* port) {
+    for (*port = 49152; *port < 65536; ++*port) {
+        const OXSOCKET listener = ORVEX_SOCK_ServerOpenEx(*port, 0);
+        if (listener != OXSOCKET_INVALID) return listener;
+    }
+    return OXSOCKET_INVALID;
+}
+
+bool tell_port(int32_t port, const char* file) {
     if (file == nullptr) {
-        std::printf("%u\n", port);
+        std::printf("%d\n", port);
         return std::fflush(stdout) == 0;
     }
     // Whoever waits for the file finds it whole.
@@ -120,8 +153,8 @@ int serve(const char* installation, const char* port_file) {
     if (!make_installation(installation) || ORVEX_BASE_InitVar() < 0) {
         return fail("The library can't be brought up.");
     }
-    uint16_t port = 0;
-    const LocalSocket listener = LocalSocket::listen(&port);
+    int32_t port = 0;
+    const Socket listener(listen_somewhere(&port));
     const bool served = listener.valid() && tell_port(port, port_file) && serve_clients(listener);
     ORVEX_BASE_ReleaseVar();
     return served ? 0 : fail("The server can't go on.");
@@ -129,7 +162,7 @@ int serve(const char* installation, const char* port_file) {
 
 // ---- The administrator ----
 
-bool ask(const LocalSocket& socket, Message* message) {
+bool ask(const Socket& socket, Message* message) {
     return send(socket, *message) && receive(socket, message);
 }
 
@@ -145,7 +178,7 @@ int show(const Message& message) {
 }
 
 // The record comes from the server first: it knows of what kind the value is.
-int change(const LocalSocket& socket, Request request, const char* name, const char* value) {
+int change(const Socket& socket, Request request, const char* name, const char* value) {
     Message message{kGet, Records(1)};
     ORVEX_strncpy(message.records[0].szName, name, sizeof message.records[0].szName);
     if (!ask(socket, &message) || message.records.size() != 1) return fail("No answer.");
@@ -158,8 +191,8 @@ int change(const LocalSocket& socket, Request request, const char* name, const c
 }
 
 int administer(const std::string& what, int argc, char** argv) {
-    const auto port = static_cast<uint16_t>(std::strtoul(argv[2], nullptr, 10));
-    const LocalSocket socket = LocalSocket::connect(port);
+    const auto port = static_cast<int32_t>(std::strtol(argv[2], nullptr, 10));
+    const Socket socket(ORVEX_SOCK_ClientOpen("127.0.0.1", port));
     if (!socket.valid()) return fail("There is no server at that port.");
     if (what == "set" && argc == 5) return change(socket, kSet, argv[3], argv[4]);
     if (what == "write" && argc == 5) return change(socket, kWrite, argv[3], argv[4]);
