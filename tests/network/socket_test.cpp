@@ -205,6 +205,7 @@ TEST(Socket, CarefulCloseTakesASecondAtMost) {
         const std::string bytes = pattern(100'000);
         while (!ends && ORVEX_SOCK_Send(flooded.client, bytes.data(), size_of(bytes)) > 0) {
         }
+        MOLTE_THDATA_FreeData();
     });
     const Passed second;
     EXPECT_EQ(ORVEX_SOCK_CloseEx(flooded.server.release(), 1), 1);
