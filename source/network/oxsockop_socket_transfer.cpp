@@ -40,6 +40,12 @@ void count_speed(int32_t length, int32_t milliseconds, int32_t& least, int32_t& 
     if (first || speed > before_most) store(most, speed);
 }
 
+// By the counter of ticks, which costs a short transfer less than two looks at the clock.
+int32_t milliseconds_since(uint64_t begin) {
+    const int64_t ticks = platform::span_ticks(begin, platform::span_reading());
+    return static_cast<int32_t>(ticks / (MOLTE_HiResoTickPerSec() / 1000));
+}
+
 struct Direction {
     int32_t* least_speed;
     int32_t* most_speed;
@@ -74,16 +80,16 @@ template <typename Call>
 int32_t move_all(int32_t line, const Direction& way, OXSOCKET socket, int32_t length, Call call) {
     store(nSockProgressPercent, 0);
     const int32_t step = kWhole / (length / kPiece + 1);
-    const long begin = platform::clock();
+    const uint64_t begin = platform::span_reading();
+    uint64_t piece_begin = begin;
     for (int32_t done = 0; done < length;) {
-        const uint64_t reading = platform::span_reading();
         const int result = call(done, std::min(kPiece, length - done));
-        if (result < 1) return fail_piece(line, way, socket, result, done, length, reading);
+        if (result < 1) return fail_piece(line, way, socket, result, done, length, piece_begin);
         store(nSockProgressPercent, load(nSockProgressPercent) + step);
         done += result;
+        if (done < length) piece_begin = platform::span_reading();
     }
-    const auto elapsed = static_cast<int32_t>(platform::clock() - begin);
-    count_speed(length, elapsed, *way.least_speed, *way.most_speed);
+    count_speed(length, milliseconds_since(begin), *way.least_speed, *way.most_speed);
     store(nSockProgressPercent, kWhole);
     return length;
 }

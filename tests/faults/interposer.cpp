@@ -208,22 +208,27 @@ SYSTEM_CALL(ppoll, int, -1, real(watched, count, limit, mask), pollfd* watched, 
 SYSTEM_CALL(__ppoll_chk, int, -1, real(watched, count, limit, mask, size), pollfd* watched,
             nfds_t count, const timespec* limit, const sigset_t* mask, size_t size)
 
-// A message of one part. Half of a datagram would be lost, so that streams alone move less.
-#define MOVE_MESSAGE(name, kind, qualifier)                                         \
-    IN_FRONT_OF(name, ssize_t, int fd, qualifier msghdr* message, int flags) {      \
-        REAL(name);                                                                 \
-        iovec* const part = message->msg_iov;                                       \
-        const size_t whole = part->iov_len;                                         \
-        const size_t size = message->msg_name == nullptr ? whole : 0;               \
-        return make_call(CALLER, Kind::kind, size, ssize_t{-1}, [=](size_t moved) { \
-            part->iov_len = size > 0 ? moved : whole;                               \
-            const ssize_t result = real(fd, message, flags);                        \
-            part->iov_len = whole;                                                  \
-            return result;                                                          \
-        });                                                                         \
-    }
-MOVE_MESSAGE(sendmsg, write, const)
-MOVE_MESSAGE(recvmsg, read, )
+// Half of a datagram would be lost: streams alone move less.
+IN_FRONT_OF(sendto, ssize_t, int fd, const void* from, size_t size, int flags, const sockaddr* to,
+            socklen_t room) {
+    REAL(sendto);
+    return make_call(CALLER, Kind::write, to == nullptr ? size : 0, ssize_t{-1}, [=](size_t part) {
+        return real(fd, from, to == nullptr ? part : size, flags, to, room);
+    });
+}
+// Messages of one part.
+IN_FRONT_OF(recvmsg, ssize_t, int fd, msghdr* message, int flags) {
+    REAL(recvmsg);
+    iovec* const buffer = message->msg_iov;
+    const size_t whole = buffer->iov_len;
+    const bool stream = message->msg_name == nullptr;
+    return make_call(CALLER, Kind::read, stream ? whole : 0, ssize_t{-1}, [=](size_t part) {
+        buffer->iov_len = stream ? part : whole;
+        const ssize_t result = real(fd, message, flags);
+        buffer->iov_len = whole;
+        return result;
+    });
+}
 
 namespace {
 

@@ -75,14 +75,6 @@ int broken_pipe(int fd) {
     return socket_failure(closed ? ECONNRESET : ESHUTDOWN);
 }
 
-int send_by(int fd, const msghdr& message, int flags) {
-    const int own = system_flags(flags);
-    if (own < 0) return socket_failure(EOPNOTSUPP);
-    const int sent = uninterrupted(
-        fd, kSending, [&](int flag) { return sendmsg(fd, &message, own | flag | MSG_NOSIGNAL); });
-    return sent < 0 && errno == EPIPE ? broken_pipe(fd) : sent;
-}
-
 // Nothing came from a socket whose peer doesn't end anything: it may be a message of no bytes.
 bool receiving_is_shut(int fd) {
     pollfd watched = {fd, POLLRDHUP, 0};
@@ -132,9 +124,16 @@ int recv(SOCKET socket, void* data, int size, int flags) {
 
 int sendto(SOCKET socket, const void* data, int size, int flags, const void* address, int length) {
     if (size < 0 || (address != nullptr && length < kAddressSize)) return socket_failure(EFAULT);
-    iovec part = {const_cast<void*>(data), static_cast<size_t>(size)};
-    return send_by(descriptor_of(socket), message_of(part, const_cast<void*>(address), length),
-                   flags);
+    const int own = system_flags(flags);
+    if (own < 0) return socket_failure(EOPNOTSUPP);
+    const int fd = descriptor_of(socket);
+    const auto* to = static_cast<const sockaddr*>(address);
+    const auto room = static_cast<socklen_t>(address != nullptr ? length : 0);
+    const int sent = uninterrupted(fd, kSending, [=](int flag) {
+        const int all_flags = own | flag | MSG_NOSIGNAL;
+        return ::sendto(fd, data, static_cast<size_t>(size), all_flags, to, room);
+    });
+    return sent < 0 && errno == EPIPE ? broken_pipe(fd) : sent;
 }
 
 int recvfrom(SOCKET socket, void* data, int size, int flags, void* address, int* length) {
