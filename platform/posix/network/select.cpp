@@ -10,7 +10,6 @@
 namespace {
 
 using platform::kMostSockets;
-using platform::socket_failure;
 using platform::SocketSet;
 
 constexpr std::int64_t kSecond = 1'000'000'000;

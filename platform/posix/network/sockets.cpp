@@ -9,7 +9,6 @@
 namespace {
 
 using platform::descriptor_of;
-using platform::result_of;
 using platform::socket_failure;
 
 constexpr int kWinsockInet6 = 23;

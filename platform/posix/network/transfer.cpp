@@ -11,7 +11,6 @@
 
 namespace {
 
-using platform::descriptor_of;
 using platform::socket_failure;
 
 // Flags as the system has them, -1 for one that it isn't to see.
