@@ -142,7 +142,9 @@ int recvfrom(SOCKET socket, void* data, int size, int flags, void* address, int*
     msghdr message = message_of(part, address, address != nullptr ? *length : 0);
     const int count = receive_by(descriptor_of(socket), message, flags);
     // A stream tells no address.
-    if (count >= 0 && message.msg_namelen > 0) *length = static_cast<int>(message.msg_namelen);
+    if (count >= 0 && address != nullptr && message.msg_namelen > 0) {
+        *length = static_cast<int>(message.msg_namelen);
+    }
     return count;
 }
 
