@@ -107,8 +107,9 @@ MOLTE_API OXSOCKET ORVEX_SOCK_ServerOpenEx(int32_t nPort, int32_t nFlags);
 MOLTE_API OXSOCKET ORVEX_SOCK_ServerOpen(int32_t nPort);
 
 /*
- * Waits for a client, without a limit; error 78. The second also gives the client's address, unless
- * pAddr is null; *pnAddrLen is its size, 16 where the pointer is null, and then what was written.
+ * Waits for a client, without a limit; error 78, also when another thread closes the listener,
+ * which is seen a second later at most. The second also gives the client's address, unless pAddr is
+ * null; *pnAddrLen is its size, 16 where the pointer is null, and then what was written.
  */
 MOLTE_API OXSOCKET ORVEX_SOCK_Accept(OXSOCKET hSocket);
 MOLTE_API OXSOCKET ORVEX_SOCK_AcceptPeer(OXSOCKET hSocket, OXSOCKADDR* pAddr, int32_t* pnAddrLen);

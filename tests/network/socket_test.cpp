@@ -283,6 +283,18 @@ TEST(Socket, SelectKeepsWhatIsReady) {
     EXPECT_EQ(told_there, "75 oxsockop");
 }
 
+TEST(Socket, ClosingTheListenerEndsAccept) {
+    OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
+    std::string told_there;
+    SleepingThread server([&, number = listener.number] {
+        told_there = error_of(ORVEX_SOCK_Accept(number));
+        MOLTE_THDATA_FreeData();
+    });
+    EXPECT_EQ(listener.close(), 1);
+    server.join();
+    EXPECT_EQ(told_there, "78 oxsockop");
+}
+
 TEST(Socket, RelaysUntilBothSidesEnd) {
     Connection left;
     Connection right;

@@ -90,8 +90,9 @@ SOCKET socket(int family, int type, int protocol);
 int bind(SOCKET socket, const void* address, int length);
 int listen(SOCKET socket, int backlog);
 
-// Waits without a limit, whatever the listener's time limit, unless that doesn't wait at all. The
-// new socket has the listener's time limits. The address may be null.
+// Waits without a limit, whatever the listener's time limit, unless that doesn't wait at all; when
+// it is closed meanwhile that is told, a second later at most. The new socket has its time limits.
+// The address may be null.
 SOCKET accept(SOCKET socket, void* address, int* length);
 
 int connect(SOCKET socket, const void* address, int length);

@@ -80,12 +80,14 @@ int listen(SOCKET socket, int backlog) {
     return result_of(result);
 }
 
-// On Linux a listener's time limit would end the wait.
+// On Linux a listener's time limit would end the wait, and that it is closed meanwhile wouldn't.
 SOCKET accept(SOCKET socket, void* address, int* length) {
     if (address != nullptr && check_room(address, length) != 0) return INVALID_SOCKET;
     const int fd = descriptor_of(socket);
     const int flags = SOCK_CLOEXEC | (waits(fd) ? 0 : SOCK_NONBLOCK);
     for (;;) {
+        SocketSet one = {1, {socket}};
+        if (waits(fd) && select(&one, nullptr, nullptr, -1, 0) < 0) return INVALID_SOCKET;
         auto size = address != nullptr ? static_cast<socklen_t>(*length) : 0;
         const int accepted = accept4(fd, static_cast<sockaddr*>(address),
                                      address != nullptr ? &size : nullptr, flags);
