@@ -69,11 +69,9 @@ int futex_wake(std::atomic<std::uint32_t>& word, int count, bool shared) {
     return woken > 0 ? static_cast<int>(woken) : 0;
 }
 
-// One who counted up after we looked fails the exchange.
-void futex_wake_counted(std::atomic<std::uint32_t>& word, std::atomic<std::uint32_t>& sleepers,
-                        int count) {
-    std::uint32_t seen = sleepers;
-    if (seen != 0 && futex_wake(word, count, true) == 0) sleepers.compare_exchange_strong(seen, 0);
+void futex_wake_counted(std::atomic<std::uint32_t>& word,
+                        const std::atomic<std::uint32_t>& sleepers, int count) {
+    if (sleepers != 0) futex_wake(word, count, true);
 }
 
 }  // namespace platform

@@ -32,9 +32,9 @@ bool futex_sleep(const FutexWord* words, std::size_t count, const std::timespec*
 int futex_wake(std::atomic<std::uint32_t>& word, int count, bool shared);
 constexpr int kAllSleepers = 0x7FFFFFFF;
 
-// The same for a shared word whose sleepers count up before they sleep: where none did, the system
-// isn't called. After the word was changed.
-void futex_wake_counted(std::atomic<std::uint32_t>& word, std::atomic<std::uint32_t>& sleepers,
-                        int count);
+// The same for a shared word whose sleepers count up before they sleep and down after: where the
+// count is 0, the system isn't called. After the word was changed.
+void futex_wake_counted(std::atomic<std::uint32_t>& word,
+                        const std::atomic<std::uint32_t>& sleepers, int count);
 
 }  // namespace platform

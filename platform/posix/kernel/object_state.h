@@ -28,8 +28,9 @@ struct State {
     std::atomic<std::uint32_t> word{0};
     std::uint32_t depth = 0;  // mutex: how many times the owner took it; only the owner looks
     std::uint32_t limit = 0;  // semaphore: its maximum; event: 1, or 0 for one with manual reset
-    // Of several processes: not 0 when somebody may sleep on the word. Who is about to sleep counts
-    // up; who wakes and finds nobody puts what it saw back to 0. A dead sleeper costs one wake.
+    // Of several processes: how many threads sleep on the word or are about to. One that is killed
+    // or terminated meanwhile stays counted, which costs one call per signal from then on and
+    // nothing else. It is never reset: that could forget one who counted but doesn't sleep yet.
     std::atomic<std::uint32_t> sleepers{0};
     std::uint32_t reserved[2] = {};
     RobustLinks links{};  // mutex of several processes: of the owner's list

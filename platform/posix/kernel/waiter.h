@@ -6,8 +6,9 @@
 //
 // An object of several processes can't know who waits: its waiters sleep on its own word, and each
 // looks again when woken, and once a second besides, for who signalled may have been killed before
-// it could wake anybody. All that is noted in it is that somebody may sleep: what a dying process
-// leaves behind costs one call to wake nobody.
+// it could wake anybody. All that is noted in it is how many sleep, so that who signals calls the
+// system only then. A thread that is killed or terminated in its sleep stays counted as long as the
+// object lives: each signal then makes that call.
 #pragma once
 
 #include <atomic>
@@ -85,6 +86,7 @@ class Waiter {
     DWORD sleep_until_done(DWORD milliseconds);
     DWORD look_again(bool late);
     void sleep(const std::timespec* deadline);
+    void count_sleeper(bool begins);
     void sleep_for_several(const FutexWord* words, std::size_t count,
                            const std::timespec* deadline);
     void pass_on();

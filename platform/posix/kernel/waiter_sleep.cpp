@@ -91,14 +91,26 @@ void Waiter::sleep(const std::timespec* deadline) {
     if (shared_ < count_) words[count++] = {&bell_, bell_seen_, false};
     for (std::size_t i = 0; i < count_; ++i) {
         if (!objects_[i]->shared() || !missing_[i]) continue;
-        objects_[i]->state().sleepers.fetch_add(1);
         words[count++] = {&objects_[i]->state().word, seen_[i], true};
     }
     std::timespec soon{};
     if (shared_ > 0) deadline = earlier_of(deadline, kLookAgain, &soon);
-    const Breakable ends_here;
-    if (count == 1) futex_sleep(words[0], deadline);
-    if (count > 1) sleep_for_several(words, count, deadline);
+    count_sleeper(true);
+    {
+        const Breakable ends_here;
+        if (count == 1) futex_sleep(words[0], deadline);
+        if (count > 1) sleep_for_several(words, count, deadline);
+    }
+    count_sleeper(false);
+}
+
+// Before the sleep and after it, where others look whether anybody sleeps.
+void Waiter::count_sleeper(bool begins) {
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (!objects_[i]->shared() || !missing_[i]) continue;
+        std::atomic<std::uint32_t>& sleepers = objects_[i]->state().sleepers;
+        begins ? sleepers.fetch_add(1) : sleepers.fetch_sub(1);
+    }
 }
 
 // Without the kernel's help there is one word to sleep on, of which all who signal an object of
