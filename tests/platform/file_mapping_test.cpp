@@ -100,6 +100,12 @@ TEST(FileMapping, WhatKilledHoldersLeaveGoesWithTheNextBlock) {
     const Handle another(memory(1, new_name()));
     EXPECT_FALSE(is_there(names[0]));
     EXPECT_TRUE(is_there(names[1]) && is_there("foreign"));
+    const auto descriptors = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = descriptors();
+    CloseHandle(memory(1, new_name()));
+    EXPECT_EQ(descriptors(), before);  // the memory is given back at once
 }
 
 // By the name, in a process that doesn't have the file open itself.

@@ -20,8 +20,9 @@ constexpr DWORD FILE_MAP_READ = 4;
 constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
 
 // Maps the open file behind a handle of _get_osfhandle; with INVALID_HANDLE_VALUE new memory, all
-// zeros, of that many bytes rounded up to pages. Room for it all is taken at once: a machine with
-// too little fails here (ERROR_DISK_FULL), not where the memory is used.
+// zeros, of that many bytes rounded up to pages. With a name, room for it all is taken at once: a
+// machine with too little fails here (ERROR_DISK_FULL), not where the memory is used; without one
+// it is taken where it is used, as all memory of a process.
 //
 // Of a file, size 0 is its length; an empty file is then ERROR_FILE_INVALID. A size beyond the end
 // lengthens a file that is mapped to be written, by zeros on the disk, and is

@@ -157,11 +157,11 @@ void unlock_objects_after_fork() {
 BOOL CloseHandle(HANDLE handle) {
     if (handle == INVALID_HANDLE_VALUE) return TRUE;
     const platform::Unbroken unbroken;  // or the name would stay
-    const platform::ObjectPointer object = platform::remove_handle(handle);
+    platform::ObjectPointer object = platform::remove_handle(handle);
     if (!object) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    if (object->shared()) platform::leave_if_unused(*object);
+    if (object->shared()) platform::leave_if_unused(std::move(object));
     return TRUE;
 }

@@ -168,9 +168,10 @@ HANDLE open_named(ObjectPointer object, ObjectType type, KindOfState kind, BOOL 
     return handle_of(std::move(object), NamedFile::open(name), type, kind);
 }
 
-void leave_if_unused(Object& object) {
+void leave_if_unused(ObjectPointer object) {
     const NamesGuard guard;
-    leave_without_handles(object);
+    leave_without_handles(*object);
+    object = {};
     forget_unused_objects();
 }
 

@@ -17,8 +17,9 @@ HANDLE open_named(ObjectPointer object, ObjectType type, KindOfState kind, BOOL 
 // As a handle of a new object without a name, and for none.
 HANDLE handle_of_new(const ObjectPointer& object);
 
-// After the closing of a handle: the last one of the process gives the name up.
-void leave_if_unused(Object& object);
+// After the closing of a handle: the last one of the process gives the name up, and with the last
+// reference all that it holds.
+void leave_if_unused(ObjectPointer object);
 
 // In a forked child, where nothing else runs: for each that is open, with a handle or without.
 void for_each_named_object(void (*call)(Object& object));
