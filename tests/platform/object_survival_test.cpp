@@ -1,5 +1,6 @@
 // What named objects, handles and locks come to when processes die, stop or fork.
 #if !defined(_WIN32)
+#include <dlfcn.h>
 #include <linux/filter.h>
 #include <linux/futex.h>
 #include <linux/seccomp.h>
@@ -8,6 +9,8 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdarg>
 
 #include "platform/critical_section.h"
 #include "platform/threads.h"
@@ -21,6 +24,28 @@
 static bool forked = false;
 extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off() {  // NOLINT
     return forked ? 1 : 0;
+}
+
+// What a thread does when it is about to sleep on a word of several processes: once, and then only
+// a wake ends the sleep soon.
+static std::function<void()> before_sleep;
+static std::atomic<bool> before_sleep_done{false};
+extern "C" long syscall(long number, ...) noexcept {
+    va_list list;
+    va_start(list, number);
+    long values[6];
+    for (long& value : values) value = va_arg(list, long);
+    va_end(list);
+    std::timespec far{};
+    if (number == SYS_futex && values[1] == FUTEX_WAIT_BITSET && before_sleep != nullptr) {
+        std::exchange(before_sleep, nullptr)();
+        before_sleep_done = true;
+        clock_gettime(CLOCK_MONOTONIC, &far);
+        far.tv_sec += 40;
+        values[3] = reinterpret_cast<intptr_t>(&far);
+    }
+    static const auto real = reinterpret_cast<long (*)(long, ...)>(dlsym(RTLD_NEXT, "syscall"));
+    return real(number, values[0], values[1], values[2], values[3], values[4], values[5]);
 }
 
 namespace {
@@ -111,6 +136,24 @@ TEST_F(ObjectSurvival, ASignallerKilledBeforeItWakesLeavesOneSignal) {
     EXPECT_EQ(ChildProcess("signal_and_die", {"thing"}).wait(), -1);
     EXPECT_EQ(wait_for(event), WAIT_OBJECT_0);
     EXPECT_EQ(wait_for(event), WAIT_TIMEOUT);
+}
+
+// The signal finds nobody asleep, and another thread takes it: the word is as it was.
+TEST_F(ObjectSurvival, OneAboutToSleepIsWokenByTheSignalAfterNext) {
+    const Handle object(semaphore(0, 1, "word"));
+    before_sleep = [&] {
+        std::thread([&] {
+            ReleaseSemaphore(object, 1, nullptr);
+            EXPECT_EQ(wait_for(object), WAIT_OBJECT_0);
+        }).join();
+    };
+    SleepingThread sleeper([&] { EXPECT_EQ(wait_for(object, INFINITE), WAIT_OBJECT_0); });
+    while (!before_sleep_done) std::this_thread::yield();
+    sleeper.until_asleep();
+    const auto begin = steady_clock::now();
+    ReleaseSemaphore(object, 1, nullptr);
+    sleeper.join();
+    EXPECT_LT(steady_clock::now() - begin, milliseconds(20'000));
 }
 
 TEST_F(ObjectSurvival, AFileThatCannotBeRemovedIsAFailure) {
