@@ -141,6 +141,7 @@ TEST_F(ObjectSurvival, ASignallerKilledBeforeItWakesLeavesOneSignal) {
 // The signal finds nobody asleep, and another thread takes it: the word is as it was.
 TEST_F(ObjectSurvival, OneAboutToSleepIsWokenByTheSignalAfterNext) {
     const Handle object(semaphore(0, 1, "word"));
+    before_sleep_done = false;
     before_sleep = [&] {
         std::thread([&] {
             ReleaseSemaphore(object, 1, nullptr);
