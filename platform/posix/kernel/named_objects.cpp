@@ -139,11 +139,11 @@ HANDLE create_object(ObjectType type, KindOfState kind, const char* name, const 
 HANDLE create_named(ObjectPointer object, KindOfState kind, const char* name,
                     const NewFile& begin) {
     const NamesGuard guard;
-    forget_unused_objects();
     if (!object || !names_can_be_used()) return nullptr;
     bool existed = false;
     auto file = NamedFile::open_or_make(name, begin, &existed);
     const HANDLE handle = handle_of(std::move(object), std::move(file), begin.type, kind);
+    forget_unused_objects();
     if (handle != nullptr) SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
 }
@@ -163,9 +163,10 @@ HANDLE open_named(ObjectPointer object, ObjectType type, KindOfState kind, BOOL 
         return nullptr;
     }
     const NamesGuard guard;
-    forget_unused_objects();
     if (!object || !names_can_be_used()) return nullptr;
-    return handle_of(std::move(object), NamedFile::open(name), type, kind);
+    const HANDLE handle = handle_of(std::move(object), NamedFile::open(name), type, kind);
+    forget_unused_objects();
+    return handle;
 }
 
 void leave_if_unused(ObjectPointer object) {
