@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <csignal>
 #endif
@@ -174,6 +175,7 @@ TEST(Socket, PeersAreKnown) {
     const OwnedSocket own(ORVEX_SOCK_AcceptPeer(listener, &peer, nullptr));
     EXPECT_EQ(bytes_of(peer), bytes_of(loopback_address(client)));
     EXPECT_EQ(ORVEX_SOCK_GetIntOption(own, OXSOCK_SO_TYPE), OXSOCK_STREAM);
+    EXPECT_EQ(error_number_of(ORVEX_SOCK_Accept(own)), 78U);  // at once
 }
 
 TEST(Socket, ClosesAndEnds) {
@@ -438,6 +440,17 @@ TEST(Socket, ABrokenConnectionRaisesNoSignal) {
     while (result > 0) result = ORVEX_SOCK_Send(peers.client, "x", 1);
     EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "x", 1), -1);
     EXPECT_EQ(system_error_name(), "ECONNRESET");
+    const OwnedSocket fresh(ORVEX_SOCK_OpenSocket());
+    for (const OXSOCKET never : {fresh.number, peers.listener.number}) {
+        EXPECT_EQ(ORVEX_SOCK_Send(never, "x", 1), -1);
+        EXPECT_EQ(system_error_name(), "ENOTCONN");
+    }
+}
+
+TEST(Socket, DescriptorsOfFilesStayOpen) {
+    const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(failure(ORVEX_SOCK_Close(static_cast<OXSOCKET>(file))), "72 oxsockop ENOTSOCK");
+    EXPECT_EQ(close(file), 0);
 }
 
 #endif

@@ -37,11 +37,25 @@ int name_by(NameCall call, SOCKET socket, void* address, int* length) {
     return 0;
 }
 
+// Others are ready for what isn't a client, or never; accept refuses them at once.
+bool listens(int fd) {
+    int listening = 1;
+    socklen_t size = sizeof listening;
+    getsockopt(fd, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size);
+    return listening != 0;
+}
+
 }  // namespace
 
+// Descriptors of files, which are numbers as well, stay open.
 int closesocket(SOCKET socket) {
+    const int fd = descriptor_of(socket);
+    int type = 0;
+    socklen_t size = sizeof type;
+    const bool known = getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size) == 0;
+    if (!known && errno == ENOTSOCK) return socket_failure();
     // After EINTR the descriptor is closed as well.
-    return close(descriptor_of(socket)) == 0 || errno == EINTR ? 0 : socket_failure();
+    return close(fd) == 0 || errno == EINTR ? 0 : socket_failure();
 }
 
 namespace platform {
@@ -87,7 +101,8 @@ SOCKET accept(SOCKET socket, void* address, int* length) {
     const int flags = SOCK_CLOEXEC | (waits(fd) ? 0 : SOCK_NONBLOCK);
     for (;;) {
         SocketSet one = {1, {socket}};
-        if (waits(fd) && select(&one, nullptr, nullptr, -1, 0) < 0) return INVALID_SOCKET;
+        if (waits(fd) && listens(fd) && select(&one, nullptr, nullptr, -1, 0) < 0)
+            return INVALID_SOCKET;
         auto size = address != nullptr ? static_cast<socklen_t>(*length) : 0;
         const int accepted = accept4(fd, static_cast<sockaddr*>(address),
                                      address != nullptr ? &size : nullptr, flags);

@@ -65,20 +65,20 @@ int uninterrupted(int fd, Direction way, Call call) {
     }
 }
 
-// A pipe that broke because it was shut here, or because the peer closed it.
-int broken_pipe(int fd) {
-    tcp_info state{};
-    socklen_t size = sizeof state;
-    const bool closed =
-        getsockopt(fd, IPPROTO_TCP, TCP_INFO, &state, &size) == 0 && state.tcpi_state == TCP_CLOSE;
-    return socket_failure(closed ? ECONNRESET : ESHUTDOWN);
-}
-
-// Nothing came from a socket whose peer doesn't end anything: it may be a message of no bytes.
 bool receiving_is_shut(int fd) {
     pollfd watched = {fd, POLLRDHUP, 0};
-    return platform::has_messages(fd) && poll(&watched, 1, 0) == 1 &&
-           (watched.revents & POLLRDHUP) != 0;
+    return poll(&watched, 1, 0) == 1 && (watched.revents & POLLRDHUP) != 0;
+}
+
+// A pipe that broke because it was shut here, because the peer closed it, or that never was one.
+int broken_pipe(int fd) {
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    int state = TCP_ESTABLISHED;
+    if (getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0) state = info.tcpi_state;
+    if (state == TCP_LISTEN) return socket_failure(ENOTCONN);
+    if (state != TCP_CLOSE) return socket_failure(ESHUTDOWN);
+    return socket_failure(receiving_is_shut(fd) ? ECONNRESET : ENOTCONN);
 }
 
 int receive_by(int fd, msghdr& message, int flags) {
@@ -90,7 +90,9 @@ int receive_by(int fd, msghdr& message, int flags) {
         return recvmsg(fd, &message, own | flag | MSG_CMSG_CLOEXEC);
     });
     if (count >= 0 && (message.msg_flags & MSG_TRUNC) != 0) return socket_failure(EMSGSIZE);
-    if (count == 0 && receiving_is_shut(fd)) return socket_failure(ESHUTDOWN);
+    // Where no peer ends anything it may be a message of no bytes.
+    if (count == 0 && platform::has_messages(fd) && receiving_is_shut(fd))
+        return socket_failure(ESHUTDOWN);
     return count;
 }
 
