@@ -32,7 +32,8 @@ typedef struct OXSOCKADDR {
 static_assert(sizeof(OXSOCKADDR) == 16 && offsetof(OXSOCKADDR, nNetIP) == 4);
 #endif
 
-/* Fill the record with an address in either byte order. Of the port the low 16 bits count; 1. */
+/* Fill the record with an address in either byte order. Of the port the low 16 bits count; 1, or -1
+ * with error 83 for a null pointer. */
 MOLTE_API int32_t ORVEX_SOCK_SetAddr(OXSOCKADDR* pAddr, uint32_t nHostIP, int32_t nPort);
 MOLTE_API int32_t ORVEX_SOCK_SetAddrN(OXSOCKADDR* pAddr, uint32_t nNetIP, int32_t nPort);
 

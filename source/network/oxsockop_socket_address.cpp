@@ -41,6 +41,7 @@ int32_t ORVEX_SOCK_SetAddr(OXSOCKADDR* pAddr, uint32_t nHostIP, int32_t nPort) {
 }
 
 int32_t ORVEX_SOCK_SetAddrN(OXSOCKADDR* pAddr, uint32_t nNetIP, int32_t nPort) {
+    if (pAddr == nullptr) return molte::refuse_socket(here(), molte::kNoOption, WSAEFAULT);
     *pAddr = {kFamily, swapped(static_cast<uint16_t>(nPort)), nNetIP, {}};
     return 1;
 }

@@ -13,6 +13,8 @@ TEST(SocketAddress, LiesInNetworkOrder) {
     EXPECT_EQ(ORVEX_SOCK_SetAddrN(&address, address.nNetIP, 0x1F90), 1);
     EXPECT_EQ(bytes_of(address), expected);
 
+    EXPECT_EQ(error_of(ORVEX_SOCK_SetAddr(nullptr, 0x7F000001, 1)), "83 oxsockop");
+
     const std::string text = "IP=127.0.0.1 Port=8080";
     for (size_t room = 1; room < 25; ++room) {
         const std::unique_ptr<char[]> exact(new char[room]);
