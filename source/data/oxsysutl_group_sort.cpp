@@ -71,7 +71,7 @@ class Groups {
             Group* group = find(items_.at(i));
             if (group == nullptr && (group = add(items_.at(i))) == nullptr) return false;
             ++group->nCount;
-            if (number_ != nullptr) number_[i] = static_cast<uint16_t>(group->nStart);
+            if (number_ != nullptr) number_.get()[i] = static_cast<uint16_t>(group->nStart);
         }
         return true;
     }
@@ -89,11 +89,11 @@ class Groups {
     // Of the item that stands there now; null for one that no group is found for, as may be with a
     // comparison that contradicts itself.
     Group* of(int32_t index) {
-        return number_ != nullptr ? &at(number_[index]) : find(items_.at(index));
+        return number_ != nullptr ? &at(number_.get()[index]) : find(items_.at(index));
     }
     void exchange(int32_t a, int32_t b) {
         items_.exchange(a, b);
-        if (number_ != nullptr) std::swap(number_[a], number_[b]);
+        if (number_ != nullptr) std::swap(number_.get()[a], number_.get()[b]);
     }
 
  private:
@@ -133,9 +133,10 @@ class Groups {
             return;
         }
         for (int32_t i = 0; i < groups_.nCount; ++i) {
-            place[at(i).nStart] = static_cast<uint16_t>(i);
+            place.get()[at(i).nStart] = static_cast<uint16_t>(i);
         }
-        for (int32_t i = 0; i < items_.count; ++i) number_[i] = place[number_[i]];
+        uint16_t* const number = number_.get();
+        for (int32_t i = 0; i < items_.count; ++i) number[i] = place[number[i]];
     }
 
     const Items items_;

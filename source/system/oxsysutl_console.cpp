@@ -47,8 +47,8 @@ int32_t read_password(char* dst, int32_t room) {
 
 int32_t ORVEX_GetPassWord(const char* pszPrompt, char* dst, int32_t nDstLen) {
     if (dst == nullptr || nDstLen < 0) return kModule.fail(here(), kBadArgument);
-    const platform::HiddenKeys hidden;  // before anybody is asked to type
-    if (pszPrompt != nullptr) std::printf(pszPrompt);
+    const platform::HiddenKeys hidden;                     // before anybody is asked to type
+    if (pszPrompt != nullptr) std::printf(pszPrompt, "");  // a format
     std::fflush(stdout);
     std::memset(dst, 0, static_cast<size_t>(nDstLen));
     const int32_t count = read_password(dst, nDstLen);

@@ -128,7 +128,8 @@ TEST(MachineControl, AWindowGetsKeysAndClicks) {
         for (const auto& [to_x, to_y] :
              {std::pair(101, 51), {333, 222}, {1299, 749}, {777, 701}, {70000, 66000}}) {
             SYSOP_MouseEvent(ORVEX_MOUSE_MOVE | ORVEX_MOUSE_LEFT_DOWN, to_x, to_y);
-            const unsigned long x = std::min(to_x, 1365), y = std::min(to_y, 766);
+            const auto x = static_cast<unsigned long>(std::min(to_x, 1365));
+            const auto y = static_cast<unsigned long>(std::min(to_y, 766));
             SYSOP_MouseEvent(ORVEX_MOUSE_LEFT_UP | ORVEX_MOUSE_RIGHT_DOWN, 0, 0);  // where it is
             EXPECT_EQ(SYSOP_MouseEvent(ORVEX_MOUSE_RIGHT_UP, 0, 0), 1);
             EXPECT_EQ(window.get(), (Got{ButtonPress, 1, x, y}));

@@ -183,7 +183,7 @@ bool run_helper(const Program& program, Outcome* outcome) {
         start(program, outcome);
         _exit(0);
     }
-    while (waitpid(helper, nullptr, __WCLONE) < 0 && errno == EINTR) {
+    while (waitpid(helper, nullptr, static_cast<int>(__WCLONE)) < 0 && errno == EINTR) {
     }
     return true;
 }
