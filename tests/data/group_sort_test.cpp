@@ -76,7 +76,8 @@ TEST(GroupSort, TakesGroupsWhereThereAreFew) {
 
 // Too many to remember the group of each: it is looked for again.
 TEST(GroupSort, OfVeryMany) {
-    std::string bytes(20971521, '\0');
+    std::string bytes;
+    bytes.resize(20971521);
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = "abc"[i * i % 7 % 3];
     std::string sorted;
     for (const char c : {'a', 'b', 'c'}) {

@@ -38,7 +38,7 @@ TEST_F(FileMap, ShowsChangesAndLengthensTheFile) {
     map.write("HELLO");  // also when the file is closed
     for (int i = 0; i < 2; ++i) EXPECT_EQ(MOLTE_FMAP_Unmap(&map), 1);
     EXPECT_EQ(MOLTE_FMAP_Unmap(nullptr), 0);
-    EXPECT_EQ(read_bytes(path).substr(kStep), std::string("HELLO world\0", 13));
+    EXPECT_EQ(read_bytes(path).substr(kStep), std::string("HELLO world\0\0", 13));
 }
 
 TEST_F(FileMap, BadCallsAreErrorsAndChangeNothing) {
