@@ -35,6 +35,10 @@ RegisterRole::RegisterRole(const char* name, ChildRole role) {
 
 bool run_child_role(int argc, char** argv, int* exit_code) {
     if (argc < 3 || std::string(argv[1]) != kRoleOption) return false;
+#if !defined(_WIN32)
+    // A shell lets what it starts in the background ignore the first two.
+    for (const int signal : {SIGINT, SIGQUIT, SIGHUP, SIGTERM}) std::signal(signal, SIG_DFL);
+#endif
     const auto role = roles().find(argv[2]);
     *exit_code =
         role == roles().end() ? 120 : role->second(std::vector<std::string>(argv + 3, argv + argc));
