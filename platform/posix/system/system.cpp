@@ -81,3 +81,7 @@ DWORD GetModuleFileNameExA(HANDLE process, HMODULE, char* path, DWORD size) {
     path[kept] = '\0';
     return kept == length ? length : size;
 }
+
+bool platform::at_exit(void (*routine)()) {
+    return std::atexit(routine) == 0;
+}

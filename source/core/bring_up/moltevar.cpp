@@ -1,6 +1,5 @@
 // Bring-up and tear-down.
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -22,6 +21,7 @@
 #include "moltelib/text_hook.h"
 #include "moltelib/thread_data.h"
 #include "moltelib/thread_list.h"
+#include "platform/system.h"
 #include "platform/threads.h"
 
 namespace {
@@ -62,7 +62,7 @@ int32_t make_line_buffer_list() {
 
 // Registered once in a process, however often the library comes up: an exit list never shrinks.
 void close_hooks_at_exit() {
-    static const int registered = std::atexit([] { ORVEX_BASE_AtExit(); });
+    static const bool registered = platform::at_exit([] { ORVEX_BASE_AtExit(); });
     static_cast<void>(registered);
 }
 
