@@ -107,6 +107,6 @@ int main() {
         });
     });
     molte_bench::pair(
-        "4 threads, 1,000 ids", [&] { four_threads(ours); }, [&] { four_threads(peers); });
+        "4 threads, 1,000 ids", [&] { four_threads(ours); }, [&] { four_threads(peers); }, 61);
     ORVEX_BASE_ReleaseVar();
 }
