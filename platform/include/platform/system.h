@@ -60,9 +60,9 @@ namespace platform {
 constexpr DWORD kUnixPlatformId = 0x100;
 
 // Has the routine called when the process ends by exit() or by returning from main, while its other
-// threads still run; they may be in any call. There is no way to take it back: on Windows the module
-// that holds it stays loaded, on POSIX the routine is called when the module is unloaded. False
-// without memory for it.
+// threads still run; they may be in any call. There is no way to take it back: on Windows the
+// module that holds it stays loaded, on POSIX the routine is called when the module is unloaded.
+// False without memory for it.
 bool at_exit(void (*routine)());
 
 }  // namespace platform
