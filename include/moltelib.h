@@ -2,6 +2,7 @@
 #ifndef MOLTELIB_H
 #define MOLTELIB_H
 
+#include "moltelib/app_connection.h"
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/array.h"
@@ -23,6 +24,7 @@
 #include "moltelib/file_handle.h"
 #include "moltelib/file_map.h"
 #include "moltelib/group_sort.h"
+#include "moltelib/host_probe.h"
 #include "moltelib/id_range.h"
 #include "moltelib/instance.h"
 #include "moltelib/integer_resource.h"

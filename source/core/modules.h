@@ -8,6 +8,7 @@
 namespace molte {
 
 inline constexpr Module kMoltevar("moltevar");
+inline constexpr Module kOappconn("oappconn");
 inline constexpr Module kOarray("oarray");
 inline constexpr Module kOcollate("ocollate");
 inline constexpr Module kOfilehop("ofilehop");

@@ -3,6 +3,7 @@
 
 #include "faults.h"
 #include "support/loopback_port.h"
+#include "support/own_network.h"
 
 namespace {
 
@@ -100,4 +101,36 @@ FAMILY(socket_address) {
     char text[OXSOCK_IP_TEXT_SIZE] = "";
     GIVES(ORVEX_SOCK_GetHostIPName(pair.client, text), std::strcmp(text, "127.0.0.1") == 0);
     GIVES(ORVEX_SOCK_GetPeerIPName(pair.client, text), std::strcmp(text, "127.0.0.1") == 0);
+}
+
+FAMILY(host_probe) {
+    uint8_t packet[40];
+    GIVES(UTIL_InitIcmpV4Header(packet, 32), packet[0] == 8);
+    GIVES(UTIL_SetIcmpParam(packet, 32), UTIL_CheckSum(packet, 40) == 0);
+    if (!enter_own_network()) return;  // in another one a probe may hear something else
+    UTIL_ICMPPARAM probe{};
+    int32_t result = 0;
+    // A failed receive is told, and no answer.
+    DID((result = ORVEX_SOCK_IsHostAlive("127.0.0.1", &probe)) > 0 ? 1 : -1);
+    RIGHT(probe.nTTL == 128 && (result == 1 || GetRvexErrNo() != 0));
+}
+
+FAMILY(app_connection) {
+    const OXSOCKET listener = ORVEX_SOCK_ServerOpen(0);
+    ORVEX_APPCONN conn;
+    if (DID(ORVEX_APPCONN_ClientOpen(&conn, "127.0.0.1", port_of(listener)))) {
+        const OXSOCKET peer = ORVEX_SOCK_Accept(listener);
+        ORVEX_SOCK_Send(peer, "answer", 6);
+        char answer[6];
+        DID(ORVEX_APPCONN_SetRecvTimeOut(&conn, 5));
+        if (DID(ORVEX_APPCONN_SendData(&conn, "request", 7))) {
+            GIVES(ORVEX_APPCONN_RecvData(&conn, answer, 6), equal(answer, 6, "answer"));
+        }
+        ORVEX_SOCK_Shutdown(peer, 1, 0);
+        g_stBv.bSockSafeClose = 1;
+        RIGHT(FAULTY(ORVEX_APPCONN_CloseConnection(&conn)) == 1);
+        ORVEX_SOCK_Close(peer);
+    }
+    RIGHT(ORVEX_APPCONN_IsValid(&conn) == 0);
+    ORVEX_SOCK_Close(listener);
 }
