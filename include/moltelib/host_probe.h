@@ -39,9 +39,9 @@ static_assert(sizeof(UTIL_ICMPPARAM) == 20);
  * be anything where that isn't what was sent.
  *
  * 0 leaves error 74 with the bytes of the address when nothing came. -1 comes with errors 81 and 84
- * (no such host, no name), 80 (no raw socket), 83 (a time limit that can't be set), 73 (not sent,
- * with the bytes of the packet). A buffer of 65536 bytes that can't be had is error 83 and no
- * failure.
+ * (no such host, no name), 80 (no raw socket), 83 (the time limit or the time to live can't be
+ * set), 73 (not sent, with the bytes of the packet). A buffer of 65536 bytes that can't be had is
+ * error 83 and no failure.
  */
 MOLTE_API int32_t ORVEX_SOCK_IsHostAlive(const char* pszName, UTIL_ICMPPARAM* pParam);
 
