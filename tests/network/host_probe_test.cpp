@@ -131,6 +131,52 @@ TEST(HostProbe, NoAnswerIsAwaitedForASecond) {
         EXPECT_EQ(system_error_name(), "ETIMEDOUT");
         EXPECT_GE(steady_clock::now() - begin, milliseconds(900));
         check_failure("11.1.2.3", "73 oxsockop \x08\0"s, "1815 oxsockop", {1, 1, 128, 32, 9});
+        EXPECT_EQ(ORVEX_GetErrData()->nDataLen, 40);
+    });
+}
+
+// What comes of a probe of nobody while somebody sends such a packet, of a time that many seconds
+// ago.
+void check_forged(OXSOCKET raw, int32_t size, uint8_t flipped, int64_t age, int32_t expected) {
+    const int64_t begin = MOLTE_HiResoTickCount();
+    const int64_t second = MOLTE_HiResoTickPerSec();
+    Bytes forged(41);
+    UTIL_InitIcmpV4Header(forged.data(), 33);
+    forged[0] = 200;  // of no known type
+    forged[4] ^= flipped;
+    uint8ToChar8(static_cast<uint64_t>(begin - age * second), &forged[8]);
+    OXSOCKADDR here;
+    ORVEX_SOCK_SetAddr(&here, kLoopback, 0);
+    std::atomic<bool> heard{false};
+    std::thread forger([&] {
+        while (!heard) ORVEX_SOCKUDP_Send(raw, forged.data(), size, 0, &here, sizeof here);
+        MOLTE_THDATA_FreeData();
+    });
+    UTIL_ICMPPARAM probe{};
+    int32_t result = 0;
+    do {
+        ORVEX_Err_ClearError();
+        result = ORVEX_SOCK_IsHostAlive("239.1.2.3", &probe);
+    } while (GetRvexErrNo() == 74);  // nothing came in time
+    heard = true;
+    forger.join();
+    EXPECT_EQ(result, expected) << error_of_this_thread();
+    EXPECT_EQ(GetRvexErrNo(), 0U);
+    if (result != 1) return;
+    const auto micro = [=](int64_t ticks) {
+        return static_cast<uint32_t>(ticks / (second / 1'000'000));
+    };
+    const int64_t least = age * second - (age < 0 ? begin : 0);  // the past tells the time alone
+    const uint32_t most = micro(MOLTE_HiResoTickCount() - begin);
+    EXPECT_LE(static_cast<uint32_t>(probe.nElapsedMicroSec) - micro(least) + 1, most + 2) << age;
+}
+
+TEST(HostProbe, AnswersAreBelieved) {
+    heard_alone([](OXSOCKET raw) {
+        check_forged(raw, 40, 0, 5000, 1);  // more than 32 bits of microseconds
+        check_forged(raw, 40, 0, -100, 1);
+        check_forged(raw, 40, 1, 5000, 0);
+        check_forged(raw, 41, 0, 5000, 0);
     });
 }
 
