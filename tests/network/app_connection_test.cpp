@@ -43,6 +43,16 @@ TEST(AppConnection, TransfersBothWays) {
     }
 }
 
+TEST(AppConnection, OpensByName) {
+    const Session session;
+    const int32_t port = port_of(session.listener);
+    ORVEX_APPCONN conn = {7, 7};
+    EXPECT_EQ(ORVEX_APPCONN_ClientOpen(&conn, "127.0.0.1", port), 1);
+    EXPECT_EQ(ORVEX_APPCONN_CloseConnection(&conn), 1);
+    EXPECT_EQ(ORVEX_APPCONN_ClientOpenEx(&conn, "127.0.0.1", port, 0), 1);
+    EXPECT_EQ(ORVEX_APPCONN_CloseConnection(&conn), 1);
+}
+
 TEST(AppConnection, OpensThatFail) {
     ORVEX_APPCONN conn = {7, 7};
     EXPECT_TRUE(told(ORVEX_APPCONN_ClientOpen(&conn, "", 1)).ends_with(", 52 oappconn"));
