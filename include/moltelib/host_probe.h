@@ -2,11 +2,14 @@
  * Whether a host is alive: one ICMP echo (RFC 792), and how long the answer took.
  *
  *     UTIL_ICMPPARAM probe;
- *     if (ORVEX_SOCK_IsHostAlive("matcher", &probe) == 1) printf("%d us\n",
- * probe.nElapsedMicroSec);
+ *     if (ORVEX_SOCK_IsHostAlive("matcher", &probe) != 1) return -1;
+ *     printf("%d us\n", probe.nElapsedMicroSec);
  *
  * It takes a raw socket, and so the rights of an administrator (on Linux CAP_NET_RAW); without them
- * a probe is -1 with error 80. Its state is on the stack: any number of threads may probe.
+ * a probe is -1 with error 80. Its state is on the stack: any number of threads may probe. But
+ * PROBES OF ONE PROCESS AT THE SAME TIME HEAR ONE ANOTHER, for its number is what tells their
+ * answers from others: a host that is down counts as alive while another thread probes one that is
+ * up.
  *
  * Failures are reported under module "oxsockop".
  */
