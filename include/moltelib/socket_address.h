@@ -51,7 +51,8 @@ MOLTE_API char* ORVEX_SOCK_AddrN2Str(const OXSOCKADDR* pAddr, char* pszDst, int3
  */
 MOLTE_API int32_t ORVEX_SOCK_NameToIP(const char* pszName, uint32_t* pnNetIP);
 
-/* The dotted text of an address: 1; -1 with error 262 ("ip=%d") for a null pszDst. */
+/* The dotted text of an address: 1; -1 with error 262 ("ip=%d", the address in the machine's order)
+ * for a null pszDst. */
 MOLTE_API int32_t ORVEX_SOCK_ntoa(uint32_t nHostIP, char* pszDst);
 MOLTE_API int32_t ORVEX_SOCK_NetIP2Name(uint32_t nNetIP, char* pszDst);
 

@@ -85,7 +85,7 @@ int32_t move_all(int32_t line, const Direction& way, OXSOCKET socket, int32_t le
     for (int32_t done = 0; done < length;) {
         const int result = call(done, std::min(kPiece, length - done));
         if (result < 1) return fail_piece(line, way, socket, result, done, length, piece_begin);
-        store(nSockProgressPercent, load(nSockProgressPercent) + step);
+        store(nSockProgressPercent, std::min(kWhole, load(nSockProgressPercent) + step));
         done += result;
         if (done < length) piece_begin = platform::span_reading();
     }

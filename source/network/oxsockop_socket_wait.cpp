@@ -87,6 +87,9 @@ void relay_what_is_ready(Sides* sides) {
 
 int32_t ORVEX_SOCK_Select(int32_t, OXSOCKSET* pRead, OXSOCKSET* pWrite, OXSOCKSET* pExcept,
                           int32_t nSec, int32_t nMicroSec) {
+    const bool twice = (pRead != nullptr && (pRead == pWrite || pRead == pExcept)) ||
+                       (pWrite != nullptr && pWrite == pExcept);
+    if (twice) return molte::refuse_socket(here(), molte::kNotWaited, WSAEINVAL);
     const int ready = platform::select(platform_set(pRead), platform_set(pWrite),
                                        platform_set(pExcept), nSec, nMicroSec);
     return ready >= 0 ? ready : fail_socket(here(), molte::kNotWaited);

@@ -39,8 +39,10 @@ TEST(SocketAddress, Texts) {
     EXPECT_EQ(error_of(ORVEX_SOCK_ntoa(0x0A000001, nullptr)), "262 oxsockop ip=167772161");
 
     uint32_t ip = 7;
-    for (const auto& [name, expected] :
-         {tuple("10.0.0.1", 0x0A000001U), {"127.1", 0x7F000001U}, {"localhost", 0x7F000001U}}) {
+    for (const auto& [name, expected] : {tuple("10.0.0.1", 0x0A000001U),
+                                         {"127.1", 0x7F000001U},
+                                         {"255.255.255.255", UINT32_MAX},
+                                         {"localhost", 0x7F000001U}}) {
         EXPECT_EQ(ORVEX_SOCK_NameToIP(name, &ip), 1) << name;
         ORVEX_SOCK_SetAddr(&address, expected, 0);
         EXPECT_EQ(ip, address.nNetIP) << name;
@@ -48,8 +50,9 @@ TEST(SocketAddress, Texts) {
     EXPECT_EQ(error_of(ORVEX_SOCK_NameToIP("", &ip)), "84 oxsockop");
     EXPECT_EQ(error_of(ORVEX_SOCK_NameToIP(nullptr, &ip)), "84 oxsockop");
     EXPECT_EQ(error_of(ORVEX_SOCK_NameToIP("localhost", nullptr)), "84 oxsockop");
-    EXPECT_EQ(error_of(ORVEX_SOCK_NameToIP("no host has blanks", &ip)),
-              "81 oxsockop no host has blanks");
+    for (const std::string name : {"no host has blanks", "127.0.0.1 junk", "127.0.0.1 ", " "}) {
+        EXPECT_EQ(error_of(ORVEX_SOCK_NameToIP(name.c_str(), &ip)), "81 oxsockop " + name);
+    }
     EXPECT_EQ(ip, address.nNetIP);
 }
 

@@ -1,5 +1,6 @@
 #include "moltelib/socket_option.h"
 
+#include "support/asleep.h"
 #include "support/loopback.h"
 
 namespace {
@@ -80,6 +81,16 @@ TEST(SocketOption, ASocketThatDoesNotWait) {
     EXPECT_EQ(ORVEX_SOCK_DiscardData(peers.server), 1);
     EXPECT_EQ(ORVEX_SOCK_BufDataLen(peers.server), 0);
     EXPECT_EQ(error_of(ORVEX_SOCK_BufDataLen(OXSOCKET_INVALID)), "83 oxsockop ioctl");
+
+    EXPECT_EQ(ORVEX_SOCK_Ioctl(peers.listener, OXSOCK_FIONBIO, &on), 0);
+    EXPECT_EQ(error_number_of(ORVEX_SOCK_Accept(peers.listener)), 78U);
+    EXPECT_EQ(system_error_name(), "EWOULDBLOCK");
+    on = 0;
+    EXPECT_EQ(ORVEX_SOCK_Ioctl(peers.listener, OXSOCK_FIONBIO, &on), 0);
+    SleepingThread server(
+        [&] { EXPECT_TRUE(OwnedSocket(ORVEX_SOCK_Accept(peers.listener)) != OXSOCKET_INVALID); });
+    const OwnedSocket late(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(peers.listener)));
+    server.join();
 }
 
 }  // namespace

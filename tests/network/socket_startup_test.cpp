@@ -1,8 +1,13 @@
-// A socket library that doesn't start: the system's own is put aside.
+// What the system does at moments of the test's choice: its own calls are put aside.
 #include "platform/sockets.h"
-#include "support/test.h"
+#include "support/asleep.h"
+#include "support/loopback.h"
 
 #if !defined(_WIN32)
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 int result_of_start = 0;
@@ -22,7 +27,54 @@ int WSACleanup() {
 
 namespace {
 
+// Between the moment at which a client can be accepted and the call, another takes it.
+std::atomic<int> taken{-1};
+std::atomic<bool> takes{false};
+
+int poll_and_take(pollfd* watched, nfds_t count, const timespec* limit) {
+    timespec left = *limit;
+    const auto ready =
+        static_cast<int>(syscall(SYS_ppoll, watched, count, &left, nullptr, size_t{0}));
+    if (ready > 0 && takes.exchange(false)) taken = accept(watched->fd, nullptr, nullptr);
+    return ready;
+}
+
+}  // namespace
+
+// By the second name checked builds call it.
+extern "C" int own_ppoll(pollfd*, nfds_t, const timespec*, const sigset_t*) __asm__("ppoll");
+extern "C" int own_checked(pollfd*, nfds_t, const timespec*, const sigset_t*,
+                           size_t) __asm__("__ppoll_chk");
+int own_ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t*) {
+    return poll_and_take(watched, count, limit);
+}
+int own_checked(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t*, size_t) {
+    return poll_and_take(watched, count, limit);
+}
+
+namespace {
+
+TEST(SocketStartup, AcceptWaitsOnWhenAnotherTakesTheClient) {
+    result_of_start = 0;
+    version_of_start = 0x0202;
+    OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
+    std::string told_there;
+    SleepingThread server([&, number = listener.number] {
+        told_there = error_of(ORVEX_SOCK_Accept(number));
+        MOLTE_THDATA_FreeData();
+    });
+    takes = true;
+    const OwnedSocket client(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener)));
+    while (taken < 0) std::this_thread::yield();
+    EXPECT_EQ(listener.close(), 1);
+    server.join();
+    EXPECT_EQ(told_there, "78 oxsockop");
+    close(taken);
+    ORVEX_SOCK_End();
+}
+
 TEST(SocketStartup, TellsWhyItFailed) {
+    cleaned = 0;
     const tuple<int, WORD, Text> cases[] = {
         {0, 0x0102, "Version is not what we want"},
         {WSAEINPROGRESS, 0, "A blocking socket is in progress"},

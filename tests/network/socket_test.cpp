@@ -63,19 +63,29 @@ TEST(Socket, BytesArriveInOrderBothWays) {
     EXPECT_EQ(nSockProgressPercent, 100);
 }
 
+// What is received is sent by the call that tells no progress of its own.
 TEST(Socket, ProgressStaysWhereATransferFails) {
-    const Connection peers;
-    const std::string sent = pattern(8192);
-    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, sent.data(), 8192), 8192);
-    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 1, 0), 1);
-    until_there(peers.server, 8192);
-    char buffer[12289];
-    const std::string error = error_of(ORVEX_SOCK_Recv(peers.server, buffer, 12288));
-    const Text begin =
-        "74 oxsockop recvdata error. retval=0 read=8192 total=12288. ip=127.0.0.1 time=";
-    EXPECT_TRUE(error.starts_with(begin)) << error;
-    EXPECT_EQ(nSockProgressPercent, 50);  // two of three pieces, 25 each
+    const std::string bytes = pattern(500'000);
+    std::string buffer = bytes;
+    for (const auto& [total, sent, progress] :
+         {tuple(500'000, 409'600, 0), {5000, 4096, 50}, {12288, 8192, 50}}) {
+        const Connection peers;
+        std::thread sender([&, size = sent] {
+            ORVEX_SOCKUDP_Send(peers.client, bytes.data(), size, 0, nullptr, 0);
+            ORVEX_SOCK_Shutdown(peers.client, 1, 0);
+        });
+        until_there(peers.server, std::min(sent, 8192));
+        const std::string error = error_of(ORVEX_SOCK_Recv(peers.server, buffer.data(), total));
+        sender.join();
+        const std::string begin =
+            "74 oxsockop recvdata error. retval=0 read=" + std::to_string(sent) +
+            " total=" + std::to_string(total) + ". ip=127.0.0.1 time=";
+        EXPECT_TRUE(error.starts_with(begin)) << error;
+        EXPECT_EQ(nSockProgressPercent, progress);
+    }
 
+    const Connection peers;
+    ORVEX_SOCK_Shutdown(peers.client, 1, 0);
     for (const int32_t length : {0, -1}) {
         EXPECT_EQ(ORVEX_SOCK_Send(peers.client, nullptr, length), 0);
         EXPECT_EQ(ORVEX_SOCK_Recv(peers.client, nullptr, length), 0);
@@ -88,6 +98,22 @@ TEST(Socket, ProgressStaysWhereATransferFails) {
     EXPECT_TRUE(late.starts_with("73 oxsockop Send error retval=-1 sent=0 total=3. ip=127.0.0.1"));
     EXPECT_EQ(system_error_name(), "ESHUTDOWN");
     EXPECT_EQ(nSockProgressPercent, 0);
+}
+
+TEST(Socket, ProgressOfShortPiecesEndsAt100) {
+    const Connection peers;
+    SleepingThread receiver([&] {
+        char bytes[10];
+        ORVEX_SOCK_Recv(peers.server, bytes, 10);
+        MOLTE_THDATA_FreeData();
+    });
+    for (int i = 0; i < 3; ++i) {
+        ORVEX_SOCKUDP_Send(peers.client, "x", 1, 0, nullptr, 0);
+        while (ORVEX_SOCK_BufDataLen(peers.server) > 0) std::this_thread::yield();
+    }
+    ORVEX_SOCK_Shutdown(peers.client, 1, 0);
+    receiver.join();
+    EXPECT_EQ(nSockProgressPercent, 100);
 }
 
 // One side waits for the other for some milliseconds, so that it has a speed.
@@ -183,6 +209,9 @@ TEST(Socket, ClosesAndEnds) {
     EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 0), 0);
     EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "a", 1), 1);
     EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 1), 1);
+    char byte;
+    EXPECT_EQ(ORVEX_SOCK_Recv(peers.client, &byte, 1), -1);
+    EXPECT_EQ(system_error_name(), "ESHUTDOWN");
     EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 1, 1), 1);
     EXPECT_EQ(ORVEX_SOCK_Close(OXSOCKET_INVALID), 0);
     EXPECT_EQ(ORVEX_SOCK_CloseEx(OXSOCKET_INVALID, 1), 0);
@@ -274,6 +303,7 @@ TEST(Socket, SelectKeepsWhatIsReady) {
     EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &full, nullptr, nullptr, 0, 0)), "75 oxsockop");
     OXSOCKSET one{1, {peers.client}};
     EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, nullptr, &one, nullptr, 0, -1)), "75 oxsockop");
+    EXPECT_EQ(failure(ORVEX_SOCK_Select(0, &both, nullptr, &both, 0, 0)), "75 oxsockop EINVAL");
     const OXSOCKET closed = peers.client;
     std::string told_there;
     SleepingThread waiter([&] {
@@ -283,6 +313,45 @@ TEST(Socket, SelectKeepsWhatIsReady) {
     peers.client.close();
     waiter.join();
     EXPECT_EQ(told_there, "75 oxsockop");
+}
+
+// Which of the three sets keep it: "r", "w", "e".
+std::string ready_sets(OXSOCKET socket) {
+    OXSOCKSET sets[3];
+    for (OXSOCKSET& set : sets) set = {1, {socket}};
+    const int32_t ready = ORVEX_SOCK_Select(0, &sets[0], &sets[1], &sets[2], 0, 2000);
+    std::string names;
+    for (int i = 0; i < 3; ++i) names += sets[i].nCount != 0 ? std::string(1, "rwe"[i]) : "";
+    EXPECT_EQ(ready, size_of(names)) << error_of_this_thread();
+    return names;
+}
+
+TEST(Socket, ReadyIsWhatWouldNotWait) {
+    const OwnedSocket fresh(ORVEX_SOCK_OpenSocket());
+    EXPECT_EQ(ready_sets(fresh), "");
+    Connection peers;
+    EXPECT_EQ(ready_sets(peers.listener), "");
+    EXPECT_EQ(ready_sets(peers.client), "w");
+    EXPECT_EQ(ORVEX_SOCK_SendWithOption(peers.server, "u", 1, OXSOCK_MSG_OOB), 1);
+    EXPECT_EQ(ready_sets(peers.client), "we");
+    const uint16_t at_once[2] = {1, 0};
+    ORVEX_SOCK_SetOption(peers.server, OXSOCK_SOL_SOCKET, OXSOCK_SO_LINGER, at_once, 4);
+    peers.server.close();
+    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&peers.client.number, 1, 20, 0, nullptr), 1);
+    EXPECT_EQ(ready_sets(peers.client).substr(0, 2), "rw");
+
+    // The system's own call, which doesn't wait here: nobody listens.
+    EXPECT_EQ(ORVEX_SOCK_Bind(fresh, kLoopback, 0), 1);
+    const OXSOCKADDR address = loopback_address(fresh);
+    const OwnedSocket refused(ORVEX_SOCK_OpenSocket());
+    uint32_t on = 1;
+    EXPECT_EQ(ORVEX_SOCK_Ioctl(refused, OXSOCK_FIONBIO, &on), 0);
+    EXPECT_NE(connect(static_cast<decltype(socket(0, 0, 0))>(refused.number),
+                      reinterpret_cast<const sockaddr*>(&address), 16),
+              0);
+    OXSOCKSET failed{1, {refused}};
+    EXPECT_EQ(ORVEX_SOCK_Select(0, nullptr, nullptr, &failed, 20, 0), 1);
+    EXPECT_EQ(ready_sets(refused), "e");
 }
 
 TEST(Socket, ClosingTheListenerEndsAccept) {
@@ -448,9 +517,19 @@ TEST(Socket, ABrokenConnectionRaisesNoSignal) {
 }
 
 TEST(Socket, DescriptorsOfFilesStayOpen) {
-    const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(failure(ORVEX_SOCK_Close(static_cast<OXSOCKET>(file))), "72 oxsockop ENOTSOCK");
-    EXPECT_EQ(close(file), 0);
+    int files[3] = {open("/dev/null", O_RDONLY | O_CLOEXEC)};
+    EXPECT_EQ(pipe2(files + 1, O_CLOEXEC), 0);
+    for (const int file : files) {
+        const auto number = static_cast<OXSOCKET>(file);
+        uint32_t value = 1;
+        EXPECT_EQ(failure(ORVEX_SOCK_Close(number)), "72 oxsockop ENOTSOCK");
+        EXPECT_EQ(failure(ORVEX_SOCK_BufDataLen(number)), "83 oxsockop ioctl ENOTSOCK");
+        EXPECT_EQ(failure(ORVEX_SOCK_Ioctl(number, OXSOCK_FIONBIO, &value)),
+                  "83 oxsockop ioctl ENOTSOCK");
+        EXPECT_EQ(failure(ORVEX_SOCK_WaitDataToRead(&number, 1, 20, 0, nullptr)),
+                  "75 oxsockop ENOTSOCK");
+        EXPECT_EQ(close(file), 0);
+    }
 }
 
 #endif

@@ -42,8 +42,9 @@ int lookup_failure(int error) {
 
 namespace platform {
 
+// The system's takes what comes after a blank for nothing.
 std::uint32_t inet_addr(const char* text) {
-    return ::inet_addr(text);
+    return strpbrk(text, " \t\n\v\f\r") == nullptr ? ::inet_addr(text) : INADDR_NONE;
 }
 
 bool inet_ntoa(std::uint32_t address, char* text) {

@@ -144,7 +144,10 @@ int ioctlsocket(SOCKET socket, std::int32_t command, DWORD* argument) {
     for (const auto& [number, system] : commands) {
         if (number != static_cast<std::uint32_t>(command)) continue;
         if (argument == nullptr) return socket_failure(EFAULT);
-        return result_of(ioctl(descriptor_of(socket), system, argument));
+        const int fd = descriptor_of(socket);
+        if (platform::is_no_socket(fd)) return socket_failure(ENOTSOCK);
+        if (system == FIONBIO) return platform::set_waiting(fd, *argument == 0);
+        return result_of(ioctl(fd, system, argument));
     }
     return socket_failure(EOPNOTSUPP);
 }

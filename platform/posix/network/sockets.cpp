@@ -9,6 +9,7 @@
 namespace {
 
 using platform::descriptor_of;
+using platform::is_no_socket;
 using platform::socket_failure;
 
 constexpr int kWinsockInet6 = 23;
@@ -37,12 +38,10 @@ int name_by(NameCall call, SOCKET socket, void* address, int* length) {
     return 0;
 }
 
-// Others are ready for what isn't a client, or never; accept refuses them at once.
 bool listens(int fd) {
-    int listening = 1;
+    int listening = 0;
     socklen_t size = sizeof listening;
-    getsockopt(fd, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size);
-    return listening != 0;
+    return getsockopt(fd, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size) == 0 && listening != 0;
 }
 
 }  // namespace
@@ -50,10 +49,7 @@ bool listens(int fd) {
 // Descriptors of files, which are numbers as well, stay open.
 int closesocket(SOCKET socket) {
     const int fd = descriptor_of(socket);
-    int type = 0;
-    socklen_t size = sizeof type;
-    const bool known = getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size) == 0;
-    if (!known && errno == ENOTSOCK) return socket_failure();
+    if (is_no_socket(fd)) return socket_failure();
     // After EINTR the descriptor is closed as well.
     return close(fd) == 0 || errno == EINTR ? 0 : socket_failure();
 }
@@ -94,15 +90,22 @@ int listen(SOCKET socket, int backlog) {
     return result_of(result);
 }
 
-// On Linux a listener's time limit would end the wait, and that it is closed meanwhile wouldn't.
+int set_waiting(int fd, bool waiting) {
+    constexpr int both = O_NONBLOCK | O_APPEND;
+    const int flags = fcntl(fd, F_GETFL);
+    const int marks = !waiting ? O_NONBLOCK : listens(fd) ? both : 0;
+    if (flags < 0) return socket_failure();
+    return (flags & both) == marks ? 0 : result_of(fcntl(fd, F_SETFL, (flags & ~both) | marks));
+}
+
+// Waiting in the system would be ended by a time limit of the listener, and not by its close.
 SOCKET accept(SOCKET socket, void* address, int* length) {
     if (address != nullptr && check_room(address, length) != 0) return INVALID_SOCKET;
     const int fd = descriptor_of(socket);
-    const int flags = SOCK_CLOEXEC | (waits(fd) ? 0 : SOCK_NONBLOCK);
+    const bool waiting = waits(fd);
+    if (waiting && set_waiting(fd, true) != 0) return INVALID_SOCKET;
+    const int flags = SOCK_CLOEXEC | (waiting ? 0 : SOCK_NONBLOCK);
     for (;;) {
-        SocketSet one = {1, {socket}};
-        if (waits(fd) && listens(fd) && select(&one, nullptr, nullptr, -1, 0) < 0)
-            return INVALID_SOCKET;
         auto size = address != nullptr ? static_cast<socklen_t>(*length) : 0;
         const int accepted = accept4(fd, static_cast<sockaddr*>(address),
                                      address != nullptr ? &size : nullptr, flags);
@@ -110,9 +113,11 @@ SOCKET accept(SOCKET socket, void* address, int* length) {
             if (address != nullptr) *length = static_cast<int>(size);
             return static_cast<SOCKET>(accepted);
         }
-        if (errno == EINTR || (errno == EAGAIN && waits(fd))) continue;
-        socket_failure();
-        return INVALID_SOCKET;
+        if (errno == EINTR) continue;
+        SocketSet one = {1, {socket}};
+        const bool again = errno == EAGAIN && waits(fd);
+        if (!again) socket_failure();
+        if (!again || select(&one, nullptr, nullptr, -1, 0) < 0) return INVALID_SOCKET;
     }
 }
 

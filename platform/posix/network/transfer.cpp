@@ -65,20 +65,25 @@ int uninterrupted(int fd, Direction way, Call call) {
     }
 }
 
-bool receiving_is_shut(int fd) {
-    pollfd watched = {fd, POLLRDHUP, 0};
-    return poll(&watched, 1, 0) == 1 && (watched.revents & POLLRDHUP) != 0;
+// -1 for what has none.
+int tcp_state(int fd) {
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    return getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 ? info.tcpi_state : -1;
+}
+
+// Of a stream at its end: whether the peer would go on.
+bool was_shut_here(int fd) {
+    const int state = tcp_state(fd);
+    return state == TCP_ESTABLISHED || state == TCP_FIN_WAIT1 || state == TCP_FIN_WAIT2;
 }
 
 // A pipe that broke because it was shut here, because the peer closed it, or that never was one.
 int broken_pipe(int fd) {
-    tcp_info info{};
-    socklen_t size = sizeof info;
-    int state = TCP_ESTABLISHED;
-    if (getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0) state = info.tcpi_state;
+    const int state = tcp_state(fd);
     if (state == TCP_LISTEN) return socket_failure(ENOTCONN);
     if (state != TCP_CLOSE) return socket_failure(ESHUTDOWN);
-    return socket_failure(receiving_is_shut(fd) ? ECONNRESET : ENOTCONN);
+    return socket_failure(platform::receiving_is_shut(fd) ? ECONNRESET : ENOTCONN);
 }
 
 int receive_by(int fd, msghdr& message, int flags) {
@@ -90,10 +95,12 @@ int receive_by(int fd, msghdr& message, int flags) {
         return recvmsg(fd, &message, own | flag | MSG_CMSG_CLOEXEC);
     });
     if (count >= 0 && (message.msg_flags & MSG_TRUNC) != 0) return socket_failure(EMSGSIZE);
+    if (count != 0) return count;
     // Where no peer ends anything it may be a message of no bytes.
-    if (count == 0 && platform::has_messages(fd) && receiving_is_shut(fd))
-        return socket_failure(ESHUTDOWN);
-    return count;
+    const bool shut = platform::has_messages(fd)
+                          ? platform::receiving_is_shut(fd)
+                          : message.msg_iov->iov_len > 0 && was_shut_here(fd);
+    return shut ? socket_failure(ESHUTDOWN) : 0;
 }
 
 msghdr message_of(iovec& part, void* address, int length) {
@@ -108,6 +115,11 @@ msghdr message_of(iovec& part, void* address, int length) {
 }  // namespace
 
 namespace platform {
+
+bool receiving_is_shut(int fd) {
+    pollfd watched = {fd, POLLRDHUP, 0};
+    return poll(&watched, 1, 0) == 1 && (watched.revents & POLLRDHUP) != 0;
+}
 
 bool has_messages(int fd) {
     int type = SOCK_STREAM;

@@ -197,8 +197,9 @@ int getsockopt(SOCKET socket, int level, int name, void* value, int* size) {
     return ::getsockopt(socket, level, name, bytes(value), size);
 }
 
+// The system's takes what comes after a blank for nothing.
 std::uint32_t inet_addr(const char* text) {
-    return ::inet_addr(text);
+    return std::strpbrk(text, " \t\n\v\f\r") == nullptr ? ::inet_addr(text) : INADDR_NONE;
 }
 
 bool inet_ntoa(std::uint32_t address, char* text) {
