@@ -66,6 +66,7 @@ TEST(SocketStartup, AcceptWaitsOnWhenAnotherTakesTheClient) {
     takes = true;
     const OwnedSocket client(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener)));
     while (taken < 0) std::this_thread::yield();
+    server.until_asleep();
     EXPECT_EQ(listener.close(), 1);
     server.join();
     EXPECT_EQ(told_there, "78 oxsockop");

@@ -91,14 +91,14 @@ int bind(SOCKET socket, const void* address, int length);
 int listen(SOCKET socket, int backlog);
 
 // Waits without a limit, whatever the listener's time limit, unless that doesn't wait at all; when
-// it is closed meanwhile that is told, a second later at most, to all that wait. The new socket has its time limits.
-// The address may be null.
+// it is closed meanwhile that is told, a second later at most, to all that wait. The new socket has
+// its time limits. The address may be null.
 SOCKET accept(SOCKET socket, void* address, int* length);
 
 int connect(SOCKET socket, const void* address, int length);
 
-// how: 0 receiving, 1 sending, 2 both; such calls then fail with WSAESHUTDOWN, but what has come can
-// still be received. A datagram socket needs no peer for it.
+// how: 0 receiving, 1 sending, 2 both; such calls then fail with WSAESHUTDOWN, those that receive
+// perhaps after what has come by then. A datagram socket needs no peer for it.
 int shutdown(SOCKET socket, int how);
 
 // WSAEINVAL for a socket that has no address yet.
@@ -123,8 +123,8 @@ int recvfrom(SOCKET socket, void* data, int size, int flags, void* address, int*
 // time; the sets keep those alone. On a failure they stay as they were.
 //
 // Ready is what wouldn't wait: to read, accept or meet the end; to write, or be connected; in the
-// third set urgent data, or a connection that failed, which is ready for nothing else. A stream that
-// was never connected is ready for nothing. No set may be passed twice.
+// third set urgent data, or a connection that failed, which is ready for nothing else. A stream
+// that was never connected is ready for nothing. No set may be passed twice.
 int select(SocketSet* read, SocketSet* write, SocketSet* except, std::int32_t seconds,
            std::int32_t microseconds);
 
