@@ -149,7 +149,7 @@ MOLTE_API int32_t ORVEX_SOCK_Shutdown(OXSOCKET hSocket, int32_t bSend, int32_t b
  * piece; 85 ("send data error: Len=%d Pt=%p") and 86 a null buffer.
  *
  * nSockProgressPercent grows with the pieces by 100 / (nLen / 4096 + 1), up to 100, and is 100 at
- * the end; SO ABOVE 409599 BYTES IT IS 0 UNTIL THEN. A failure leaves it as it is. The speeds are
+ * the end; SO FROM 409600 BYTES ON IT IS 0 UNTIL THEN. A failure leaves it as it is. The speeds are
  * updated by transfers of a millisecond and more, IN 32 BITS: above 2147483 bytes they wrap.
  */
 MOLTE_API int32_t ORVEX_SOCK_SendWithOption(OXSOCKET hSocket, const void* pData, int32_t nLen,
@@ -189,11 +189,11 @@ MOLTE_API int32_t ORVEX_SOCK_Proxy(OXSOCKET hA, OXSOCKET hB);
 
 /*
  * Waits until a socket of the sets is ready: to be read, to be written, for urgent data or a failed
- * connection, which is told by the third set alone. One that was never connected is ready for
- * nothing. Sets may be null, but hold one socket in all; none may be given twice. A negative nSec
- * means no limit. How
- * many are ready, and the sets keep those; 0 after the time, with empty sets; -1 with error 75,
- * also for a socket that isn't open or is closed meanwhile. nfds isn't looked at.
+ * connection, which the third set alone tells. A TCP socket that was never connected is ready for
+ * nothing. Sets may be null, but hold one socket in all, and none may be given twice. A negative
+ * nSec means no limit. How many are ready, and the sets keep those; 0 after the time, with empty
+ * sets; -1 with error 75, also for a socket that isn't open or is closed meanwhile. nfds isn't
+ * looked at.
  */
 MOLTE_API int32_t ORVEX_SOCK_Select(int32_t nfds, OXSOCKSET* pRead, OXSOCKSET* pWrite,
                                     OXSOCKSET* pExcept, int32_t nSec, int32_t nMicroSec);

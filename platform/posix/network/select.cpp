@@ -24,13 +24,13 @@ std::int64_t now() {
     return ticks.QuadPart;
 }
 
-// A stream without a connection: there never was one, or it failed before it stood. Of one that
-// stood the system knows how long the way is.
+// A stream without a connection: there never was one, or it failed before it stood. One that stood
+// was given room to receive.
 bool never_connected(int fd) {
     tcp_info info{};
     socklen_t size = sizeof info;
     return getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&
-           info.tcpi_state == TCP_CLOSE && info.tcpi_rtt == 0;
+           info.tcpi_state == TCP_CLOSE && info.tcpi_rcv_space == 0;
 }
 
 // The sockets of all sets, in order.
