@@ -64,7 +64,9 @@ bool move_from(const Sides& sides, int32_t side) {
         if (received && sides.live == 2) {
             ORVEX_SOCK_SendWithOption(sides.sockets[1 - side], buffer, size, 0);
         }
-        const int32_t left = ORVEX_SOCK_BufDataLen(from);
+        // What was there already need not be asked for.
+        const int32_t known = received ? waiting - size : 0;
+        const int32_t left = known > 0 ? known : ORVEX_SOCK_BufDataLen(from);
         if (!received && left == waiting) return false;
         waiting = left;
     }
