@@ -28,6 +28,7 @@
 #include "moltelib/id_range.h"
 #include "moltelib/instance.h"
 #include "moltelib/integer_resource.h"
+#include "moltelib/item_package.h"
 #include "moltelib/key_list.h"
 #include "moltelib/language.h"
 #include "moltelib/line_buffer.h"

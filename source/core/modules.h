@@ -14,6 +14,7 @@ inline constexpr Module kOcollate("ocollate");
 inline constexpr Module kOfilehop("ofilehop");
 inline constexpr Module kOfilemap("ofilemap");
 inline constexpr Module kOidrange("oidrange");
+inline constexpr Module kOitempkg("oitempkg");
 inline constexpr Module kOlinebuf("olinebuf");
 inline constexpr Module kOreslock("oreslock");
 inline constexpr Module kOrvexerr("orvexerr");

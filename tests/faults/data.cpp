@@ -121,6 +121,23 @@ FAMILY(id_range) {
     for (OX_IDRANGEARRAY* array : {&copy, &working, &ready}) OX_IDRANGEARRAY_Release(array);
 }
 
+FAMILY(item_package) {
+    MOLTE_ITEMPKG_OPS package;
+    MOLTE_ITEMHEAD* first = nullptr;
+    Freed<MOLTE_ITEMHEAD> heads;
+    const std::string text(700, 'x');
+    int32_t count = 0;
+    if (!DID(MOLTE_ITEMPKG_New(&package, 0))) return RIGHT(package.pData == nullptr);
+    while (count < 30 && DID(MOLTE_ITEMPKG_AddItemEx(&package, "x", 1, text.data(), 700))) ++count;
+    if (MOLTE_ITEMPKG_GetItem(&package, "x", &first) == 1) {
+        FAULTY(MOLTE_ITEMPKG_UpdateItem(&package, first));  // it is the last then, or the first
+    }
+    RIGHT(package.nUsed == 64 + 748 * count && MOLTE_ITEMPKG_IsValidHead(&package) == 1);
+    GIVES(MOLTE_ITEMPKG_GetItemDir(&package, &heads.block),
+          (heads.block != nullptr) == (count > 0));
+    MOLTE_ITEMPKG_Free(&package);
+}
+
 FAMILY(line_buffer) {
     bring_up();
     OLINEBUF buffer;
