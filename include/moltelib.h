@@ -6,6 +6,7 @@
 #include "moltelib/application.h"
 #include "moltelib/application_version.h"
 #include "moltelib/array.h"
+#include "moltelib/barcode_rule.h"
 #include "moltelib/base.h"
 #include "moltelib/binary_error_log.h"
 #include "moltelib/bit_array.h"

@@ -11,6 +11,7 @@ inline constexpr Module kMoltevar("moltevar");
 inline constexpr Module kOappconn("oappconn");
 inline constexpr Module kOarray("oarray");
 inline constexpr Module kOcollate("ocollate");
+inline constexpr Module kOconvbar("oconvbar");
 inline constexpr Module kOfilehop("ofilehop");
 inline constexpr Module kOfilemap("ofilemap");
 inline constexpr Module kOidrange("oidrange");

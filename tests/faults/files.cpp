@@ -9,6 +9,14 @@ constexpr char kNew[] = "new and longer bytes";
 constexpr char kLines[] = "one\r\ntwo\r\n";
 constexpr int32_t kNewSize = sizeof kNew - 1;
 constexpr int32_t kOwner = 384;
+constexpr CONVBAR_RULE kRule{"A", 1, 1, 0, {}, {{CONVBAR_OP_DELETE, 0, 1, 0}}};
+
+std::string rule_file(uint8_t count) {
+    std::string bytes(40, '\0');
+    bytes[3] = static_cast<char>(count);
+    bytes.replace(8, 15, "ConvBarRuleFile");
+    return bytes.append(reinterpret_cast<const char*>(&kRule), count * sizeof kRule);
+}
 
 }  // namespace
 
@@ -159,4 +167,22 @@ AFTER(shared_memory) {  // nothing is left of the old block
     RIGHT(MOLTE_SHMEM_Open(&block, "faults") == -1);
     RIGHT(MOLTE_SHMEM_Create(&block, 1 << 20, "faults") == 1);
     MOLTE_SHMEM_Release(&block);
+}
+
+FAMILY(barcode_rule) {
+    install();
+    given("CONF/convbar.cnv", rule_file(0));
+    const char* const path = given("rules", rule_file(1));
+    Freed<CONVBAR_RULE> loaded;
+    CONVBAR_RULES rules{};
+    char text[4];
+    DID(ORVEX_CONVBAR_SaveAllRule(&kRule, 1));
+    GIVES(rules.nCount = ORVEX_CONVBAR_GetAllRuleByFN(path, &loaded.block), rules.nCount == 1);
+    rules.pRule = loaded.block;
+    FAULTY(ORVEX_CONVBAR_SimpConv("A1", text, 3, &rules));
+    RIGHT(equal(text, loaded.block != nullptr ? "001" : "0A1"));
+}
+AFTER(barcode_rule) {
+    STORED_OR("the file is emptied when it is opened", "CONF/convbar.cnv", rule_file(0),
+              rule_file(1));
 }
