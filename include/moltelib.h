@@ -32,6 +32,7 @@
 #include "moltelib/item_package.h"
 #include "moltelib/key_list.h"
 #include "moltelib/language.h"
+#include "moltelib/large_message.h"
 #include "moltelib/line_buffer.h"
 #include "moltelib/linked_list.h"
 #include "moltelib/list_lock.h"

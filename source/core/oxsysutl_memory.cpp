@@ -23,6 +23,15 @@ void* out_of_memory() {
     return nullptr;
 }
 
+// A new one, or null with a report.
+void* block_by(void* (*make)(size_t), int64_t size) {
+    void* const block = size < 0 ? out_of_memory() : make(static_cast<size_t>(size));
+    if (block == nullptr) {
+        kModule.fail(1382, kOutOfMemory, molte::SystemError::runtime, "Size=%" PRId64, size);
+    }
+    return block;
+}
+
 // A block of at least SIZE bytes with what BLOCK held. One that must move gets twice its size, so
 // that growing in many small steps costs no more than in a few large ones; what is beyond the
 // caller's capacity is asked of the heap again at the next step.
@@ -43,12 +52,12 @@ int32_t molte::refuse_growth(int64_t old_bytes, int64_t added_bytes) {
                         old_bytes, added_bytes);
 }
 
+void* molte::zeroed_malloc(int64_t size) {
+    return block_by(platform::zeroed_block, size);
+}
+
 void* ORVEX_release_malloc(int64_t nSize) {
-    void* const block = nSize < 0 ? out_of_memory() : std::malloc(static_cast<size_t>(nSize));
-    if (block == nullptr) {
-        kModule.fail(1382, kOutOfMemory, molte::SystemError::runtime, "Size=%" PRId64, nSize);
-    }
-    return block;
+    return block_by(std::malloc, nSize);
 }
 
 int32_t ORVEX_release_realloc(void** ppData, int32_t nItemSize, int32_t* pnCapacity,

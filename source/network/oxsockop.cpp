@@ -36,6 +36,12 @@ int32_t refuse_socket(int32_t line, uint32_t error, int number, const char* text
     return fail_socket_text(line, error, text);
 }
 
+int32_t refuse_null(int32_t line, int32_t size) {
+    const void* const none = nullptr;
+    return kModule.fail(line, kNothingToSend, SystemError::none, "send data error: Len=%d Pt=%p",
+                        size, none);
+}
+
 int64_t address_size(const OXSOCKADDR* address, const int32_t* length) {
     constexpr auto whole = static_cast<int32_t>(sizeof(OXSOCKADDR));
     if (address == nullptr) return 0;

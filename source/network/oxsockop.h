@@ -26,6 +26,7 @@ inline constexpr uint32_t kNothingToSend = 85;
 inline constexpr uint32_t kNowhereToReceive = 86;
 inline constexpr uint32_t kNoSockets = 87;
 inline constexpr uint32_t kNoAddressText = 262;
+inline constexpr uint32_t kBadHead = 300;
 
 // Report the failure of the last socket call, with the name of its error; -1. Of bytes at most 255
 // are passed, and null is none. That error stays what WSAGetLastError gives.
@@ -34,6 +35,9 @@ int32_t fail_socket_text(int32_t line, uint32_t error, const char* text);
 
 // The same for one that the library found itself, by a number of the platform.
 int32_t refuse_socket(int32_t line, uint32_t error, int number, const char* text = "");
+
+// The same for bytes to send that have no buffer.
+int32_t refuse_null(int32_t line, int32_t size);
 
 // How many bytes of an address there are to report.
 int64_t address_size(const OXSOCKADDR* address, const int32_t* length);

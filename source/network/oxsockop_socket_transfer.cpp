@@ -94,11 +94,6 @@ int32_t move_all(int32_t line, const Direction& way, OXSOCKET socket, int32_t le
     return length;
 }
 
-int32_t refuse_to_send(int32_t line, int32_t length, const void* data) {
-    return kModule.fail(line, molte::kNothingToSend, molte::SystemError::none,
-                        "send data error: Len=%d Pt=%p", length, data);
-}
-
 }  // namespace
 
 // ---- Streams ----
@@ -106,7 +101,7 @@ int32_t refuse_to_send(int32_t line, int32_t length, const void* data) {
 int32_t ORVEX_SOCK_SendWithOption(OXSOCKET hSocket, const void* pData, int32_t nLen,
                                   int32_t nOption) {
     if (nLen < 1) return 0;
-    if (pData == nullptr) return refuse_to_send(here(), nLen, pData);
+    if (pData == nullptr) return molte::refuse_null(here(), nLen);
     const auto* bytes = static_cast<const char*>(pData);
     return move_all(here(), kSending, hSocket, nLen, [=](int32_t done, int32_t size) {
         return platform::send(hSocket, bytes + done, size, nOption);
@@ -150,7 +145,7 @@ int32_t ORVEX_SOCK_DiscardData(OXSOCKET hSocket) {
 
 int32_t ORVEX_SOCKUDP_Send(OXSOCKET hSocket, const void* pData, int32_t nLen, int32_t nFlags,
                            const OXSOCKADDR* pAddr, int32_t nAddrLen) {
-    if (pData == nullptr && nLen > 0) return refuse_to_send(here(), nLen, pData);
+    if (pData == nullptr && nLen > 0) return molte::refuse_null(here(), nLen);
     const int sent = platform::sendto(hSocket, pData, nLen, nFlags, pAddr, nAddrLen);
     return sent >= 0 ? sent : fail_socket(here(), molte::kNotSent, pData, nLen);
 }

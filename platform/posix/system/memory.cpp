@@ -6,12 +6,15 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 
 namespace platform {
 
 namespace {
 
 constexpr size_t kWorthIt = size_t{4} << 20;
+constexpr size_t kCleared = size_t{1} << 20;
 
 }  // namespace
 
@@ -29,6 +32,23 @@ void expect_large_use(void* block, size_t size) {
 
 size_t block_size(void* block) {
     return malloc_usable_size(block);
+}
+
+// calloc would clear by hand, and so take up, what the heap had in use before. Whole pages are
+// given back instead, and read as zeros from then on.
+void* zeroed_block(size_t size) {
+    if (size < kCleared) return std::calloc(1, size);
+    auto* const block = static_cast<std::uint8_t*>(std::malloc(size));
+    if (block == nullptr) return nullptr;
+    const auto page = static_cast<size_t>(getpagesize());
+    const size_t head = (page - reinterpret_cast<uintptr_t>(block) % page) % page;
+    const size_t pages = (size - head) / page * page;
+    const int before = errno;
+    const bool given_back = madvise(block + head, pages, MADV_DONTNEED) == 0;
+    errno = before;
+    std::memset(block, 0, given_back ? head : size);
+    if (given_back) std::memset(block + head + pages, 0, size - head - pages);
+    return block;
 }
 
 }  // namespace platform
