@@ -1,0 +1,336 @@
+#include "moltelib/large_message.h"
+
+#include "support/asleep.h"
+#include "support/loopback.h"
+#include "support/rows.h"
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
+
+namespace {
+
+// A datagram as the table of its fields has it, built by hand.
+std::string datagram(char message, uint32_t total, uint32_t count, uint32_t index, uint32_t offset,
+                     const std::string& data) {
+    const auto field = [](uint64_t value, int size) {
+        std::string bytes;
+        while (size-- > 0) bytes += static_cast<char>(value >> 8 * size);
+        return bytes;
+    };
+    return field(64, 4) + field(6, 2) + field(0, 2) + "$upk$xcg" + std::string(16, message) +
+           field(total, 4) + field(count, 4) + field(index, 4) + field(data.size(), 4) +
+           field(offset, 4) + field(0, 4) + field(static_cast<uint64_t>(message), 8) + data;
+}
+
+// Those of a token of the rows.
+Texts datagrams(const std::string& token) {
+    uint32_t total = 0;
+    uint32_t count = 0;
+    uint32_t first = 0;
+    int read = 0;
+    std::sscanf(token.c_str(), "%*c:%u/%u:%u%n", &total, &count, &first, &read);
+    Text at = token.c_str() + read;
+    char* end = nullptr;
+    const auto number = [&](char mark, uint32_t otherwise) {
+        if (*at != mark) return otherwise;
+        const auto value = static_cast<uint32_t>(std::strtoul(at + 1, &end, 10));
+        return at = end, value;
+    };
+    const uint32_t last = number('-', first);
+    Texts all;
+    for (uint32_t i = first; i <= last; ++i) {
+        const uint32_t offset = number('@', i);
+        const std::string rest = *at == '=' ? at + 1 : std::string(1, static_cast<char>('a' + i));
+        const size_t beyond = std::min(rest.find('+'), rest.size());
+        all.push_back(datagram(token[0], total, count, i, offset, rest.substr(0, beyond)));
+        all.back() += rest.substr(std::min(beyond + 1, rest.size()));
+    }
+    return all;
+}
+
+// Two sockets, and what is told to the hooks. Datagrams wait at the socket before a receive begins,
+// so no result depends on how fast anybody is.
+class LargeMessage : public testing::Test {
+ protected:
+    LargeMessage() {
+        ORVEX_SOCK_SetIntOption(in_, OXSOCK_SO_RCVBUF, 1 << 20);
+        OTXTHOOK_InstallHook(
+            keep, nullptr, this, 0,
+            OXMSG_TO_INNER | OXMSG_TO_STDOUT | OXMSG_INNER | OXMSG_OUTER | OXMSG_INFO, 1);
+    }
+    ~LargeMessage() override { OTXTHOOK_RemoveHook(keep, 1); }
+
+    void send(const std::string& bytes) {
+        const auto size = static_cast<int32_t>(bytes.size());
+        EXPECT_EQ(ORVEX_SOCKUDP_Send(out_, bytes.data(), size, 0, &to_, sizeof to_), size);
+    }
+    int32_t send_large(const std::string& data) {
+        return ORVEX_SOCKUDP_LargeSend(out_, data.data(), static_cast<int32_t>(data.size()), &to_,
+                                       sizeof to_, 1);
+    }
+    // What a receive gives: the message, or what was told of the failure.
+    std::string receive() {
+        uint8_t* data = nullptr;
+        int32_t size = 7;
+        OXSOCKADDR from{};
+        ORVEX_Err_ClearError();
+        result_ = ORVEX_SOCKUDP_LargeRecv(in_, &data, &size, &from, nullptr);
+        if (result_ < 0) {
+            EXPECT_TRUE(data == nullptr && size == 0);
+            return told(result_);
+        }
+        EXPECT_EQ(bytes_of(from), bytes_of(loopback_address(out_)));
+        std::string message(reinterpret_cast<Text>(data), static_cast<size_t>(size));
+        ORVEX_free(data);
+        return message;
+    }
+
+    OwnedSocket in_{ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP)};
+    OwnedSocket out_{ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP)};
+    OXSOCKADDR to_ = loopback_address(in_);
+    int32_t result_ = 0;
+    std::string texts_;
+    uint32_t next_ = UINT32_MAX;       // the number of the next message; unknown before the first
+    std::vector<Texts> when_dropped_;  // datagrams for each time that a message is
+    bool stops_ = false;               // behind them
+
+ private:
+    static int32_t keep(uint32_t, void* own, int32_t, Text text, int32_t) {
+        auto& test = *static_cast<LargeMessage*>(own);
+        unsigned number = 0;
+        unsigned long long message = 0;
+        if (std::sscanf(text, "init a new packet. %u. %llu\n", &number, &message) == 2) {
+            EXPECT_TRUE(test.next_ == UINT32_MAX || number == test.next_) << number;
+            test.next_ = number + 1;
+            test.texts_ += "init " + std::to_string(message) + "\n";
+            return 1;
+        }
+        test.texts_ += text;
+        if (!std::string(text).starts_with("Total packet=")) return 1;
+        if (test.when_dropped_.empty()) {
+            g_stBv.bStopAll = test.stops_ ? 1 : 0;
+            return 1;
+        }
+        for (const std::string& bytes : test.when_dropped_[0]) test.send(bytes);
+        test.when_dropped_.erase(test.when_dropped_.begin());
+        return 1;
+    }
+};
+
+TEST_F(LargeMessage, PacketsOfAllKinds) {
+    for (const Texts& row : rows_of(TEST_ROWS, "receives")) {
+        texts_.clear();
+        std::istringstream tokens(row[0]);
+        bool later = false;
+        for (std::string token; tokens >> token;) {
+            if (token == "T") {
+                when_dropped_.emplace_back();
+                later = true;
+                continue;
+            }
+            for (const std::string& bytes : datagrams(token)) {
+                later ? when_dropped_.back().push_back(bytes) : send(bytes);
+            }
+        }
+        EXPECT_EQ(receive(), row[1]) << row[0];
+        EXPECT_EQ(texts_, row[2]) << row[0];
+    }
+}
+
+TEST_F(LargeMessage, HeadsOfOthers) {
+    const std::string good = datagram('A', 1, 1, 0, 0, "a");
+    for (size_t i = 0; i < 16; ++i) {
+        std::string other = good;
+        other[i] ^= 1;
+        texts_.clear();
+        send(other);
+        send(good);
+        EXPECT_EQ(receive(), "a");
+        const bool reserved = i == 6 || i == 7;
+        EXPECT_EQ(texts_, reserved ? "init 65\n" : "packet is invalid\ninit 65\n") << i;
+        EXPECT_EQ(taken_error(), reserved ? "" : "300 oxsockop bad udp head") << i;
+        if (reserved) receive();
+    }
+    send("");
+    send(good.substr(0, 64));
+    std::string reserved = good;
+    reserved.replace(52, 4, "\xFF\xFF\xFF\xFF");
+    send(reserved);
+    texts_.clear();
+    EXPECT_EQ(receive(), "a");
+    EXPECT_EQ(texts_, "packet is invalid\npacket is invalid\ninit 65\n");
+}
+
+TEST_F(LargeMessage, ListOfLostPacketsEndsInItsBuffer) {
+    for (uint32_t i = 0; i < 11; ++i) send(datagram('A', 32768, 32768, 2 * i, i, "x"));
+    send(datagram('B', 1, 1, 0, 0, "b"));
+    EXPECT_EQ(receive(), "b");
+    std::string list;
+    for (int i = 1;; i = i < 21 ? i + 2 : i + 1) {
+        const std::string number = " " + std::to_string(i);
+        if (list.size() + number.size() > 511) break;
+        list += number;
+    }
+    EXPECT_EQ(texts_, "init 65\nlost packet=" + list + "\ninit 66\n");
+}
+
+TEST_F(LargeMessage, OnTheWire) {
+    std::string data(32705, '\0');
+    for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<char>(i * 7 + i / 251);
+    EXPECT_EQ(send_large(data), 1);
+    EXPECT_EQ(send_large(""), 1);
+    EXPECT_EQ(ORVEX_SOCKUDP_LargeSend(out_, nullptr, -5, &to_, sizeof to_, 0), 1);
+    EXPECT_EQ(send_large("x"), 1);
+    std::string packets[3];
+    for (std::string& packet : packets) {
+        packet.resize(40'000);
+        const int32_t size = ORVEX_SOCKUDP_Recv(in_, packet.data(), 40'000, 0, nullptr, nullptr);
+        packet.resize(static_cast<size_t>(std::max(size, 0)));
+    }
+    EXPECT_EQ(ORVEX_SOCK_BufDataLen(in_), 0);
+    ASSERT_TRUE(packets[0].size() == 32768 && packets[1].size() == 65 && packets[2].size() == 65);
+    const std::string uuid = packets[0].substr(16, 16);
+    const std::string number = packets[0].substr(56, 8);
+    const auto expected = [&](const std::string& index_to_reserved, const std::string& piece) {
+        return "\0\0\0\x40\0\x06\0\0$upk$xcg"s + uuid + "\0\0\x7F\xC1\0\0\0\x02"s +
+               index_to_reserved + number + piece;
+    };
+    EXPECT_EQ(packets[0], expected("\0\0\0\0\0\0\x7F\xC0\0\0\0\0\0\0\0\0"s, data.substr(0, 32704)));
+    EXPECT_EQ(packets[1],
+              expected("\0\0\0\x01\0\0\0\x01\0\0\x7F\xC0\0\0\0\0"s, data.substr(32704)));
+    EXPECT_NE(packets[2].substr(16, 16), uuid);
+    const auto sequence = [](const std::string& packet) {
+        return Char8To_uint8(reinterpret_cast<const uint8_t*>(packet.data()) + 56);
+    };
+    EXPECT_EQ(sequence(packets[2]), sequence(packets[0]) + 3);  // two had nothing to send
+}
+
+TEST_F(LargeMessage, ComesWhole) {
+    for (const size_t size : {size_t{1}, size_t{32704}, size_t{98304}}) {
+        std::string data(size, '\0');
+        std::generate(data.begin(), data.end(), std::minstd_rand(1));
+        EXPECT_EQ(send_large(data), 1);
+        EXPECT_EQ(receive(), data);
+    }
+}
+
+TEST_F(LargeMessage, Pace) {
+    for (const auto& [delay, least, most] :
+         {tuple(0, 2, 20'000), {-1, 0, 20'000}, {1'020'000, 2040, 20'000}}) {
+        const auto begin = steady_clock::now();
+        const std::string data(32705, 'x');
+        EXPECT_EQ(ORVEX_SOCKUDP_LargeSend(out_, data.data(), 32705, &to_, sizeof to_, delay), 1);
+        const auto passed = steady_clock::now() - begin;
+        EXPECT_TRUE(passed >= milliseconds(least) && passed < milliseconds(most)) << delay;
+        EXPECT_EQ(receive(), data);
+    }
+}
+
+TEST_F(LargeMessage, NumbersOfMessagesDiffer) {
+    in_threads(4, [&](int) {
+        for (int i = 0; i < 25; ++i) EXPECT_EQ(send_large("x"), 1);
+        MOLTE_THDATA_FreeData();
+    });
+    std::set<std::string> numbers;
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(receive(), "x");
+        numbers.insert(texts_);
+        texts_.clear();
+    }
+    EXPECT_EQ(numbers.size(), 100U);
+}
+
+TEST_F(LargeMessage, Failures) {
+    const std::string failed = " large recv failed";
+    send(std::string(32769, 'x'));
+    EXPECT_TRUE(receive().ends_with(" < 1475 oxsockop"));
+    EXPECT_TRUE(texts_.starts_with(failed)) << texts_;
+
+    send(datagram('A', 2, 2, 1, 1, "x"));
+    texts_.clear();
+    stops_ = true;
+    receive();
+    EXPECT_EQ(result_, -1);
+    const Text stopped =
+        "init 65\nwait data time out\nTotal packet=2 received=1\n large recv failed";
+    EXPECT_TRUE(texts_.starts_with(stopped)) << texts_;
+    g_stBv.bStopAll = 0;
+
+    EXPECT_EQ(ORVEX_SOCK_Shutdown(in_, 0, 1), 1);
+    texts_.clear();
+    EXPECT_EQ(receive().substr(0, 11), "74 oxsockop");
+    EXPECT_TRUE(texts_.starts_with(failed)) << texts_;
+    uint8_t* data = nullptr;
+    int32_t size = 0;
+    EXPECT_EQ(error_of(ORVEX_SOCKUDP_LargeRecv(in_, nullptr, &size, nullptr, nullptr)),
+              "86 oxsockop");
+    EXPECT_EQ(error_of(ORVEX_SOCKUDP_LargeRecv(in_, &data, nullptr, nullptr, nullptr)),
+              "86 oxsockop");
+
+    const std::string no_data =
+        error_of(ORVEX_SOCKUDP_LargeSend(out_, nullptr, 1, &to_, sizeof to_, 1));
+    EXPECT_TRUE(no_data.starts_with("85 oxsockop send data error: Len=1 Pt=")) << no_data;
+    const std::string not_sent = told(ORVEX_SOCKUDP_LargeSend(out_, "x", 1, &to_, 3, 1));
+    EXPECT_TRUE(not_sent.starts_with("73 oxsockop \0\0\0\x40\0\x06"s)) << not_sent;
+    EXPECT_TRUE(not_sent.ends_with(" < 1318 oxsockop")) << not_sent;
+}
+
+TEST_F(LargeMessage, ClosingTheSocketEndsTheWait) {
+    std::string told_there;
+    SleepingThread receiver([&, number = in_.number] {
+        uint8_t* data = nullptr;
+        int32_t size = 0;
+        told_there = told(ORVEX_SOCKUDP_LargeRecv(number, &data, &size, nullptr, nullptr));
+        MOLTE_THDATA_FreeData();
+    });
+    EXPECT_EQ(in_.close(), 1);
+    receiver.join();
+    EXPECT_TRUE(told_there.starts_with("75 oxsockop")) << told_there;
+    EXPECT_TRUE(told_there.ends_with(" < 1458 oxsockop")) << told_there;
+    EXPECT_EQ(texts_, "");
+}
+
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+TEST_F(LargeMessage, LengthsThatLieCostNoMemory) {
+    const auto kilobytes = [] {
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss;
+    };
+    const auto before = kilobytes();
+    for (int round = 0; round < 3; ++round) {
+        for (const uint32_t total : {20U << 20, 1'000'000'000U, 30U << 20, 20U << 20}) {
+            for (char message = 'A'; message < 'K'; ++message) {
+                send(datagram(message, total, 32768, 5, total / 2, "x"));
+            }
+        }
+        send(datagram('Z', 1, 1, 0, 0, "z"));
+        EXPECT_EQ(receive(), "z");
+    }
+    EXPECT_LT(kilobytes() - before, 16'000);
+}
+
+#endif
+
+TEST(UdpRequest, Bytes) {
+    UDPRequest request;
+    std::memset(&request, 0xEE, sizeof request);
+    EXPECT_EQ(InitUDPRequest(&request), 0);
+    EXPECT_EQ(SetUDPRequestValue(0x01020384, &request), 1);
+    EXPECT_EQ(bytes_of(request), "\0y\0\0\0\0\0\0\0u.#\x01\x02\x03\x84"s);
+    EXPECT_EQ(GetUDPRequestValue(&request), 0x01020384);
+    for (const size_t i : {0, 1, 2, 8, 9, 10, 11, 12}) {
+        UDPRequest other = request;
+        reinterpret_cast<uint8_t*>(&other)[i] ^= 1;
+        EXPECT_EQ(IsValidUDPRequest(&other), i == 1 || (i >= 9 && i <= 11) ? 0 : 1) << i;
+    }
+    EXPECT_EQ(IsValidUDPRequest(nullptr), 0);
+    EXPECT_EQ(GetUDPRequestValue(nullptr), 0);
+    EXPECT_EQ(error_of(InitUDPRequest(nullptr)), "50 oxsockop");
+    EXPECT_EQ(error_of(SetUDPRequestValue(1, nullptr)), "50 oxsockop");
+    EXPECT_EQ(error_of(MOLTE_UDPHEAD_Init(nullptr)), "50 oxsockop");
+}
+
+}  // namespace
