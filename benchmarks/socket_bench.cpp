@@ -1,5 +1,5 @@
-// Streams over loopback beside the bare calls in pieces of the same size, a wait for one of many
-// beside poll, and the relay beside socat.
+// Streams over loopback beside the bare calls in pieces of the same size, large messages beside a
+// bare loop of datagrams, a wait for one of many beside poll, and the relay beside socat.
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -147,6 +148,111 @@ void compare_waits() {
         [&] { check(poll(watched.data(), watched.size(), 1000) == 1, "poll"); });
 }
 
+// ---- Messages over UDP ----
+
+constexpr int32_t kMessage = 96 << 10;
+
+struct OurMessages {
+    static bool send(OXSOCKET socket, const OXSOCKADDR& to, const char* data) {
+        return ORVEX_SOCKUDP_LargeSend(socket, data, kMessage, &to, sizeof to, 1) == 1;
+    }
+    static bool receive(OXSOCKET socket) {
+        uint8_t* data = nullptr;
+        int32_t size = 0;
+        const bool received = ORVEX_SOCKUDP_LargeRecv(socket, &data, &size, nullptr, nullptr) == 1;
+        ORVEX_free(data);
+        return received && size == kMessage;
+    }
+};
+
+struct BareMessages {
+    struct Datagram {
+        int32_t total;
+        int32_t index;
+        int32_t offset;
+        int32_t size;
+        char reserved[48];
+        char data[32768 - 64];
+    };
+    static bool send(OXSOCKET socket, const OXSOCKADDR& to, const char* data) {
+        Datagram datagram;
+        const auto* const address = reinterpret_cast<const sockaddr*>(&to);
+        datagram.total = kMessage;
+        datagram.index = 0;
+        for (int32_t offset = 0; offset < kMessage; offset += datagram.size, ++datagram.index) {
+            datagram.offset = offset;
+            datagram.size = std::min<int32_t>(sizeof datagram.data, kMessage - offset);
+            std::memcpy(datagram.data, data + offset, static_cast<size_t>(datagram.size));
+            const auto whole = static_cast<ssize_t>(64 + datagram.size);
+            if (sendto(static_cast<int>(socket), &datagram, static_cast<size_t>(whole), 0, address,
+                       sizeof to) != whole) {
+                return false;
+            }
+        }
+        return true;
+    }
+    static bool receive(OXSOCKET socket) {
+        static char message[kMessage];
+        Datagram datagram;
+        for (int32_t done = 0; done < kMessage; done += datagram.size) {
+            pollfd watched = {static_cast<int>(socket), POLLIN, 0};
+            if (poll(&watched, 1, -1) != 1) return false;
+            const ssize_t size = recv(watched.fd, &datagram, sizeof datagram, 0);
+            if (size < 64 || datagram.total != kMessage || size != 64 + datagram.size ||
+                datagram.offset < 0 || datagram.offset + datagram.size > kMessage) {
+                return false;
+            }
+            std::memcpy(message + datagram.offset, datagram.data,
+                        static_cast<size_t>(datagram.size));
+        }
+        return true;
+    }
+};
+
+// Answers each message by one byte.
+template <typename Calls>
+class Reader {
+ public:
+    Reader()
+        : sent_(kMessage, 'x'), thread_([this] {
+              while (Calls::receive(in_)) {
+                  ORVEX_SOCKUDP_Send(in_, "x", 1, 0, &out_address_, sizeof out_address_);
+              }
+          }) {}
+    ~Reader() {
+        ORVEX_SOCK_Shutdown(in_, 0, 1);
+        thread_.join();
+    }
+    void ask() {
+        char answer;
+        check(Calls::send(out_, in_address_, sent_.data()) &&
+                  recv(static_cast<int>(out_), &answer, 1, 0) == 1,
+              "message");
+    }
+
+ private:
+    static OXSOCKET open(OXSOCKADDR* address) {
+        const OXSOCKET socket = ORVEX_SOCKUDP_ServerOpen(0);
+        ORVEX_SOCK_SetAddr(address, kLoopback, port_of(socket));
+        return socket;
+    }
+    OXSOCKADDR in_address_;
+    OXSOCKADDR out_address_;
+    OXSOCKET in_ = open(&in_address_);
+    OXSOCKET out_ = open(&out_address_);
+    std::vector<char> sent_;
+    std::thread thread_;
+};
+
+void compare_messages() {
+    Reader<OurMessages> ours;
+    Reader<BareMessages> bare;
+    molte_bench::pair(
+        "message of 96 KiB over UDP", [&] { ours.ask(); }, [&] { bare.ask(); }, 21);
+}
+
+// ---- The relay ----
+
 // A process that relays between the two ends.
 struct Relay {
     pid_t process = 0;
@@ -218,6 +324,7 @@ void compare_relays() {
 
 int main() {
     compare_waits();
+    compare_messages();
     compare_streams();
     compare_relays();
 }

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "free_port.h"
 #include "installation.h"
 #include "moltelib.h"
 #include "parameter_text.h"
@@ -121,28 +122,6 @@ bool serve_clients(const Socket& listener) {
     }
 }
 
-// Listens at the first free one of the ports that are nobody's own, and tells which it is.
-OXSOCKET listen_somewhere(int32_t* port) {
-    for (*port = 49152; *port < 65536; ++*port) {
-        const OXSOCKET listener = ORVEX_SOCK_ServerOpenEx(*port, 0);
-        if (listener != OXSOCKET_INVALID) return listener;
-    }
-    return OXSOCKET_INVALID;
-}
-
-bool tell_port(int32_t port, const char* file) {
-    if (file == nullptr) {
-        std::printf("%d\n", port);
-        return std::fflush(stdout) == 0;
-    }
-    // Whoever waits for the file finds it whole.
-    const std::string text = std::to_string(port) + "\n";
-    const std::string part = std::string(file) + ".part";
-    return ORVEX_SaveBinDataToFile(part.c_str(), text.data(), static_cast<int32_t>(text.size())) >
-               0 &&
-           std::rename(part.c_str(), file) == 0;
-}
-
 int fail(const char* what) {
     std::printf("%s\n", what);
     if (GetRvexErrNo() != 0) terminal::show_error();
@@ -154,7 +133,8 @@ int serve(const char* installation, const char* port_file) {
         return fail("The library can't be brought up.");
     }
     int32_t port = 0;
-    const Socket listener(listen_somewhere(&port));
+    const auto listen = [](int32_t at) { return ORVEX_SOCK_ServerOpenEx(at, 0); };
+    const Socket listener(open_at_free_port(&port, listen));
     const bool served = listener.valid() && tell_port(port, port_file) && serve_clients(listener);
     ORVEX_BASE_ReleaseVar();
     return served ? 0 : fail("The server can't go on.");

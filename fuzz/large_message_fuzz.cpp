@@ -32,7 +32,7 @@ struct Datagram {
         MOLTE_UDPHEAD_Init(&head);
         std::memset(head.stUuid, message, sizeof head.stUuid);
         head.n64Seq[7] = static_cast<uint8_t>(message);
-        const uint64_t wide = kind == 1 ? 1 << 30 : 300;  // mostly lengths that can agree
+        const uint64_t wide = kind == 1 ? 1 << 22 : 300;  // mostly lengths that can agree
         uint4ToChar4(static_cast<uint32_t>(number(record.substr(3, 4)) % wide), head.nTotalLen);
         uint4ToChar4(static_cast<uint32_t>(number(record.substr(7, 2)) % (wide / 64)),
                      head.nPacketCount);
