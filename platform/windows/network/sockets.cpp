@@ -67,6 +67,29 @@ bool is_open(SOCKET socket) {
     return ::getsockopt(socket, SOL_SOCKET, SO_TYPE, reinterpret_cast<char*>(&type), &size) == 0;
 }
 
+// Whether reading a socket of datagrams fails because it is shut. It peeks, and takes it back when
+// that would have to wait.
+bool is_shut(SOCKET socket) {
+    int type = SOCK_STREAM;
+    int type_size = sizeof type;
+    ::getsockopt(socket, SOL_SOCKET, SO_TYPE, reinterpret_cast<char*>(&type), &type_size);
+    WSAOVERLAPPED later{};
+    later.hEvent = type != SOCK_STREAM ? WSACreateEvent() : nullptr;
+    if (later.hEvent == nullptr) return false;
+    char byte = 0;
+    WSABUF buffer = {1, &byte};
+    DWORD flags = MSG_PEEK;
+    DWORD size = 0;
+    const bool failed = WSARecv(socket, &buffer, 1, nullptr, &flags, &later, nullptr) != 0;
+    const int error = failed ? WSAGetLastError() : 0;
+    if (error == WSA_IO_PENDING) {
+        CancelIoEx(reinterpret_cast<HANDLE>(socket), &later);
+        WSAGetOverlappedResult(socket, &later, &size, TRUE, &flags);
+    }
+    WSACloseEvent(later.hEvent);
+    return error == WSAESHUTDOWN;
+}
+
 using platform::SocketSet;
 static_assert(sizeof(SocketSet) == sizeof(fd_set) && FD_SETSIZE == platform::kMostSockets);
 
@@ -80,6 +103,14 @@ struct Sets {
                          static_cast<long>(microseconds % kSecond)};
         return ::select(0, there[0] ? &of[0] : nullptr, there[1] ? &of[1] : nullptr,
                         there[2] ? &of[2] : nullptr, &limit);
+    }
+
+    // Wine never tells a socket of datagrams that is shut as ready.
+    int find_shut(const SocketSet* read) {
+        for (std::uint32_t i = 0; read != nullptr && i < read->count; ++i) {
+            if (is_shut(read->sockets[i])) of[0].fd_array[of[0].fd_count++] = read->sockets[i];
+        }
+        return static_cast<int>(of[0].fd_count);
     }
 
     // Wine tells a socket that was closed meanwhile as ready.
@@ -180,6 +211,7 @@ int select(SocketSet* read, SocketSet* write, SocketSet* except, std::int32_t se
         }
         const std::int64_t left = limited ? std::max<std::int64_t>(end - now(), 0) : kSecond;
         ready = tried.wait(std::min(left, kSecond));
+        if (ready == 0) ready = tried.find_shut(sets[0]);
         over = limited && left <= kSecond;
     }
     if (ready < 0 || !tried.all_are_open()) return -1;
