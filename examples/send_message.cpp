@@ -69,6 +69,7 @@ int32_t measure_loss(uint32_t, void* own, int32_t, const char* text, int32_t) {
     if (std::sscanf(text, "Total packet=%d received=%d\n", &total, &received) != 2) return 1;
     const int lost = total - received;
     std::printf("%d of %d datagrams lost, %.1f %%\n", lost, total, 100.0 * lost / total);
+    std::fflush(stdout);
     answer(*static_cast<const Receiver*>(own), lost);
     return 1;
 }
@@ -125,6 +126,7 @@ bool send_once(const Socket& socket, const Bytes& file, const OXSOCKADDR& to, in
     if (lost < 0) std::printf("no answer\n");
     if (lost == 0) std::printf("whole\n");
     if (lost > 0) std::printf("%d datagrams lost\n", lost);
+    std::fflush(stdout);
     return lost == 0;
 }
 
