@@ -57,10 +57,10 @@ MOLTE_API int32_t ORVEX_SOCKUDP_LargeSend(OXSOCKET hSocket, const void* pData, i
  * be it of the message or not; *pnAddrLen is its size, 16 where the pointer is null, and then what
  * was written.
  *
- * 0 when the socket is ready without being so. -1 when the wait fails, error 75 with line 1458 in
- * the history, also when another thread closes the socket, which is seen a second later at most;
- * error 74 with line 1475 when a datagram can't be read, also for one of more than 32768 bytes and
- * on a socket that is shut; error 20 with line 1517 when there is no memory; without an error when
+ * 0 when the socket is found closed. -1 when the wait fails, error 75 with line 1458 in the
+ * history, also when another thread closes the socket, which is seen a second later at most; error
+ * 74 with line 1475 when a datagram can't be read, also for one of more than 32768 bytes and on a
+ * socket that is shut; error 20 with line 1517 when there is no memory; without an error when
  * bStopAll of g_stBv is set as a message is dropped by time. WHILE NO MESSAGE HAS BEGUN bStopAll
  * ISN'T SEEN: close the socket. Error 86 for a null ppData or pnLen. On 0 and -1 *ppData is null.
  *

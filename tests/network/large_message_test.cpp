@@ -298,7 +298,7 @@ TEST(UdpRequest, Bytes) {
     EXPECT_EQ(SetUDPRequestValue(0x01020384, &request), 1);
     EXPECT_EQ(bytes_of(request), "\0y\0\0\0\0\0\0\0u.#\x01\x02\x03\x84"s);
     EXPECT_EQ(GetUDPRequestValue(&request), 0x01020384);
-    for (const size_t i : {0, 1, 2, 8, 9, 10, 11, 12}) {
+    for (size_t i = 0; i < 13; ++i) {
         UDPRequest other = request;
         reinterpret_cast<uint8_t*>(&other)[i] ^= 1;
         EXPECT_EQ(IsValidUDPRequest(&other), i == 1 || (i >= 9 && i <= 11) ? 0 : 1) << i;
