@@ -54,6 +54,7 @@
 #include "moltelib/process.h"
 #include "moltelib/process_lock.h"
 #include "moltelib/program_version.h"
+#include "moltelib/remote_file.h"
 #include "moltelib/resource_lock.h"
 #include "moltelib/service.h"
 #include "moltelib/service_address.h"

@@ -14,6 +14,8 @@ inline constexpr Module kOcollate("ocollate");
 inline constexpr Module kOconvbar("oconvbar");
 inline constexpr Module kOfilehop("ofilehop");
 inline constexpr Module kOfilemap("ofilemap");
+inline constexpr Module kOftpbase("oftpbase");
+inline constexpr Module kOftplib("oftplib");
 inline constexpr Module kOidrange("oidrange");
 inline constexpr Module kOitempkg("oitempkg");
 inline constexpr Module kOlinebuf("olinebuf");
