@@ -15,11 +15,10 @@
 #include <string>
 #include <vector>
 
-#include "free_port.h"
+#include "connection.h"
 #include "installation.h"
 #include "moltelib.h"
 #include "parameter_text.h"
-#include "terminal.h"
 
 namespace {
 
@@ -32,16 +31,6 @@ constexpr uint32_t kMostRecords = 512;
 struct Message {
     uint32_t number = 0;
     Records records;
-};
-
-// Closes it at the end.
-struct Socket {
-    OXSOCKET number;
-    explicit Socket(OXSOCKET own) : number(own) {}
-    ~Socket() { ORVEX_SOCK_Close(number); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-    bool valid() const { return number != OXSOCKET_INVALID; }
 };
 
 // An empty list is nothing to send or receive: 0, no failure.
@@ -99,12 +88,6 @@ Message answer(Message request) {
     return {static_cast<uint32_t>(result), std::move(records)};
 }
 
-// Who may administer: the listener itself is open to all interfaces.
-bool is_of_this_machine(const OXSOCKADDR& peer) {
-    char ip[OXSOCK_IP_TEXT_SIZE];
-    return ORVEX_SOCK_NetIP2Name(peer.nNetIP, ip) > 0 && std::string(ip) == "127.0.0.1";
-}
-
 // Until a client says stop. False when the socket fails.
 bool serve_clients(const Socket& listener) {
     for (;;) {
@@ -122,19 +105,12 @@ bool serve_clients(const Socket& listener) {
     }
 }
 
-int fail(const char* what) {
-    std::printf("%s\n", what);
-    if (GetRvexErrNo() != 0) terminal::show_error();
-    return 1;
-}
-
 int serve(const char* installation, const char* port_file) {
     if (!make_installation(installation) || ORVEX_BASE_InitVar() < 0) {
         return fail("The library can't be brought up.");
     }
     int32_t port = 0;
-    const auto listen = [](int32_t at) { return ORVEX_SOCK_ServerOpenEx(at, 0); };
-    const Socket listener(open_at_free_port(&port, listen));
+    const Socket listener(listen_somewhere(&port));
     const bool served = listener.valid() && tell_port(port, port_file) && serve_clients(listener);
     ORVEX_BASE_ReleaseVar();
     return served ? 0 : fail("The server can't go on.");

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "free_port.h"
+#include "connection.h"
 #include "moltelib.h"
 
 namespace {
@@ -18,22 +18,6 @@ namespace {
 constexpr int32_t kLongestDelay = 100'000;
 constexpr int32_t kAnswerSeconds = 3;  // the receiver waits for one before it gives a message up
 constexpr int32_t kHookId = 1;
-
-int fail(const char* what) {
-    std::printf("%s\n", what);
-    if (GetRvexErrNo() != 0) ORVEX_Err_Print();
-    return 1;
-}
-
-// Closes it at the end.
-struct Socket {
-    OXSOCKET number;
-    explicit Socket(OXSOCKET own) : number(own) {}
-    ~Socket() { ORVEX_SOCK_Close(number); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-    bool valid() const { return number != OXSOCKET_INVALID; }
-};
 
 // Frees it at the end.
 struct Bytes {

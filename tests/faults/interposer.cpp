@@ -149,6 +149,9 @@ SYSTEM_CALL(renameat, int, -1, real(folder, from, target, to), int folder, const
 SYSTEM_CALL(link, int, -1, real(from, to), const char* from, const char* to)
 SYSTEM_CALL(linkat, int, -1, real(folder, from, target, to, flags), int folder, const char* from,
             int target, const char* to, int flags)
+SYSTEM_CALL(mkdir, int, -1, real(path, mode), const char* path, mode_t mode)
+SYSTEM_CALL(chdir, int, -1, real(path), const char* path)
+SYSTEM_CALL(fchdir, int, -1, real(fd), int fd)
 SYSTEM_CALL(unlink, int, -1, real(path), const char* path)
 SYSTEM_CALL(ftruncate, int, -1, real(fd, size), int fd, off_t size)
 SYSTEM_CALL(fallocate, int, -1, real(fd, mode, from, size), int fd, int mode, off_t from,

@@ -180,3 +180,35 @@ FAMILY(large_message) {
     }
     ORVEX_SOCK_Close(udp);
 }
+
+// Sender and receiver need the current folder, so one follows the other.
+FAMILY(remote_file) {
+    const std::string bytes(9000, 'x');
+    given("from/f", bytes);
+    given("from/deep/g", "abc");
+    given("to/f", "old");
+    Pair pair;
+    ORVEX_SOCK_SetRecvTimeOut(pair.server, 1);
+    std::string buffer(10000, '\0');
+    FTP_CMDREC stop{};
+    stop.nCommand = ORVEX_FTP_STOP;
+    ORVEX_ChDir(in_folder("from"));
+    PA list;
+    PA_Init(&list, sizeof(OXFILESTAT), 0);
+    GIVES(ORVEX_FTP_RecDo("deep", 0, 0, ORVEX_FTP_ACTION_LIST, &list), list.nCount == 3);
+    PA_Release(&list);
+    ORVEX_ChDir(in_folder("from"));
+    DID(NET_ORVEX_FTP_RecDo(pair.client, ".", buffer.data(), 10000, NET_ORVEX_FTP_ACTION_COPYPUT));
+    RIGHT(FAULTY(NET_ORVEX_FTP_SendCmd(pair.client, &stop, nullptr)) == 1);
+    ORVEX_SOCK_Shutdown(pair.client, 1, 0);
+    ORVEX_ChDir(in_folder("to"));
+    if (DID(NET_ORVEX_FTP_ACTION_COPYGET(pair.server, nullptr))) {
+        RIGHT_OR("a file or folder that fails ends neither sending nor receiving",
+                 bytes_of("to/f") == bytes && bytes_of("to/deep/g") == "abc");
+    }
+}
+AFTER(remote_file) {
+    const std::string got = bytes_of("to/f");
+    RIGHT(got == "old" || std::string(9000, 'x').starts_with(got));
+    RIGHT(bytes_of("from/f") == std::string(9000, 'x') && bytes_of("from/deep/g") == "abc");
+}
