@@ -101,8 +101,8 @@ MOLTE_API int32_t NET_ORVEX_FTP_ACTION_COPYPUT(OXSOCKET hSocket, void* pBuf, int
                                                const OXFILESTAT* pRecord);
 
 /*
- * Receives into the current folder what ORVEX_FTP_ACTION_COPYPUT sends, until ORVEX_FTP_STOP: 0,
- * ALSO WHEN FILES FAILED; the error record tells of the last failure. -1 when a command can't be
+ * Receives into the current folder what NET_ORVEX_FTP_ACTION_COPYPUT sends, until ORVEX_FTP_STOP:
+ * 0, ALSO WHEN FILES FAILED; the error record tells of the last failure. -1 when a command can't be
  * received whole, which is printed to standard output with the error. Each file is announced there
  * ("Getting File:%s\n"). THE BUFFER ISN'T USED, and may be null. Unknown commands are passed over.
  *

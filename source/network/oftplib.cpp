@@ -86,9 +86,8 @@ bool send_file(OXSOCKET socket, void* buffer, int32_t room, const OXFILESTAT* st
 
 void put_file(OXSOCKET socket, void* buffer, int32_t room, const OXFILESTAT* state) {
     const bool sent = send_file(socket, buffer, room, state);
-    const bool ended =
-        send_command(socket, ORVEX_FTP_FILE_END, 0, sent ? ORVEX_FTP_SUCCESS : ORVEX_FTP_FAILURE);
-    if (!sent || !ended) print_error();
+    send_command(socket, ORVEX_FTP_FILE_END, 0, sent ? ORVEX_FTP_SUCCESS : ORVEX_FTP_FAILURE);
+    if (!sent) print_error();
 }
 
 void put_folder(OXSOCKET socket, void* buffer, int32_t room, const OXFILESTAT* state) {
