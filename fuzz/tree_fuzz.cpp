@@ -33,12 +33,13 @@ struct Place {
         fs::current_path(root / "in");
     }
     void must_be_as_before() const {
-        fs::current_path(root.path());
+        fs::current_path(started_in);
         fs::remove_all(root / "in");
         must(content(root.path()) == before && read_bytes(root / "beside/file") == "kept");
     }
     TempFolder root;
     std::string before;
+    const fs::path started_in = fs::current_path();  // where names of inputs count from
 };
 
 }  // namespace

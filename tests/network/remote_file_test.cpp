@@ -3,7 +3,10 @@
 #include "support/loopback.h"
 
 #if !defined(_WIN32)
+#include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <csignal>
 #endif
 
 namespace {
@@ -203,9 +206,6 @@ TEST_F(RemoteFile, TreesArriveAsTheyWere) {
     EXPECT_EQ(names_in("."), (Texts{name, "empty", "large"}));
     EXPECT_EQ(names_in(name), (Texts{name, "kept"}));
     EXPECT_TRUE(read_bytes("large") == large && read_bytes("empty").empty());
-#if !defined(_WIN32)
-    EXPECT_EQ(fs::status("large").permissions(), fs::perms{0600});
-#endif
     for (int i = 0; i < 100; ++i) fs::current_path(name);
     EXPECT_EQ(names_in("."), Texts{"deepest"});
 }
@@ -240,14 +240,15 @@ TEST_F(RemoteFile, OnlyAShortCommandEndsTheReceiver) {
     go("to");
     // Commands of no meaning here, an empty payload, and a second chunk that is the stop.
     EXPECT_EQ(receive(command(8, 99) + command(11) + command(77) + file("none", "") + command(7) +
-                      forged("two") + command(8, 2) + "ab" + command(8, 32) + kStop)
+                      forged("two", 0) + command(8, 2) + "ab" + command(8, 32) + kStop)
                   .result,
               0);
     EXPECT_EQ(read_bytes("two"), "ab");
-    EXPECT_EQ(receive(command(7) + forged("cut") + kStop).result, -1);  // in place of its bytes
 #if !defined(_WIN32)
+    EXPECT_EQ(fs::status("two").permissions(), fs::perms{0600});
     EXPECT_EQ(receive(file("x\x1B[2J", "") + kStop).printed, "Getting File:x?[2J\n");
 #endif
+    EXPECT_EQ(receive(command(7) + forged("cut") + kStop).result, -1);  // in place of its bytes
     // A length that isn't there.
     const Received lied =
         receive(command(7) + forged("lie") + command(8, 0xFFFFFFFF) + std::string(70'000, 'z'));
@@ -258,6 +259,7 @@ TEST_F(RemoteFile, OnlyAShortCommandEndsTheReceiver) {
     for (size_t size = 0; size < whole.size(); size += 13) {
         go("to");
         EXPECT_EQ(receive(whole.substr(0, size)).result, -1) << size;
+        EXPECT_EQ(fs::exists(folder_.path() / "to" / "d"), size >= 32 + 384) << size;
     }
 }
 
@@ -341,9 +343,28 @@ TEST_F(RemoteFile, LinksOfTheReceiver) {
                   .error,
               "1 oftplib f");
     EXPECT_EQ(receive(enter("d") + kStop).error, "29 oftplib d");
+    EXPECT_EQ(receive(file("p", data) + kStop).error, "1 oftplib p");
     EXPECT_EQ(names_in("."), (Texts{"d", "f", "g", "p"}));
     EXPECT_TRUE(names_in("../from").empty());
     EXPECT_EQ(fs::status("../outside").permissions(), fs::perms{0444});
+}
+
+// What can't be written is taken all the same.
+TEST_F(RemoteFile, AFullDiskCostsItsFileAlone) {
+    go("to");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{50'000, before.rlim_max};
+    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const Received received =
+        receive(file("large", std::string(100'001, 'x')) + file("small", "abc") + kStop);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(received.result, 0);
+    EXPECT_TRUE(received.error.starts_with("4 oftplib fd=")) << received.error;
+    EXPECT_EQ(fs::file_size("large"), 50'000U);
+    EXPECT_EQ(read_bytes("small"), "abc");
 }
 
 #endif
