@@ -23,6 +23,7 @@ namespace {
 constexpr uint8_t kVerdict = 3;  // with a text; nResult as of a file
 constexpr uint32_t kLongestVerdict = 1000;
 constexpr size_t kMostFiles = 1'000'000;
+constexpr int32_t kPatience = 60;  // seconds without a byte from the sender
 
 // By the names that they have below the folder.
 using Files = std::map<std::string, OXFILESTAT>;
@@ -168,6 +169,7 @@ int take_tree(const Socket& socket) {
 
 int receive(std::string folder, const char* port_file) {
     int32_t port = 0;
+    g_glbsockopt.nServerRecvTimeOut = kPatience;
     const Socket listener(listen_somewhere(&port));
     if (!listener.valid() || !tell_port(port, port_file)) return fail("No port to listen at.");
     if (ORVEX_DirCreateRecur(folder.data(), 0) < 0 || ORVEX_ChDir(folder.c_str()) < 0) {
