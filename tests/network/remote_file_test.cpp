@@ -78,13 +78,10 @@ std::string put_all() {
     });
 }
 
-// What the receiver makes of bytes and the end behind them.
-struct Received {
-    int32_t result;
-    std::string error;
-    std::string printed;
-};
-Received receive(const std::string& bytes) {
+std::string printed;  // by the receiver
+
+// What the receiver makes of bytes and the end behind them: its result, and the error.
+std::string receive(const std::string& bytes) {
     Connection peers;
     std::thread giver([&] {
         ORVEX_SOCK_Send(peers.client, bytes.data(), static_cast<int32_t>(bytes.size()));
@@ -93,11 +90,11 @@ Received receive(const std::string& bytes) {
     });
     ORVEX_Err_ClearError();
     testing::internal::CaptureStdout();
-    Received received{NET_ORVEX_FTP_ACTION_COPYGET(peers.server, nullptr), taken_error(), ""};
-    received.printed = testing::internal::GetCapturedStdout();
+    const int32_t result = NET_ORVEX_FTP_ACTION_COPYGET(peers.server, nullptr);
+    printed = testing::internal::GetCapturedStdout();
     peers.server.close();
     giver.join();
-    return received;
+    return std::to_string(result) + " " + taken_error();
 }
 
 // ---- In folder "from", with "to" and a file beside it ----
@@ -199,9 +196,8 @@ TEST_F(RemoteFile, TreesArriveAsTheyWere) {
     fs::permissions("empty", fs::perms::owner_read);
     fs::create_directory(name);
     write((name + "/kept").c_str(), "k");
-    const Received received = receive(bytes + kStop);
-    EXPECT_EQ(received.result, 0) << received.error;
-    EXPECT_NE(received.printed.find("Getting File:large\n"), std::string::npos);
+    EXPECT_EQ(receive(bytes + kStop), "0 ");
+    EXPECT_NE(printed.find("Getting File:large\n"), std::string::npos);
     EXPECT_TRUE(is_in("to"));
     EXPECT_EQ(names_in("."), (Texts{name, "empty", "large"}));
     EXPECT_EQ(names_in(name), (Texts{name, "kept"}));
@@ -220,45 +216,43 @@ TEST_F(RemoteFile, NothingLeavesTheFolder) {
 #endif
     const std::string data(5000, 'x');
     for (const std::string& name : bad) {
-        const Received received =
+        EXPECT_EQ(
             receive(enter(name) + file("inner", data) + enter("sub") + kLeave + command(2) +
                     file("../outside", data) + kLeave + file(name, data) + kLeave + kLeave +
-                    file("good", "ok") + enter("d") + file("in d", data) + kLeave + kLeave + kStop);
-        EXPECT_EQ(received.result, 0) << name;
-        EXPECT_EQ(received.printed, "Getting File:good\nGetting File:in d\n");
+                    file("good", "ok") + enter("d") + file("in d", data) + kLeave + kLeave + kStop),
+            "0 29 oftplib ..");
+        EXPECT_EQ(printed, "Getting File:good\nGetting File:in d\n");
         EXPECT_TRUE(is_in("to")) << name;
         EXPECT_EQ(names_in("."), (Texts{"d", "good"})) << name;
         EXPECT_EQ(names_in("d"), Texts{"in d"}) << name;
         const std::string shown = name.empty() ? "" : " " + name.substr(0, 144);
-        EXPECT_EQ(receive(enter(name) + kStop).error, "29 oftplib" + shown);
-        EXPECT_EQ(receive(file(name, "") + kStop).error, "1 oftplib" + shown);
+        EXPECT_EQ(receive(enter(name) + kStop), "0 29 oftplib" + shown);
+        EXPECT_EQ(receive(file(name, "") + kStop), "0 1 oftplib" + shown);
     }
-    EXPECT_EQ(receive(kLeave + kStop).error, "29 oftplib ..");
 }
 
 TEST_F(RemoteFile, OnlyAShortCommandEndsTheReceiver) {
     go("to");
     // Commands of no meaning here, an empty payload, and a second chunk that is the stop.
     EXPECT_EQ(receive(command(8, 99) + command(11) + command(77) + file("none", "") + command(7) +
-                      forged("two", 0) + command(8, 2) + "ab" + command(8, 32) + kStop)
-                  .result,
-              0);
+                      forged("two", 0) + command(8, 2) + "ab" + command(8, 32) + kStop),
+              "0 ");
     EXPECT_EQ(read_bytes("two"), "ab");
 #if !defined(_WIN32)
     EXPECT_EQ(fs::status("two").permissions(), fs::perms{0600});
-    EXPECT_EQ(receive(file("x\x1B[2J", "") + kStop).printed, "Getting File:x?[2J\n");
+    EXPECT_EQ(receive(file("x\x1B[2J", "") + kStop), "0 ");
+    EXPECT_EQ(printed, "Getting File:x?[2J\n");
 #endif
-    EXPECT_EQ(receive(command(7) + forged("cut") + kStop).result, -1);  // in place of its bytes
-    // A length that isn't there.
-    const Received lied =
-        receive(command(7) + forged("lie") + command(8, 0xFFFFFFFF) + std::string(70'000, 'z'));
-    EXPECT_TRUE(lied.result == -1 && lied.error.starts_with("74 oxsockop")) << lied.error;
-    EXPECT_NE(lied.printed.find("bad cmd\n"), std::string::npos);
+    const std::string ended = "-1 74 oxsockop recvdata error.";
+    EXPECT_TRUE(receive(command(7) + forged("cut") + kStop).starts_with(ended));
+    const std::string lie = command(7) + forged("lie") + command(8, 0xFFFFFFFF);
+    EXPECT_TRUE(receive(lie + std::string(70'000, 'z')).starts_with(ended));
+    EXPECT_NE(printed.find("bad cmd\n"), std::string::npos);
     EXPECT_EQ(read_bytes("lie"), std::string(65536, 'z'));
     const std::string whole = enter("d") + file("f", "abc") + kLeave + kStop;
     for (size_t size = 0; size < whole.size(); size += 13) {
         go("to");
-        EXPECT_EQ(receive(whole.substr(0, size)).result, -1) << size;
+        EXPECT_TRUE(receive(whole.substr(0, size)).starts_with(ended)) << size;
         EXPECT_EQ(fs::exists(folder_.path() / "to" / "d"), size >= 32 + 384) << size;
     }
 }
@@ -269,37 +263,29 @@ int32_t name_is(int64_t first, int64_t second, const OXFILESTAT* record, void* c
     return record == nullptr || record->szName == "stop"s ? -5 : 7;
 }
 
-TEST_F(RemoteFile, LocalWalks) {
-    fs::create_directories("a/b");
-    write("a/b/stop", "123");
-    PA list;
-    PA_Init(&list, sizeof(OXFILESTAT), 0);
-    EXPECT_EQ(ORVEX_FTP_RecDo("a", 0, 0, ORVEX_FTP_ACTION_LIST, &list), 1);
-    Texts names;
-    const auto* records = static_cast<const OXFILESTAT*>(list.pData);
-    for (int i = 0; i < list.nCount; ++i) names.emplace_back(records[i].szName);
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (Texts{".", "..", "b"}));
-    PA_Release(&list);
-    std::string seen;
-    EXPECT_EQ(ORVEX_FTP_RecDo("a\\b\\stop", 4, 1, name_is, &seen), 7);
-    EXPECT_EQ(seen, "5/");
-    EXPECT_EQ(ORVEX_FTP_RecDo("a", 4, 1, name_is, &seen), 1);  // that of null is dropped
-    EXPECT_TRUE(seen.ends_with("/null"));
-    EXPECT_EQ(ORVEX_FTP_RecDo("a\\b", 4, 1, name_is, &seen), -1);
-    EXPECT_TRUE(is_in("from"));
-    EXPECT_EQ(error_of(ORVEX_FTP_RecDo("none", 0, 0, name_is, nullptr)), "23 oxfileop none");
-}
-
 std::string seen_by_peer;
 int32_t see(OXSOCKET, void*, int32_t, const OXFILESTAT* record) {
     seen_by_peer = record != nullptr ? record->szName : "null";
     return seen_by_peer == "stop" ? -1 : 0;
 }
 
-TEST_F(RemoteFile, NetworkWalksLeaveByTheirPath) {
+TEST_F(RemoteFile, Walks) {
     fs::create_directories("a/b");
-    write("a/b/stop", "1");
+    write("a/b/stop", "123");
+    PA list;
+    PA_Init(&list, sizeof(OXFILESTAT), 0);
+    EXPECT_EQ(ORVEX_FTP_RecDo("a", 0, 0, ORVEX_FTP_ACTION_LIST, &list), 1);
+    EXPECT_EQ(list.nCount, 3);
+    PA_Release(&list);
+    std::string seen;
+    EXPECT_EQ(ORVEX_FTP_RecDo("a\\b\\stop", 4, 1, name_is, &seen), 7);
+    EXPECT_EQ(seen, "5/");
+    EXPECT_EQ(ORVEX_FTP_RecDo("a", 4, 1, name_is, &seen), 1);  // that of null is dropped
+    EXPECT_TRUE(seen.find("5b/") != std::string::npos && seen.ends_with("/null")) << seen;
+    EXPECT_EQ(ORVEX_FTP_RecDo("a\\b", 4, 1, name_is, &seen), -1);
+    EXPECT_TRUE(is_in("from"));
+    EXPECT_EQ(error_of(ORVEX_FTP_RecDo("none", 0, 0, name_is, nullptr)), "23 oxfileop none");
+    // Those for a peer leave by their path.
     const tuple<Text, int32_t, Text, Text> rows[] = {{".", 1, "from", "null"},
                                                      {"..", 1, "from", "null"},
                                                      {"a", 1, "from", "null"},
@@ -323,8 +309,9 @@ TEST_F(RemoteFile, LinksOfTheSender) {
     EXPECT_EQ(put("to_folder"), "");
     EXPECT_EQ(taken_error(), "29 oftplib to_folder");
     const std::string all = put_all();
+    taken_error();
     go("to");
-    EXPECT_EQ(receive(all + kStop).result, 0);
+    EXPECT_EQ(receive(all + kStop), "0 ");
     EXPECT_EQ(names_in("."), (Texts{"f", "to_file", "to_nothing"}));
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status("to_file")));
     EXPECT_EQ(read_bytes("to_file"), "abc");
@@ -338,12 +325,11 @@ TEST_F(RemoteFile, LinksOfTheReceiver) {
     fs::create_directory_symlink("../from", "d");
     ASSERT_EQ(mkfifo("p", 0600), 0);
     const std::string data(200'000, 'x');
-    EXPECT_EQ(receive(enter("d") + file("x", data) + kLeave + file("g", data) + file("p", data) +
-                      file("f", data) + kStop)
-                  .error,
-              "1 oftplib f");
-    EXPECT_EQ(receive(enter("d") + kStop).error, "29 oftplib d");
-    EXPECT_EQ(receive(file("p", data) + kStop).error, "1 oftplib p");
+    EXPECT_EQ(receive(enter("d") + file("x", data) + kLeave + file("g", data) + file("f", data) +
+                      file("p", data) + kStop),
+              "0 1 oftplib p");
+    EXPECT_EQ(receive(file("f", data) + kStop), "0 1 oftplib f");
+    EXPECT_EQ(receive(enter("d") + kStop), "0 29 oftplib d");
     EXPECT_EQ(names_in("."), (Texts{"d", "f", "g", "p"}));
     EXPECT_TRUE(names_in("../from").empty());
     EXPECT_EQ(fs::status("../outside").permissions(), fs::perms{0444});
@@ -357,12 +343,11 @@ TEST_F(RemoteFile, AFullDiskCostsItsFileAlone) {
     const rlimit small{50'000, before.rlim_max};
     auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
-    const Received received =
+    const std::string told_of =
         receive(file("large", std::string(100'001, 'x')) + file("small", "abc") + kStop);
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(received.result, 0);
-    EXPECT_TRUE(received.error.starts_with("4 oftplib fd=")) << received.error;
+    EXPECT_TRUE(told_of.starts_with("0 4 oftplib fd=")) << told_of;
     EXPECT_EQ(fs::file_size("large"), 50'000U);
     EXPECT_EQ(read_bytes("small"), "abc");
 }
