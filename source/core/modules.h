@@ -29,6 +29,7 @@ inline constexpr Module kOxdskinf("oxdskinf");
 inline constexpr Module kOxerrlog("oxerrlog");
 inline constexpr Module kOxfileop("oxfileop");
 inline constexpr Module kOxfname("oxfname");
+inline constexpr Module kOximgop("oximgop");
 inline constexpr Module kOxipc("oxipc");
 inline constexpr Module kOxlang("oxlang");
 inline constexpr Module kOxmnpath("oxmnpath");

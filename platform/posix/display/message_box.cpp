@@ -1,8 +1,5 @@
 // A message box. A key, a click or the window's close button ends it.
-#include <poll.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <string_view>
 
 #include "display/x11.h"
@@ -68,15 +65,6 @@ Window make_window(Display* display, std::string_view text, const char* title) {
     x11.call<int>("XStoreName", display, window, title);
     x11.call<int>("XSelectInput", display, window, kEventMask);
     return window;
-}
-
-// Whether the connection is lost, at once or after that has become known.
-bool is_lost(Display* display, int milliseconds) {
-    pollfd connection{x11.call<int>("XConnectionNumber", display), POLLIN, 0};
-    while (poll(&connection, 1, milliseconds) < 0) {
-        if (errno != EINTR) return true;
-    }
-    return (connection.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
 // Old libraries end the process when they meet a lost display, so each is asked only after the

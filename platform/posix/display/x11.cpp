@@ -1,5 +1,8 @@
 #include "display/x11.h"
 
+#include <poll.h>
+
+#include <cerrno>
 #include <mutex>
 
 #include "platform/critical_section.h"
@@ -75,6 +78,14 @@ Display* open_display() {
 void close_display(Display* display) {
     x11.call<int>("XCloseDisplay", display);
     --open_displays;
+}
+
+bool is_lost(Display* display, int milliseconds) {
+    pollfd connection{x11.call<int>("XConnectionNumber", display), POLLIN, 0};
+    while (poll(&connection, 1, milliseconds) < 0) {
+        if (errno != EINTR) return true;
+    }
+    return (connection.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
 void keep_lost_display(Display* display) {

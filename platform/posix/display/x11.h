@@ -38,6 +38,8 @@ extern DisplayLibrary x11_test;  // its extension for tests of programs: input
 // is lost doesn't end the process, if the library knows how.
 Display* open_display();
 void close_display(Display* display);
+// Whether the connection is lost, at once or after that has become known.
+bool is_lost(Display* display, int milliseconds);
 // One that is lost is never closed: the library isn't whole behind a loss, or ends the process.
 void keep_lost_display(Display* display);
 
