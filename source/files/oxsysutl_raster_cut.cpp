@@ -177,7 +177,9 @@ void cut_turned(const TurnedCut& cut, uint8_t* target, int32_t width, int32_t he
         const double v = cut.y + j;
         uint8_t* const row = target + int64_t{j} * width;
         const Range inside = columns_inside(cut, v, width, cut.height);
-        const Range deep = columns_inside(cut, v, width, cut.height - 2);
+        // No row at all is none above the image either.
+        const Range deep =
+            cut.height > 2 ? columns_inside(cut, v, width, cut.height - 2) : Range{0, 0};
         if (deep.begin < deep.end) {
             mix_at_edges(cut, v, inside.begin, deep.begin, row);
             mix(cut, v, deep.begin, deep.end, row);

@@ -3,13 +3,13 @@
 #include "support/test.h"
 
 #if !defined(_WIN32)
-#include <csignal>
-
 #include "support/systemctl.h"
 #endif
 #if defined(HAS_X11)
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
+
+#include "support/x_server.h"
 #endif
 
 namespace {
@@ -44,30 +44,6 @@ TEST(MachineControl, WithoutADisplay) {
 
 #endif
 #if defined(HAS_X11)
-
-// An X server of the test's own, and the display from here on.
-class Screen {
- public:
-    Screen() {
-        int number = -1;
-        up = std::fscanf(server_, "%d %d", &process_, &number) == 2;
-        setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
-    }
-    ~Screen() { end(); }
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-    void end() {
-        if (server_ == nullptr) return;
-        kill(process_, SIGTERM);
-        pclose(std::exchange(server_, nullptr));
-    }
-    bool up;
-
- private:
-    FILE* server_ =
-        popen("echo $$; exec Xvfb -displayfd 1 -screen 0 1366x767x24 -r 2>/dev/null", "r");
-    pid_t process_ = 0;
-};
 
 // A window that tells what it gets.
 class Shown {
@@ -118,7 +94,7 @@ class Shown {
 };
 
 TEST(MachineControl, AWindowGetsKeysAndClicks) {
-    Screen screen;
+    XServer screen("1366x767x24");
     if (!screen.up) GTEST_SKIP() << "there is no Xvfb: scripts/setup installs it";
     using Got = std::vector<unsigned long>;
     int32_t answer = -1;
