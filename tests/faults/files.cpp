@@ -1,6 +1,10 @@
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "faults.h"
+
+using std::string_literals::operator""s;
 
 namespace {
 
@@ -106,6 +110,73 @@ AFTER(whole_file) {
         STORED_OR("a file that is saved or copied to is emptied when it is opened", name,
                   name == "lines" ? kLines : kOld, kNew);
     }
+}
+
+namespace {
+
+// Of 24 bits, one pixel wide, so that rows are padded; as a file it shows "abc" below "def".
+std::string bitmap_of(const std::string& rows) {
+    return "BM\x3E\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\2\0\0\0\1\0\x18\0"s +
+           std::string(24, '\0') + rows;
+}
+const std::string kBitmap = bitmap_of("abc\0def\0"s);
+
+}  // namespace
+
+FAMILY(bitmap) {
+    const char* const path = given("image", kBitmap);
+    given("raw", kOld);
+    given("saved", kOld);
+    OXBMPFILESTRUCT image{};
+    if (DID(ORVEX_LoadBMPFromFile(path, &image))) {
+        RIGHT(equal(image.pData, 6, "defabc"));
+    } else {
+        RIGHT(image.pInfo == nullptr && image.pData == nullptr);
+        ORVEX_LoadBMPFromFile(path, &image);
+    }
+    GIVES(ORVEX_SaveDataAsBMP(in_folder("raw"), "abcdef", 3, 2, 8),
+          bytes_of("raw").ends_with("abc\0def\0"s));
+    GIVES(ORVEX_SaveBMPToFile(in_folder("saved"), &image),
+          bytes_of("saved") == bitmap_of("def\0abc\0"s));
+    ORVEX_OXBMPFILESTRUCT_Free(&image);
+    unsetenv("DISPLAY");
+    uint8_t* picture = nullptr;
+    int32_t size = 0;
+    RIGHT(FAULTY(CaptureScreen(&picture, &size)) == -1 && picture == nullptr);
+}
+AFTER(bitmap) {
+    STORED("image", kBitmap, kBitmap);
+    STORED_OR("a file that is saved is emptied when it is opened", "saved", kOld,
+              bitmap_of("def\0abc\0"s));
+}
+
+FAMILY(raster) {
+    const std::string before = "abcdef";
+    std::string image = before;
+    const auto must_be = [&](const char* turned) { return image == turned; };
+    uint8_t* block = nullptr;
+    int32_t width = 0;
+    int32_t height = 0;
+    for (const auto& [turn, turned] : {std::pair(&MOLTE_UTIL_Rotate90Deg, "adbecf"),
+                                       {&MOLTE_UTIL_Rotate180Deg, "fedcba"},
+                                       {&MOLTE_UTIL_Rotate270Deg, "cfbead"}}) {
+        image = before;
+        if (DID(turn(image.data(), 3, 2, nullptr)))
+            RIGHT(must_be(turned));
+        else
+            RIGHT(image == before);
+    }
+    image = before;
+    if (DID(MOLTE_UTIL_UpSideDownData(image.data(), 3, 2)))
+        RIGHT(must_be("defabc"));
+    else
+        RIGHT(image == before);
+    GIVES(MOLTE_UTIL_RotateInDeg(before.data(), 3, 2, &block, &width, &height, 180),
+          equal(block, 6, "fedcba"));
+    ORVEX_free(block);
+    image = before;
+    GIVES(MOLTE_UTIL_RotateCutInDeg(before.data(), 3, 2, image.data(), 2, 2, 180, 2, 2, 0, 0, '.'),
+          must_be("edbaef"));
 }
 
 FAMILY(directory) {
