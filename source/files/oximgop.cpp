@@ -11,7 +11,6 @@
 #include "data/oxdatcnv.h"
 #include "files/oxfileop.h"
 #include "moltelib/bitmap.h"
-#include "moltelib/raster.h"
 
 using molte::Decimal;
 using molte::Descriptor;
@@ -64,7 +63,7 @@ struct Layout {
     [[nodiscard]] bool is_padded() const { return stride != row; }
     // Rows that go through a buffer at once: as many as stay in the cache.
     [[nodiscard]] int64_t portion() const {
-        constexpr int64_t kPortion = 0x40000;
+        constexpr int64_t kPortion = 0x10000;
         return std::clamp<int64_t>(kPortion / stride, 1, rows);
     }
     int64_t rows;
@@ -154,27 +153,21 @@ int32_t load_info(const Descriptor& file, int64_t length, OXBITMAPINFOHEADER inf
     return 1;
 }
 
-// Rows of a file whose bottom row comes first go to their places by portions, each turned while it
-// is in the cache.
+// Rows that aren't in the file as they are in memory go to their places from a buffer.
 int32_t read_rows(const Descriptor& file, const Layout& layout, bool bottom_first,
                   uint8_t* pixels) {
-    const auto padded =
-        molte::allocate<uint8_t>(layout.is_padded() ? layout.portion() * layout.stride : 1);
-    if (padded == nullptr) return kModule.trace(here());
+    if (!bottom_first && !layout.is_padded()) {
+        return read_bytes(file, pixels, layout.rows * layout.row);
+    }
+    const auto buffer = molte::allocate<uint8_t>(layout.portion() * layout.stride);
+    if (buffer == nullptr) return kModule.trace(here());
     for (int64_t first = 0; first < layout.rows; first += layout.portion()) {
-        const int64_t count = std::min(layout.portion(), layout.rows - first);
-        const int64_t top = bottom_first ? layout.rows - first - count : first;
-        uint8_t* const place = pixels + top * layout.row;
-        uint8_t* const buffer = layout.is_padded() ? padded.get() : place;
-        if (read_bytes(file, buffer, count * layout.stride) < 0) return -1;
-        for (int64_t i = 0; layout.is_padded() && i < count; ++i) {
-            std::memcpy(place + i * layout.row, buffer + i * layout.stride,
-                        static_cast<size_t>(layout.row));
-        }
-        if (bottom_first && count > 1 &&  // so a row is short
-            MOLTE_UTIL_UpSideDownData(place, static_cast<int32_t>(layout.row),
-                                      static_cast<int32_t>(count)) < 0) {
-            return kModule.trace(here());
+        const int64_t end = std::min(first + layout.portion(), layout.rows);
+        const uint8_t* source = buffer.get();
+        if (read_bytes(file, buffer.get(), (end - first) * layout.stride) < 0) return -1;
+        for (int64_t i = first; i < end; ++i, source += layout.stride) {
+            const int64_t row = bottom_first ? layout.rows - 1 - i : i;
+            std::memcpy(pixels + row * layout.row, source, static_cast<size_t>(layout.row));
         }
     }
     return 1;
@@ -256,12 +249,13 @@ int32_t save(const Char* name, OXBITMAPFILEHEADER head, OXBITMAPINFOHEADER info,
     ORVEX_OXBITMAPFILEHEADER_SetOffsetBits(&head, static_cast<uint32_t>(offset));
     info.nSizeImage = 0;
 
-    // Before the file is emptied. The padding stays zeros.
-    const int64_t padded_size = layout.is_padded() ? layout.portion() * layout.stride : 1;
-    const auto padded = molte::allocate<uint8_t>(padded_size);
-    if (padded == nullptr) return kModule.trace(here());
-    std::memset(padded.get(), 0, static_cast<size_t>(padded_size));
-
+    Heap<uint8_t> padded;  // taken before the file is emptied
+    if (layout.is_padded()) {
+        const int64_t size = layout.portion() * layout.stride;
+        padded = molte::allocate<uint8_t>(size);
+        if (padded == nullptr) return kModule.trace(here());
+        std::memset(padded.get(), 0, static_cast<size_t>(size));  // the padding stays so
+    }
     molte::file::add_owner_mode(name);
     const Descriptor file(molte::file::open(name, ORVEX_OPEN_ANEW, ORVEX_MODE_OWNER));
     if (!file.valid()) return fail_open(here(), name);

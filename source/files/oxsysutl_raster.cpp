@@ -203,7 +203,7 @@ void cut_by_angle(const Image& source, uint8_t* target, int32_t width, int32_t h
     const molte::TurnedCut turned{source.bytes,          source.width,      source.height,
                                   std::cos(radians),     std::sin(radians), static_cast<double>(x),
                                   static_cast<double>(y)};
-    molte::cut_turned(turned, target, width, height, molte::best_mix_pixels());
+    molte::cut_turned(turned, target, width, height);
 }
 
 }  // namespace
