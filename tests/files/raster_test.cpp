@@ -99,7 +99,7 @@ TEST(Raster, Mirrors) {
         const Source rows{3, size, from.bytes};
         EXPECT_EQ(bytes, image(3, size, [&](int x, int y) { return rows.at(x, size - 1 - y); }));
         Bytes copy(from.bytes.size(), 0);
-        MOLTE_UTIL_ReverseCopy(from.bytes.data() + (size - 1), copy.data(), size);
+        MOLTE_UTIL_ReverseCopy(from.bytes.data() + std::max(size - 1, 0), copy.data(), size);
         EXPECT_TRUE(std::equal(copy.begin(), copy.begin() + size, from.bytes.rend() - size));
     }
 }
