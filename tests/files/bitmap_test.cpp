@@ -253,7 +253,29 @@ TEST_F(Bitmap, FilesOfOtherPrograms) {
     EXPECT_EQ(loaded, 6);
 }
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+
+// Where there is no desktop to be seen, it is told, or the picture is of one colour.
+TEST_F(Bitmap, APictureOfTheDesktopIsAWholeFile) {
+    uint8_t* block = nullptr;
+    int32_t length = 0;
+    if (CaptureScreen(&block, &length) < 0) {
+        EXPECT_TRUE(error_of_this_thread().starts_with("50 oximgop ")) << error_of_this_thread();
+        EXPECT_TRUE(block == nullptr && length == 0);
+        return;
+    }
+    const std::string file(reinterpret_cast<char*>(block), static_cast<size_t>(length));
+    ORVEX_free(block);
+    OXBITMAPINFOHEADER info;
+    std::memcpy(&info, file.data() + sizeof(OXBITMAPFILEHEADER), sizeof info);
+    const int64_t stride = (int64_t{info.nBitCount} * info.nWidth / 8 + 3) / 4 * 4;
+    EXPECT_EQ(file.substr(0, 6), number(19778, 2) + number(length, 4));
+    EXPECT_EQ((Ints{int(info.nSize), info.nPlanes, int(info.nCompression), info.nXPelsPerMeter}),
+              (Ints{40, 1, 0, 3000}));
+    EXPECT_EQ(length, 54 + 4 * info.nColorsUsed + stride * info.nHeight);
+}
+
+#else
 
 // What a command writes.
 std::string output_of(const std::string& command) {
