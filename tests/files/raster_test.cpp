@@ -189,16 +189,11 @@ TEST(Raster, TurnedCutsAreThoseOfThePlainLoopAtEachAngle) {
                 const Bytes plain = turned_plainly(cut, from, width, height);
                 inside += static_cast<int>(std::count_if(plain.begin(), plain.end(),
                                                          [](uint8_t byte) { return byte != 9; }));
-                for (const auto mix : {molte::mix_pixels_plainly, molte::mix_pixels}) {
-                    Bytes target(plain.size(), 9);
-                    molte::cut_turned(cut, target.data(), width, height, mix);
-                    ASSERT_EQ(target, plain) << angle << " " << x << " " << y;
-                }
-                Bytes target(plain.size());
-                EXPECT_EQ(
-                    MOLTE_UTIL_RotateCutInDeg(from.bytes.data(), from.width, from.height,
-                                              target.data(), width, height, angle, x, y, 1, 2, 9),
-                    1);
+                Bytes by_mix(plain.size(), 9), target(plain.size());
+                molte::cut_turned(cut, by_mix.data(), width, height, molte::mix_pixels_plainly);
+                ASSERT_EQ(by_mix, plain) << angle << " " << x << " " << y;
+                MOLTE_UTIL_RotateCutInDeg(from.bytes.data(), from.width, from.height, target.data(),
+                                          width, height, angle, x, y, 1, 2, 9);
                 ASSERT_EQ(target, plain) << angle << " " << x << " " << y;
             }
         }
