@@ -149,22 +149,21 @@ TEST_F(Bitmap, PalettesAndLongHeaders) {
 TEST_F(Bitmap, WhatCantBeLoaded) {
     const std::string bad = "299 oximgop should 8 or 24 bits";
     const Made good{.palette = greys(), .pixels = "abc\0def\0"s};
-    for (void (*change)(Made&) : std::initializer_list<void (*)(Made&)>{
-             [](Made& made) { made.bits = 1; }, [](Made& made) { made.bits = 32; },
-             [](Made& made) { made.width = 0; }, [](Made& made) { made.width = -3; },
-             [](Made& made) { made.height = 0; }, [](Made& made) { made.height = INT32_MIN; },
-             [](Made& made) { made.compression = 1; }, [](Made& made) { made.type = 19777; }}) {
-        Made made = good;
-        change(made);
-        EXPECT_EQ(load_error(made.file()), bad);
-    }
-    EXPECT_EQ(load_error(good.file().replace(14, 1, "\x0C")), bad);
-    // Shorter than it tells, by whatever number.
     const std::string file = good.file();
+    const std::pair<size_t, std::string> changes[] = {
+        {0, "b"},           {14, "\x0C"},
+        {18, number(0, 4)}, {18, number(-3, 4)},
+        {22, number(0, 4)}, {22, number(INT32_MIN, 4)},
+        {28, "\1"},         {28, "\x20"},
+        {30, "\1"}};
+    for (const auto& [at, bytes] : changes) {
+        EXPECT_EQ(load_error(std::string(file).replace(at, bytes.size(), bytes)), bad) << at;
+    }
+    // Shorter than it tells, by whatever number.
     for (const size_t at : {10, 14, 18, 22, 46}) {
         for (const char* most : {"\xFF\xFF\xFF\x7F", "\1\1\1\1"}) {
-            std::string lie = file;
-            EXPECT_TRUE(load_error(lie.replace(at, 4, most)).starts_with("3 oximgop ")) << at;
+            const std::string lie = std::string(file).replace(at, 4, most);
+            EXPECT_TRUE(load_error(lie).starts_with("3 oximgop ")) << at;
         }
     }
     for (size_t size = 0; size < file.size(); size += size < 60 ? 7 : 89) {
@@ -180,15 +179,13 @@ TEST_F(Bitmap, WhatCantBeLoaded) {
 TEST_F(Bitmap, WhatCantBeSaved) {
     const std::string kept = folder_.write("kept", "kept");
     const std::string bad = "407 oximgop";
-    const auto raw_error = [&](const void* data, int width, int height, int bits) {
-        return error_of(ORVEX_SaveDataAsBMP(kept.c_str(), data, width, height, bits));
-    };
-    EXPECT_EQ(error_of(ORVEX_SaveDataAsBMP(nullptr, "a", 1, 1, 8)), bad);
-    for (const auto& [width, height, bits] :
-         {tuple(0, 1, 8), {1, 0, 8}, {1, -1, 8}, {1, 1, 32}, {INT32_MAX, INT32_MAX, 24}}) {
-        EXPECT_EQ(raw_error("a", width, height, bits), bad);
+    const std::tuple<Text, Text, int, int, int> rows[] = {
+        {nullptr, "a", 1, 1, 8},       {kept.c_str(), nullptr, 1, 1, 8},
+        {kept.c_str(), "a", 0, 1, 8},  {kept.c_str(), "a", 1, 0, 8},
+        {kept.c_str(), "a", 1, 1, 32}, {kept.c_str(), "a", INT32_MAX, INT32_MAX, 24}};
+    for (const auto& [name, data, width, height, bits] : rows) {
+        EXPECT_EQ(error_of(ORVEX_SaveDataAsBMP(name, data, width, height, bits)), bad);
     }
-    EXPECT_EQ(raw_error(nullptr, 1, 1, 8), bad);
     OXBITMAPINFOHEADER good{};
     good.nSize = 40;
     good.nWidth = good.nHeight = good.nPlanes = 1;
@@ -325,12 +322,6 @@ TEST_F(Bitmap, ProgramsAndTheLibraryReadOneAnother) {
                           colors);
             }
         }
-        const std::string grey = colors.substr(0, static_cast<size_t>(width * height));
-        EXPECT_EQ(ORVEX_SaveDataAsBMP(path_.c_str(), grey.data(), width, height, 8), 1);
-        std::string expected;
-        for (const char part : grey) expected.append(3, part);
-        EXPECT_EQ(colors_of(output_of("bmptopnm " + path_)), expected);
-        EXPECT_EQ(colors_of(output_of("convert-im6.q16 " + path_ + " -depth 8 ppm:-")), expected);
     }
 }
 
