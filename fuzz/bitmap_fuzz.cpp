@@ -3,9 +3,9 @@
 
 namespace {
 
-int64_t number_at(std::string_view input, size_t at, int size = 4) {
+int64_t number_at(std::string_view input, size_t at, size_t size = 4) {
     int64_t number = 0;
-    for (int i = size - 1; i >= 0; --i) number = number << 8 | static_cast<uint8_t>(input[at + i]);
+    while (size-- > 0) number = number << 8 | static_cast<uint8_t>(input[at + size]);
     return number;
 }
 

@@ -157,12 +157,12 @@ FAMILY(raster) {
     uint8_t* block = nullptr;
     int32_t width = 0;
     int32_t height = 0;
-    for (const auto& [turn, turned] : {std::pair(&MOLTE_UTIL_Rotate90Deg, "adbecf"),
-                                       {&MOLTE_UTIL_Rotate180Deg, "fedcba"},
-                                       {&MOLTE_UTIL_Rotate270Deg, "cfbead"}}) {
+    for (const auto& row : {std::pair(&MOLTE_UTIL_Rotate90Deg, "adbecf"),
+                            {&MOLTE_UTIL_Rotate180Deg, "fedcba"},
+                            {&MOLTE_UTIL_Rotate270Deg, "cfbead"}}) {
         image = before;
-        if (DID(turn(image.data(), 3, 2, nullptr)))
-            RIGHT(must_be(turned));
+        if (DID(row.first(image.data(), 3, 2, nullptr)))
+            RIGHT(must_be(row.second));
         else
             RIGHT(image == before);
     }

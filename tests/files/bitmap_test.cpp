@@ -160,7 +160,7 @@ TEST_F(Bitmap, WhatCantBeLoaded) {
         EXPECT_EQ(load_error(std::string(file).replace(at, bytes.size(), bytes)), bad) << at;
     }
     // Shorter than it tells, by whatever number.
-    for (const size_t at : {10, 14, 18, 22, 46}) {
+    for (const size_t at : {10U, 14U, 18U, 22U, 46U}) {
         for (const char* most : {"\xFF\xFF\xFF\x7F", "\1\1\1\1"}) {
             const std::string lie = std::string(file).replace(at, 4, most);
             EXPECT_TRUE(load_error(lie).starts_with("3 oximgop ")) << at;

@@ -125,8 +125,10 @@ TEST(Raster, CutsAtEachSide) {
 // What 180 and 270 give is what a cut with exchanged sizes leaves, turned as it lies in memory.
 TEST(Raster, CutsAtRightAngles) {
     const Source from{9, 8};
-    for (const auto& [width, height] : {std::pair(4, 4), {5, 3}, {12, 2}}) {
-        for (const auto& [x, y] : {std::pair(3, 2), {-2, 6}, {11, 9}, {40, 1}, {-40, 0}}) {
+    for (const auto& size : {std::pair(4, 4), {5, 3}, {12, 2}}) {
+        const auto width = size.first, height = size.second;
+        for (const auto& place : {std::pair(3, 2), {-2, 6}, {11, 9}, {40, 1}, {-40, 0}}) {
+            const auto x = place.first, y = place.second;
             const auto cut = [&](int angle) {
                 Bytes target(static_cast<size_t>(width * height));
                 EXPECT_EQ(MOLTE_UTIL_RotateCutInDeg(from.bytes.data(), 9, 8, target.data(), width,
@@ -138,11 +140,10 @@ TEST(Raster, CutsAtRightAngles) {
                 return image(height, width,
                              [&](int i, int j) { return from.at_or(left + i, top + j, 77); });
             };
-            EXPECT_EQ(cut(0), image(width, height, [&, x = x, y = y](int i, int j) {
-                          return from.at_or(x + i, y + j, 77);
-                      }));
-            EXPECT_EQ(cut(-270), image(width, height, [&, x = x, y = y, h = height](int i, int j) {
-                          return from.at_or(x - h + (h - 1 - j), y + i, 77);
+            EXPECT_EQ(cut(0), image(width, height,
+                                    [&](int i, int j) { return from.at_or(x + i, y + j, 77); }));
+            EXPECT_EQ(cut(-270), image(width, height, [&](int i, int j) {
+                          return from.at_or(x - 1 - j, y + i, 77);
                       }));
             Bytes turned = exchanged(x - width, y - height);
             std::reverse(turned.begin(), turned.end());
