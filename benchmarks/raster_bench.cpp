@@ -123,18 +123,26 @@ void files(const std::string& folder) {
             ORVEX_OXBMPFILESTRUCT_Free(&loaded);
         },
         [&] { molte_bench::keep(cv::imread(file).data); });
+    // Into new files: one that is emptied waits for the disk.
+    const auto save = [&](const OXBMPFILESTRUCT& saved) {
+        fs::remove(ours);
+        must(ORVEX_SaveBMPToFile(ours.c_str(), &saved) == 1);
+    };
+    const auto peer_save = [&](const cv::Mat& saved) {
+        fs::remove(peers);
+        must(cv::imwrite(peers, saved));
+    };
     molte_bench::pair(
-        "save BMP, imwrite", [&] { must(ORVEX_SaveBMPToFile(ours.c_str(), &image) == 1); },
-        [&] { must(cv::imwrite(peers, picture)); });
+        "save BMP, imwrite", [&] { save(image); }, [&] { peer_save(picture); });
     molte_bench::pair(
         "load and save BMP, imread, imwrite",
         [&] {
             OXBMPFILESTRUCT loaded;
             load(file, &loaded);
-            must(ORVEX_SaveBMPToFile(ours.c_str(), &loaded) == 1);
+            save(loaded);
             ORVEX_OXBMPFILESTRUCT_Free(&loaded);
         },
-        [&] { must(cv::imwrite(peers, cv::imread(file))); });
+        [&] { peer_save(cv::imread(file)); });
     ORVEX_OXBMPFILESTRUCT_Free(&image);
 }
 
