@@ -46,6 +46,7 @@
 #include "moltelib/multibyte.h"
 #include "moltelib/name_map.h"
 #include "moltelib/name_pinyin.h"
+#include "moltelib/named_object_file.h"
 #include "moltelib/network_address.h"
 #include "moltelib/number_text.h"
 #include "moltelib/parameter_file.h"

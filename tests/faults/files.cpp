@@ -257,3 +257,27 @@ AFTER(barcode_rule) {
     STORED_OR("the file is emptied when it is opened", "CONF/convbar.cnv", rule_file(0),
               rule_file(1));
 }
+
+FAMILY(named_object_file) {
+    NOBF_MAP map;
+    NOBF_InitFileMap(&map);
+    uint4ToChar4(1024, map.nBlockSize);
+    const std::string bytes(reinterpret_cast<const char*>(&map), sizeof map);
+    const char* const path = given("objects", bytes + std::string(1056, '\0'));
+    if (DID(NOBF_CreateFile(in_folder("made"), 1000))) {
+        RIGHT_OR("a file is made or isn't, and 0 is all it gives", bytes_of("made").size() == 1024);
+    }
+    NOBF_FILE file{};
+    if (DID(NOBF_OpenFile(path, &file))) {
+        NOBF_MEMOBJECT object{};
+        NOBF_InitNamedObject(&object.stObject, "object");
+        object.pFile = &file;
+        GIVES(NOBF_InsertToLink(&file, &object.stObject, 0, 1, 512),
+              bytes_of("objects").substr(512 + 24, 6) == "object");
+        GIVES(NOBF_FreeBlock(&object, 1), bytes_of("objects").substr(2048 + 8, 1) == "\xFF");
+    }
+    RIGHT(FAULTY(NOBF_CloseFile(&file)) == 1 && file.pHandle == nullptr);
+}
+AFTER(named_object_file) {
+    RIGHT(bytes_of("objects").size() == 2080);
+}
