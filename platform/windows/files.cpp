@@ -38,4 +38,10 @@ bool is_file(int fd, const char* name) {
     return same;
 }
 
+bool is_link(const char* name) {
+    const DWORD attributes = GetFileAttributesA(name);
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 }  // namespace platform

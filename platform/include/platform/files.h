@@ -36,6 +36,7 @@ inline int rename_file(const char* from, const char* to) {
 int open_to_read(const char* name, struct _stat64* status);
 int open_to_read(const wchar_t* name, struct _stat64* status);
 bool is_file(int fd, const char* name);
+bool is_link(const char* name);
 inline FILE* open_stream(const char* name, const char* mode) {
     return std::fopen(name, mode);
 }
@@ -200,6 +201,10 @@ int rename_file(const char* from, const char* to);
 // Whether a name is that of an open file, whatever its spelling: another name, a link. False as
 // well for a name that can't be looked at.
 bool is_file(int fd, const char* name);
+
+// Whether a name is that of a symbolic link, or of what else stands for another place; false as
+// well for a name that can't be looked at.
+bool is_link(const char* name);
 
 // Opens a file to be read from its start and tells its state in the same step. A pipe doesn't hold
 // the caller up. As _open otherwise.

@@ -114,6 +114,12 @@ char* _tempnam(const char* folder, const char* prefix) {
 
 namespace platform {
 
+bool is_link(const char* name) {
+    const KernelPath path(name);
+    struct stat found;
+    return path.valid() && lstat(path.get(), &found) == 0 && S_ISLNK(found.st_mode);
+}
+
 int rename_file(const char* from, const char* to) {
     const KernelPath source(from);
     const KernelPath target(to);
