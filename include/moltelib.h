@@ -25,6 +25,7 @@
 #include "moltelib/file.h"
 #include "moltelib/file_handle.h"
 #include "moltelib/file_map.h"
+#include "moltelib/file_package.h"
 #include "moltelib/group_sort.h"
 #include "moltelib/host_probe.h"
 #include "moltelib/id_range.h"

@@ -101,6 +101,10 @@ bool Find::is_link() const {
     return (data_.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
+bool Find::leads_to_folder() const {
+    return (data_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 int32_t Find::state(const char* folder, OXSTAT64* out) const {
     struct _stat64 found {};
     const auto entry = std::bit_cast<WIN32_FIND_DATAA>(data_);

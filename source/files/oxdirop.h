@@ -80,6 +80,8 @@ class Find {
     }
     // A symbolic link, or what else stands for another place.
     [[nodiscard]] bool is_link() const;
+    // A folder, or a link to one.
+    [[nodiscard]] bool leads_to_folder() const;
     // The state of the entry in its folder; 0, or -1 with errno.
     int32_t state(const char* folder, OXSTAT64* out) const;
 
@@ -94,6 +96,8 @@ class WalkPath {
  public:
     [[nodiscard]] const char* text() const { return text_; }
     [[nodiscard]] size_t length() const { return length_; }
+    // For calls that change the text while they run.
+    [[nodiscard]] char* buffer() { return text_; }
     [[nodiscard]] bool append(const char* part) {
         const size_t size = std::strlen(part);
         if (size >= sizeof text_ - length_) return false;

@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "faults.h"
@@ -280,4 +281,39 @@ FAMILY(named_object_file) {
 }
 AFTER(named_object_file) {
     RIGHT(bytes_of("objects").size() == 2080);
+}
+
+// Three folders, and files of which one is packed by itself.
+FAMILY(file_package) {
+    given("root/tree/deep/one", "1");
+    given("root/tree/deep/two", std::string(40000, '2'));
+    std::filesystem::create_directory(std::filesystem::path("root") / "tree" / "empty");
+    const char* const root = in_folder("root");
+    const char* const whole = in_folder("whole.pkg");
+    const char* const package = in_folder("new.pkg");
+    RIGHT(FILEPKG_NewPkgFile(whole, root, nullptr, "tree", nullptr, 0) == 1);
+    Freed<OXFILESTAT> list;
+    Freed<uint8_t> item;
+    int32_t count = 0;
+    GIVES(count = FILEPKG_GetItemList(whole, &list.block), count == 5);
+    if (DID(FILEPKG_New(package))) {
+        RIGHT_OR("a new package that can't be written gives 1", bytes_of("new.pkg").size() == 128);
+    }
+    if (DID(FILEPKG_AddFile(package, root, nullptr, "tree", nullptr, 0))) {
+        RIGHT(bytes_of("new.pkg").substr(128) == bytes_of("whole.pkg").substr(128));
+    }
+    GIVES(FILEPKG_Extract(whole, in_folder("out"), nullptr, nullptr, 0, nullptr, 0),
+          bytes_of("out/tree/deep/two") == bytes_of("whole.pkg").substr(0, 40000));
+    ORVEX_HFILE* file = ORVEX_HFILE_Open(whole, 0);
+    GIVES(FILEPKG_ExtractIntoMemory(file, 128, &item.block, 1),
+          equal(item.block + 65, 5, std::string_view("tree\0", 5)));
+    ORVEX_HFILE_Close(&file);
+}
+AFTER(file_package) {
+    Freed<OXFILESTAT> list;
+    RIGHT(FILEPKG_GetItemList(in_folder("whole.pkg"), &list.block) == 5);
+    Freed<OXFILESTAT> added;
+    if (bytes_of("new.pkg") == "(none)") return;
+    RIGHT_OR("what is torn by a death, or can't be cut again either, stays torn",
+             FILEPKG_GetItemList(in_folder("new.pkg"), &added.block) >= 0);
 }
