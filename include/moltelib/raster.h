@@ -6,8 +6,8 @@
  * that of success. Source and target must not overlap, unless told otherwise. Functions may be
  * called from any thread.
  *
- * A failure is -1: error 20, no memory, with a line in the history; the image is then as it was, the
- * target of a cut isn't.
+ * A failure is -1: error 20, no memory, with a line in the history; the image is then as it was,
+ * the target of a cut isn't.
  *
  * Failures are reported under module "oxsysutl".
  */
