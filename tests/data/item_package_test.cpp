@@ -22,12 +22,13 @@ std::string items_in(Package* package) {
         heads += written.substr(0, 48);
     }
     const std::string end = outcome(more);
-    MOLTE_ITEMHEAD* list = nullptr;
+    MOLTE_ITEMHEAD none;
+    MOLTE_ITEMHEAD* list = &none;
     const int32_t count = MOLTE_ITEMPKG_GetItemDir(package, &list);
-    EXPECT_EQ(count > 0, list != nullptr);
+    EXPECT_EQ(count > 0, list != &none);
     EXPECT_TRUE(count < 1 || std::memcmp(list, heads.data(), heads.size()) == 0);
     EXPECT_EQ(count < 0 ? 0 : size_t{48} * static_cast<size_t>(count), more < 0 ? 0 : heads.size());
-    ORVEX_free(list);
+    ORVEX_free(list != &none ? list : nullptr);
     return all + end;
 }
 
@@ -46,10 +47,19 @@ class ItemPackage : public InFolder {};
      {"delete", step_of<MOLTE_ITEMPKG_DelItem>},
      {"find", step_of<MOLTE_ITEMPKG_GetItemEx>},
      {"items", step_of<items_in>},
-     {"next", step_of<[](Package* package, int32_t* next) {
+     {"first", step_of<[](Package* package, int32_t* at, int32_t* next) {
           MOLTE_ITEMHEAD* item;
-          int32_t at;
-          return ITEMPKG_GetNextItem(package, &item, &at, next);
+          return ITEMPKG_GetFirstItem(package, &item, at, next);
+      }>},
+     {"next", step_of<[](Package* package, int32_t* next) {
+          MOLTE_ITEMHEAD none;
+          MOLTE_ITEMHEAD* item = &none;
+          int32_t at = -3;
+          const int32_t from = *next;
+          const int32_t result = ITEMPKG_GetNextItem(package, &item, &at, next);
+          EXPECT_EQ(result > 0, item != &none);
+          EXPECT_EQ(result > 0 ? from : -3, at);
+          return result;
       }>},
      {"own", step_of<[](Package* package, Text name, int32_t update) {
           MOLTE_ITEMHEAD* own = nullptr;
