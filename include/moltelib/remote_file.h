@@ -41,11 +41,11 @@ typedef int32_t (*ORVEX_FTP_ACTION)(int64_t nFirst, int64_t nSecond, const OXFIL
 /*
  * Calls the action for each entry of a folder, in no order, "." and ".." among them, with the
  * folder as the current one, and then for null: 1. The record tells of an entry what is known: of
- * one that can't be looked at, the name. For a file the action is called once, WITH A RECORD THAT
- * HAS NO NAME; its result.
- * The former folder is current again afterwards. -1 when the action stopped the walk, and with
- * error 23 or 10 for a path without a state, 1 for a folder that can't be read, 142 when the
- * current folder has no name of 1023 bytes or less, 29 when a folder can't be entered or left.
+ * one that can't be looked at, or whose name would lead elsewhere, the name. For a file the action
+ * is called once, WITH A RECORD THAT HAS NO NAME; its result. The former folder is current again
+ * afterwards. -1 when the action stopped the walk, and with error 23 or 10 for a path without a
+ * state, 1 for a folder that can't be read, 142 when the current folder has no name of 1023 bytes
+ * or less, 29 when a folder can't be entered or left.
  */
 MOLTE_API int32_t ORVEX_FTP_RecDo(const char* pszPath, int64_t nFirst, int64_t nSecond,
                                   ORVEX_FTP_ACTION pfnAction, void* pContext);

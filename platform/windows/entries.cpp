@@ -44,20 +44,27 @@ bool is_entry_name(const char* name) {
     return !is_device(text.substr(0, text.find(L'.')));
 }
 
-EntryKind entry_kind(const char* name) {
+bool is_link(const char* name) {
     const DWORD attributes = GetFileAttributesA(name);
-    if (attributes == INVALID_FILE_ATTRIBUTES) return EntryKind::none;
-    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? EntryKind::link : EntryKind::other;
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// A link that came just now would be changed itself.
+int add_owner_mode(const char* name) {
+    if (!is_link(name)) return _chmod(name, _S_IREAD | _S_IWRITE);
+    errno = ELOOP;
+    return -1;
 }
 
 int enter_folder(const char* name) {
-    if (entry_kind(name) != EntryKind::link) return _chdir(name);
+    if (!is_link(name)) return _chdir(name);
     errno = ENOTDIR;
     return -1;
 }
 
 int create_entry(const char* name, int permission) {
-    if (entry_kind(name) == EntryKind::link) {
+    if (is_link(name)) {
         errno = ELOOP;
         return -1;
     }

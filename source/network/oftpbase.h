@@ -6,6 +6,7 @@
 #include "files/oxdirop.h"
 #include "moltelib/file.h"
 #include "moltelib/remote_file.h"
+#include "platform/entries.h"
 
 namespace molte::ftp {
 
@@ -40,7 +41,9 @@ template <typename Action>
 int32_t walk(directory::Find& find, const Module& module, Action action) {
     for (; find.found(); find.next()) {
         OXFILESTAT record = named(find.name());
-        add_state(find.name(), &record);
+        // Nothing is known of an entry by a name that leads elsewhere.
+        const bool its_own = find.is_dots() || platform::is_entry_name(find.name());
+        if (its_own) add_state(find.name(), &record);
         if (action(&record) < 0) return module.trace(here());
     }
     action(nullptr);

@@ -15,7 +15,6 @@ using molte::here;
 using molte::kBadArgument;
 using molte::SystemError;
 using molte::directory::Find;
-using platform::EntryKind;
 
 namespace {
 
@@ -91,8 +90,7 @@ void put_file(OXSOCKET socket, void* buffer, int32_t room, const OXFILESTAT* sta
 }
 
 void put_folder(OXSOCKET socket, void* buffer, int32_t room, const OXFILESTAT* state) {
-    const bool link = platform::entry_kind(state->szName) == EntryKind::link;
-    if (link || depth >= kDeepest) {
+    if (platform::is_link(state->szName) || depth >= kDeepest) {
         kModule.fail_text(here(), molte::ftp::kNotEntered, SystemError::none, state->szName);
         print_error();
         return;

@@ -18,7 +18,6 @@ using molte::Descriptor;
 using molte::here;
 using molte::SystemError;
 using molte::ftp::kNotEntered;
-using platform::EntryKind;
 
 namespace {
 
@@ -140,9 +139,7 @@ class Receiver {
     static int32_t create(const OXFILESTAT& state) {
         if (!is_name(state)) return refuse(here(), molte::kNotOpened, SystemError::none, state);
         announce(state);
-        if (platform::entry_kind(state.szName) == EntryKind::other) {
-            ORVEX_FileChangeMode(state.szName, ORVEX_MODE_OWNER, 0);
-        }
+        platform::add_owner_mode(state.szName);  // or it can't be opened
         constexpr int32_t permissions = 0777;
         const int32_t mode = ORVEX_FileGetModeFromFS(&state) | ORVEX_MODE_OWNER;
         const int32_t fd = platform::create_entry(state.szName, mode & permissions);

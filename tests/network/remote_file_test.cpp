@@ -317,6 +317,43 @@ TEST_F(RemoteFile, LinksOfTheSender) {
     EXPECT_EQ(read_bytes("to_file"), "abc");
 }
 
+// What is a delimiter here is a letter to the kernel.
+TEST_F(RemoteFile, NothingIsKnownByANameThatLeadsElsewhere) {
+    fs::create_directories("d/sub");
+    write("d\\sub", "x");
+    PA list;
+    PA_Init(&list, sizeof(OXFILESTAT), 0);
+    ASSERT_EQ(ORVEX_FTP_RecDo(".", 0, 0, ORVEX_FTP_ACTION_LIST, &list), 1);
+    const auto* records = static_cast<const OXFILESTAT*>(list.pData);
+    const auto* end = records + list.nCount;
+    const auto* odd = std::find_if(
+        records, end, [](const OXFILESTAT& record) { return record.szName == "d\\sub"s; });
+    ASSERT_NE(odd, end);
+    EXPECT_EQ(bytes_of(*odd), forged("d\\sub", 0));
+    PA_Release(&list);
+}
+
+TEST_F(RemoteFile, ALinkThatComesMeanwhileIsNotFollowed) {
+    fs::permissions("../outside", fs::perms{0444});
+    go("to");
+    const std::string place = fs::current_path() / "f";
+    std::atomic<bool> over{false};
+    std::thread swapper([&] {
+        while (!over) {
+            fs::create_symlink("../outside", place + "link");
+            fs::rename(place + "link", place);
+            write((place + "file").c_str(), "");
+            fs::rename(place + "file", place);
+        }
+    });
+    std::string all;
+    for (int i = 0; i < 1000; ++i) all += file("f", "x");
+    EXPECT_EQ(receive(all + kStop)[0], '0');
+    over = true;
+    swapper.join();
+    EXPECT_EQ(fs::status("../outside").permissions(), fs::perms{0444});
+}
+
 TEST_F(RemoteFile, LinksOfTheReceiver) {
     fs::permissions("../outside", fs::perms{0444});
     go("to");

@@ -9,10 +9,11 @@ namespace platform {
 // ends in a dot or a blank, which would be cut, nor names a device ("nul.txt").
 bool is_entry_name(const char* name);
 
-enum class EntryKind : unsigned char { none, link, other };
+// Whether an entry is a link itself; no for one that can't be looked at.
+bool is_link(const char* name);
 
-// What an entry is by itself. None for one that can't be looked at as well.
-EntryKind entry_kind(const char* name);
+// Lets its owner read and write an entry, but not by way of a link: ELOOP.
+int add_owner_mode(const char* name);
 
 // Makes a folder the current one, but not by way of a link: ENOTDIR.
 int enter_folder(const char* name);

@@ -17,14 +17,24 @@ bool is_entry_name(const char* name) {
            last_separator(name) == nullptr;
 }
 
-EntryKind entry_kind(const char* name) {
+bool is_link(const char* name) {
     const KernelPath path(name);
     struct stat status;
-    if (!path.valid() || lstat(path.get(), &status) != 0) return EntryKind::none;
-    return S_ISLNK(status.st_mode) ? EntryKind::link : EntryKind::other;
+    return path.valid() && lstat(path.get(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-// By its descriptor: what was looked at is what is entered.
+// These two by its descriptor: what was looked at is what is changed, or entered.
+int add_owner_mode(const char* name) {
+    const KernelPath path(name);
+    const OpenFile entry(path.valid() ? ::open(path.get(), O_PATH | O_NOFOLLOW | O_CLOEXEC) : -1);
+    struct stat status;
+    if (!entry.valid() || fstat(entry.get(), &status) != 0) return fail();
+    if (S_ISLNK(status.st_mode)) return fail(ELOOP);
+    constexpr mode_t all = 07777;
+    const mode_t mode = (status.st_mode & all) | S_IRUSR | S_IWUSR;
+    return chmod(OpenPath(entry.get()).text, mode) == 0 ? 0 : fail();
+}
+
 int enter_folder(const char* name) {
     const KernelPath path(name);
     constexpr int flags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
