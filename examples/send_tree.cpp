@@ -5,7 +5,8 @@
 //
 // The sender first sends a list of its files with their sizes and times, then the tree. The
 // receiver gives the files their times, compares what it has with the list, and tells the sender
-// what came of it. The exchange of trees itself carries neither times nor a way back.
+// what came of it. The exchange of trees itself carries neither times nor a way back. FOLDER is
+// made, or empty: so all that is in it has come, and no link that was there leads out of it.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -169,6 +170,7 @@ int take_tree(const Socket& socket) {
 
 int receive(std::string folder, const char* port_file) {
     int32_t port = 0;
+    if (ORVEX_IsDirEmpty(folder.c_str()) != 1) return fail("The folder isn't empty.");
     g_glbsockopt.nServerRecvTimeOut = kPatience;
     const Socket listener(listen_somewhere(&port));
     if (!listener.valid() || !tell_port(port, port_file)) return fail("No port to listen at.");
