@@ -1,7 +1,7 @@
 // A folder goes to another program, with all that is in it.
 //
-//     send_tree receive FOLDER [PORTFILE]   prints its port, or writes it to PORTFILE; takes one
-//     tree send_tree send FOLDER PORT
+//     send_tree receive FOLDER [PORTFILE]   prints its port, or writes it there; takes one tree
+//     send_tree send FOLDER PORT
 //
 // The sender first sends a list of its files with their sizes and times, then the tree. The
 // receiver gives the files their times, compares what it has with the list, and tells the sender

@@ -120,8 +120,8 @@ MOLTE_API int32_t NET_ORVEX_FTP_ACTION_COPYGET(OXSOCKET hSocket, void* pBuf);
 
 /*
  * Sends a command, and a text with its terminator as its payload, unless it is null; the length of
- * that is put into the record. 1, WHATEVER COMES OF IT; a failure is reported. Reading such a
- * payload is up to programs.
+ * that is put into the record. 1, WHATEVER COMES OF IT; a failure is reported, as is a text of
+ * 2 GiB, of which nothing is sent (50). Reading such a payload is up to programs.
  */
 MOLTE_API int32_t NET_ORVEX_FTP_SendCmd(OXSOCKET hSocket, FTP_CMDREC* pCommand,
                                         const char* pszText);

@@ -57,10 +57,16 @@ int add_owner_mode(const char* name) {
     return -1;
 }
 
+// While it is open nobody can put a link in its place.
 int enter_folder(const char* name) {
-    if (!is_link(name)) return _chdir(name);
-    errno = ENOTDIR;
-    return -1;
+    const HANDLE folder =
+        CreateFileA(name, FILE_LIST_DIRECTORY, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const bool link = is_link(name);
+    const int result = link ? -1 : _chdir(name);
+    if (link) errno = ENOTDIR;
+    if (folder != INVALID_HANDLE_VALUE) CloseHandle(folder);
+    return result;
 }
 
 int create_entry(const char* name, int permission) {

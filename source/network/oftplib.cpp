@@ -179,9 +179,13 @@ int32_t NET_ORVEX_FTP_ACTION_COPYPUT(OXSOCKET hSocket, void* pBuf, int32_t nBufS
 }
 
 int32_t NET_ORVEX_FTP_SendCmd(OXSOCKET hSocket, FTP_CMDREC* pCommand, const char* pszText) {
-    const auto size = pszText != nullptr ? static_cast<int32_t>(std::strlen(pszText)) + 1 : 0;
+    const size_t size = pszText != nullptr ? std::strlen(pszText) + 1 : 0;
+    if (size > INT32_MAX) {
+        kModule.fail(here(), kBadArgument);
+        return 1;
+    }
     uint4ToChar4(static_cast<uint32_t>(size), pCommand->nPayloadLen);
     send(hSocket, pCommand, sizeof *pCommand);
-    if (size > 0) send(hSocket, pszText, size);
+    if (size > 0) send(hSocket, pszText, static_cast<int32_t>(size));
     return 1;
 }
