@@ -112,12 +112,14 @@ inline int32_t Walk::go_on() {
 int32_t find(Walk& walk, const char* name) {
     const size_t length = strnlen(name, kNameSize + 1);
     const size_t compared = std::min(length + 1, kNameSize);
+    const auto has_name = [&](const MOLTE_ITEMHEAD& item) {
+        return length <= kNameSize && std::memcmp(item.szName, name, compared) == 0;
+    };
     Walk at = walk;  // in registers
     int32_t result;
     do {
         result = at.go_on();
-    } while (result > 0 &&
-             (length > kNameSize || std::memcmp(at.item->szName, name, compared) != 0));
+    } while (result > 0 && !has_name(*at.item));
     walk = at;
     return result;
 }

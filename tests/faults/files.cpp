@@ -5,7 +5,7 @@
 
 #include "faults.h"
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 namespace {
 
