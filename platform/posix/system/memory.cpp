@@ -43,11 +43,12 @@ void* zeroed_block(size_t size) {
     const auto page = static_cast<size_t>(getpagesize());
     const size_t head = (page - reinterpret_cast<uintptr_t>(block) % page) % page;
     const size_t pages = (size - head) / page * page;
+    std::uint8_t* const first = block + head;
     const int before = errno;
-    const bool given_back = madvise(block + head, pages, MADV_DONTNEED) == 0;
+    if (madvise(first, pages, MADV_DONTNEED) != 0) std::memset(first, 0, pages);
     errno = before;
-    std::memset(block, 0, given_back ? head : size);
-    if (given_back) std::memset(block + head + pages, 0, size - head - pages);
+    std::memset(block, 0, head);
+    std::memset(first + pages, 0, size - head - pages);
     return block;
 }
 
