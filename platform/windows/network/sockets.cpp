@@ -61,20 +61,25 @@ std::int64_t now() {
     return whole * kSecond + ticks.QuadPart % frequency.QuadPart * kSecond / frequency.QuadPart;
 }
 
-bool is_open(SOCKET socket) {
+// 0 for a number that is no open socket.
+int type_of(SOCKET socket) {
     int type = 0;
     int size = sizeof type;
-    return ::getsockopt(socket, SOL_SOCKET, SO_TYPE, reinterpret_cast<char*>(&type), &size) == 0;
+    char* const value = reinterpret_cast<char*>(&type);
+    return ::getsockopt(socket, SOL_SOCKET, SO_TYPE, value, &size) == 0 ? type : 0;
+}
+
+bool is_open(SOCKET socket) {
+    return type_of(socket) != 0;
 }
 
 // Whether reading a socket of datagrams fails because it is shut. It peeks, and takes it back when
 // that would have to wait.
 bool is_shut(SOCKET socket) {
-    int type = SOCK_STREAM;
-    int type_size = sizeof type;
-    ::getsockopt(socket, SOL_SOCKET, SO_TYPE, reinterpret_cast<char*>(&type), &type_size);
+    const int type = type_of(socket);
+    if (type == 0 || type == SOCK_STREAM) return false;
     WSAOVERLAPPED later{};
-    later.hEvent = type != SOCK_STREAM ? WSACreateEvent() : nullptr;
+    later.hEvent = WSACreateEvent();
     if (later.hEvent == nullptr) return false;
     char byte = 0;
     WSABUF buffer = {1, &byte};
