@@ -96,8 +96,11 @@ class LargeMessage : public testing::Test {
     bool stops_ = false;               // behind them
 
  private:
-    static int32_t keep(uint32_t, void* own, int32_t, Text text, int32_t) {
+    static int32_t keep(uint32_t mask, void* own, int32_t, Text text, int32_t) {
         auto& test = *static_cast<LargeMessage*>(own);
+        const bool failure = std::string(text).starts_with(" large recv failed");
+        const uint32_t added = OXMSG_OUTER | OXMSG_INFO | OXMSG_ERROR_TEXT;
+        EXPECT_EQ(mask, failure ? 114696 | added : 33168U) << text;
         unsigned number = 0;
         unsigned long long message = 0;
         if (std::sscanf(text, "init a new packet. %u. %llu\n", &number, &message) == 2) {
@@ -154,12 +157,11 @@ TEST_F(LargeMessage, HeadsOfOthers) {
     }
     send("");
     send(good.substr(0, 64));
-    std::string reserved = good;
-    reserved.replace(52, 4, "\xFF\xFF\xFF\xFF");
-    send(reserved);
+    std::string reserved_and_number = good;
+    send(reserved_and_number.replace(52, 12, 12, '\xFF'));
     texts_.clear();
     EXPECT_EQ(receive(), "a");
-    EXPECT_EQ(texts_, "packet is invalid\npacket is invalid\ninit 65\n");
+    EXPECT_EQ(texts_, "packet is invalid\npacket is invalid\ninit 18446744073709551615\n");
 }
 
 TEST_F(LargeMessage, ListOfLostPacketsEndsInItsBuffer) {
@@ -173,6 +175,21 @@ TEST_F(LargeMessage, ListOfLostPacketsEndsInItsBuffer) {
         list += number;
     }
     EXPECT_EQ(texts_, "init 65\nlost packet=" + list + "\ninit 66\n");
+}
+
+TEST_F(LargeMessage, WhatNoPacketFillsIsZeroInUsedMemoryToo) {
+    constexpr uint32_t total = (2 << 20) + 5;
+    constexpr uint32_t count = 65;
+    for (int round = 0; round < 4; ++round) {
+        for (uint32_t i = 0; i < count; ++i) send(datagram('A', total, count, i, 5000 * i, "x"));
+        std::string message = receive();
+        EXPECT_EQ(message.size(), total);
+        EXPECT_EQ(std::count(message.begin(), message.end(), '\0'), total - count) << round;
+        message.assign(total, 'y');
+        void* const used = ORVEX_release_malloc(total);
+        std::memset(used, 'y', total);
+        ORVEX_free(used);
+    }
 }
 
 TEST_F(LargeMessage, OnTheWire) {
@@ -227,7 +244,9 @@ TEST_F(LargeMessage, Failures) {
     send(datagram('A', 2, 2, 1, 1, "x"));
     texts_.clear();
     stops_ = true;
+    const auto begin = steady_clock::now();
     receive();
+    EXPECT_GE(steady_clock::now() - begin, milliseconds(990));
     EXPECT_EQ(result_, -1);
     const Text stopped =
         "init 65\nwait data time out\nTotal packet=2 received=1\n large recv failed";
