@@ -44,12 +44,6 @@ bool is_entry_name(const char* name) {
     return !is_device(text.substr(0, text.find(L'.')));
 }
 
-bool is_link(const char* name) {
-    const DWORD attributes = GetFileAttributesA(name);
-    return attributes != INVALID_FILE_ATTRIBUTES &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
 // A link that came just now would be changed itself.
 int add_owner_mode(const char* name) {
     if (!is_link(name)) return _chmod(name, _S_IREAD | _S_IWRITE);

@@ -9,7 +9,7 @@
 #include "moltelib/error.h"
 #include "moltelib/socket.h"
 #include "network/oftpbase.h"
-#include "platform/entries.h"
+#include "platform/files.h"
 
 using molte::here;
 using molte::kBadArgument;

@@ -9,9 +9,6 @@ namespace platform {
 // ends in a dot or a blank, which would be cut, nor names a device ("nul.txt").
 bool is_entry_name(const char* name);
 
-// Whether an entry is a link itself; no for one that can't be looked at.
-bool is_link(const char* name);
-
 // Lets its owner read and write an entry, but not by way of a link: ELOOP.
 int add_owner_mode(const char* name);
 

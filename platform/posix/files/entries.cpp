@@ -17,12 +17,6 @@ bool is_entry_name(const char* name) {
            last_separator(name) == nullptr;
 }
 
-bool is_link(const char* name) {
-    const KernelPath path(name);
-    struct stat status;
-    return path.valid() && lstat(path.get(), &status) == 0 && S_ISLNK(status.st_mode);
-}
-
 // These two by its descriptor: what was looked at is what is changed, or entered.
 int add_owner_mode(const char* name) {
     const KernelPath path(name);
