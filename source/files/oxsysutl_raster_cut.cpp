@@ -5,10 +5,6 @@
 
 #include "files/oxsysutl_raster.h"
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace molte {
 
 namespace {
@@ -70,85 +66,8 @@ uint8_t low_byte(double mixed) {
     return static_cast<uint8_t>(static_cast<int32_t>(mixed));
 }
 
-#if defined(__x86_64__)
-
-#define MOLTE_AVX2 [[gnu::target("avx2"), gnu::always_inline]] inline
-
-// A pixel and its right neighbour in the low bytes of a number.
-MOLTE_AVX2 __m128i pair_at(const uint8_t* at) {
-    int32_t pair;
-    std::memcpy(&pair, at, sizeof pair);
-    return _mm_cvtsi32_si128(pair);
-}
-
-// Four of them. Moves of their own are quicker than the processor's gathering.
-MOLTE_AVX2 __m128i pairs_at(const uint8_t* source, const int64_t (&places)[4]) {
-    return _mm_unpacklo_epi64(
-        _mm_unpacklo_epi32(pair_at(source + places[0]), pair_at(source + places[1])),
-        _mm_unpacklo_epi32(pair_at(source + places[2]), pair_at(source + places[3])));
-}
-MOLTE_AVX2 __m256d first_of(__m128i pairs) {
-    return _mm256_cvtepi32_pd(_mm_and_si128(pairs, _mm_set1_epi32(0xFF)));
-}
-MOLTE_AVX2 __m256d second_of(__m128i pairs) {
-    return _mm256_cvtepi32_pd(_mm_and_si128(_mm_srli_epi32(pairs, 8), _mm_set1_epi32(0xFF)));
-}
-
-// Four target bytes at a time, each sum and product of mix_pixels_plainly in its order. Where it
-// would read behind the source, the plain one takes over.
-[[gnu::target("avx2")]] int32_t mix_by_fours(const TurnedCut& cut, double v, int32_t begin,
-                                             int32_t end, uint8_t* row) {
-    const __m256d cosine = _mm256_set1_pd(cut.cosine);
-    const __m256d sine = _mm256_set1_pd(cut.sine);
-    const __m256d v_cosine = _mm256_set1_pd(v * cut.cosine);
-    const __m256d v_sine = _mm256_set1_pd(v * cut.sine);
-    const __m256d origin_x = _mm256_set1_pd(cut.x);
-    const __m256d origin_y = _mm256_set1_pd(cut.y);
-    const __m256i width = _mm256_set1_epi64x(cut.width);
-    const __m256i most = _mm256_set1_epi64x((cut.height - 1) * cut.width - 4);
-    const __m256d one = _mm256_set1_pd(1);
-    const uint8_t* const source = cut.source;
-    const int64_t row_size = cut.width;
-    const __m128i low_bytes = _mm_set1_epi32(0x0C080400);
-    __m256d u = _mm256_add_pd(_mm256_set1_pd(cut.x + begin), _mm256_setr_pd(0, 1, 2, 3));
-    int32_t column = begin;
-    for (; column + 4 <= end; column += 4, u = _mm256_add_pd(u, _mm256_set1_pd(4))) {
-        const __m256d x = _mm256_add_pd(_mm256_add_pd(_mm256_mul_pd(u, cosine), v_sine), origin_x);
-        const __m256d y = _mm256_add_pd(_mm256_sub_pd(v_cosine, _mm256_mul_pd(u, sine)), origin_y);
-        const __m128i left = _mm256_cvttpd_epi32(x);
-        const __m128i top = _mm256_cvttpd_epi32(y);
-        const __m256i places = _mm256_add_epi64(_mm256_mul_epu32(_mm256_cvtepu32_epi64(top), width),
-                                                _mm256_cvtepu32_epi64(left));
-        if (_mm256_movemask_epi8(_mm256_cmpgt_epi64(places, most)) != 0) {
-            mix_pixels_plainly(cut, v, column, column + 4, row);
-            continue;
-        }
-        alignas(32) int64_t place[4];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(place), places);
-        const __m128i upper = pairs_at(source, place);
-        const __m128i lower = pairs_at(source + row_size, place);
-        const __m256d part_x = _mm256_sub_pd(x, _mm256_cvtepi32_pd(left));
-        const __m256d part_y = _mm256_sub_pd(y, _mm256_cvtepi32_pd(top));
-        const __m256d rest_x = _mm256_sub_pd(one, part_x);
-        const __m256d rest_y = _mm256_sub_pd(one, part_y);
-        const __m256d above = _mm256_add_pd(_mm256_mul_pd(first_of(upper), rest_x),
-                                            _mm256_mul_pd(second_of(upper), part_x));
-        const __m256d below = _mm256_add_pd(_mm256_mul_pd(second_of(lower), part_x),
-                                            _mm256_mul_pd(first_of(lower), rest_x));
-        const __m128i mixed = _mm256_cvttpd_epi32(
-            _mm256_add_pd(_mm256_mul_pd(above, rest_y), _mm256_mul_pd(below, part_y)));
-        const int32_t bytes = _mm_cvtsi128_si32(_mm_shuffle_epi8(mixed, low_bytes));
-        std::memcpy(row + column, &bytes, sizeof bytes);
-    }
-    _mm256_zeroupper();  // else all that follows is slowed
-    return column;
-}
-
-#endif
-
-}  // namespace
-
-void mix_pixels_plainly(const TurnedCut& cut, double v, int32_t begin, int32_t end, uint8_t* row) {
+// The target pixels [begin, end) of the row at v, all of whose places lie in the source.
+void mix_one_by_one(const TurnedCut& cut, double v, int32_t begin, int32_t end, uint8_t* row) {
     const int64_t size = cut.width * cut.height;
     // Behind the last column is the next row, behind the last row nothing.
     const auto pixel = [&](int64_t index) {
@@ -157,28 +76,69 @@ void mix_pixels_plainly(const TurnedCut& cut, double v, int32_t begin, int32_t e
     for (int32_t column = begin; column < end; ++column) {
         const double x = place_x(cut, cut.x + column, v);
         const double y = place_y(cut, cut.x + column, v);
-        const auto left = static_cast<int64_t>(x);
-        const auto top = static_cast<int64_t>(y);
+        const auto left = static_cast<int32_t>(x);
+        const auto top = static_cast<int32_t>(y);
         const int64_t at = top * cut.width + left;
-        row[column] =
-            low_byte(mix(pixel(at), pixel(at + 1), pixel(at + cut.width), pixel(at + cut.width + 1),
-                         x - static_cast<double>(left), y - static_cast<double>(top)));
+        row[column] = low_byte(mix(pixel(at), pixel(at + 1), pixel(at + cut.width),
+                                   pixel(at + cut.width + 1), x - left, y - top));
     }
 }
 
-void mix_pixels(const TurnedCut& cut, double v, int32_t begin, int32_t end, uint8_t* row) {
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") != 0) begin = mix_by_fours(cut, v, begin, end, row);
-#endif
-    mix_pixels_plainly(cut, v, begin, end, row);
+// A pixel in the low byte, its right neighbour in the next.
+int32_t pair_at(const uint8_t* at) {
+    uint16_t pair;
+    std::memcpy(&pair, at, sizeof pair);
+    return pair;
 }
 
-void cut_turned(const TurnedCut& cut, uint8_t* target, int32_t width, int32_t height,
-                MixPixels mix) {
+constexpr int32_t kPortion = 32;
+
+// The same, as long as there are kPortion of them in short loops: the compiler does these with
+// vectors, but for the one that loads.
+void mix_pixels(const TurnedCut& cut, double v, int32_t begin, int32_t end, uint8_t* row) {
+    const uint8_t* const second_row = cut.source + cut.width;
+    double u[kPortion];
+    for (int i = 0; i < kPortion; ++i) u[i] = cut.x + begin + i;
+    for (; end - begin >= kPortion; begin += kPortion) {
+        double part_x[kPortion];
+        double part_y[kPortion];
+        int32_t left[kPortion];
+        int32_t top[kPortion];
+        for (int i = 0; i < kPortion; ++i) {
+            const double x = place_x(cut, u[i], v);
+            const double y = place_y(cut, u[i], v);
+            u[i] += kPortion;
+            left[i] = static_cast<int32_t>(x);
+            top[i] = static_cast<int32_t>(y);
+            part_x[i] = x - left[i];
+            part_y[i] = y - top[i];
+        }
+        if (std::max(top[0], top[kPortion - 1]) >= cut.height - 2) {
+            mix_one_by_one(cut, v, begin, begin + kPortion, row);  // neighbours behind the source
+            continue;
+        }
+        int32_t upper[kPortion];
+        int32_t lower[kPortion];
+        for (int i = 0; i < kPortion; ++i) {
+            const int64_t at = top[i] * cut.width + left[i];
+            upper[i] = pair_at(cut.source + at);
+            lower[i] = pair_at(second_row + at);
+        }
+        for (int i = 0; i < kPortion; ++i) {
+            row[begin + i] = low_byte(mix(upper[i] & 0xFF, upper[i] >> 8, lower[i] & 0xFF,
+                                          lower[i] >> 8, part_x[i], part_y[i]));
+        }
+    }
+    mix_one_by_one(cut, v, begin, end, row);
+}
+
+}  // namespace
+
+void cut_turned(const TurnedCut& cut, uint8_t* target, int32_t width, int32_t height) {
     for (int32_t j = 0; j < height; ++j) {
         const double v = cut.y + j;
         const Range inside = columns_inside(cut, v, width);
-        mix(cut, v, inside.begin, inside.end, target + int64_t{j} * width);
+        mix_pixels(cut, v, inside.begin, inside.end, target + int64_t{j} * width);
     }
 }
 
