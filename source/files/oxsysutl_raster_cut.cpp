@@ -135,6 +135,7 @@ void mix_pixels(const TurnedCut& cut, double v, int32_t begin, int32_t end, uint
 }  // namespace
 
 void cut_turned(const TurnedCut& cut, uint8_t* target, int32_t width, int32_t height) {
+    if (cut.width < 1 || cut.height < 1) return;
     for (int32_t j = 0; j < height; ++j) {
         const double v = cut.y + j;
         const Range inside = columns_inside(cut, v, width);

@@ -204,6 +204,13 @@ TEST(Raster, NoPixelsAreNoFailure) {
     EXPECT_EQ(MOLTE_UTIL_RotateCutInDeg(&byte, 1, 1, &byte, -1, 1, 33, 0, 0, 0, 0, 7), 1);
     EXPECT_EQ(MOLTE_UTIL_RectCut(&byte, 1, 1, &byte, 0, 1, 0, 0), 1);
     EXPECT_EQ(byte, 5);
+    for (const auto& [width, height, angle] : {std::tuple(90, 0, 1), {0, 90, 89}}) {
+        Bytes target(90 * 90);
+        EXPECT_EQ(MOLTE_UTIL_RotateCutInDeg(&byte, width, height, target.data(), 90, 90, angle, 0,
+                                            0, 0, 0, 9),
+                  1);
+        EXPECT_EQ(target, Bytes(90 * 90, 9));
+    }
 }
 
 }  // namespace
