@@ -218,6 +218,27 @@ TEST_F(Bitmap, WhatCantBeSaved) {
 #endif
 }
 
+TEST_F(Bitmap, AFileIsItsOwnersAndOneMarkedReadOnlyStopsNobody) {
+    const auto mode = [&] { return static_cast<int>(fs::status(path_).permissions()); };
+#if defined(_WIN32)
+    constexpr int kSeen = 0200, kNew = 0200, kAdded = 0200;
+#else
+    constexpr int kSeen = 0777, kNew = 0600, kAdded = 0640;
+#endif
+    Image image;
+    EXPECT_EQ(ORVEX_SaveDataAsBMP(path_.c_str(), "abc", 1, 1, 24), 1);
+    EXPECT_EQ(mode() & kSeen, kNew);
+    fs::permissions(path_, fs::perms::group_read);
+    ASSERT_EQ(ORVEX_LoadBMPFromFile(path_.c_str(), &image), 1);
+    EXPECT_EQ(mode() & kSeen, kAdded);
+    fs::permissions(path_, fs::perms::group_read);
+    EXPECT_EQ(ORVEX_SaveBMPToFile(path_.c_str(), &image), 1);
+    EXPECT_EQ(mode() & kSeen, kAdded);
+    fs::remove(path_);
+    EXPECT_EQ(ORVEX_SaveBMPToFile(path_.c_str(), &image), 1);
+    EXPECT_EQ(mode() & kSeen, kNew);
+}
+
 // Those of fuzz/corpus are by ImageMagick and netpbm, of one picture.
 TEST_F(Bitmap, FilesOfOtherPrograms) {
     std::string expected;
