@@ -50,7 +50,7 @@ void try_input(std::string_view input) {
                 NOBF_InsertToLink(file, &object.stObject, where, block, 256);
                 break;
             case 2:
-                NOBF_FreeBlock(&object, block);
+                NOBF_FreeBlock(&object.stObject, block);
                 break;
             default:
                 NOBF_RemoveFromLink(file, &object.stObject, block, 256);

@@ -52,11 +52,11 @@ static_assert(offsetof(NOBF_MEMOBJECT, pFile) == 128, "the pointer stands behind
 
 /* ---- Records ---- */
 
-/* Fills a head; 1. */
-MOLTE_API int32_t NOBF_InitFileHead(NOBF_FILEHEAD* pHead);
+/* Fills a head (NOBF_FILEHEAD), with which a map begins; 1. */
+MOLTE_API int32_t NOBF_InitFileHead(void* pHead);
 
 /* 1 if size and magic are right, else 0 with error 302. */
-MOLTE_API int32_t NOBF_IsValidFileHead(const NOBF_FILEHEAD* pHead);
+MOLTE_API int32_t NOBF_IsValidFileHead(const void* pHead);
 
 /* Makes an empty chain; 1. A name, which may be null, is cut to 39 bytes. */
 MOLTE_API int32_t NOBF_InitNamedObject(NOBF_OBJECT* pObject, const char* pszName);
@@ -132,11 +132,12 @@ MOLTE_API int32_t NOBF_InsertToLink(NOBF_FILE* pFile, NOBF_OBJECT* pObject, int3
 
 /*
  * Moves the first free block to the end of the object's chain, and a block of it to the end of the
- * free ones; 1. Both objects are stored AT POSITION 0, OVER THE HEAD OF THE FILE. Without a free
- * block NOBF_Expand is called first, with all that it does; when there is none then, error 295.
+ * free ones; 1. The object is that of a NOBF_MEMOBJECT: ITS pFile IS READ BEHIND IT. Both objects
+ * are stored AT POSITION 0, OVER THE HEAD OF THE FILE. Without a free block NOBF_Expand is called
+ * first, with all that it does; when there is none then, error 295.
  */
-MOLTE_API int32_t NOBF_AllocBlock(NOBF_MEMOBJECT* pObject);
-MOLTE_API int32_t NOBF_FreeBlock(NOBF_MEMOBJECT* pObject, int32_t nBlock);
+MOLTE_API int32_t NOBF_AllocBlock(NOBF_OBJECT* pObject);
+MOLTE_API int32_t NOBF_FreeBlock(NOBF_OBJECT* pObject, int32_t nBlock);
 
 /* ---- Kept names that do nothing: 0, and 1 of the last ---- */
 

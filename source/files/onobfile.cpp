@@ -43,7 +43,15 @@ void put_number(int32_t number, uint8_t* field) {
 }
 
 bool is_open(const NOBF_FILE* file) {
-    return file != nullptr && file->pHandle != nullptr && file->pMap != nullptr;
+    return file != nullptr && file->pHandle != nullptr;
+}
+bool has_map(const NOBF_FILE* file) {
+    return is_open(file) && file->pMap != nullptr;
+}
+
+// The file of an object in memory.
+NOBF_FILE* file_of(NOBF_OBJECT* object) {
+    return object != nullptr ? reinterpret_cast<NOBF_MEMOBJECT*>(object)->pFile : nullptr;
 }
 
 int32_t fail_block_size(int32_t line, int32_t size) {
@@ -192,17 +200,19 @@ bool put_in(NOBF_FILE* file, NOBF_OBJECT* object, int32_t where, int32_t block, 
 
 }  // namespace
 
-int32_t NOBF_InitFileHead(NOBF_FILEHEAD* pHead) {
+int32_t NOBF_InitFileHead(void* pHead) {
     if (pHead == nullptr) return kModule.fail(here(), kBadArgument);
-    *pHead = {};
-    put_number(kHeadSize, pHead->nHeadSize);
-    std::memcpy(pHead->szMagic, kMagic, sizeof kMagic);
+    NOBF_FILEHEAD head{};
+    put_number(kHeadSize, head.nHeadSize);
+    std::memcpy(head.szMagic, kMagic, sizeof kMagic);
+    std::memcpy(pHead, &head, sizeof head);
     return 1;
 }
 
-int32_t NOBF_IsValidFileHead(const NOBF_FILEHEAD* pHead) {
-    if (pHead != nullptr && number_in(pHead->nHeadSize) == kHeadSize &&
-        std::memcmp(pHead->szMagic, kMagic, sizeof kMagic) == 0) {
+int32_t NOBF_IsValidFileHead(const void* pHead) {
+    const auto* head = static_cast<const NOBF_FILEHEAD*>(pHead);
+    if (head != nullptr && number_in(head->nHeadSize) == kHeadSize &&
+        std::memcmp(head->szMagic, kMagic, sizeof kMagic) == 0) {
         return 1;
     }
     kModule.fail(here(), kBadHead);
@@ -229,7 +239,7 @@ int32_t NOBF_InitFileMap(NOBF_MAP* pMap) {
 }
 
 int32_t NOBF_IsValidFileMap(const NOBF_MAP* pMap) {
-    return NOBF_IsValidFileHead(pMap != nullptr ? &pMap->stHead : nullptr);
+    return NOBF_IsValidFileHead(pMap);
 }
 
 int64_t NOBF_CalcBlockOffset(const NOBF_FILE* pFile, int32_t nIndex) {
@@ -291,7 +301,7 @@ int32_t NOBF_ReadBlockHead(NOBF_FILE* pFile, int32_t nIndex, NOBF_BLOCKHEAD* pHe
 }
 
 int32_t NOBF_Expand(NOBF_FILE* pFile, int32_t nBlocks) {
-    if (!is_open(pFile)) return kModule.fail(here(), kBadArgument);
+    if (!has_map(pFile)) return kModule.fail(here(), kBadArgument);
     const int64_t count = nBlocks < 1 ? kDefaultExpansion : nBlocks;
     const int64_t last = pFile->nBlockCount + count - 1;
     const int64_t added = count * pFile->nBlockSize;
@@ -320,31 +330,25 @@ int32_t NOBF_InsertToLink(NOBF_FILE* pFile, NOBF_OBJECT* pObject, int32_t nWhere
 
 // Objects are stored at position 0, over the head of the file. This is meant.
 
-int32_t NOBF_AllocBlock(NOBF_MEMOBJECT* pObject) {
-    if (pObject == nullptr || !is_open(pObject->pFile)) return kModule.fail(here(), kBadArgument);
-    NOBF_OBJECT& free_chain = pObject->pFile->pMap->stFree;
+int32_t NOBF_AllocBlock(NOBF_OBJECT* pObject) {
+    NOBF_FILE* const file = file_of(pObject);
+    if (!has_map(file)) return kModule.fail(here(), kBadArgument);
+    NOBF_OBJECT& free_chain = file->pMap->stFree;
     const auto is_empty = [&] { return number_in(free_chain.nFirstBlock) == kNone; };
-    if (is_empty()) NOBF_Expand(pObject->pFile, kDefaultExpansion);
+    if (is_empty()) NOBF_Expand(file, kDefaultExpansion);
     if (is_empty()) return kModule.fail(here(), kNoFreeBlock);
     const int32_t block = number_in(free_chain.nFirstBlock);
-    if (NOBF_RemoveFromLink(pObject->pFile, &free_chain, block, 0) < 0) {
-        return kModule.trace(here());
-    }
-    if (NOBF_InsertToLink(pObject->pFile, &pObject->stObject, -1, block, 0) < 0) {
-        return kModule.trace(here());
-    }
+    if (NOBF_RemoveFromLink(file, &free_chain, block, 0) < 0) return kModule.trace(here());
+    if (NOBF_InsertToLink(file, pObject, -1, block, 0) < 0) return kModule.trace(here());
     return 1;
 }
 
-int32_t NOBF_FreeBlock(NOBF_MEMOBJECT* pObject, int32_t nBlock) {
-    if (pObject == nullptr || !is_open(pObject->pFile)) return kModule.fail(here(), kBadArgument);
-    if (NOBF_RemoveFromLink(pObject->pFile, &pObject->stObject, nBlock, 0) < 0) {
-        return kModule.trace(here());
-    }
-    NOBF_OBJECT& free_chain = pObject->pFile->pMap->stFree;
-    if (NOBF_InsertToLink(pObject->pFile, &free_chain, -1, nBlock, 0) < 0) {
-        return kModule.trace(here());
-    }
+int32_t NOBF_FreeBlock(NOBF_OBJECT* pObject, int32_t nBlock) {
+    NOBF_FILE* const file = file_of(pObject);
+    if (!has_map(file)) return kModule.fail(here(), kBadArgument);
+    if (NOBF_RemoveFromLink(file, pObject, nBlock, 0) < 0) return kModule.trace(here());
+    NOBF_OBJECT& free_chain = file->pMap->stFree;
+    if (NOBF_InsertToLink(file, &free_chain, -1, nBlock, 0) < 0) return kModule.trace(here());
     return 1;
 }
 

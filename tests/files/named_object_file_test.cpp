@@ -133,6 +133,16 @@ TEST_F(NamedObjectFile, RecordsByteForByte) {
                   NOBF_DelNamedObject() + NOBF_GetNamedObject(),
               0);
     EXPECT_EQ(NOBF_Shrink(), 1);
+    uint8_t head[32];
+    NOBF_InitFileHead(head);
+    EXPECT_EQ(NOBF_IsValidFileHead(head), 1);
+    // A record of a program's own that needs no map.
+    NOBF_FILE file{ORVEX_HFILE_Open(name.c_str(), 0), nullptr, {}, 0, 0, 1024};
+    NOBF_BLOCKHEAD block{};
+    EXPECT_EQ(NOBF_SaveBlockHead(&file, 1, &block), 1);
+    EXPECT_EQ(NOBF_InsertToLink(&file, &record.object, -2, 1, 256), 1);
+    EXPECT_EQ(error_of(NOBF_Expand(&file, 1)), "50 onobfile");
+    NOBF_CloseFile(&file);
 }
 
 #if !defined(_WIN32)
@@ -182,7 +192,7 @@ CHILD_ROLE(expands) {
     tell_parent(outcome(NOBF_Expand(&file, 2)));
     NOBF_MEMOBJECT object{};
     object.pFile = &file;
-    tell_parent(outcome(NOBF_AllocBlock(&object)));
+    tell_parent(outcome(NOBF_AllocBlock(&object.stObject)));
     NOBF_CloseFile(&file);
     return 0;
 }
