@@ -17,13 +17,13 @@
  *
  * A package is untrusted: lengths are compared with what is left of the file, and an item that lies
  * about them is error 128. Nothing is extracted to a name that is absolute, begins with a drive or
- * has ".." between separators, nor through a symbolic link below the root: error 128 as well. To
- * extract, a root must not be empty.
+ * has ".." between separators, nor through a symbolic link below the root, nor over the package
+ * itself: error 128 as well. To extract, a root must not be empty.
  *
  * A failure is -1 with an error and a line in the history for each function that passes it on. A
  * null pointer that has no meaning told, or such a root, is error 50, a full name of 4400 bytes and
- * more error 124. A package has one writer, and nothing locks it. bFlag is passed on and never
- * looked at.
+ * more (of a package, or of a file whose content is packed, 256 and more) error 124. A package has
+ * one writer, and nothing locks it. bFlag is passed on and never looked at.
  *
  * Failures are reported under module "ofilepkg".
  */
@@ -68,7 +68,7 @@ MOLTE_API int32_t FILEPKG_BuildFileName(const char* pszRoot, const char* pszDir,
                                         const char* pszName, char* pszOut);
 MOLTE_API int32_t FILEPKG_BuildRelPath(const char* pszDir, const char* pszName, char* pszOut);
 
-/* The same of an item in memory (FILEPKG_ExtractIntoMemory), without a root; 0. */
+/* The same of an item in memory (FILEPKG_ExtractIntoMemory), without a root; ALWAYS 0. */
 MOLTE_API int32_t FILEPKG_UTIL_RelPathFileName(const uint8_t* pItem, char* pszOut);
 
 /* ---- Packing ---- */
@@ -91,11 +91,11 @@ MOLTE_API int32_t FILEPKG_GetFileInfo(const char* pszRoot, const char* pszDir, c
  * into *pItem; of a folder nothing, and pszSource may be null. What is neither file nor folder (a
  * pipe) has no content and isn't opened. A source that is read-only is made writable. 1.
  *
- * Errors: 128 for a package's or item's bad head, lengths that are not those of pszDir and pszName,
- * and a place below 128 or between two multiples of 8 that a trailing item's position would lead
- * to; 293 ("orgpos=%s") for a package whose length is no multiple of 8; 292 for a trailing item too
- * large for memory; 3 for a source that becomes shorter. After a failure the package has its old
- * length, and a trailing item stands where it was.
+ * Errors: 128 for a package's or item's bad head, lengths that are not those of pszDir and pszName
+ * (where the folder's is 0, pszDir isn't looked at), and a place below 128 or between two multiples
+ * of 8 that a trailing item's position would lead to; 293 ("orgpos=%s") for a package whose length
+ * is no multiple of 8; 292 for a trailing item too large for memory; 3 for a source that becomes
+ * shorter. After a failure the package has its old length, and a trailing item stands where it was.
  */
 MOLTE_API int32_t FILEPKG_AddInItem(ORVEX_HFILE* pPackage, FILEPKG_ITEM* pItem, const char* pszDir,
                                     const char* pszName, const char* pszSource);

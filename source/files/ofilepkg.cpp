@@ -72,8 +72,11 @@ class Reader {
             return nullptr;
         }
         near_ = parts.whole() <= kNear;
+        const FILEPKG_ITEM head = head_of(item);
         item = bytes(position, kItemSize + parts.texts());
-        if (item != nullptr) terminate(item);
+        if (item == nullptr) return nullptr;
+        std::memcpy(item, &head, sizeof head);  // the tested one, whatever has come there since
+        terminate(item);
         return item;
     }
 
@@ -198,9 +201,12 @@ int32_t FILEPKG_BuildRelPath(const char* pszDir, const char* pszName, char* pszO
 }
 
 int32_t FILEPKG_UTIL_RelPathFileName(const uint8_t* pItem, char* pszOut) {
-    if (pItem == nullptr) return kModule.fail(here(), kBadArgument);
-    FILEPKG_BuildRelPath(directory_of(pItem), name_of(pItem), pszOut);
-    return 0;
+    if (pItem == nullptr) {
+        kModule.fail(here(), kBadArgument);
+    } else {
+        FILEPKG_BuildRelPath(directory_of(pItem), name_of(pItem), pszOut);
+    }
+    return 0;  // whether it worked or not
 }
 
 int32_t FILEPKG_ExtractIntoMemory(ORVEX_HFILE* pPackage, int64_t nPos, uint8_t** ppItem,

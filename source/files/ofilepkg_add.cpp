@@ -27,9 +27,10 @@ struct Texts {
     const char* name;
 
     [[nodiscard]] size_t name_size() const { return std::strlen(name); }
+    // An item without a folder takes none of it.
     [[nodiscard]] bool are_those_of(const FILEPKG_ITEM& item) const {
         const Parts parts(item);
-        return parts.directory == static_cast<int64_t>(directory_size) &&
+        return (parts.directory == 0 || parts.directory == static_cast<int64_t>(directory_size)) &&
                parts.name == static_cast<int64_t>(name_size());
     }
 };
@@ -199,7 +200,9 @@ class Batch {
     // A file that can be opened as it is and has room in a piece: 1. 0 for any other, of which
     // nothing is done or told; -1.
     int32_t add_file(const char* full_name, const Texts& texts) {
-        if (!takes_pieces()) return 0;
+        // A longer name is refused where it is opened by itself; so it is here.
+        const bool is_short = std::strlen(full_name) < ORVEX_HFILE_NAME_SIZE;
+        if (!takes_pieces() || !is_short) return 0;
         struct _stat64 native {};
         const molte::Descriptor file(platform::open_to_read(full_name, &native));
         if (!file.valid() || (native.st_mode & _S_IFREG) == 0 ||

@@ -60,8 +60,10 @@ bool goes_through_link(const char* path, size_t root_size) {
     return false;
 }
 
-// The full name of an item; -1 for one that isn't to be extracted.
-int32_t name_item(ORVEX_HFILE* package, const char* root, const Parts& parts, Path* path) {
+// The full name of an item; -1 for one that isn't to be extracted. A folder without a name is the
+// root itself, or the folder it lies in.
+int32_t name_item(ORVEX_HFILE* package, const char* root, const FILEPKG_ITEM& item, Path* path) {
+    const Parts parts(item);
     auto texts = molte::allocate<char>(parts.texts());
     if (texts == nullptr) return kModule.trace(here());
     if (ORVEX_HFILE_Read(package, texts.get(), parts.texts()) != parts.texts()) {
@@ -71,7 +73,8 @@ int32_t name_item(ORVEX_HFILE* package, const char* root, const Parts& parts, Pa
     char* name = directory + parts.directory + 1;
     name[-1] = '\0';
     name[parts.name] = '\0';
-    if (name[0] == '\0' || !stays_below(directory) || !stays_below(name)) return fail_item(here());
+    if (!stays_below(directory) || !stays_below(name)) return fail_item(here());
+    if (item.bDirectory == 0 && name[0] == '\0') return fail_item(here());
     if (!build_path(path, root, directory, name)) return fail_path(here(), name);
     return goes_through_link(path->text(), std::strlen(root)) ? fail_item(here()) : 1;
 }
@@ -120,6 +123,8 @@ int32_t convert(ORVEX_HFILE* package, int64_t size, Path* path, FILEPKG_CONVERT 
 
 int32_t make_file(ORVEX_HFILE* package, const FILEPKG_ITEM& item, Path* path,
                   FILEPKG_CONVERT decompress) {
+    // Emptying the one would empty the other.
+    if (platform::is_file(package->fd, path->text())) return fail_item(here());
     const int64_t size = Parts(item).content;
     const int32_t made = item.bCompressed != 0 ? convert(package, size, path, decompress)
                                                : copy_start(package, size, path->text());
@@ -202,7 +207,7 @@ int32_t FILEPKG_ExtractItem(ORVEX_HFILE* pPackage, const char* pszRoot, int64_t 
         return kModule.fail(here(), kBadArgument);
     }
     Path path;
-    if (name_item(pPackage, pszRoot, Parts(*pItem), &path) < 0) return kModule.trace(here());
+    if (name_item(pPackage, pszRoot, *pItem, &path) < 0) return kModule.trace(here());
     const int32_t made = pItem->bDirectory != 0 ? ORVEX_DirCreateRecur(path.buffer(), 0)
                                                 : make_file(pPackage, *pItem, &path, pfnDecompress);
     return made > 0 ? 1 : kModule.trace(here());

@@ -212,10 +212,15 @@ TEST_F(FilePackage, ItemsByteForByte) {
     for (const auto& [directory, name, told] : rows) {
         EXPECT_EQ(told_of(FILEPKG_AddInItem(file, &built, directory, "n", name.c_str())), told);
     }
+    // An item without a folder takes none.
+    EXPECT_EQ(FILEPKG_GetFileInfo((folder_ / "d").c_str(), nullptr, "n", &built), 1);
+    EXPECT_EQ(FILEPKG_AddInItem(file, &built, "d", "n", source.c_str()), 1);
     ORVEX_HFILE_Close(&file);
-    EXPECT_EQ(read_bytes(package_), empty + expected + expected);
+    EXPECT_EQ(read_bytes(package_), empty + expected + expected +
+                                        with(item("", "n", "hello"), 32, expected.substr(32, 4)));
     char name[64];
     const auto* bytes = reinterpret_cast<const uint8_t*>(expected.data());
+    EXPECT_EQ(FILEPKG_UTIL_RelPathFileName(nullptr, name), 0);
     EXPECT_EQ(FILEPKG_UTIL_RelPathFileName(bytes, name), 0);
     EXPECT_EQ(FILEPKG_BuildFileName("r", name, "x", name + 8), 1);
     EXPECT_EQ(name + " "s + (name + 8), "d\\n r\\d\\n\\x");
@@ -248,6 +253,9 @@ TEST_F(FilePackage, WhatCannotBePackedLeavesThePackage) {
     fs::create_symlink("nowhere", folder_.path() / "d/z");
     EXPECT_EQ(told_of(pack("d")), "23 oxfileop " + root_ + "\\d\\z");
     EXPECT_TRUE(unpacked(read_bytes(package_)).contains("d\\"));
+    const std::string name(250, 'n');
+    folder_.write(name, "small");
+    EXPECT_EQ(told_of(pack(name)), "124 ofilehop " + (root_ + "\\" + name).substr(0, 144));
 #endif
 }
 
@@ -273,6 +281,8 @@ TEST_F(FilePackage, ExtractsTheStartOfThePackage) {
     EXPECT_EQ(read_bytes(out_ + "/d/e/n"), bytes.substr(0, 10));
     EXPECT_EQ(read_bytes(out_ + "/empty"), bytes);
     EXPECT_EQ(read_bytes(out_ + "/a..b.txt"), bytes.substr(0, 1));
+    // The root under no name.
+    EXPECT_EQ(extract(head() + folder_item("", "") + item("", "n", "1")), "1");
     // One alone, whose folder must be there.
     const std::string two = head() + item("no", "n", "1") + item("", "n", "22");
     const std::tuple<int64_t, std::string> rows[] = {{128, "7 ofilehop " + out_ + "\\no\\n"},
@@ -328,6 +338,11 @@ TEST_F(FilePackage, NothingLeavesTheRoot) {
     EXPECT_EQ(names_in(root), Texts{"\xFFx"});
 #endif
     EXPECT_EQ(names_in(folder_.path()), (Texts{"a.pkg", "out"}));
+    const std::string itself = head() + item("", "a.pkg", "evil");
+    folder_.write("a.pkg", itself);
+    EXPECT_EQ(FILEPKG_Extract(package_.c_str(), root_.c_str(), nullptr, nullptr, 0, nullptr, 0),
+              -1);
+    EXPECT_TRUE(read_bytes(package_) == itself);
 }
 
 TEST_F(FilePackage, ItemsThatLie) {
