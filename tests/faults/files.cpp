@@ -275,7 +275,8 @@ FAMILY(named_object_file) {
         object.pFile = &file;
         GIVES(NOBF_InsertToLink(&file, &object.stObject, 0, 1, 512),
               bytes_of("objects").substr(512 + 24, 6) == "object");
-        GIVES(NOBF_FreeBlock(&object.stObject, 1), bytes_of("objects").substr(2048 + 8, 1) == "\xFF");
+        GIVES(NOBF_FreeBlock(&object.stObject, 1),
+              bytes_of("objects").substr(2048 + 8, 1) == "\xFF");
     }
     RIGHT(FAULTY(NOBF_CloseFile(&file)) == 1 && file.pHandle == nullptr);
 }
