@@ -135,6 +135,8 @@ BOOL BitBlt(HDC memory, int x, int y, int width, int height, HDC screen, int scr
         !is_within(screen_y, height, GetDeviceCaps(screen, VERTRES))) {
         return refuse<BOOL>(ERROR_INVALID_PARAMETER);
     }
+    // A display that is known to be lost isn't asked: its library would unlock it twice.
+    if (tell_loss(source)) return FALSE;
     if (copy_screen(source.display, screen_x, screen_y, width, height, *bitmap, x, y)) return TRUE;
     if (!tell_loss(source)) SetLastError(ERROR_NOT_SUPPORTED);
     return FALSE;
