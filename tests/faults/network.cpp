@@ -152,21 +152,10 @@ FAMILY(app_connection) {
     ORVEX_SOCK_Close(listener);
 }
 
-// Another one's packet comes first, so that two messages are begun.
 FAMILY(large_message) {
     const OXSOCKET udp = ORVEX_SOCKUDP_ServerOpen(0);
     OXSOCKADDR address;
     ORVEX_SOCK_SetAddr(&address, 0x7F000001, port_of(udp));
-    struct {
-        MOLTE_UDPHEAD head;
-        char data;
-    } other;
-    MOLTE_UDPHEAD_Init(&other.head);
-    uint4ToChar4(2, other.head.nTotalLen);
-    uint4ToChar4(2, other.head.nPacketCount);
-    uint4ToChar4(1, other.head.nDataLen);
-    ORVEX_SOCKUDP_Send(udp, &other, sizeof other, 0, &address, sizeof address);
-
     const std::string sent(40'000, 'x');
     const auto size = static_cast<int32_t>(sent.size());
     if (DID(ORVEX_SOCKUDP_LargeSend(udp, sent.data(), size, &address, sizeof address, 1))) {
