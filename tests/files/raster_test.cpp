@@ -103,53 +103,38 @@ TEST(Raster, Mirrors) {
     }
 }
 
-TEST(Raster, CutsAtEachSide) {
-    const Source from{7, 5};
-    for (const auto& [width, height] : {std::pair(4, 3), {9, 11}, {1, 1}, {7, 5}}) {
-        for (int x = -12; x < 10; ++x) {
-            for (int y = -12; y < 10; ++y) {
-                Bytes target(static_cast<size_t>(width * height), 9);
-                const bool meets = x < 7 && y < 5 && x + width > 0 && y + height > 0;
-                EXPECT_EQ(
-                    MOLTE_UTIL_RectCut(from.bytes.data(), 7, 5, target.data(), width, height, x, y),
-                    meets ? 1 : 0);
-                EXPECT_EQ(target, image(width, height, [&, x, y](int i, int j) {
-                              return from.at_or(x + i, y + j, 9);
-                          }));
-            }
-        }
+// What 180 and 270 give is what a cut with exchanged sizes leaves, turned as it lies in memory.
+void check_cuts(const Source& from, int width, int height, int x, int y) {
+    Bytes target(static_cast<size_t>(width * height), 9);
+    const auto part = [&](int across, int down, int left, int top) {
+        return image(across, down, [&](int i, int j) { return from.at_or(left + i, top + j, 9); });
+    };
+    const auto reversed = [](Bytes bytes) { return Bytes(bytes.rbegin(), bytes.rend()); };
+    const bool meets = x < from.width && y < from.height && x + width > 0 && y + height > 0;
+    EXPECT_EQ(MOLTE_UTIL_RectCut(from.bytes.data(), from.width, from.height, target.data(), width,
+                                 height, x, y),
+              meets ? 1 : 0);
+    EXPECT_EQ(target, part(width, height, x, y));
+    for (const auto& [angle, expected] :
+         {std::pair(0, target),
+          {-270,
+           image(width, height, [&](int i, int j) { return from.at_or(x - 1 - j, y + i, 9); })},
+          {180, reversed(part(height, width, x - width, y - height))},
+          {270, reversed(part(height, width, x, y - width))}}) {
+        Bytes turned(target.size());
+        EXPECT_EQ(MOLTE_UTIL_RotateCutInDeg(from.bytes.data(), from.width, from.height,
+                                            turned.data(), width, height, angle, x, y, 0, 0, 9),
+                  1);
+        EXPECT_EQ(turned, expected) << angle << " " << x << " " << y;
     }
 }
 
-// What 180 and 270 give is what a cut with exchanged sizes leaves, turned as it lies in memory.
-TEST(Raster, CutsAtRightAngles) {
-    const Source from{9, 8};
-    for (const auto& size : {std::pair(4, 4), {5, 3}, {12, 2}}) {
-        const auto width = size.first, height = size.second;
-        for (const auto& place : {std::pair(3, 2), {-2, 6}, {11, 9}, {40, 1}, {-40, 0}}) {
-            const auto x = place.first, y = place.second;
-            const auto cut = [&](int angle) {
-                Bytes target(static_cast<size_t>(width * height));
-                EXPECT_EQ(MOLTE_UTIL_RotateCutInDeg(from.bytes.data(), 9, 8, target.data(), width,
-                                                    height, angle, x, y, 0, 0, 77),
-                          1);
-                return target;
-            };
-            const auto exchanged = [&](int left, int top) {
-                return image(height, width,
-                             [&](int i, int j) { return from.at_or(left + i, top + j, 77); });
-            };
-            EXPECT_EQ(cut(0), image(width, height,
-                                    [&](int i, int j) { return from.at_or(x + i, y + j, 77); }));
-            EXPECT_EQ(cut(-270), image(width, height, [&](int i, int j) {
-                          return from.at_or(x - 1 - j, y + i, 77);
-                      }));
-            Bytes turned = exchanged(x - width, y - height);
-            std::reverse(turned.begin(), turned.end());
-            EXPECT_EQ(cut(180), turned);
-            turned = exchanged(x, y - width);
-            std::reverse(turned.begin(), turned.end());
-            EXPECT_EQ(cut(270), turned);
+TEST(Raster, CutsAtEachSideAndRightAngle) {
+    const Source from{7, 5};
+    for (const auto& [width, height] :
+         {std::pair(4, 3), {9, 11}, {1, 1}, {7, 5}, {4, 4}, {12, 2}}) {
+        for (int x = -12; x < 20; ++x) {
+            for (int y = -12; y < 20; ++y) check_cuts(from, width, height, x, y);
         }
     }
 }
