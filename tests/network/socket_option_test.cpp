@@ -38,7 +38,6 @@ TEST_F(SocketOption, AnAcceptThatDoesNotWait) {
 [[maybe_unused]] const bool plays = play_scenes<SocketOption>(
     "SocketOption", TEST_ROWS,
     with_socket_steps({{"set", socket_step<ORVEX_SOCK_SetIntOption>},
-                       {"set_bytes", socket_step<ORVEX_SOCK_SetOption>},
                        {"get_number", socket_step<get_number>},
                        {"reuse", socket_step<ORVEX_SOCK_ReuseSocket>},
                        {"allow_broadcasts", socket_step<ORVEX_SOCK_SetCanBroadcast>},

@@ -1,5 +1,5 @@
-// Scenes of sockets. A step that opens one gives it a name; "$name" is then its number, ":name" its
-// port.
+// Scenes of sockets. A step that opens one gives it a name; "$name" is then its number, also when
+// it has been closed, ":name" its port.
 #pragma once
 
 #include "support/loopback.h"
@@ -30,7 +30,7 @@ std::string socket_step(const Texts& written) {
     return GetRvexErrNo() != 0 ? told + " " + system_error_name() : told;
 }
 
-// The name, and what opens it.
+// Behind the name, what opens it.
 template <auto call>
 std::string opening_step(const Texts& step) {
     std::string told = socket_step<call>({step.begin() + 1, step.end()});
@@ -60,7 +60,8 @@ inline const Calls socket_steps = {
     {"open_client", opening_step<ORVEX_SOCK_ClientOpen>},
     {"open_server", opening_step<ORVEX_SOCK_ServerOpenEx>},
     {"accept", opening_step<ORVEX_SOCK_Accept>},
-    {"set_address", step_of<ORVEX_SOCK_SetAddr>},
+    {"set_address", socket_step<ORVEX_SOCK_SetAddr>},
+    {"set_bytes", socket_step<ORVEX_SOCK_SetOption>},
     {"ioctl", socket_step<ORVEX_SOCK_Ioctl>},
     {"get", socket_step<ORVEX_SOCK_GetIntOption>},
     {"send", socket_step<ORVEX_SOCK_Send>},
@@ -68,7 +69,7 @@ inline const Calls socket_steps = {
     {"wait", socket_step<wait_to_read>},
     {"waiting", socket_step<ORVEX_SOCK_BufDataLen>},
     {"shutdown", socket_step<ORVEX_SOCK_Shutdown>},
-    {"close", [](const Texts& step) { return outcome(sockets.at(step[1]).close()); }}};
+    {"close", socket_step<ORVEX_SOCK_Close>}};
 
 inline Calls with_socket_steps(Calls own) {
     own.insert(socket_steps.begin(), socket_steps.end());

@@ -1,7 +1,7 @@
 #include "moltelib/socket.h"
 
+#include "network/socket_scenes.h"
 #include "support/asleep.h"
-#include "support/loopback.h"
 
 #if !defined(_WIN32)
 #include <fcntl.h>
@@ -35,11 +35,7 @@ void until_there(OXSOCKET socket, int32_t size) {
     while (ORVEX_SOCK_BufDataLen(socket) < size) std::this_thread::yield();
 }
 
-// The failure of a call that gives a socket or a number, and the system's error.
-template <typename Result>
-std::string failure(Result result) {
-    return error_of(result) + " " + system_error_name();
-}
+using Socket = Sockets;
 
 struct Passed {
     steady_clock::time_point begin = steady_clock::now();
@@ -49,22 +45,8 @@ struct Passed {
     }
 };
 
-TEST(Socket, BytesArriveInOrderBothWays) {
-    const Connection peers;
-    const std::string there = pattern(3'000'001);
-    const std::string back = pattern(777'777);
-    std::thread sender([&] {
-        EXPECT_EQ(ORVEX_SOCK_Send(peers.client, there.data(), size_of(there)), size_of(there));
-        EXPECT_EQ(received(peers.client, back.size()), back);
-    });
-    EXPECT_EQ(received(peers.server, there.size()), there);
-    EXPECT_EQ(ORVEX_SOCK_Send(peers.server, back.data(), size_of(back)), size_of(back));
-    sender.join();
-    EXPECT_EQ(nSockProgressPercent, 100);
-}
-
 // What is received is sent by the call that tells no progress of its own.
-TEST(Socket, ProgressStaysWhereATransferFails) {
+TEST_F(Socket, ProgressStaysWhereATransferFails) {
     const std::string bytes = pattern(500'000);
     std::string buffer = bytes;
     for (const auto& [total, sent, progress] :
@@ -83,24 +65,9 @@ TEST(Socket, ProgressStaysWhereATransferFails) {
         EXPECT_TRUE(error.starts_with(begin)) << error;
         EXPECT_EQ(nSockProgressPercent, progress);
     }
-
-    const Connection peers;
-    ORVEX_SOCK_Shutdown(peers.client, 1, 0);
-    for (const int32_t length : {0, -1}) {
-        EXPECT_EQ(ORVEX_SOCK_Send(peers.client, nullptr, length), 0);
-        EXPECT_EQ(ORVEX_SOCK_Recv(peers.client, nullptr, length), 0);
-    }
-    const std::string no_data = error_of(ORVEX_SOCK_Send(peers.client, nullptr, 5));
-    EXPECT_TRUE(no_data.starts_with("85 oxsockop send data error: Len=5 Pt=")) << no_data;
-    EXPECT_EQ(error_of(ORVEX_SOCK_Recv(peers.client, nullptr, 5)), "86 oxsockop");
-    EXPECT_EQ(nSockProgressPercent, 50);
-    const std::string late = error_of(ORVEX_SOCK_Send(peers.client, "abc", 3));
-    EXPECT_TRUE(late.starts_with("73 oxsockop Send error retval=-1 sent=0 total=3. ip=127.0.0.1"));
-    EXPECT_EQ(system_error_name(), "ESHUTDOWN");
-    EXPECT_EQ(nSockProgressPercent, 0);
 }
 
-TEST(Socket, ProgressOfShortPiecesEndsAt100) {
+TEST_F(Socket, ProgressOfShortPiecesEndsAt100) {
     const Connection peers;
     SleepingThread receiver([&] {
         char bytes[10];
@@ -117,7 +84,7 @@ TEST(Socket, ProgressOfShortPiecesEndsAt100) {
 }
 
 // One side waits for the other for some milliseconds, so that it has a speed.
-TEST(Socket, SpeedsOfWholeTransfers) {
+TEST_F(Socket, SpeedsOfWholeTransfers) {
     const Connection peers;
     EXPECT_EQ(ORVEX_SOCK_SetIntOption(peers.client, OXSOCK_SO_SNDBUF, 65536), 0);
     EXPECT_EQ(ORVEX_SOCK_SetIntOption(peers.server, OXSOCK_SO_RCVBUF, 65536), 0);
@@ -144,7 +111,7 @@ TEST(Socket, SpeedsOfWholeTransfers) {
     EXPECT_LT(g_glbsockopt.nMinRecvSpeed, 0);
 }
 
-TEST(Socket, TimeLimitsEndTransfersAndNoAccept) {
+TEST_F(Socket, TimeLimitsEndTransfersAndNoAccept) {
     g_glbsockopt = {};
     g_glbsockopt.nServerRecvTimeOut = 1;
     g_glbsockopt.nClientSendTimeOut = 7;
@@ -158,43 +125,14 @@ TEST(Socket, TimeLimitsEndTransfersAndNoAccept) {
     const OwnedSocket own(accepted);
     EXPECT_EQ(ORVEX_SOCK_GetIntOption(client, OXSOCK_SO_SNDTIMEO), 7000);
     EXPECT_EQ(ORVEX_SOCK_GetIntOption(client, OXSOCK_SO_RCVTIMEO), 0);
-    const Passed passed;
     char byte;
     EXPECT_EQ(ORVEX_SOCK_Recv(own, &byte, 1), -1);
     EXPECT_EQ(system_error_name(), "ETIMEDOUT");
-    EXPECT_TRUE(passed.between(900, 20'000));
 }
 
-TEST(Socket, OpensThatFail) {
-    const OwnedSocket bound(ORVEX_SOCK_OpenSocket());
-    EXPECT_EQ(ORVEX_SOCK_Bind(bound, kLoopback, -5), 1);
-    const int32_t port = port_of(bound);
-    EXPECT_GT(port, 0);
-    const std::string at = "IP=127.0.0.1 Port=";
-    EXPECT_EQ(failure(ORVEX_SOCK_ClientOpen("127.0.0.1", port)),
-              "82 oxsockop " + at + std::to_string(port) + " ECONNREFUSED");
-    EXPECT_EQ(failure(ORVEX_SOCK_ClientOpen("127.0.0.1", 65536 + port)),
-              "82 oxsockop " + at + std::to_string(65536 + port) + " EINVAL");
-    EXPECT_EQ(error_of(ORVEX_SOCK_ClientOpen("", 1)), "84 oxsockop");
-    EXPECT_EQ(error_of(ORVEX_SOCK_ClientOpenByIP(nullptr, 1)), "84 oxsockop");
-
-    const OwnedSocket listener(ORVEX_SOCK_ServerOpenEx(0, 0));
-    const std::string address = std::string("\x02\0", 2) +
-                                static_cast<char>(port_of(listener) >> 8) +
-                                static_cast<char>(port_of(listener)) + std::string(12, '\0');
-    EXPECT_EQ(failure(ORVEX_SOCK_ServerOpenEx(port_of(listener), 0)),
-              "76 oxsockop " + address + " EADDRINUSE");
-    EXPECT_EQ(error_number_of(ORVEX_SOCK_ServerOpen(65536)), 76U);
-    EXPECT_EQ(failure(ORVEX_SOCK_Socket(99, 1, 0)), "80 oxsockop EAFNOSUPPORT");
-    EXPECT_EQ(ORVEX_SOCK_Accept(OXSOCKET_INVALID), OXSOCKET_INVALID);
-    EXPECT_EQ(system_error_name(), "ENOTSOCK");
-    EXPECT_EQ(failure(ORVEX_SOCK_Accept(bound)), "78 oxsockop EINVAL");
-}
-
-TEST(Socket, PeersAreKnown) {
+TEST_F(Socket, PeersAreKnown) {
     const OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
-    const uint32_t ip = loopback_address(listener).nNetIP;
-    const OwnedSocket client(ORVEX_SOCK_ClientOpenByIP(&ip, port_of(listener)));
+    const OwnedSocket client(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener)));
     OXSOCKADDR peer{};
     int32_t small = 8;
     EXPECT_EQ(error_number_of(ORVEX_SOCK_AcceptPeer(listener, &peer, &small)), 78U);
@@ -204,25 +142,7 @@ TEST(Socket, PeersAreKnown) {
     EXPECT_EQ(error_number_of(ORVEX_SOCK_Accept(own)), 78U);  // at once
 }
 
-TEST(Socket, ClosesAndEnds) {
-    Connection peers;
-    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 0), 0);
-    EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "a", 1), 1);
-    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 0, 1), 1);
-    char byte;
-    EXPECT_EQ(ORVEX_SOCK_Recv(peers.client, &byte, 1), -1);
-    EXPECT_EQ(system_error_name(), "ESHUTDOWN");
-    EXPECT_EQ(ORVEX_SOCK_Shutdown(peers.client, 1, 1), 1);
-    EXPECT_EQ(ORVEX_SOCK_Close(OXSOCKET_INVALID), 0);
-    EXPECT_EQ(ORVEX_SOCK_CloseEx(OXSOCKET_INVALID, 1), 0);
-    const OXSOCKET closed = peers.client;
-    EXPECT_EQ(peers.client.close(), 1);
-    EXPECT_EQ(error_of(ORVEX_SOCK_Close(closed)), "72 oxsockop");
-    EXPECT_EQ(error_of(ORVEX_SOCK_Shutdown(closed, 1, 1)), "83 oxsockop");
-    EXPECT_EQ(system_error_name(), "ENOTSOCK");
-}
-
-TEST(Socket, CarefulCloseTakesASecondAtMost) {
+TEST_F(Socket, CarefulCloseTakesASecondAtMost) {
     Connection silent;
     const Passed first;
     EXPECT_EQ(ORVEX_SOCK_CloseEx(silent.server.release(), 1), 1);
@@ -252,7 +172,7 @@ TEST(Socket, CarefulCloseTakesASecondAtMost) {
     EXPECT_TRUE(third.between(0, 900));
 }
 
-TEST(Socket, WaitsForOneOfMany) {
+TEST_F(Socket, WaitsForOneOfMany) {
     std::vector<OwnedSocket> sockets;
     std::vector<OXSOCKET> all;
     for (int i = 0; i < 65; ++i) {
@@ -282,11 +202,11 @@ TEST(Socket, WaitsForOneOfMany) {
     EXPECT_EQ(flags[0] + flags[1], 0);
     EXPECT_EQ(error_of(ORVEX_SOCK_WaitDataToRead(all.data(), 0, 0, 0, nullptr)), "87 oxsockop");
     all[3] = OXSOCKET_INVALID;
-    EXPECT_EQ(failure(ORVEX_SOCK_WaitDataToRead(all.data(), 9, 0, 0, nullptr)),
-              "75 oxsockop ENOTSOCK");
+    EXPECT_EQ(error_of(ORVEX_SOCK_WaitDataToRead(all.data(), 9, 0, 0, nullptr)), "75 oxsockop");
+    EXPECT_EQ(system_error_name(), "ENOTSOCK");
 }
 
-TEST(Socket, SelectKeepsWhatIsReady) {
+TEST_F(Socket, SelectKeepsWhatIsReady) {
     Connection peers;
     OXSOCKSET read{2, {peers.client, peers.server}};
     OXSOCKSET write{2, {peers.client, peers.server}};
@@ -297,13 +217,14 @@ TEST(Socket, SelectKeepsWhatIsReady) {
     OXSOCKSET both{2, {peers.client, peers.server}};
     EXPECT_EQ(ORVEX_SOCK_Select(0, &both, nullptr, nullptr, 5, 0), 1);
     EXPECT_TRUE(both.nCount == 1 && both.ahSocket[0] == peers.server);
-    OXSOCKSET none{0, {}};
-    EXPECT_EQ(failure(ORVEX_SOCK_Select(0, &none, nullptr, nullptr, 0, 0)), "75 oxsockop EINVAL");
-    OXSOCKSET full{65, {}};
-    EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &full, nullptr, nullptr, 0, 0)), "75 oxsockop");
+    for (const uint32_t bad : {0U, 65U}) {
+        both.nCount = bad;
+        EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &both, nullptr, nullptr, 0, 0)), "75 oxsockop");
+    }
     OXSOCKSET one{1, {peers.client}};
     EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, nullptr, &one, nullptr, 0, -1)), "75 oxsockop");
-    EXPECT_EQ(failure(ORVEX_SOCK_Select(0, &both, nullptr, &both, 0, 0)), "75 oxsockop EINVAL");
+    EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &both, nullptr, &both, 0, 0)), "75 oxsockop");
+    EXPECT_EQ(system_error_name(), "EINVAL");
     const OXSOCKET closed = peers.client;
     std::string told_there;
     SleepingThread waiter([&] {
@@ -326,47 +247,20 @@ std::string ready_sets(OXSOCKET socket) {
     return names;
 }
 
-TEST(Socket, ReadyIsWhatWouldNotWait) {
-    const OwnedSocket fresh(ORVEX_SOCK_OpenSocket());
-    EXPECT_EQ(ready_sets(fresh), "");
-    Connection peers;
-    EXPECT_EQ(ready_sets(peers.listener), "");
-    EXPECT_EQ(ready_sets(peers.client), "w");
-    EXPECT_EQ(ORVEX_SOCK_SendWithOption(peers.server, "u", 1, OXSOCK_MSG_OOB), 1);
-    EXPECT_EQ(ready_sets(peers.client), "we");
-    const uint16_t at_once[2] = {1, 0};
-    ORVEX_SOCK_SetOption(peers.server, OXSOCK_SOL_SOCKET, OXSOCK_SO_LINGER, at_once, 4);
-    peers.server.close();
-    EXPECT_EQ(ORVEX_SOCK_WaitDataToRead(&peers.client.number, 1, 20, 0, nullptr), 1);
-    EXPECT_EQ(ready_sets(peers.client).substr(0, 2), "rw");
-
-    // The system's own call, which doesn't wait here: nobody listens.
-    EXPECT_EQ(ORVEX_SOCK_Bind(fresh, kLoopback, 0), 1);
-    const OXSOCKADDR address = loopback_address(fresh);
-    const OwnedSocket refused(ORVEX_SOCK_OpenSocket());
-    uint32_t on = 1;
-    EXPECT_EQ(ORVEX_SOCK_Ioctl(refused, OXSOCK_FIONBIO, &on), 0);
-    EXPECT_NE(connect(static_cast<decltype(socket(0, 0, 0))>(refused.number),
-                      reinterpret_cast<const sockaddr*>(&address), 16),
-              0);
-    OXSOCKSET failed{1, {refused}};
-    EXPECT_EQ(ORVEX_SOCK_Select(0, nullptr, nullptr, &failed, 20, 0), 1);
-    EXPECT_EQ(ready_sets(refused), "e");
+// The system's own call, which doesn't wait here.
+int32_t try_to_connect(OXSOCKET from, int32_t port) {
+    OXSOCKADDR address;
+    ORVEX_SOCK_SetAddr(&address, kLoopback, port);
+    return connect(static_cast<decltype(socket(0, 0, 0))>(from),
+                   reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-TEST(Socket, ClosingTheListenerEndsAccept) {
-    OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
-    std::string told_there;
-    SleepingThread server([&, number = listener.number] {
-        told_there = error_of(ORVEX_SOCK_Accept(number));
-        MOLTE_THDATA_FreeData();
-    });
-    EXPECT_EQ(listener.close(), 1);
-    server.join();
-    EXPECT_EQ(told_there, "78 oxsockop");
+int32_t wait_for_failure(OXSOCKET socket) {
+    OXSOCKSET failed{1, {socket}};
+    return ORVEX_SOCK_Select(0, nullptr, nullptr, &failed, 20, 0);
 }
 
-TEST(Socket, RelaysUntilBothSidesEnd) {
+TEST_F(Socket, RelaysUntilBothSidesEnd) {
     Connection left;
     Connection right;
     std::atomic<int32_t> result{0};
@@ -389,50 +283,22 @@ TEST(Socket, RelaysUntilBothSidesEnd) {
     relay.join();
     EXPECT_EQ(result, 1);
     EXPECT_TRUE(left.server.close() == 1 && right.server.close() == 1);
-    EXPECT_EQ(told(ORVEX_SOCK_Proxy(left.listener, OXSOCKET_INVALID)).substr(0, 11), "75 oxsockop");
+    const std::string failed = told(ORVEX_SOCK_Proxy(left.listener, OXSOCKET_INVALID));
+    EXPECT_TRUE(failed.starts_with("75 oxsockop") && failed.ends_with(" < 1256 oxsockop"));
 }
 
-TEST(Socket, FailedRelayTellsItsLine) {
-    EXPECT_TRUE(
-        told(ORVEX_SOCK_Proxy(OXSOCKET_INVALID, OXSOCKET_INVALID)).ends_with(" < 1256 oxsockop"));
-}
-
-TEST(Socket, Datagrams) {
+TEST_F(Socket, ADatagramComesWhole) {
     const OwnedSocket a(ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP));
     const OwnedSocket b(ORVEX_SOCKUDP_ServerOpen(0));
     const OXSOCKADDR to_a = loopback_address(a);
     const std::string sent = pattern(40'000);
-    const auto send = [&](int32_t size) {
-        return ORVEX_SOCKUDP_Send(b, sent.data(), size, 0, &to_a, sizeof to_a);
-    };
+    EXPECT_EQ(ORVEX_SOCKUDP_Send(b, sent.data(), 40'000, 0, &to_a, sizeof to_a), 40'000);
     std::string buffer(40'000, '\0');
     OXSOCKADDR from{};
-    EXPECT_EQ(send(40'000), 40'000);
     int32_t room = sizeof from;
     EXPECT_EQ(ORVEX_SOCKUDP_Recv(a, buffer.data(), 40'000, 0, &from, &room), 40'000);
     EXPECT_EQ(buffer, sent);
     EXPECT_EQ(bytes_of(from), bytes_of(loopback_address(b)));
-    EXPECT_EQ(send(0), 0);
-    EXPECT_EQ(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, nullptr, nullptr), 0);
-    EXPECT_EQ(send(11), 11);
-    EXPECT_EQ(error_number_of(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, &from, nullptr)), 74U);
-    EXPECT_EQ(system_error_name(), "EMSGSIZE");
-
-    for (const int32_t size : {2000, 2000, 10, 2000, 1024}) EXPECT_EQ(send(size), size);
-    EXPECT_EQ(ORVEX_SOCKUDP_DiscardData(a), 1);
-    EXPECT_EQ(ORVEX_SOCK_BufDataLen(a), 0);
-
-    const std::string too_long(70'000, 'z');
-    const std::string error =
-        error_of(ORVEX_SOCKUDP_Send(b, too_long.data(), 70'000, 0, &to_a, sizeof to_a));
-    EXPECT_EQ(error, "73 oxsockop " + std::string(144, 'z'));
-    EXPECT_EQ(system_error_name(), "EMSGSIZE");
-    EXPECT_EQ(error_of(ORVEX_SOCKUDP_Send(b, sent.data(), 1, 64, &to_a, sizeof to_a)).substr(0, 2),
-              "73");
-    EXPECT_EQ(system_error_name(), "EOPNOTSUPP");
-    EXPECT_EQ(ORVEX_SOCK_Shutdown(a, 0, 1), 1);
-    EXPECT_EQ(failure(ORVEX_SOCKUDP_Recv(a, buffer.data(), 10, 0, nullptr, nullptr)),
-              "74 oxsockop ESHUTDOWN");
 }
 
 CHILD_ROLE(lives_on) {
@@ -441,7 +307,7 @@ CHILD_ROLE(lives_on) {
     return 0;
 }
 
-TEST(Socket, ProgramsThatAreStartedInheritNone) {
+TEST_F(Socket, ProgramsThatAreStartedInheritNone) {
     Connection peers;
     ChildProcess child("lives_on");
     EXPECT_EQ(child.read_line(), "here");
@@ -453,7 +319,7 @@ TEST(Socket, ProgramsThatAreStartedInheritNone) {
 
 #if !defined(_WIN32)
 
-TEST(Socket, LargeDescriptorsWork) {
+TEST_F(Socket, LargeDescriptorsWork) {
     rlimit limit{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
     limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
@@ -482,7 +348,7 @@ struct Signals {
     struct sigaction before {};
 };
 
-TEST(Socket, SignalsEndNothingAndTakeNoTime) {
+TEST_F(Socket, SignalsEndNothingAndTakeNoTime) {
     const Connection peers;
     const Signals signals;
     const std::string sent = pattern(4'000'000);
@@ -500,7 +366,7 @@ TEST(Socket, SignalsEndNothingAndTakeNoTime) {
     EXPECT_TRUE(passed.between(1100, 20'000));
 }
 
-TEST(Socket, ABrokenConnectionRaisesNoSignal) {
+TEST_F(Socket, ABrokenConnectionRaisesNoSignal) {
     Connection peers;
     EXPECT_EQ(ORVEX_SOCK_Send(peers.client, "unread", 6), 6);
     until_there(peers.server, 6);
@@ -516,22 +382,39 @@ TEST(Socket, ABrokenConnectionRaisesNoSignal) {
     }
 }
 
-TEST(Socket, DescriptorsOfFilesStayOpen) {
+TEST_F(Socket, DescriptorsOfFilesStayOpen) {
     int files[3] = {open("/dev/null", O_RDONLY | O_CLOEXEC)};
     EXPECT_EQ(pipe2(files + 1, O_CLOEXEC), 0);
     for (const int file : files) {
-        const auto number = static_cast<OXSOCKET>(file);
-        uint32_t value = 1;
-        EXPECT_EQ(failure(ORVEX_SOCK_Close(number)), "72 oxsockop ENOTSOCK");
-        EXPECT_EQ(failure(ORVEX_SOCK_BufDataLen(number)), "83 oxsockop ioctl ENOTSOCK");
-        EXPECT_EQ(failure(ORVEX_SOCK_Ioctl(number, OXSOCK_FIONBIO, &value)),
-                  "83 oxsockop ioctl ENOTSOCK");
-        EXPECT_EQ(failure(ORVEX_SOCK_WaitDataToRead(&number, 1, 20, 0, nullptr)),
-                  "75 oxsockop ENOTSOCK");
+        for (const char* call : {"close", "waiting", "ioctl", "wait"}) {
+            const Texts step = {call, std::to_string(file), "0x8004667E", "1"};
+            const std::string told = socket_steps.at(call)(step);
+            EXPECT_TRUE(told.ends_with(" ENOTSOCK")) << call << " " << told;
+        }
         EXPECT_EQ(close(file), 0);
     }
 }
 
 #endif
+
+int32_t change_progress(int32_t now) {
+    return std::exchange(nSockProgressPercent, now);
+}
+
+[[maybe_unused]] const bool plays = play_scenes<Socket>(
+    "Socket", TEST_ROWS,
+    with_socket_steps({{"open_any", opening_step<ORVEX_SOCK_Socket>},
+                       {"open_by_ip", opening_step<ORVEX_SOCK_ClientOpenByIP>},
+                       {"open_udp_server", opening_step<ORVEX_SOCKUDP_ServerOpenEx>},
+                       {"bind", socket_step<ORVEX_SOCK_Bind>},
+                       {"change_progress", step_of<change_progress>},
+                       {"close_carefully", socket_step<ORVEX_SOCK_CloseEx>},
+                       {"ready", socket_step<ready_sets>},
+                       {"send_with", socket_step<ORVEX_SOCK_SendWithOption>},
+                       {"try_to_connect", socket_step<try_to_connect>},
+                       {"wait_for_failure", socket_step<wait_for_failure>},
+                       {"send_to", socket_step<ORVEX_SOCKUDP_Send>},
+                       {"receive_from", socket_step<ORVEX_SOCKUDP_Recv>},
+                       {"discard", socket_step<ORVEX_SOCKUDP_DiscardData>}}));
 
 }  // namespace
