@@ -36,6 +36,8 @@ void try_input(std::string_view input) {
     uint64_t expected = came - number(bytes.substr(header + 8, 8));
     if (expected == 0 || expected >> 63 != 0) expected -= sent;
     must(static_cast<uint64_t>(*ticks) == expected);
-    molte::whole_microseconds(*ticks);
+    const int64_t microseconds = *ticks / (MOLTE_HiResoTickPerSec() / 1'000'000);
+    const auto off = static_cast<uint32_t>(molte::whole_microseconds(*ticks) - microseconds);
+    must(off + 8 <= 16);  // what a double loses
     must(UTIL_CheckSum(packet.get(), static_cast<int32_t>(bytes.size())) <= 0xFFFF);
 }
