@@ -218,8 +218,8 @@ TEST_F(Socket, SelectKeepsWhatIsReady) {
     EXPECT_EQ(ORVEX_SOCK_Select(0, &both, nullptr, nullptr, 5, 0), 1);
     EXPECT_TRUE(both.nCount == 1 && both.ahSocket[0] == peers.server);
     for (const uint32_t bad : {0U, 65U}) {
-        both.nCount = bad;
-        EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &both, nullptr, nullptr, 0, 0)), "75 oxsockop");
+        OXSOCKSET set{bad, {}};
+        EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, &set, nullptr, nullptr, 0, 0)), "75 oxsockop");
     }
     OXSOCKSET one{1, {peers.client}};
     EXPECT_EQ(error_of(ORVEX_SOCK_Select(0, nullptr, &one, nullptr, 0, -1)), "75 oxsockop");
