@@ -9,21 +9,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string content(const fs::path& folder) {
-    std::string names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        names += entry.path().string() + "\n";
-    }
-    return names;
-}
-
 // A file, a link to it and one to its folder: what must stay, and how a peer might get there.
 struct Place {
     Place() {
         must(std::freopen("/dev/null", "w", stdout) != nullptr);
         fs::create_directory(root / "beside");
         root.write("beside/file", "kept");
-        before = content(root.path());
     }
     void make_folder() const {
         fs::create_directory(root / "in");
@@ -35,10 +26,10 @@ struct Place {
     void must_be_as_before() const {
         fs::current_path(started_in);
         fs::remove_all(root / "in");
-        must(content(root.path()) == before && read_bytes(root / "beside/file") == "kept");
+        must(std::distance(fs::recursive_directory_iterator(root.path()), {}) == 2);
+        must(read_bytes(root / "beside/file") == "kept");
     }
     TempFolder root;
-    std::string before;
     const fs::path started_in = fs::current_path();  // where names of inputs count from
 };
 

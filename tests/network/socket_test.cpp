@@ -287,20 +287,6 @@ TEST_F(Socket, RelaysUntilBothSidesEnd) {
     EXPECT_TRUE(failed.starts_with("75 oxsockop") && failed.ends_with(" < 1256 oxsockop"));
 }
 
-TEST_F(Socket, ADatagramComesWhole) {
-    const OwnedSocket a(ORVEX_SOCKUDP_ServerOpenEx(0, loopback_address(0).nNetIP));
-    const OwnedSocket b(ORVEX_SOCKUDP_ServerOpen(0));
-    const OXSOCKADDR to_a = loopback_address(a);
-    const std::string sent = pattern(40'000);
-    EXPECT_EQ(ORVEX_SOCKUDP_Send(b, sent.data(), 40'000, 0, &to_a, sizeof to_a), 40'000);
-    std::string buffer(40'000, '\0');
-    OXSOCKADDR from{};
-    int32_t room = sizeof from;
-    EXPECT_EQ(ORVEX_SOCKUDP_Recv(a, buffer.data(), 40'000, 0, &from, &room), 40'000);
-    EXPECT_EQ(buffer, sent);
-    EXPECT_EQ(bytes_of(from), bytes_of(loopback_address(b)));
-}
-
 CHILD_ROLE(lives_on) {
     tell_parent("here");
     hear_parent();
