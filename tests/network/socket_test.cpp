@@ -260,6 +260,18 @@ int32_t wait_for_failure(OXSOCKET socket) {
     return ORVEX_SOCK_Select(0, nullptr, nullptr, &failed, 20, 0);
 }
 
+TEST_F(Socket, ClosingTheListenerEndsAccept) {
+    OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
+    std::string told_there;
+    SleepingThread server([&, number = listener.number] {
+        told_there = error_of(ORVEX_SOCK_Accept(number));
+        MOLTE_THDATA_FreeData();
+    });
+    EXPECT_EQ(listener.close(), 1);
+    server.join();
+    EXPECT_EQ(told_there, "78 oxsockop");
+}
+
 TEST_F(Socket, RelaysUntilBothSidesEnd) {
     Connection left;
     Connection right;
