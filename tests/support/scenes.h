@@ -63,7 +63,17 @@ bool play_scenes(const char* suite, const char* file, Calls calls, bool with_lin
                        std::ofstream(step[1], std::ios::binary) << step[2];
                        return step[2];
                    }},
+                  {"poke",
+                   [](const Texts& step) {
+                       std::fstream bytes(step[1], std::ios::binary | std::ios::in | std::ios::out);
+                       bytes.seekp(std::stol(step[2])) << step[3];
+                       return step.back();
+                   }},
                   {"bytes", [](const Texts& step) { return read_bytes(step[1]); }},
+                  {"part",
+                   [](const Texts& step) {
+                       return read_bytes(step[1]).substr(std::stoul(step[2]), std::stoul(step[3]));
+                   }},
                   {"names", [](const Texts& step) {
                        std::string names;
                        for (const std::string& name : names_in(step[1])) names += name + " ";
