@@ -17,17 +17,16 @@ std::string number(uint64_t value, size_t size) {
 // A hand-made head and items, of the kinds "item", "folder", "compressed"; all times are those of
 // one second.
 constexpr int64_t kTime = 1000000000;
-std::string head(uint64_t trailing = 0) {
-    return number(128, 4) + "ORVEX-Pkg-File\0\0"s + number(6, 2) + number(0, 2) +
-           number(trailing, 8) + std::string(96, 'u');
+std::string head(uint64_t trailing) {
+    return "\0\0\0\x80ORVEX-Pkg-File\0\0\0\6\0\0"s + number(trailing, 8) + std::string(96, 'u');
 }
 std::string item(const std::string& kind, const std::string& folder, const std::string& name,
                  const std::string& content) {
     std::string bytes =
-        number(64, 4) + (kind == "compressed" ? '\1' : '\0') + (kind == "folder" ? '\1' : '\0') +
+        "\0\0\0\x40"s + (kind == "compressed" ? '\1' : '\0') + (kind == "folder" ? '\1' : '\0') +
         std::string(10, '\0') + number(content.size(), 8) + number(content.size(), 8) +
         number(kTime, 4) + number(kTime, 4) + number(folder.size(), 2) + number(name.size(), 2) +
-        "\3\0\0\0PkgItem\0"s + std::string(8, '\0') + folder + '\0' + name + '\0' + content;
+        "\3\0\0\0PkgItem\0\0\0\0\0\0\0\0\0"s + folder + '\0' + name + '\0' + content;
     bytes.resize((bytes.size() + 7) / 8 * 8);
     return bytes;
 }
@@ -40,7 +39,7 @@ std::string without_state(std::string bytes) {
 using Tree = std::map<std::string, std::string>;
 Tree unpacked(const std::string& bytes) {
     EXPECT_EQ(bytes.substr(0, 32) + bytes.substr(48, 80),
-              head().substr(0, 32) + std::string(80, '\0'));
+              head(0).substr(0, 32) + std::string(80, '\0'));
     Tree tree;
     for (size_t at = 128, size = 0; at < bytes.size(); at += size) {
         const auto* record = reinterpret_cast<const FILEPKG_ITEM*>(&bytes[at]);
@@ -106,26 +105,24 @@ std::string load(const Texts& step) {
 
 // A caller's conversions, and the source that one was called for.
 std::string converted;
-FILEPKG_CONVERT conversion(Text name) {
-    if (name == nullptr) return nullptr;
-    if (name == "fails"s) return [](Text, char*, int32_t) { return -1; };
-    if (name == "copies"s) {
-        return [](Text source, char* target, int32_t zero) {
-            converted = source;
-            return zero == 0 ? ORVEX_FileCopy(source, target, 0) : -1;
-        };
-    }
-    return [](Text source, char* target, int32_t /*zero*/) {
-        converted = source;
-        std::strcpy(target, (converted + "z").c_str());
-        return 1;
-    };
-}
+const std::map<std::string, FILEPKG_CONVERT> kConversions{
+    {"none", nullptr},
+    {"fails", [](Text, char*, int32_t) { return -1; }},
+    {"copies",
+     [](Text source, char* target, int32_t zero) {
+         converted = source;
+         return zero == 0 ? ORVEX_FileCopy(source, target, 0) : -1;
+     }},
+    {"replaces", [](Text source, char* target, int32_t /*zero*/) {
+         converted = source;
+         std::strcpy(target, (converted + "z").c_str());
+         return 1;
+     }}};
 int32_t extract(Text package, Text root, Text folder, Text name, int64_t position, Text convert) {
-    return FILEPKG_Extract(package, root, folder, name, position, conversion(convert), 0);
+    return FILEPKG_Extract(package, root, folder, name, position, kConversions.at(convert), 0);
 }
 int32_t pack(Text package, Text root, Text folder, Text name, Text convert) {
-    return FILEPKG_NewPkgFile(package, root, folder, name, conversion(convert), 0);
+    return FILEPKG_NewPkgFile(package, root, folder, name, kConversions.at(convert), 0);
 }
 int32_t add(Text package, Text root, Text folder, Text name) {
     return FILEPKG_AddFile(package, root, folder, name, nullptr, 0);
@@ -150,7 +147,7 @@ std::string claim_length(const Texts& step) {
 std::string extract_alone(const Texts& step) {
     give_package({"package", step[1], "0"});
     give_item({step[3], step[1], step[4], step[5], "evil"});
-    return step_of<extract>({"extract", step[1], step[2], "(null)", "(null)", "0", "(null)"});
+    return step_of<extract>({"extract", step[1], step[2], "(null)", "(null)", "0", "none"});
 }
 
 [[maybe_unused]] const bool plays = play_scenes<FilePackage>(
@@ -184,10 +181,9 @@ TEST_F(FilePackage, HoldsATreeAsItIs) {
     const fs::path tree = folder_.path() / "root/tree";
     fs::create_directories(tree / "empty");
     fs::create_directory(tree / "folder0");
-    for (int i = 0; i < 100; ++i) {
-        const auto letter = static_cast<char>('a' + i % 26);
-        folder_.write("root/tree/folder0/f" + std::to_string(i),
-                      std::string(static_cast<size_t>(i), letter));
+    for (size_t size = 0; size < 100; ++size) {
+        folder_.write("root/tree/folder0/f" + std::to_string(size),
+                      std::string(size, "abc"[size % 3]));
     }
     for (int i = 1; i < 30; ++i) {
         fs::copy(tree / "folder0", tree / ("folder" + std::to_string(i)),
@@ -206,7 +202,7 @@ TEST_F(FilePackage, HoldsATreeAsItIs) {
     fs::create_directory_symlink("..", tree / "loop");
 #endif
     const std::string package = folder_ / "a.pkg";
-    ASSERT_EQ(pack(package.c_str(), (folder_ / "root").c_str(), nullptr, "tree", nullptr), 1);
+    ASSERT_EQ(pack(package.c_str(), (folder_ / "root").c_str(), nullptr, "tree", "none"), 1);
     const Tree expected = tree_below(folder_.path() / "root");
     EXPECT_TRUE(unpacked(read_bytes(package)) == expected);
     std::string listed = std::to_string(expected.size());
@@ -227,7 +223,7 @@ TEST_F(FilePackage, ItemsByteForByte) {
             .replace(32, 4, number(static_cast<uint64_t>(state.st_ctime), 4));
     const std::string package = folder_ / "a.pkg";
     const std::string root = folder_.str();
-    ASSERT_EQ(pack(package.c_str(), root.c_str(), "d", "n", nullptr), 1);
+    ASSERT_EQ(pack(package.c_str(), root.c_str(), "d", "n", "none"), 1);
     EXPECT_EQ(read_bytes(package).substr(128), expected);
     FILEPKG_ITEM built;
     EXPECT_EQ(FILEPKG_GetFileInfo(root.c_str(), "d", "n", &built), 1);
@@ -254,7 +250,7 @@ TEST_F(FilePackage, LinksArentFollowedOutOfTheRoot) {
     fs::create_directory(folder_.path() / "d");
     fs::create_symlink("nowhere", folder_.path() / "d/z");
     const std::string package = folder_ / "b.pkg";
-    EXPECT_EQ(error_of(pack(package.c_str(), folder_.str().c_str(), nullptr, "d", nullptr)),
+    EXPECT_EQ(error_of(pack(package.c_str(), folder_.str().c_str(), nullptr, "d", "none")),
               "23 oxfileop " + folder_.str() + "\\d\\z");
     EXPECT_TRUE(unpacked(read_bytes(package)).contains("d\\"));
 }
@@ -269,7 +265,7 @@ TEST_F(FilePackage, NamesOfAnyBytesAndOfTooMany) {
     const std::string name(250, 'n');
     folder_.write(name, "small");
     EXPECT_EQ(error_of(pack((folder_ / "b.pkg").c_str(), folder_.str().c_str(), nullptr,
-                            name.c_str(), nullptr)),
+                            name.c_str(), "none")),
               "124 ofilehop " + (folder_.str() + "\\" + name).substr(0, 144));
 }
 #endif
