@@ -13,26 +13,18 @@ int32_t load_items(const char* path) {
     ORVEX_HFILE* package = ORVEX_HFILE_Open(path, 0);
     const int64_t end = ORVEX_HFILE_Size(package);
     int32_t count = 0;
-    for (int64_t at = 128; at < end && count >= 0;) {
-        uint8_t* item = nullptr;
-        if (FILEPKG_ExtractIntoMemory(package, at, &item, 1) < 0) {
-            count = -1;
-            break;
-        }
+    int64_t at = 128;
+    for (uint8_t* item = nullptr; at < end; ++count) {
+        if (FILEPKG_ExtractIntoMemory(package, at, &item, 1) < 0) break;
         const int64_t size = FILEPKG_UTIL_ItemLen(reinterpret_cast<const FILEPKG_ITEM*>(item));
         must(size >= 72 && size % 8 == 0 && size <= end - at);
         std::string name(static_cast<size_t>(size) + 2, '\0');
         FILEPKG_UTIL_RelPathFileName(item, name.data());
         ORVEX_free(item);
         at += size;
-        ++count;
     }
     ORVEX_HFILE_Close(&package);
-    return count;
-}
-
-int32_t keep(const char* /*source*/, char* /*target*/, int32_t /*zero*/) {
-    return 1;
+    return at < end ? -1 : count;
 }
 
 }  // namespace
@@ -54,6 +46,7 @@ void try_input(std::string_view input) {
     ORVEX_free(list);
     must(load_items(path) == listed);
 
+    const FILEPKG_CONVERT keep = [](const char*, char*, int32_t) { return 1; };
     FILEPKG_Extract(path, root.c_str(), (choice & 1) != 0 ? "d" : nullptr,
                     (choice & 2) != 0 ? "n" : nullptr, 0, (choice & 8) != 0 ? keep : nullptr, 0);
     must(read_bytes(path) == input.substr(1));
