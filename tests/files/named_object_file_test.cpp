@@ -139,45 +139,38 @@ TEST_F(NamedObjectFile, AFileThatCannotBeMadeAnewIsDeleted) {
     EXPECT_FALSE(fs::exists(name));
 }
 
-std::string three_numbers_at(NOBF_FILE* file, int64_t place) {
-    std::string bytes(12, '\0');
-    EXPECT_EQ(NOBF_ReadRawData(file, place, bytes.data(), 12), 1);
-    return bytes;
-}
-
 // Past the last number heads end, and the chain gets its new blocks. The file has holes.
 TEST_F(NamedObjectFile, ExpandsUpToTheLastNumber) {
-    const std::string name = folder_.write("f", map_of(1024) + std::string(1056, '\0'));
-    OpenFile file{};
-    ASSERT_EQ(NOBF_OpenFile(name.c_str(), &file), 1);
-    const std::string last = number(INT32_MAX - 1);
-    for (const int32_t old_last : {-1, 0}) {
-        std::memcpy(file.pMap->stFree.nLastBlock, number(old_last).data(), 4);
-        file.nBlockCount = INT32_MAX - 1;
-        ASSERT_EQ(NOBF_Expand(&file, 1), 1);
-        EXPECT_EQ(three_numbers_at(&file, 192), last + last + number(INT32_MAX));
-        const int64_t place = NOBF_CalcBlockOffset(&file, INT32_MAX - 1);
-        EXPECT_EQ(three_numbers_at(&file, place + 4), last + number(-1) + number(old_last));
-        EXPECT_EQ(three_numbers_at(&file, place + 1028), number(INT32_MAX) + last + last);
+    ASSERT_EQ(give_file({"given", folder_ / "f", "1024", "2080"}), "1");
+    auto* file = named<OpenFile>("f");
+    for (const std::string old_last : {"-1", "0"}) {
+        std::memcpy(file->pMap->stFree.nLastBlock, number(number_of(old_last)).data(), 4);
+        file->nBlockCount = INT32_MAX - 1;
+        ASSERT_EQ(NOBF_Expand(file, 1), 1);
+        NOBF_MAP stored;
+        EXPECT_EQ(NOBF_ReadRawData(file, 0, &stored, sizeof stored), 1);
+        EXPECT_EQ(bytes_of(stored), bytes_of(*file->pMap));
+        EXPECT_EQ(tell_chain({"see_chain", "free"}), "2147483646 2147483646 2147483647");
+        EXPECT_EQ(tell_head({"see_head", "2147483646"}), "-1 " + old_last + " of 0 at 2147483646");
+        EXPECT_EQ(tell_head({"see_head", "2147483647"}),
+                  "2147483646 2147483646 of 0 at 2147483647");
     }
-    EXPECT_EQ(three_numbers_at(&file, 1032).substr(0, 4), last);
-    EXPECT_EQ(error_of(NOBF_Expand(&file, 2)), "50 onobfile");
+    EXPECT_EQ(tell_head({"see_head", "0"}), "2147483646 0 of 0 at 0");
+    EXPECT_EQ(error_of(NOBF_Expand(file, 2)), "50 onobfile");
 }
 
 // No file may grow beyond 8 KiB here.
 TEST_F(NamedObjectFile, AnExpansionGoesOnUntilItFails) {
-    const std::string name = folder_.write("f", map_of(1024) + std::string(32, '\0'));
-    NOBF_MEMOBJECT object{};
-    OpenFile file{};
-    ASSERT_EQ(NOBF_OpenFile(name.c_str(), &file), 1);
-    object.pFile = &file;
+    const std::string name = folder_ / "f";
+    ASSERT_EQ(give_file({"given", name, "1024", "1056"}), "1");
+    NOBF_OBJECT* object = chain_of("o");
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small{8192, limit.rlim_max};
     signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
-    const std::string expanded = outcome(NOBF_Expand(&file, 2));
-    const std::string allocated = error_of(NOBF_AllocBlock(&object.stObject));
+    const std::string expanded = outcome(NOBF_Expand(named<OpenFile>("f"), 2));
+    const std::string allocated = error_of(NOBF_AllocBlock(object));
     setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(expanded, "4 ofilehop " + name + " < onobfile < onobfile < onobfile");
     EXPECT_EQ(allocated, "295 onobfile");
