@@ -6,6 +6,7 @@ html_static_path = ["static"]
 html_css_files = ["site.css"]
 html_copy_source = False
 html_show_copyright = False
+smartquotes = False  # texts stand as the library has them
 extensions = ["myst_parser"]
 myst_heading_anchors = 3
 language = "en"

@@ -68,6 +68,7 @@ MOLTE_API int32_t PA_SetAt(PA* pArray, int32_t nIndex, const void* pItem);
  */
 MOLTE_API int32_t PA_InsertAt(PA* pArray, int32_t nIndex, const void* pItem);
 
+/* Stores an item behind the last one. */
 MOLTE_API int32_t PA_Append(PA* pArray, const void* pItem);
 
 /* Appends n items that lie in a row; the new nCount, or -1. A negative n is error 50. */

@@ -13,6 +13,7 @@
 /* The byte that holds bit i; its mask goes to *pMask. */
 MOLTE_API uint8_t* OX_BITARRAY_GetBitByteAndMask(uint8_t* pBits, int32_t i, uint8_t* pMask);
 
+/* Set bit i, and clear it. */
 MOLTE_API int32_t OX_BITARRAY_SetBitFlag(uint8_t* pBits, int32_t i);
 MOLTE_API int32_t OX_BITARRAY_ClearBitFlag(uint8_t* pBits, int32_t i);
 

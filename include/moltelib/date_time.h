@@ -28,6 +28,7 @@ MOLTE_API int32_t ORVEX_SetDate(ORVEXDATE* pDate, int32_t nYear, int32_t nMonth,
 /* Clamps the hour to 0..23, minute and second to 0..59, and stores seconds times 1000. */
 MOLTE_API int32_t ORVEX_SetTime(ORVEXTIME* pTime, int32_t nHour, int32_t nMinute, int32_t nSecond);
 
+/* The fields of a date; nothing is checked. */
 MOLTE_API int32_t ORVEX_GetDate(const ORVEXDATE* pDate, int32_t* pnYear, int32_t* pnMonth,
                                 int32_t* pnDay);
 
@@ -64,6 +65,7 @@ MOLTE_API int32_t ORVEX_TimeIsSameYearMonDay(const ORVEXDATETIME* pA, const ORVE
 MOLTE_API const char* UTIL_GetTimeStrFormat(void);
 MOLTE_API const char* UTIL_GetDateStrFormat(void);
 
+/* A time, and a date with the blank behind it, in those formats. */
 MOLTE_API int32_t ORVEX_TimeToStr(const ORVEXTIME* pTime, char* pszDst);
 MOLTE_API int32_t ORVEX_DateToStr(const ORVEXDATE* pDate, char* pszDst);
 

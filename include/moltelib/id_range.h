@@ -98,6 +98,7 @@ MOLTE_API int32_t OX_IDRANGE_sPrint(char* pszBuf, int32_t nSize, const OX_IDRANG
 
 /* ---- Network form ---- */
 
+/* A range into the form that is stored and sent, and back. */
 MOLTE_API void OX_IDRANGE_ToNETIDRANGE(const OX_IDRANGE* pRange, OX_NETIDRANGE* pNet);
 MOLTE_API void OX_NETIDRANGE_ToIDRANGE(const OX_NETIDRANGE* pNet, OX_IDRANGE* pRange);
 

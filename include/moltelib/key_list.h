@@ -22,6 +22,7 @@
 
 /* ---- Keys in memory ---- */
 
+/* Sorts a list in place, deleted slots first. A null list of some keys leaves error 50. */
 MOLTE_API void MOLTE_SortKeyList(char* pKeys, int32_t n);
 
 /* The index of a key in a sorted list, or -1. Of several that are equal it may be any. */
@@ -104,6 +105,7 @@ MOLTE_API int32_t MOLTE_SaveKeyList(const char* pszPath, const char* pKeys, int3
 /* Compares two SIDs behind pointers: -1, 0 or 1. */
 MOLTE_API int32_t MOLTE_CompSID(const void* pA, const void* pB);
 
+/* Sorts a list in place, smallest first. A null list of some SIDs leaves error 50. */
 MOLTE_API void MOLTE_SortSIDList(uint64_t* pSids, int32_t n);
 
 /* Removes the duplicates of a sorted list; the new count. 1 for n below 2, also for no SID. */

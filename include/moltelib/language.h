@@ -79,6 +79,7 @@ static_assert(sizeof(OXLANG_LANGTABLE) == 72);
 static_assert(sizeof(OXLANG_VAR) == 232);
 #endif
 
+/* The state of the process; to be read. */
 MOLTE_API OXLANG_VAR g_stLangVar;
 
 /*

@@ -70,6 +70,7 @@ MOLTE_API int32_t PARAMETER_SetValue(const char* pszPath, const char* pszName,
 
 /* ---- The default file ---- */
 
+/* As the functions above, of the default file. */
 MOLTE_API int32_t ORVEX_PARAMETER_GetValueArray(const char* const* ppszNames, char* pszValues,
                                                 int32_t nCount);
 MOLTE_API int32_t ORVEX_PARAMETER_SetValueArray(const char* const* ppszNames, const char* pszValues,

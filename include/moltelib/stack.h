@@ -25,6 +25,7 @@ MOLTE_API int32_t MOLTE_STACK_IsEmpty(const MOLTE_STACK* pStack);
 /* Frees the items and zeroes the structure; 0 when it wasn't made. */
 MOLTE_API int32_t MOLTE_STACK_Release(MOLTE_STACK* pStack);
 
+/* Puts a copy of an item on top. */
 MOLTE_API int32_t MOLTE_STACK_Push(MOLTE_STACK* pStack, const void* pItem);
 
 /* Takes the top off, or only reads it; pOut may be null. An empty stack gives -1. */

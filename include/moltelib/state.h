@@ -103,6 +103,7 @@ static_assert(sizeof(ORVEX_SYSINFO) == 64);
 static_assert(sizeof(OXTXTHOOKSTATE) == 256);
 #endif
 
+/* The one of the process. */
 MOLTE_API MOLTE_BASEVAR g_stBv;
 
 /*
