@@ -79,13 +79,14 @@ def parts_of(lines):
         kind = parts[-1][0] if parts else None
         indent = len(line) - len(line.lstrip())
         row = re.match(r"( {2,3})(?!- )(\S.*?) {2,}(\S.*)", line)
-        row = row or re.match(r"( {2})(\d+) (.*)", line) or re.match(r"()(-?\d+): (.*)", line)
+        row = row or re.match(r"( {2,4})(\d+) +(.*)", line) or re.match(r"()(-?\d+): (.*)", line)
         if not line:
             if kind == "code":
                 parts[-1][1].append("")
             fresh = True
             continue
-        if indent >= 4 and (kind == "code" or (fresh and kind not in ("list", "rows"))):
+        opens = fresh and not row and kind not in ("list", "rows")
+        if indent >= 4 and (kind == "code" or opens):
             if kind != "code":
                 parts.append(("code", []))
             parts[-1][1].append(line[4:])
@@ -93,7 +94,7 @@ def parts_of(lines):
             if kind != "list":
                 parts.append(("list", []))
             parts[-1][1].append(line.lstrip()[2:])
-        elif row and (fresh or kind == "rows" or left >= 0) and indent < 4:
+        elif row:
             if kind != "rows":
                 parts.append(("rows", []))
             parts[-1][1].append((row[2], row[3]))
