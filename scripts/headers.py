@@ -78,7 +78,7 @@ def parts_of(lines):
     for line, room in lines:
         kind = parts[-1][0] if parts else None
         indent = len(line) - len(line.lstrip())
-        row = re.match(r"( {2,3})(?!- )(\S.*?) {2,}(\S.*)", line)
+        row = re.match(r"( {2,3})(?!- )(\S.*?) {2,}(\S.*)|()(\w+) {3,}(\S.*)", line)
         row = row or re.match(r"( {2,4})(\d+) +(.*)", line) or re.match(r"()(-?\d+): (.*)", line)
         if not line:
             if kind == "code":
@@ -97,7 +97,7 @@ def parts_of(lines):
         elif row:
             if kind != "rows":
                 parts.append(("rows", []))
-            parts[-1][1].append((row[2], row[3]))
+            parts[-1][1].append(tuple(filter(None, row.groups()))[-2:])
         elif indent and kind == "list":
             parts[-1][1][-1] = joined(parts[-1][1][-1], line.strip())
         elif indent and kind == "rows":
@@ -186,7 +186,7 @@ def section_of(lines):
     """A heading says its title, and after a mark of punctuation what holds in the section."""
     match = re.match(r"---- (.*) ----$", lines[0][0])
     title, mark, rest = re.match(r"(.*?)(: |; |\. |$)(.*)", match[1]).groups()
-    said = [(rest[0].upper() + rest[1:], 0)] if mark else []
+    said = [(rest[0].upper() + rest[1:].rstrip(".") + ".", 0)] if mark else []
     return Section(title, parts_of(said + [("", 0)] + lines[1:]))
 
 

@@ -11,7 +11,7 @@ extensions = ["myst_parser"]
 myst_heading_anchors = 3
 language = "en"
 primary_domain = "c"
-highlight_language = "c"
+highlight_language = "none"
 add_function_parentheses = False
 # Types of C itself, which have no page here.
 nitpick_ignore_regex = [

@@ -1,6 +1,6 @@
 /*
- * The named object file: a map of 1024 bytes, then blocks of one size, block n at
- * n * size + 1024, each with a head that links it into a chain. Numbers are big-endian byte fields
+ * The named object file: a map of 1024 bytes, then blocks of one size, block n at n * size + 1024,
+ * each with a head that links it into a chain. Numbers are big-endian byte fields
  * (moltelib/byte_field.h), links are numbers of blocks with -1 (four bytes 0xFF) for none, reserved
  * bytes are 0.
  */
