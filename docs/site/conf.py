@@ -1,4 +1,6 @@
 # The site that scripts/docs builds.
+from pathlib import Path
+
 project = "moltelib"
 html_title = "moltelib"
 html_theme = "furo"
@@ -17,3 +19,16 @@ add_function_parentheses = False
 nitpick_ignore_regex = [
     ("c:identifier", r"u?int(8|16|32|64)_t|size_t|wchar_t|FILE|tm|va_list|_stat64"),
 ]
+html_search_scorer = str(Path(__file__).with_name("scorer.js"))
+
+
+def setup(app):
+    from sphinx.domains.c import CDomain
+
+    class Names(CDomain):
+        """C without the parameters of functions, which a search for a name would drown in."""
+
+        def get_objects(self):
+            return (found for found in super().get_objects() if found[2] != "functionParam")
+
+    app.add_domain(Names, override=True)
