@@ -26,10 +26,10 @@
  * Compared by pinyin, a Chinese character of the pattern matches each that shares a reading with it
  * (MOLTE_HZPY_Cmp; the table must be built).
  *
- * All give 1 for a match, else 0, also for a null text or pattern. Any thread may call them. Time is
- * at most that of text length times pattern length times the number of "." between two "*". Up to
- * 63 "." in the pattern take no memory but the stack; with more a text as long takes some from the
- * heap, and doesn't match when there is none.
+ * All give 1 for a match, else 0, also for a null text or pattern. Any thread may call them. Time
+ * is at most that of text length times pattern length times the number of "." between two "*". Up
+ * to 63 "." in the pattern take no memory but the stack; with more a text as long takes some from
+ * the heap, and doesn't match when there is none.
  *
  * Nothing here reports failures.
  */
