@@ -27,6 +27,18 @@ void decode(const std::string& text) {
     }
 }
 
+// What is converted comes back as it was.
+void convert(const std::string& text) {
+    for (const uint32_t page : {936, 1252, 65001}) {
+        char* const utf8 = MOLTELIB_Utf8FromCodePage(text.c_str(), page);
+        if (utf8 == nullptr) continue;
+        char* const back = MOLTELIB_CodePageFromUtf8(utf8, page);
+        must(back != nullptr && std::strcmp(back, text.c_str()) == 0);
+        ORVEX_free(back);
+        ORVEX_free(utf8);
+    }
+}
+
 }  // namespace
 
 void try_input(std::string_view input) {
@@ -34,6 +46,7 @@ void try_input(std::string_view input) {
     split_command(text);
     split_list(text);
     decode(text);
+    convert(text);
     ORVEXDATETIME moment;
     if (ORVEX_DateTime_DispFmt2DBFmt(text.c_str(), &moment) > 0) {
         char printed[32];

@@ -153,7 +153,7 @@ def declarations_of(text):
     """Of a declaration or a directive; none where it is not of the interface."""
     if text.startswith("#"):
         match = re.match(r"#define (\w+)(?:\([^)]*\))?\s*(.*)", text, re.S)
-        if not match or match[1].startswith("MOLTELIB_") or match[1] in HIDDEN:
+        if not match or re.fullmatch(r"MOLTELIB_(\w+_)?H", match[1]) or match[1] in HIDDEN:
             return []
         return [Declaration("macro", match[1], match[2].strip())]
     match = re.match(r"enum(?: \w+)? \{(.*)\};", text, re.S)

@@ -22,6 +22,38 @@ int bad_character() {
     return -1;
 }
 
+// By a code page of the system, 0 for bytes 1:1.
+template <typename IsLead>
+int decode_by(UINT page, IsLead is_lead, wchar_t* wide, const char* text, std::size_t limit) {
+    if (text == nullptr || limit == 0) return 0;
+    const auto byte = static_cast<unsigned char>(text[0]);
+    wchar_t character[2] = {byte, 0};
+    int length = 1;
+    if (byte != 0 && page != 0) {
+        length = is_lead(byte) ? 2 : 1;
+        const bool cut = length == 2 && (limit < 2 || text[1] == 0);
+        if (cut || MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, text, length, character, 2) != 1)
+            return bad_character();
+    }
+    if (wide != nullptr) *wide = character[0];
+    return byte == 0 ? 0 : length;
+}
+
+int encode_by(UINT page, char* bytes, wchar_t wide) {
+    if (page == 0) {
+        if (wide > 0xFF) return bad_character();
+        *bytes = static_cast<char>(wide);
+        return 1;
+    }
+    char encoded[8];
+    BOOL replaced = FALSE;
+    const int length = WideCharToMultiByte(page, WC_NO_BEST_FIT_CHARS, &wide, 1, encoded,
+                                           sizeof encoded, nullptr, &replaced);
+    if (length < 1 || length > 2 || replaced != FALSE) return bad_character();
+    memcpy(bytes, encoded, static_cast<std::size_t>(length));
+    return length;
+}
+
 }  // namespace
 
 namespace platform {
@@ -61,35 +93,41 @@ int longest_char() {
 }
 
 int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {
-    if (text == nullptr || limit == 0) return 0;
-    const auto byte = static_cast<unsigned char>(text[0]);
-    wchar_t character[2] = {byte, 0};
-    int length = 1;
-    if (byte != 0 && has_code_page()) {
-        length = is_lead_byte(byte) ? 2 : 1;
-        const bool cut = length == 2 && (limit < 2 || text[1] == 0);
-        if (cut || MultiByteToWideChar(code_page(), MB_ERR_INVALID_CHARS, text, length, character,
-                                       2) != 1) {
-            return bad_character();
-        }
-    }
-    if (wide != nullptr) *wide = character[0];
-    return byte == 0 ? 0 : length;
+    return decode_by(code_page(), is_lead_byte, wide, text, limit);
 }
 
 int wide_to_char(char* bytes, wchar_t wide) {
-    if (!has_code_page()) {
-        if (wide > 0xFF) return bad_character();
-        *bytes = static_cast<char>(wide);
-        return 1;
+    return encode_by(code_page(), bytes, wide);
+}
+
+bool find_page(unsigned number, FixedPage& page) {
+    if (number == 0) {
+        page = {has_code_page() ? code_page() : kBytePage, nullptr};
+        return true;
     }
-    char encoded[8];
-    BOOL replaced = FALSE;
-    const int length = WideCharToMultiByte(code_page(), WC_NO_BEST_FIT_CHARS, &wide, 1, encoded,
-                                           sizeof encoded, nullptr, &replaced);
-    if (length < 1 || length > 2 || replaced != FALSE) return bad_character();
-    memcpy(bytes, encoded, static_cast<std::size_t>(length));
+    const bool known = number == kBytePage ||
+                       ((number == 936 || number == 1252) && IsValidCodePage(number) != FALSE);
+    if (known) page = {number, nullptr};
+    if (!known) errno = EINVAL;
+    return known;
+}
+
+int decode(const FixedPage& page, char32_t& character, const char* text, std::size_t limit) {
+    wchar_t wide = 0;
+    const UINT number = page.number != kBytePage ? page.number : 0;
+    const auto is_lead = [number](unsigned char byte) {
+        return IsDBCSLeadByteEx(number, byte) != FALSE;
+    };
+    const int length = decode_by(number, is_lead, &wide, text, limit);
+    if (length > 0) character = wide;
     return length;
+}
+
+// These pages hold nothing beyond the first plane.
+int encode(const FixedPage& page, char* bytes, char32_t character) {
+    if (character > 0xFFFF) return bad_character();
+    return encode_by(page.number != kBytePage ? page.number : 0, bytes,
+                     static_cast<wchar_t>(character));
 }
 
 }  // namespace platform

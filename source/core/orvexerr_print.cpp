@@ -9,6 +9,7 @@
 
 #include "core/above.h"
 #include "core/modules.h"
+#include "core/orvexerr_data.h"
 #include "moltelib/byte_field.h"
 #include "moltelib/date_time.h"
 #include "platform/display.h"
@@ -43,17 +44,7 @@ class Output {
     size_t room_;  // with the terminator
 };
 
-// The data of a record in one run.
-struct Data {
-    uint8_t bytes[sizeof ORVEX_ERRDATA::abyData1 + sizeof ORVEX_ERRDATA::abyData2];
-    int32_t size;
-
-    explicit Data(const ORVEX_ERRDATA& record)
-        : size(std::min<int32_t>(record.nDataLen, sizeof bytes)) {
-        std::memcpy(bytes, record.abyData1, sizeof record.abyData1);
-        std::memcpy(bytes + sizeof record.abyData1, record.abyData2, sizeof record.abyData2);
-    }
-};
+using Data = molte::ErrorData;
 
 bool is_printable(uint8_t byte) {
     return byte >= 32 && byte < 127;

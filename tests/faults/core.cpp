@@ -100,6 +100,18 @@ FAMILY(error) {
     RIGHT(!equal(FAULTY(GetRVEXErrStrByErrno(20)), ""));
 }
 
+FAMILY(error_line) {
+    ORVEX_Err_Set(3, 2, "source.cpp", 7, 4, "name", 1);
+    const ORVEX_ERRDATA record = *ORVEX_GetErrData();
+    char line[MOLTELIB_ERROR_LINE_SIZE];
+    RIGHT(FAULTY(MOLTELIB_ErrorLine(&record, line, sizeof line)) == 1);
+    RIGHT(std::strstr(line, "at source.cpp:7, data \"name\"") != nullptr);
+}
+
+FAMILY(version) {
+    RIGHT(FAULTY(MOLTELIB_VersionNumber()) == MOLTELIB_VERSION_NUMBER);
+}
+
 FAMILY(error_log) {
     bring_up();
     given("grown_0000.txt", "older");

@@ -198,6 +198,15 @@ FAMILY(text_convert) {
     GIVES(narrow.block = ox_wcstombs(L"a\u554A"), equal(narrow.block, "a\xB0\xA1"));
 }
 
+FAMILY(utf8_text) {
+    Freed<char> text;
+    Freed<char> back;
+    GIVES(text.block = MOLTELIB_CodePageFromUtf8("a\xE5\x95\x8A", 936),
+          equal(text.block, "a\xB0\xA1"));
+    GIVES(back.block = MOLTELIB_Utf8FromCodePage("\xB0\xA1", 936),
+          equal(back.block, "\xE5\x95\x8A"));
+}
+
 FAMILY(text_edit) {
     char text[64] = "text;:;:";
     const std::string set = std::string(200, ':') + ";";

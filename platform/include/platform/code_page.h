@@ -89,6 +89,21 @@ int wide_to_char(char* bytes, wchar_t wide);
 // The bytes of the character at text, as char_to_wide gives them. (mblen)
 int char_length(const char* text, std::size_t limit);
 
+// One code page for a whole text, whatever becomes of the current one meanwhile.
+struct FixedPage {
+    unsigned number;
+    const void* tables;  // the system's own
+};
+constexpr unsigned kBytePage = 28591;  // that of the "C" locale
+
+// The code page of a number: kBytePage, 936 or 1252; the current one for 0. False with errno when
+// it isn't known, or its tables can't be made.
+bool find_page(unsigned number, FixedPage& page);
+
+// char_to_wide and wide_to_char in that page, for any character of Unicode.
+int decode(const FixedPage& page, char32_t& character, const char* text, std::size_t limit);
+int encode(const FixedPage& page, char* bytes, char32_t character);
+
 constexpr std::size_t kBadText = static_cast<std::size_t>(-1);
 
 // Converts a terminated text. With a null destination they measure: the units needed without the

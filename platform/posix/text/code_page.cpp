@@ -128,15 +128,16 @@ const CodePage* page_of() {
 
 struct Locale {
     const char* name;
+    unsigned number;
     bool double_byte;
     const CodePage* (*page)();
 };
 
 constexpr Locale kLocales[] = {
-    {"C", false, page_of<fill_plain>},
-    {"chs", true, page_of<fill_936>},
-    {"us", false, page_of<fill_1252>},
-    {"esp", false, page_of<fill_1252>},
+    {"C", platform::kBytePage, false, page_of<fill_plain>},
+    {"chs", 936, true, page_of<fill_936>},
+    {"us", 1252, false, page_of<fill_1252>},
+    {"esp", 1252, false, page_of<fill_1252>},
 };
 
 std::atomic<const Locale*> current{&kLocales[0]};
@@ -148,6 +149,33 @@ bool is_latin() {
 int bad_character() {
     errno = EILSEQ;
     return -1;
+}
+
+template <typename Character>
+int decode_by(const Locale& locale, Character* wide, const char* text, std::size_t limit) {
+    if (text == nullptr || limit == 0) return 0;
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const bool two = locale.double_byte && lead >= kFirstLead && lead <= kLastLead;
+    if (two && (limit < 2 || text[1] == 0)) return bad_character();
+    const unsigned code = two ? lead * 256U + static_cast<unsigned char>(text[1]) : lead;
+    const unsigned character = locale.page()->wide_of[code];
+    if (character == 0 && code != 0) return bad_character();
+    if (wide != nullptr) *wide = static_cast<Character>(character);
+    if (code == 0) return 0;
+    return two ? 2 : 1;
+}
+
+int encode_by(const Locale& locale, char* bytes, char32_t character) {
+    const unsigned code = character <= 0xFFFF ? locale.page()->code_of[character] : 0;
+    if (code == 0 && character != 0) return bad_character();
+    const bool two = code > 0xFF;
+    if (two) *bytes++ = static_cast<char>(code >> 8);
+    *bytes = static_cast<char>(code);
+    return two ? 2 : 1;
+}
+
+const Locale& locale_of(const platform::FixedPage& page) {
+    return *static_cast<const Locale*>(page.tables);
 }
 
 }  // namespace
@@ -216,27 +244,30 @@ int longest_char() {
 }
 
 int char_to_wide(wchar_t* wide, const char* text, std::size_t limit) {
-    if (text == nullptr || limit == 0) return 0;
-    const Locale& locale = *current.load();
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const bool two = locale.double_byte && lead >= kFirstLead && lead <= kLastLead;
-    if (two && (limit < 2 || text[1] == 0)) return bad_character();
-    const unsigned code = two ? lead * 256U + static_cast<unsigned char>(text[1]) : lead;
-    const unsigned character = locale.page()->wide_of[code];
-    if (character == 0 && code != 0) return bad_character();
-    if (wide != nullptr) *wide = static_cast<wchar_t>(character);
-    if (code == 0) return 0;
-    return two ? 2 : 1;
+    return decode_by(*current.load(), wide, text, limit);
 }
 
 int wide_to_char(char* bytes, wchar_t wide) {
-    const auto character = static_cast<char32_t>(wide);
-    const unsigned code = character <= 0xFFFF ? current.load()->page()->code_of[character] : 0;
-    if (code == 0 && character != 0) return bad_character();
-    const bool two = code > 0xFF;
-    if (two) *bytes++ = static_cast<char>(code >> 8);
-    *bytes = static_cast<char>(code);
-    return two ? 2 : 1;
+    return encode_by(*current.load(), bytes, static_cast<char32_t>(wide));
+}
+
+bool find_page(unsigned number, FixedPage& page) {
+    const Locale* found = number == 0 ? current.load() : nullptr;
+    for (const Locale& locale : kLocales) {
+        if (found == nullptr && locale.number == number) found = &locale;
+    }
+    if (found == nullptr) errno = EINVAL;
+    if (found == nullptr || found->page() == nullptr) return false;
+    page = {found->number, found};
+    return true;
+}
+
+int decode(const FixedPage& page, char32_t& character, const char* text, std::size_t limit) {
+    return decode_by(locale_of(page), &character, text, limit);
+}
+
+int encode(const FixedPage& page, char* bytes, char32_t character) {
+    return encode_by(locale_of(page), bytes, character);
 }
 
 }  // namespace platform
