@@ -28,16 +28,13 @@ inline std::optional<std::string> from_wide(const std::wstring& wide) {
     return result;
 }
 
-// The same, also none when it is no UTF-8.
+// The same of UTF-8, also none when it is malformed.
 inline std::optional<std::string> from_utf8(const std::string& utf8) {
-    std::wstring wide;
-    int32_t size = 0;
-    for (const char* at = utf8.c_str(); *at != '\0'; at += size) {
-        const int32_t code = UTF8CharToInt(at, &size);
-        if (code < 0 || size > 3) return std::nullopt;  // no code page has those of 4 bytes
-        wide += static_cast<wchar_t>(code);
-    }
-    return from_wide(wide);
+    char* text = MOLTELIB_CodePageFromUtf8(utf8.c_str(), MOLTELIB_PAGE_PROCESS);
+    if (text == nullptr) return std::nullopt;
+    std::string result(text);
+    ORVEX_free(text);
+    return result;
 }
 
 #if defined(_WIN32)
