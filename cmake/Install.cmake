@@ -42,6 +42,7 @@ set(skeleton ${CMAKE_INSTALL_DATADIR}/moltelib/installation)
 install(CODE "set(DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${skeleton}\")")
 install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/installation.cmake)
 if(MOLTELIB_TOOLS)
+  install(TARGETS molte RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(TARGETS oxrunat RUNTIME DESTINATION ${skeleton}/BIN)
 endif()
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/moltelib-installation

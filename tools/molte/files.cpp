@@ -1,0 +1,106 @@
+#include "files.h"
+
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+#include "interrupt.h"
+#include "tool.h"
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#define getpid _getpid
+#else
+#include <unistd.h>
+#endif
+
+namespace fs = std::filesystem;
+
+namespace tool {
+
+namespace {
+
+std::string standard_input() {
+#if defined(_WIN32)
+    _setmode(0, _O_BINARY);
+#endif
+    std::string all;
+    char part[65536];
+    for (size_t size; (size = std::fread(part, 1, sizeof part, stdin)) > 0;) {
+        end_if_interrupted();
+        all.append(part, size);
+    }
+    if (std::ferror(stdin) != 0) throw Failure("Standard input can't be read");
+    return all;
+}
+
+}  // namespace
+
+std::string read_whole(const std::string& argument) {
+    if (argument == "-") return standard_input();
+    const std::string name = library_path(argument);
+    const std::string failed = "\"" + shown(argument) + "\" can't be read";
+    check(ORVEX_FileLenByFileName(name.c_str()), failed);
+    if (fs::is_directory(native_path(argument))) throw Failure(failed + ": it is a folder");
+    uint8_t* data = nullptr;
+    int32_t length = 0;
+    const int32_t result = check(ORVEX_LoadBinDataFile(name.c_str(), &data, &length), failed);
+    if (result == 0) return "";
+    std::string all(reinterpret_cast<const char*>(data), static_cast<size_t>(length));
+    ORVEX_free(data);
+    return all;
+}
+
+void refuse_existing(const std::string& argument, bool replace) {
+    std::error_code none;
+    if (replace || argument == "-" || !fs::exists(native_path(argument), none)) return;
+    throw Failure("\"" + shown(argument) + "\" exists already");
+}
+
+Beside::Beside(const std::string& argument) : place_(native_path(argument)) {
+    if (!place_.has_filename()) place_ = place_.parent_path();  // it ended with a slash
+    beside_ = place_;
+    beside_ += ".molte-" + std::to_string(getpid());
+    remove_at_end(beside_);
+}
+
+Beside::~Beside() {
+    std::error_code ignored;  // nothing better can be done about it
+    if (!kept_) fs::remove_all(beside_, ignored);
+    leave_at_end(beside_);
+}
+
+std::string Beside::for_library() const {
+    return library_path(path_text(beside_));
+}
+
+void Beside::keep() {
+    end_if_interrupted();
+    std::error_code error;
+    fs::rename(beside_, place_, error);
+    if (error) {
+        throw Failure("\"" + shown(path_text(place_)) +
+                      "\" can't be put in its place: " + error.message());
+    }
+    kept_ = true;
+}
+
+void write_whole(Output& out, const std::string& argument, std::string_view data) {
+    if (argument == "-") return out.bytes(data);
+    Beside file(argument);
+    const std::string failed = "\"" + shown(argument) + "\" can't be written";
+    ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(file.for_library().c_str());
+    if (handle == nullptr) throw Failure(failed);
+    const auto size = static_cast<int64_t>(data.size());
+    if (size > 0 && ORVEX_HFILE_Write(handle, data.data(), size) != size) {
+        Failure failure(failed);
+        ORVEX_HFILE_Close(&handle);
+        throw failure;
+    }
+    check(ORVEX_HFILE_Close(&handle), failed);
+    file.keep();
+}
+
+}  // namespace tool
