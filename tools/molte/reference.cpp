@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "files.h"
 
 namespace tool {
 
@@ -307,23 +308,35 @@ end
 }  // namespace
 
 void add_reference(Commands& commands) {
+    struct Order {
+        std::string shell, file = "-";
+    };
+    const auto order = std::make_shared<Order>();
+    const auto writes = [order](CLI::App* command) {
+        command->add_option("-o,--output", order->file, "Where to; standard output otherwise")
+            ->type_name("FILE");
+    };
     CLI::App* man = commands.add("man", "Writes the manual page",
-                                 {{"man > molte.1", "to read it: man -l molte.1"}});
-    commands.runs(man, [&commands](Tool& tool) {
-        tool.out.bytes(manual(commands));
+                                 {{"man -o molte.1", "to read it: man -l molte.1"}});
+    writes(man);
+    commands.runs(man, [&commands, order](Tool& tool) {
+        write_whole(tool.out, order->file, manual(commands));
         return static_cast<int>(kDone);
     });
 
-    const auto shell = std::make_shared<std::string>();
-    CLI::App* completion =
-        commands.add("completion", "Writes the completions for a shell",
-                     {{"completion bash > /etc/bash_completion.d/molte", "for all users of bash"}});
-    choice(completion->add_option("SHELL", *shell, "bash, zsh or fish"), {"bash", "zsh", "fish"})
+    CLI::App* completion = commands.add(
+        "completion", "Writes the completions for a shell",
+        {{"completion bash -o /etc/bash_completion.d/molte", "for all users of bash"}});
+    choice(completion->add_option("SHELL", order->shell, "bash, zsh or fish"),
+           {"bash", "zsh", "fish"})
         ->required();
-    commands.runs(completion, [&commands, shell](Tool& tool) {
-        tool.out.bytes(*shell == "bash"  ? bash(commands)
-                       : *shell == "zsh" ? zsh(commands)
-                                         : fish(commands));
+    writes(completion);
+    commands.runs(completion, [&commands, order](Tool& tool) {
+        const std::string& shell = order->shell;
+        write_whole(tool.out, order->file,
+                    shell == "bash"  ? bash(commands)
+                    : shell == "zsh" ? zsh(commands)
+                                     : fish(commands));
         return static_cast<int>(kDone);
     });
 }
