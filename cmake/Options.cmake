@@ -21,6 +21,16 @@ function(molte_options target)
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 endfunction()
 
+# molte_same_bytes(TARGET): every folder gives what is built the same bytes. Paths in it count from the
+# tree; a debugger finds the sources when it is started there. ccache hands the compiler relative ones.
+function(molte_same_bytes target)
+  file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  string(REGEX REPLACE "/$" "" up "${up}")
+  foreach(folder ${up} ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR})
+    target_compile_options(${target} PRIVATE -ffile-prefix-map=${folder}=.)
+  endforeach()
+endfunction()
+
 # molte_library_options(TARGET): as well, for what goes into the library itself.
 function(molte_library_options target)
   molte_options(${target})
@@ -31,11 +41,5 @@ function(molte_library_options target)
     target_compile_options(${target} PRIVATE
       $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
   endif()
-  # Paths in what is built count from the tree, so that every folder gives the same bytes; a debugger
-  # finds the sources when it is started there. ccache hands the compiler relative ones.
-  file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
-  string(REGEX REPLACE "/$" "" up "${up}")
-  foreach(folder ${up} ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR})
-    target_compile_options(${target} PRIVATE -ffile-prefix-map=${folder}=.)
-  endforeach()
+  molte_same_bytes(${target})
 endfunction()
