@@ -65,25 +65,6 @@ TEST(Handles, AreGivenAndClosedByManyThreadsAtOnce) {
     EXPECT_EQ(faults, 0);
 }
 
-TEST(Events, AnAutomaticOneKeepsOneSignalAndAManualOneStays) {
-    SetLastError(5);
-    const Handles events = {CreateEventA(nullptr, FALSE, FALSE, nullptr), manual()};
-    EXPECT_EQ(GetLastError(), 0U);  // neither has a name
-    for (HANDLE event : events) {
-        EXPECT_EQ(wait_for(event), DWORD{WAIT_TIMEOUT});
-        SetEvent(event);
-        SetEvent(event);
-        EXPECT_EQ(wait_for(event), DWORD{WAIT_OBJECT_0});
-    }
-    EXPECT_EQ(wait_for(events[0]), DWORD{WAIT_TIMEOUT});
-    EXPECT_EQ(wait_for(events[1]), DWORD{WAIT_OBJECT_0});
-    for (HANDLE event : events) {
-        SetEvent(event);
-        ResetEvent(event);
-        EXPECT_EQ(wait_for(event), DWORD{WAIT_TIMEOUT});
-    }
-}
-
 // So many threads that sleep in a wait for one object.
 struct Sleepers {
     Sleepers(HANDLE object, int count) {
@@ -158,47 +139,6 @@ TEST(Mutexes, OneWhoseOwnerEndedIsAbandonedOnce) {
         EXPECT_EQ(wait_for(objects[1]), DWORD{WAIT_OBJECT_0});
     }
     std::thread([] { CloseHandle(mutex(true)); }).join();  // owned without a handle
-}
-
-TEST(Semaphores, CountToTheirMaximum) {
-    const Handle object(semaphore(1, 3));
-    LONG previous = -1;
-    for (const auto& [add, error, before] : {tuple<LONG, DWORD, LONG>{2, 0, 1},
-                                             {1, ERROR_TOO_MANY_POSTS, 1},
-                                             {-1, ERROR_TOO_MANY_POSTS, 1},
-                                             {0, 0, 3}}) {
-        EXPECT_EQ(error_if(!ReleaseSemaphore(object, add, &previous)), error) << add;
-        EXPECT_EQ(previous, before) << add;
-    }
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(wait_for(object), i < 3 ? WAIT_OBJECT_0 : WAIT_TIMEOUT);
-    const LONG refused[][2] = {{-1, 2}, {3, 2}, {0, 0}, {0, -1}};
-    for (const auto& [count, most] : refused) {
-        EXPECT_EQ(error_if(semaphore(count, most) == nullptr), DWORD{ERROR_INVALID_PARAMETER});
-    }
-}
-
-TEST(Waits, ForAnyAndForAll) {
-    const tuple<std::string, bool, DWORD, std::string> rows[] = {
-        {"---", false, WAIT_TIMEOUT, "---"},  {"-xx", false, WAIT_OBJECT_0 + 1, "--x"},
-        {"xxx", false, WAIT_OBJECT_0, "-xx"}, {"--x", false, WAIT_OBJECT_0 + 2, "---"},
-        {"xx-", true, WAIT_TIMEOUT, "xx-"},   {"-xx", true, WAIT_TIMEOUT, "-xx"},
-        {"xxx", true, WAIT_OBJECT_0, "---"}};
-    for (const auto& [signalled, all, result, expected] : rows) {
-        for (DWORD limit : {DWORD{0}, DWORD{40}}) {
-            const Handles objects = {automatic(signalled[0] == 'x'),
-                                     semaphore(signalled[1] == 'x', 1),
-                                     automatic(signalled[2] == 'x')};
-            const auto begin = steady_clock::now();
-            SetLastError(77);
-            EXPECT_EQ(objects.wait(all, limit), result);
-            EXPECT_EQ(GetLastError(), 77U);
-            const auto passed = steady_clock::now() - begin;
-            EXPECT_TRUE(result != WAIT_TIMEOUT || passed >= milliseconds(limit) * 39 / 40);
-            std::string left;
-            for (HANDLE object : objects) left += wait_for(object) == WAIT_OBJECT_0 ? 'x' : '-';
-            EXPECT_EQ(left, expected) << signalled << all;
-        }
-    }
 }
 
 TEST(Waits, TakeAtMost64Objects) {

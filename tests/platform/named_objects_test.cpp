@@ -1,10 +1,10 @@
-// Named objects, most of it between processes.
+// Named objects, most of it between processes, and waits for several.
 #include "platform/threads.h"
 #include "support/asleep.h"
-#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
 #include "support/object_name.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -26,6 +26,9 @@ HANDLE open(const std::string& name) {
 HANDLE open_mutex(const std::string& name) {
     return OpenMutexA(MUTEX_ALL_ACCESS, FALSE, name.c_str());
 }
+HANDLE open_semaphore(const std::string& name) {
+    return OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
+}
 
 // For what else would only be noticed when the time limit of a wait is over.
 class Prompt {
@@ -43,7 +46,7 @@ CHILD_ROLE(obey) {
     for (const std::string& name : args) {
         HANDLE object = open(name);
         if (object == nullptr) object = open_mutex(name);
-        if (object == nullptr) object = OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
+        if (object == nullptr) object = open_semaphore(name);
         objects.push_back(object);
     }
     tell_parent("ready");
@@ -76,59 +79,179 @@ struct Servant : ChildProcess {
     }
 };
 
-const std::string kTimeOut = std::to_string(WAIT_TIMEOUT);
-const std::string kAbandoned = std::to_string(WAIT_ABANDONED);
-const std::string kNotOwner = std::to_string(ERROR_NOT_OWNER);
+// ---- Scenes: what is named by a step is a handle, a child or a thread of this test ----
 
-TEST(NamedObjects, TellWhatTheyFind) {
-    const std::string name = new_name();
-    const Handle first(manual(false, name));
-    EXPECT_EQ(GetLastError(), 0U);
-    EXPECT_NE(Handle(automatic(false, "Global\\" + name)), nullptr);
-    const Handles others = {automatic(false, "Local\\" + name), open(name), automatic(false, name)};
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
-    SetEvent(others[0]);
-    for (HANDLE same : others) {
-        EXPECT_EQ(wait_for(same), DWORD{WAIT_OBJECT_0});  // manual, as it was made
+class Objects : public InFolder {
+ protected:
+    Objects() { prefix = new_name(); }
+    ~Objects() override {
+#if !defined(_WIN32)
+        platform::force_wait_fallback(false);
+#endif
+        threads.clear();
+        children.clear();
+        for (const auto& [name, handle] : std::exchange(handles, {})) CloseHandle(handle);
     }
-    EXPECT_NE(Handle(automatic(false, name + "/more")), nullptr);
-    EXPECT_EQ(GetLastError(), 0U);
-    EXPECT_NE(Handle(automatic(false, name + std::string(254 - name.size(), 'x'))), nullptr);
-    std::string other_case = name;
-    other_case[0] = 'M';
-    const std::string longer(260, 'x');
-    const std::pair<std::function<HANDLE()>, DWORD> rows[] = {
-        {[&] { return mutex(false, name); }, ERROR_INVALID_HANDLE},
-        {[&] { return semaphore(1, 1, name); }, ERROR_INVALID_HANDLE},
-        {[&] { return open_mutex(name); }, ERROR_INVALID_HANDLE},
-        {[&] { return OpenSemaphoreA(1, FALSE, name.c_str()); }, ERROR_INVALID_HANDLE},
-        {[&] { return open(name + "no"); }, ERROR_FILE_NOT_FOUND},
-        {[&] { return open(other_case); }, ERROR_FILE_NOT_FOUND},
-        {[] { return OpenEventA(EVENT_ALL_ACCESS, FALSE, nullptr); }, ERROR_INVALID_PARAMETER},
-        {[] { return open(""); }, ERROR_INVALID_HANDLE},
-        {[&] { return automatic(false, "a\\" + name); }, ERROR_PATH_NOT_FOUND},
-        {[&] { return automatic(false, longer); }, ERROR_FILENAME_EXCED_RANGE},
-        {[&] { return open(longer + longer); }, ERROR_FILENAME_EXCED_RANGE},
+
+ public:
+    struct Waiter {
+        std::atomic<DWORD> result{WAIT_FAILED};
+        std::unique_ptr<SleepingThread> thread;
     };
-    for (const auto& [call, error] : rows) EXPECT_EQ(error_if(call() == nullptr), error);
+    static inline std::string prefix;
+    static inline std::map<std::string, HANDLE> handles;
+    static inline std::map<std::string, std::unique_ptr<Servant>> children;
+    static inline std::map<std::string, Waiter> threads;
+};
+
+HANDLE handle_of(const std::string& name) {
+    return Objects::handles.at(name);
+}
+// The handles that a step's further fields name.
+std::vector<HANDLE> handles_of(const Texts& step, size_t first) {
+    std::vector<HANDLE> all;
+    for (; first + 1 < step.size(); ++first) all.push_back(handle_of(step[first]));
+    return all;
 }
 
-TEST(NamedObjects, LiveAsLongAsAnyProcessHasThemOpen) {
-    const std::string name = new_name();
-    HANDLE mine = automatic(true, name);
-    {
-        Servant child({name});
-        CloseHandle(mine);
-        EXPECT_EQ(child.ask("poll"), "0");
-        EXPECT_NE(Handle(open(name)), nullptr);
-        EXPECT_EQ(child.ask("set"), "0");
-        child.kill();
-        child.wait();
-    }
-    EXPECT_EQ(error_if(open(name) == nullptr), DWORD{ERROR_FILE_NOT_FOUND});
-    const Handle fresh(semaphore(1, 1, name));  // what the dead left is in nobody's way
-    EXPECT_EQ(error_if(fresh == nullptr), 0U);
+// The name of an object: "%" is the scene's own, "%%" the longest of those.
+std::string name_in(std::string field) {
+    if (field == "%%") return Objects::prefix + std::string(254 - Objects::prefix.size(), 'x');
+    const size_t at = field.find('%');
+    return at == std::string::npos ? field : field.replace(at, 1, Objects::prefix);
 }
+
+std::string kept(const std::string& name, HANDLE handle) {
+    const DWORD error = GetLastError();
+    if (handle == nullptr) return "error " + std::to_string(error);
+    Objects::handles[name] = handle;
+    return error == ERROR_ALREADY_EXISTS ? "old" : error == 0 ? "new" : std::to_string(error);
+}
+
+// An object of a kind, its state and its name.
+std::string make(const Texts& step) {
+    const std::string& kind = step[2];
+    const std::string& state = step[3];
+    const std::string name = name_in(step[4]);
+    int count = 0;
+    int most = 0;
+    if (std::sscanf(state.c_str(), "%d/%d", &count, &most) == 2) {
+        return kept(step[1], semaphore(count, most, name));
+    }
+    const bool on = state == "1";
+    return kept(step[1], kind == "manual"      ? manual(on, name)
+                         : kind == "automatic" ? automatic(on, name)
+                                               : mutex(on, name));
+}
+
+template <HANDLE (*open_it)(const std::string&)>
+std::string open_by_name(const Texts& step) {
+    const std::string told = kept(step[1], open_it(name_in(step[2])));
+    return told.starts_with("error") ? told : "open";
+}
+
+template <BOOL (*call)(HANDLE)>
+std::string done_to(const Texts& step) {
+    return std::to_string(error_if(call(handle_of(step[1])) == FALSE));
+}
+
+// A wait for any or all, with a limit, of objects.
+std::string wait(const Texts& step) {
+    const auto objects = handles_of(step, 3);
+    const auto limit = static_cast<DWORD>(std::stoul(step[2]));
+    const auto begin = steady_clock::now();
+    SetLastError(77);
+    const DWORD result = WaitForMultipleObjects(static_cast<DWORD>(objects.size()), objects.data(),
+                                                step[1] == "all", limit);
+    EXPECT_EQ(GetLastError(), 77U);
+    const auto passed = steady_clock::now() - begin;
+    EXPECT_TRUE(result != WAIT_TIMEOUT || passed >= milliseconds(limit) * 39 / 40);
+    return std::to_string(result);
+}
+
+std::string wait_in_thread(const Texts& step) {
+    Objects::Waiter& waiter = Objects::threads[step[1]];
+    waiter.thread = std::make_unique<SleepingThread>(
+        [&waiter, objects = handles_of(step, 3), all = step[2] == "all"] {
+            waiter.result = WaitForMultipleObjects(static_cast<DWORD>(objects.size()),
+                                                   objects.data(), all, Prompt::kLimit);
+            for (HANDLE object : objects) ReleaseMutex(object);
+        });
+    return "asleep";
+}
+
+template <auto act>
+std::string by_child(const Texts& step) {
+    const Prompt prompt;
+    return act(*Objects::children.at(step[1]), step[2]);
+}
+
+[[maybe_unused]] const bool plays = play_scenes<Objects>(
+    "Objects", TEST_ROWS,
+    {{"make", make},
+     {"open_event", open_by_name<open>},
+     {"open_mutex", open_by_name<open_mutex>},
+     {"open_semaphore", open_by_name<open_semaphore>},
+     {"open_null", step_of<[] {
+          const HANDLE none = OpenEventA(EVENT_ALL_ACCESS, FALSE, nullptr);
+          return std::to_string(error_if(none == nullptr));
+      }>},
+     {"close",
+      [](const Texts& step) {
+          return std::to_string(CloseHandle(Objects::handles.extract(step[1]).mapped()));
+      }},
+     {"set", done_to<SetEvent>},
+     {"reset", done_to<ResetEvent>},
+     {"release", done_to<ReleaseMutex>},
+     {"post",
+      [](const Texts& step) {
+          LONG previous = -1;
+          const BOOL done = ReleaseSemaphore(handle_of(step[1]), std::stoi(step[2]), &previous);
+          return std::to_string(error_if(done == FALSE)) + " > " + std::to_string(previous);
+      }},
+     {"wait", wait},
+     {"fallback",
+      [](const Texts& step) {
+#if !defined(_WIN32)
+          platform::force_wait_fallback(true);
+#endif
+          return step.back();
+      }},
+     {"child",
+      [](const Texts& step) {
+          Texts names;
+          for (size_t i = 2; i + 1 < step.size(); ++i) names.push_back(name_in(step[i]));
+          Objects::children[step[1]] = std::make_unique<Servant>(names);
+          return step.back();
+      }},
+     {"ask", by_child<[](Servant& child, const std::string& order) { return child.ask(order); }>},
+     {"waits", by_child<[](Servant& child, const std::string& how) {
+          child.start_waiting(how);
+          return how;
+      }>},
+     {"hear", by_child<[](Servant& child, const std::string&) { return child.read_line(); }>},
+     {"kill", by_child<[](Servant& child, const std::string& told) {
+          child.kill();
+          return told;
+      }>},
+     {"end", by_child<[](Servant& child, const std::string& told) {
+          child.send_line("end");
+          return told;
+      }>},
+     {"gone",
+      by_child<[](Servant& child, const std::string&) { return std::to_string(child.wait()); }>},
+     {"thread", wait_in_thread},
+     {"sleeps_on",
+      [](const Texts& step) {
+          const Objects::Waiter& waiter = Objects::threads.at(step[1]);
+          waiter.thread->until_asleep();
+          return std::to_string(waiter.result);
+      }},
+     {"result", [](const Texts& step) {
+          const Prompt prompt;
+          Objects::threads.at(step[1]).thread->join();
+          return std::to_string(Objects::threads.at(step[1]).result);
+      }}});
 
 TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
     for (auto kind : {automatic, manual}) {
@@ -147,31 +270,8 @@ TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
         for (int i = 0; i < 3; ++i) SetEvent(event);  // which don't add up without a waiter
         EXPECT_EQ(wait_for(event), DWORD{WAIT_OBJECT_0});
         if (kind == manual) ResetEvent(event);
-        EXPECT_EQ(children[0].ask("poll"), kTimeOut);
+        EXPECT_EQ(children[0].ask("poll"), std::to_string(WAIT_TIMEOUT));
     }
-}
-
-TEST(NamedObjects, AMutexIsOneProcessesAtATime) {
-    const Named mine(mutex, true);
-    const Handle again(mutex(true, mine.name));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});  // and so not owned twice
-    const auto release = [&] { return error_if(ReleaseMutex(mine) == FALSE); };
-    Servant child({mine.name});
-    EXPECT_EQ(child.ask("poll"), kTimeOut);
-    EXPECT_EQ(child.ask("release"), kNotOwner);
-    child.start_waiting("any");
-    EXPECT_EQ(release(), 0U);
-    EXPECT_EQ(child.read_line(), "0");
-    EXPECT_EQ(child.ask("any"), "0");
-    EXPECT_EQ(release(), DWORD{ERROR_NOT_OWNER});
-    EXPECT_EQ(child.ask("release"), "0");
-    EXPECT_EQ(wait_for(mine), DWORD{WAIT_TIMEOUT});
-    EXPECT_EQ(child.ask("release"), "0");
-    std::thread([&] {
-        EXPECT_EQ(release(), DWORD{ERROR_NOT_OWNER});
-        EXPECT_EQ(wait_for(mine), DWORD{WAIT_OBJECT_0});
-    }).join();
-    EXPECT_EQ(child.ask("poll"), kAbandoned);
 }
 
 TEST(NamedObjects, AMutexPassesByATerminatedWaiter) {
@@ -190,43 +290,6 @@ TEST(NamedObjects, AMutexPassesByATerminatedWaiter) {
     DWORD exit_code = 0;
     GetExitCodeThread(waiters[1], &exit_code);
     EXPECT_TRUE(exit_code == WAIT_OBJECT_0 || exit_code == WAIT_ABANDONED) << exit_code;
-}
-
-TEST(NamedObjects, AMutexIsAbandonedByAProcessThatEndsOrIsKilled) {
-    for (const auto& [killed, all] : {std::pair{false, false}, {true, false}, {true, true}}) {
-        const Named mine(mutex);
-        const Named signalled(manual, all);
-        Servant heir({signalled.name, mine.name});  // waits already before
-        Servant owner({mine.name});
-        EXPECT_EQ(owner.ask("any"), "0");
-        heir.start_waiting(all ? "all" : "any");
-        const Prompt prompt;
-        killed ? owner.kill() : owner.send_line("end");
-        EXPECT_EQ(heir.read_line(), std::to_string(WAIT_ABANDONED + (all ? 0 : 1)));
-        heir.kill();
-        for (DWORD result : {DWORD{WAIT_ABANDONED}, DWORD{WAIT_OBJECT_0}}) {
-            EXPECT_EQ(wait_for(mine, 5000), result);
-            EXPECT_NE(ReleaseMutex(mine), FALSE);
-        }
-    }
-}
-
-TEST(NamedObjects, AMutexSurvivesOwnerAndNextWaiterKilledTogether) {
-    for (int round = 0; round < 6; ++round) {
-        const Named mine(mutex);
-        const Named other(mutex, true);
-        Servant owner({mine.name});
-        EXPECT_EQ(owner.ask("any"), "0");
-        const Texts wanted = round % 2 == 0 ? Texts{mine.name} : Texts{mine.name, other.name};
-        Servant next(wanted);
-        Servant last(wanted);
-        next.start_waiting("any");
-        last.start_waiting("any");
-        const Prompt prompt;
-        owner.kill();
-        next.kill();
-        EXPECT_EQ(last.read_line(), kAbandoned) << round;
-    }
 }
 
 // Both ways of a wait for several: what the kernel offers, and what there is without.
@@ -270,11 +333,6 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
             cause();
         }
     }
-    for (const BOOL all : {FALSE, TRUE}) {
-        const auto begin = steady_clock::now();
-        EXPECT_EQ(WaitForMultipleObjects(2, handles, all, 20), DWORD{WAIT_TIMEOUT});
-        EXPECT_GE(steady_clock::now() - begin, milliseconds(19));
-    }
 }
 
 constexpr int kRounds = 60;
@@ -308,32 +366,6 @@ TEST_P(MixedWaits, OfTwoProcessesWakeEachOtherEachTime) {
         }
         EXPECT_EQ(child.wait(), 0);
     }
-}
-
-TEST_P(MixedWaits, ForAllTakeNothingWhileOneIsMissing) {
-    const Named named(automatic);
-    const Named owned(mutex);
-    const Handle unnamed(automatic());
-    const HANDLE handles[] = {named, owned, unnamed};
-    Servant child({named.name});
-    std::atomic<DWORD> result{WAIT_FAILED};
-    SleepingThread waiter([&] {
-        result = WaitForMultipleObjects(3, handles, TRUE, Prompt::kLimit);
-        ReleaseMutex(owned);
-    });
-    child.ask("set");
-    EXPECT_EQ(wait_for(owned), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(child.ask("poll"), "0");  // takes the signal away
-    SetEvent(unnamed);
-    child.ask("set");
-    waiter.until_asleep();
-    EXPECT_EQ(result, DWORD{WAIT_FAILED});
-    const Prompt prompt;
-    ReleaseMutex(owned);
-    waiter.join();
-    EXPECT_EQ(result, DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(wait_for(unnamed), DWORD{WAIT_TIMEOUT});
-    EXPECT_EQ(child.ask("poll"), kTimeOut);
 }
 
 // Who is woken for the second object and then takes the first leaves the second to others.
