@@ -5,11 +5,7 @@
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <netdb.h>
-#include <poll.h>
 #include <pthread.h>
-#include <sys/file.h>
-#include <sys/ioctl.h>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -108,10 +104,12 @@ bool arm(bool from_now_on) {
 #define IN_FRONT_OF(name, result, ...)                                         \
     extern "C" result in_front_of_##name(__VA_ARGS__) noexcept __asm__(#name); \
     result in_front_of_##name(__VA_ARGS__) noexcept
-#define SYSTEM_CALL(name, result, failure, call, ...)                                    \
-    IN_FRONT_OF(name, result, __VA_ARGS__) {                                             \
-        REAL(name);                                                                      \
-        return make_call(CALLER, Kind::other, 0, failure, [=](size_t) { return call; }); \
+// A call whose arguments all fit registers, and which gives -1 when it fails.
+#define SYSTEM_CALL(name)                                                     \
+    IN_FRONT_OF(name, long, long a, long b, long c, long d, long e, long f) { \
+        REAL(name);                                                           \
+        return make_call(CALLER, Kind::other, 0, -1L,                         \
+                         [=](size_t) { return real(a, b, c, d, e, f); });     \
     }
 
 IN_FRONT_OF(malloc, void*, size_t size) {
@@ -140,26 +138,21 @@ IN_FRONT_OF(pthread_getattr_np, int, pthread_t thread, pthread_attr_t* attribute
     return result;
 }
 
-SYSTEM_CALL(open, int, -1, real(path, flags, mode), const char* path, int flags, mode_t mode)
-SYSTEM_CALL(openat, int, -1, real(folder, path, flags, mode), int folder, const char* path,
-            int flags, mode_t mode)
-SYSTEM_CALL(rename, int, -1, real(from, to), const char* from, const char* to)
-SYSTEM_CALL(renameat, int, -1, real(folder, from, target, to), int folder, const char* from,
-            int target, const char* to)
-SYSTEM_CALL(link, int, -1, real(from, to), const char* from, const char* to)
-SYSTEM_CALL(linkat, int, -1, real(folder, from, target, to, flags), int folder, const char* from,
-            int target, const char* to, int flags)
-SYSTEM_CALL(mkdir, int, -1, real(path, mode), const char* path, mode_t mode)
-SYSTEM_CALL(chdir, int, -1, real(path), const char* path)
-SYSTEM_CALL(fchdir, int, -1, real(fd), int fd)
-SYSTEM_CALL(unlink, int, -1, real(path), const char* path)
-SYSTEM_CALL(ftruncate, int, -1, real(fd, size), int fd, off_t size)
-SYSTEM_CALL(fallocate, int, -1, real(fd, mode, from, size), int fd, int mode, off_t from,
-            off_t size)
-SYSTEM_CALL(mmap, void*, MAP_FAILED, real(at, size, protection, flags, fd, offset), void* at,
-            size_t size, int protection, int flags, int fd, off_t offset)
-SYSTEM_CALL(fsync, int, -1, real(fd), int fd)
-SYSTEM_CALL(flock, int, -1, real(fd, operation), int fd, int operation)
+SYSTEM_CALL(open)
+SYSTEM_CALL(openat)
+SYSTEM_CALL(rename)
+SYSTEM_CALL(renameat)
+SYSTEM_CALL(link)
+SYSTEM_CALL(linkat)
+SYSTEM_CALL(mkdir)
+SYSTEM_CALL(chdir)
+SYSTEM_CALL(fchdir)
+SYSTEM_CALL(unlink)
+SYSTEM_CALL(ftruncate)
+SYSTEM_CALL(fallocate)
+SYSTEM_CALL(mmap)
+SYSTEM_CALL(fsync)
+SYSTEM_CALL(flock)
 
 IN_FRONT_OF(read, ssize_t, int fd, void* to, size_t size) {
     REAL(read);
@@ -190,26 +183,20 @@ IN_FRONT_OF(syscall, long, long number, long a, long b, long c, long d, long e, 
 
 // ---- Sockets ----
 
-SYSTEM_CALL(socket, int, -1, real(domain, type, protocol), int domain, int type, int protocol)
-SYSTEM_CALL(bind, int, -1, real(fd, at, size), int fd, const sockaddr* at, socklen_t size)
-SYSTEM_CALL(listen, int, -1, real(fd, backlog), int fd, int backlog)
-SYSTEM_CALL(accept4, int, -1, real(fd, from, size, flags), int fd, sockaddr* from, socklen_t* size,
-            int flags)
-SYSTEM_CALL(connect, int, -1, real(fd, to, size), int fd, const sockaddr* to, socklen_t size)
-SYSTEM_CALL(shutdown, int, -1, real(fd, how), int fd, int how)
-SYSTEM_CALL(getsockname, int, -1, real(fd, own, size), int fd, sockaddr* own, socklen_t* size)
-SYSTEM_CALL(getpeername, int, -1, real(fd, peer, size), int fd, sockaddr* peer, socklen_t* size)
-SYSTEM_CALL(setsockopt, int, -1, real(fd, level, name, value, size), int fd, int level, int name,
-            const void* value, socklen_t size)
-SYSTEM_CALL(getsockopt, int, -1, real(fd, level, name, value, size), int fd, int level, int name,
-            void* value, socklen_t* size)
-SYSTEM_CALL(ioctl, int, -1, real(fd, command, argument), int fd, unsigned long command,
-            void* argument)
-SYSTEM_CALL(ppoll, int, -1, real(watched, count, limit, mask), pollfd* watched, nfds_t count,
-            const timespec* limit, const sigset_t* mask)
+SYSTEM_CALL(socket)
+SYSTEM_CALL(bind)
+SYSTEM_CALL(listen)
+SYSTEM_CALL(accept4)
+SYSTEM_CALL(connect)
+SYSTEM_CALL(shutdown)
+SYSTEM_CALL(getsockname)
+SYSTEM_CALL(getpeername)
+SYSTEM_CALL(setsockopt)
+SYSTEM_CALL(getsockopt)
+SYSTEM_CALL(ioctl)
+SYSTEM_CALL(ppoll)
 // By this name checked builds call it.
-SYSTEM_CALL(__ppoll_chk, int, -1, real(watched, count, limit, mask, size), pollfd* watched,
-            nfds_t count, const timespec* limit, const sigset_t* mask, size_t size)
+SYSTEM_CALL(__ppoll_chk)
 
 // Half of a datagram would be lost: streams alone move less.
 IN_FRONT_OF(sendto, ssize_t, int fd, const void* from, size_t size, int flags, const sockaddr* to,
