@@ -3,11 +3,9 @@
 
 namespace {
 
-struct Queue : MOLTE_DATAQUE {
+struct Queue : Pinned, MOLTE_DATAQUE {
     explicit Queue(int32_t capacity) { MOLTE_DATAQUE_Init(this, capacity, sizeof(int32_t)); }
     ~Queue() { MOLTE_DATAQUE_Release(this); }
-    Queue(const Queue&) = delete;
-    Queue& operator=(const Queue&) = delete;
     int32_t add(int32_t item) { return MOLTE_DATAQUE_AddClient(this, &item); }
     // The item, or below 0.
     int32_t take() {

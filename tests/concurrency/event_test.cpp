@@ -3,12 +3,10 @@
 
 namespace {
 
-struct Event {
+struct Event : Pinned {
     OXHANDLE handle;
     explicit Event(const char* name = nullptr) : handle(ORVEX_EVENT_Create(name)) {}
     ~Event() { ORVEX_EVENT_Release(handle); }
-    Event(const Event&) = delete;
-    Event& operator=(const Event&) = delete;
 };
 
 TEST(Event, WaitsWithoutLimitWhereTheUnitSaysSo) {
@@ -21,10 +19,7 @@ TEST(Event, WaitsWithoutLimitWhereTheUnitSaysSo) {
         ORVEX_EVENT_Wait,
         [](OXHANDLE e) { return ORVEX_EVENT_MultiTimeWait(&e, 1, 0, 0); }};
     for (const auto& wait : waits) {
-        SleepingThread waiter([&] {
-            EXPECT_EQ(wait(event.handle), 1);
-            MOLTE_THDATA_FreeData();
-        });
+        SleepingThread waiter([&] { EXPECT_EQ(wait(event.handle), 1); });
         ORVEX_EVENT_Set(event.handle);
     }
 }

@@ -65,10 +65,7 @@ TEST_F(ResourceLock, OneThreadAtATimeIsInside) {
 TEST_F(ResourceLock, OnlyWhoHoldsItGivesItUp) {
     MOLTE_RESLOCKID id;
     lock(&id, 9);
-    std::thread([&] {
-        EXPECT_EQ(error_of(unlock(&id)), "101 oreslock");
-        MOLTE_THDATA_FreeData();
-    }).join();
+    in_thread([&] { EXPECT_EQ(error_of(unlock(&id)), "101 oreslock"); }).join();
     MOLTE_RESLOCKID copy = id;
     EXPECT_EQ(unlock(&id), 1);
     EXPECT_EQ(error_of(unlock(&copy)), "101 oreslock");

@@ -49,12 +49,11 @@ TEST(ThreadList, ThreadsComeAndGoInAnyOrder) {
     std::promise<void> added[3];
     std::promise<void> leave[3];
     for (size_t i = 0; i < 3; ++i) {
-        threads[i] = std::thread([&owner, &added = added[i], &leave = leave[i]] {
+        threads[i] = in_thread([&owner, &added = added[i], &leave = leave[i]] {
             MOLTE_THREADLIST_Add(&owner.list, "visitor", 1);
             added.set_value();
             leave.get_future().wait();
             MOLTE_THREADLIST_Remove(&owner.list);
-            MOLTE_THDATA_FreeData();
         });
         added[i].get_future().wait();
     }

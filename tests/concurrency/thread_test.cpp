@@ -56,9 +56,8 @@ TEST(CriticalSection, TryFailsOnlyForAnotherThread) {
     ORVEX_InitCritSect(&section);
     EXPECT_EQ(ORVEX_TryEnterCritSect(&section) + ORVEX_TryEnterCritSect(&section), 2);
     for (int held = 2; held > 0; --held) {
-        std::thread([&section] {
+        in_thread([&section] {
             EXPECT_EQ(error_of(ORVEX_TryEnterCritSect(&section)), "283 oxthrdop dead lock");
-            MOLTE_THDATA_FreeData();
         }).join();
         EXPECT_EQ(held == 2 ? ORVEX_LeaveCritSect(&section) : MOLTE_LeaveCrit(&section), 1);
     }

@@ -1,4 +1,5 @@
 // The main path is set for good: who needs it unset asks in a process of his own.
+#include "support/environment.h"
 #include "support/scenes.h"
 
 namespace {
@@ -74,25 +75,21 @@ std::string alone(const Texts& step) {
     return then(step);
 }
 
-class UnsetMainPath : public testing::Test {
+class UnsetMainPath : public InFolder {
  protected:
     void SetUp() override {
+        set_variable("MOLTELIB_REGISTRY_FOLDER", registry_.str().c_str());
 #if defined(_WIN32)
         GTEST_SKIP() << "the registry of the machine is shared with other programs here";
-#else
-        setenv("MOLTELIB_REGISTRY_FOLDER", registry_.str().c_str(), 1);
 #endif
     }
     void TearDown() override {
         other.reset();
     }
     TempFolder registry_;
-    TempFolder folder_;
 };
 
-struct MainPath : testing::Test {
-    TempFolder folder_;
-};
+using MainPath = InFolder;
 
 const std::string kUnset = fs::path(TEST_ROWS).replace_filename("unset_main_path.txt").string();
 [[maybe_unused]] const bool plays =

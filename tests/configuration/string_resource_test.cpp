@@ -6,11 +6,9 @@ namespace {
 
 using molte::RC_TABLE;
 
-struct Table : RC_TABLE {
+struct Table : Pinned, RC_TABLE {
     Table() : RC_TABLE{} {}
     ~Table() { molte::free_table(*this); }
-    Table(const Table&) = delete;
-    Table& operator=(const Table&) = delete;
 };
 
 const std::string kRootLines = "2502 oxsysutl, 217 rcxmlpro";  // of each root, which has no parent

@@ -62,14 +62,13 @@ std::string room(const Texts& step) {
     return outcome(result) + " > " + std::to_string(length);
 }
 
-class BinaryLog : public testing::Test {
+class BinaryLog : public InFolder {
  protected:
     [[nodiscard]] std::string path() const { return folder_ / "b.dat"; }
     [[nodiscard]] std::string file() const { return read_bytes(path()); }
     int32_t add(const std::string& text) const {
         return BERRLOG_AddLog(path().c_str(), text.data(), static_cast<int32_t>(text.size()));
     }
-    TempFolder folder_;
 };
 
 [[maybe_unused]] const bool plays = play_scenes<BinaryLog>(
@@ -169,7 +168,6 @@ CHILD_ROLE(adds_entries) {
     in_threads(2, [&](int) {
         for (int i = 0; i < 10; ++i)
             BERRLOG_AddLog(args[0].c_str(), std::string(200, 'a').data(), 200);
-        MOLTE_THDATA_FreeData();
     });
     return 0;
 }

@@ -22,7 +22,6 @@ class MessageQueue : public testing::Test {
                     OTXTHOOK_MSGQUENODE_Release(&node);
                     ++taken_;
                 }
-                MOLTE_THDATA_FreeData();
             });
         });
     }
@@ -65,7 +64,6 @@ TEST_F(MessageQueue, WaitingReadersGetAllAndStopAtOnce) {
     std::thread readers = start_readers(4);
     in_threads(2, [this](int) {
         for (int n = 1; n <= kMessages; ++n) add(std::string(static_cast<size_t>(n % 50) + 1, 'x'));
-        MOLTE_THDATA_FreeData();
     });
     while (taken_ < 2 * kMessages) std::this_thread::yield();
     EXPECT_EQ(sum_, 2 * (kMessages / 50) * (51 * 50 / 2));

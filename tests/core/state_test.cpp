@@ -1,10 +1,7 @@
 #include "support/asleep.h"
+#include "support/environment.h"
+#include "support/posix.h"
 #include "support/test.h"
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -61,9 +58,7 @@ CHILD_ROLE(has_no_main_path) {
 
 TEST_F(State, WithoutAMainPathBringUpFailsUntilOneIsGiven) {
     const TempFolder registry;
-#if !defined(_WIN32)
-    setenv("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str(), 1);
-#endif
+    set_variable("MOLTELIB_REGISTRY_FOLDER", registry.str().c_str());
     EXPECT_EQ(ChildProcess("has_no_main_path").wait(), 0);
 }
 
@@ -86,14 +81,13 @@ TEST_F(State, TheShortLockBringsUpOnceForAllThreads) {
             ORVEX_ShortOpUnLock();
             EXPECT_EQ(ORVEX_ShortOpUnLock(), 1);
         }
-        MOLTE_THDATA_FreeData();
     });
     EXPECT_EQ(counted, 4000);
     EXPECT_EQ(g_stBv.nInitCount, 1);
 }
 
 // Another thread brings the library up, and can't end before the local time is unlocked here.
-class HeldBuilder {
+class HeldBuilder : public Pinned {
  public:
     HeldBuilder() {
         ORVEX_InnerTimeLock();
@@ -101,8 +95,6 @@ class HeldBuilder {
         while (std::atomic_ref(g_stBv.nInitCount) == 0) std::this_thread::yield();
     }
     ~HeldBuilder() { ORVEX_CloseThreadHandle(thread_); }
-    HeldBuilder(const HeldBuilder&) = delete;
-    HeldBuilder& operator=(const HeldBuilder&) = delete;
     int32_t finish() {
         ORVEX_InnerTimeUnlock();
         ORVEX_EVENT_Wait(thread_);
@@ -164,15 +156,12 @@ TEST_F(State, HooksAndBringUpDoNotWaitForEachOther) {
 #if !defined(_WIN32)
 TEST_F(State, AForkedChildDoesNotWaitForABuilderThatItLacks) {
     HeldBuilder builder;
-    const pid_t child = fork();
-    if (child == 0) {
-        ORVEX_InnerTimeUnlock();
-        if (ORVEX_BASE_InitVar() != 0) _exit(1);
-        _exit(ORVEX_BASE_ReleaseVar() == 1 && ORVEX_BASE_InitVar() == 1 ? 0 : 2);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(in_fork([] {
+                  ORVEX_InnerTimeUnlock();
+                  if (ORVEX_BASE_InitVar() != 0) return 1;
+                  return ORVEX_BASE_ReleaseVar() == 1 && ORVEX_BASE_InitVar() == 1 ? 0 : 2;
+              }),
+              0);
     EXPECT_EQ(builder.finish(), 1);
 }
 #endif

@@ -39,10 +39,9 @@ int32_t out(uint32_t mask, const std::string& text, int32_t option = 0) {
     return OTXTHOOK_OutText(mask, text.c_str(), static_cast<int32_t>(text.size()), option);
 }
 
-class TextHook : public testing::Test {
+class TextHook : public InFolder {
  protected:
     Installation installation_;
-    TempFolder folder_;
     Kept kept_;
     static inline TextHook* running = nullptr;
 
@@ -248,7 +247,6 @@ TEST_F(TextHook, RemovalWhileOthersPrint) {
     std::thread printers([&done] {
         in_threads(3, [&done](int) {
             while (!done) MOLTE_OutMsg(0, "text %d", 1);
-            MOLTE_THDATA_FreeData();
         });
     });
     std::vector<Life> lives(50);

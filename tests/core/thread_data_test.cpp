@@ -2,7 +2,7 @@
 
 namespace {
 
-class ThreadData : public testing::Test {
+class ThreadData : public InFolder {
  protected:
     void SetUp() override { TearDown(); }
     void TearDown() override {
@@ -10,7 +10,6 @@ class ThreadData : public testing::Test {
         MOLTE_THDATA_FreeData();
         MOLTE_THDATA_Destroy();
     }
-    TempFolder folder_;
 };
 
 std::string history() {

@@ -2,7 +2,7 @@
 
 namespace {
 
-class Array : public InFolder {};
+using Array = InFolder;
 
 [[maybe_unused]] const bool plays = play_scenes<Array>(
     "Array", TEST_ROWS,

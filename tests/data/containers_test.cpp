@@ -88,7 +88,7 @@ TEST(LinkedList, LinksUnlinksAndWalks) {
     EXPECT_EQ(order(list), "");
 }
 
-class Container : public InFolder {};
+using Container = InFolder;
 
 uint8_t* stream = nullptr;
 

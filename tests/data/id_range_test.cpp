@@ -15,14 +15,12 @@ using Range = OX_IDRANGE;
 using Ranges = std::vector<Range>;
 constexpr uint32_t kMost = 0xFFFFFFFF;
 
-struct Array : OX_IDRANGEARRAY {
+struct Array : Pinned, OX_IDRANGEARRAY {
     Array(const Ranges& ranges = {}) {  // NOLINT: as an argument
         OX_IDRANGEARRAY_Init(this);
         OX_IDRANGEARRAY_AddRange(this, ranges.data(), static_cast<int32_t>(ranges.size()), 1);
     }
     ~Array() { OX_IDRANGEARRAY_Release(this); }
-    Array(const Array&) = delete;
-    Array& operator=(const Array&) = delete;
     [[nodiscard]] Ranges ranges() const { return {pRange, pRange + nCount}; }
 };
 
@@ -101,7 +99,7 @@ std::string ready(ArrayIn* array, uint32_t most) {
     return outcome(count) + " " + printed({out}) + array->text();
 }
 
-class IdRange : public InFolder {};
+using IdRange = InFolder;
 
 [[maybe_unused]] const bool plays = play_scenes<IdRange>(
     "IdRange", TEST_ROWS,

@@ -32,7 +32,7 @@ std::string items_in(Package* package) {
     return all + end;
 }
 
-class ItemPackage : public InFolder {};
+using ItemPackage = InFolder;
 
 [[maybe_unused]] const bool plays = play_scenes<ItemPackage>(
     "ItemPackage", TEST_ROWS,

@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "support/scenes.h"
 
 namespace {
@@ -11,7 +9,7 @@ const std::string kLineEnd = "\n";
 #endif
 constexpr size_t kSlot = MOLTE_KEY_SLOT;
 
-class KeyList : public InFolder {};
+using KeyList = InFolder;
 
 // Keys as rows tell them, a ";" behind each.
 Texts keys_in(const std::string& field) {

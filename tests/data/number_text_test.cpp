@@ -87,10 +87,7 @@ TEST(Key, HasBounds) {
 TEST(Number, TheThreadsBuffer) {
     char* mine = MOLTE_i64toa(-1, nullptr);
     EXPECT_EQ(mine, MOLTE_THDATA_GetBuffer());
-    std::thread([] {
-        EXPECT_STREQ(MOLTE_ui64toa(2, nullptr), "2");
-        MOLTE_THDATA_FreeData();
-    }).join();
+    in_thread([] { EXPECT_STREQ(MOLTE_ui64toa(2, nullptr), "2"); }).join();
     EXPECT_STREQ(mine, "-1") << "another thread has its own";
 }
 

@@ -1,5 +1,3 @@
-#include <set>
-
 #include "support/rows.h"
 #include "support/test.h"
 

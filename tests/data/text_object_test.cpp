@@ -2,7 +2,7 @@
 
 namespace {
 
-class TextObject : public InFolder {};
+using TextObject = InFolder;
 
 char field[8];
 

@@ -19,6 +19,7 @@
 
 #include "interposer.h"
 #include "moltelib.h"
+#include "support/pinned.h"
 
 // What the processes of a run share.
 struct Run {
@@ -40,11 +41,8 @@ std::string bytes_of(std::string_view name);
 
 // A block that a call gives, freed behind the scenario.
 template <typename T>
-struct Freed {
-    Freed() = default;
+struct Freed : Pinned {
     ~Freed() { ORVEX_free(block); }
-    Freed(const Freed&) = delete;
-    Freed& operator=(const Freed&) = delete;
     T* block = nullptr;
 };
 inline bool equal(const char* a, std::string_view b) {

@@ -8,7 +8,7 @@
 namespace {
 
 // A pair that is connected without a fault.
-struct Pair {
+struct Pair : Pinned {
     OXSOCKET listener = ORVEX_SOCK_ServerOpen(0);
     OXSOCKET client = ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener));
     OXSOCKET server = ORVEX_SOCK_Accept(listener);
@@ -17,9 +17,6 @@ struct Pair {
         ORVEX_SOCK_Close(server);
         ORVEX_SOCK_Close(listener);
     }
-    Pair() = default;
-    Pair(const Pair&) = delete;
-    Pair& operator=(const Pair&) = delete;
 };
 
 bool opened(OXSOCKET socket) {

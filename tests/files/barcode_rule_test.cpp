@@ -29,7 +29,7 @@ std::string converted(Rules* rules, Bytes* text, int32_t size) {
     return all.substr(0, end);
 }
 
-class BarcodeRule : public InFolder {};
+using BarcodeRule = InFolder;
 
 [[maybe_unused]] const bool plays = play_scenes<BarcodeRule>(
     "BarcodeRule", TEST_ROWS,

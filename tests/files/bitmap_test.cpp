@@ -8,11 +8,9 @@
 
 namespace {
 
-struct Image : OXBMPFILESTRUCT {
+struct Image : Pinned, OXBMPFILESTRUCT {
     Image() : OXBMPFILESTRUCT{} {}
     ~Image() { ORVEX_OXBMPFILESTRUCT_Free(this); }
-    Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
     [[nodiscard]] std::string pixels() const {
         return {reinterpret_cast<const char*>(pData),
                 static_cast<size_t>(pInfo->nWidth * pInfo->nHeight * pInfo->nBitCount / 8)};

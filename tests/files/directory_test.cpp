@@ -1,13 +1,9 @@
-#if !defined(_WIN32)
-#include <sys/stat.h>
-#endif
-
 #include "support/scenes.h"
 
 namespace {
 
 // r, a/s and a/b/t of one, two and three bytes, with links that no walk follows.
-class Tree : public testing::Test {
+class Tree : public InFolder {
  protected:
     Tree() {
         fs::create_directories(folder_.path() / "a" / "b");
@@ -20,11 +16,6 @@ class Tree : public testing::Test {
         fs::create_symlink("nowhere", folder_.path() / "a" / "dangling");
 #endif
     }
-    ~Tree() override {
-        fs::current_path(before_);
-    }
-    const fs::path before_ = fs::current_path();
-    TempFolder folder_;
 };
 
 std::string in_order(Texts names) {

@@ -1,7 +1,6 @@
 #include "support/scenes.h"
 
 #if !defined(_WIN32)
-#include <dlfcn.h>
 
 // Stands before the C library's; can be made to fail once.
 static bool looking_fails = false;
@@ -18,20 +17,17 @@ extern "C" [[gnu::visibility("default")]] int faccessat(int folder, const char* 
 
 namespace {
 
-struct Handle {
+struct Handle : Pinned {
     ORVEX_HFILE* file;
     explicit Handle(const std::string& name, int32_t flags = 0)
         : file(ORVEX_HFILE_Open(name.c_str(), flags)) {}
     ~Handle() { ORVEX_HFILE_Close(&file); }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
     operator ORVEX_HFILE*() const { return file; }  // NOLINT: for the calls under test
 };
 
-class FileHandle : public testing::Test {
+class FileHandle : public InFolder {
  protected:
     Installation installation_;
-    TempFolder folder_;
     const std::string file_ = folder_.write("a", "0123456789");
     const std::string none_ = folder_ / "none";
 };

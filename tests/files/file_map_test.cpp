@@ -21,10 +21,9 @@ struct Map : MOLTE_FMAP {
     void write(const std::string& bytes) const { std::memcpy(pView, bytes.data(), bytes.size()); }
 };
 
-class FileMap : public testing::Test {
+class FileMap : public InFolder {
  protected:
     FileMap() { new_name(); }  // sets the folder of objects
-    const TempFolder folder_;
 };
 
 TEST_F(FileMap, ShowsChangesAndLengthensTheFile) {

@@ -1,7 +1,3 @@
-#if !defined(_WIN32)
-#include <sys/stat.h>
-#endif
-
 #include "support/scenes.h"
 
 namespace {

@@ -2,23 +2,18 @@
 
 namespace {
 
-class Files : public testing::Test {
+class Files : public InFolder {
  protected:
-    ~Files() override { fs::current_path(before_); }
-    const fs::path before_ = fs::current_path();
-    TempFolder folder_;
     const std::string file_ = folder_.write("a.dat", "0123456789");
     const std::string none_ = folder_ / "none";
     const std::string nowhere_ = folder_ / "no/where";
 };
 
-struct Descriptor {
+struct Descriptor : Pinned {
     int32_t fd;
     explicit Descriptor(const std::string& name, int32_t flags = 32770)
         : fd(ORVEX_FileOpenByChmod(name.c_str(), flags)) {}
     ~Descriptor() { EXPECT_EQ(ORVEX_FileCloseByChmod(fd), 1); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
     [[nodiscard]] std::string str() const { return "fd=" + std::to_string(fd); }
 };
 
@@ -185,7 +180,6 @@ TEST_F(Files, ManyMakeTheSameFoldersAtOnce) {
             std::string path = folder_.str() + "\\t" + std::to_string(k) + "\\u\\v\\w";
             EXPECT_EQ(ORVEX_DirCreateRecur(path.data(), 0), 1);
         }
-        MOLTE_THDATA_FreeData();
     });
 }
 

@@ -1,9 +1,4 @@
-#if !defined(_WIN32)
-#include <sys/resource.h>
-
-#include <csignal>
-#endif
-
+#include "support/posix.h"
 #include "support/scenes.h"
 #include "support/unprivileged.h"
 
@@ -159,21 +154,16 @@ TEST_F(NamedObjectFile, ExpandsUpToTheLastNumber) {
     EXPECT_EQ(error_of(NOBF_Expand(file, 2)), "50 onobfile");
 }
 
-// No file may grow beyond 8 KiB here.
 TEST_F(NamedObjectFile, AnExpansionGoesOnUntilItFails) {
     const std::string name = folder_ / "f";
     ASSERT_EQ(give_file({"given", name, "1024", "1056"}), "1");
     NOBF_OBJECT* object = chain_of("o");
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit small{8192, limit.rlim_max};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const std::string expanded = outcome(NOBF_Expand(named<OpenFile>("f"), 2));
-    const std::string allocated = error_of(NOBF_AllocBlock(object));
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(expanded, "4 ofilehop " + name + " < onobfile < onobfile < onobfile");
-    EXPECT_EQ(allocated, "295 onobfile");
+    {
+        const FileSizeLimit limit(8192);
+        EXPECT_EQ(outcome(NOBF_Expand(named<OpenFile>("f"), 2)),
+                  "4 ofilehop " + name + " < onobfile < onobfile < onobfile");
+        EXPECT_EQ(error_of(NOBF_AllocBlock(object)), "295 onobfile");
+    }
     std::string bytes = map_of(1024) + std::string(6172, '\0');
     for (int32_t index = 2; index < 7; ++index) {  // from the last of two on, past the end
         bytes.replace(

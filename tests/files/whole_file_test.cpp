@@ -2,10 +2,7 @@
 
 namespace {
 
-class WholeFile : public testing::Test {
- protected:
-    TempFolder folder_;
-};
+using WholeFile = InFolder;
 
 // What is loaded of a file, which has to be as long as the result; a failure is its error.
 template <typename Byte, typename Name>

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "moltelib.h"
+#include "support/pinned.h"
 
 using Send = bool (*)(int32_t port, const char* path);
 using Receive = bool (*)(const char* path);
@@ -20,12 +21,10 @@ struct AddWay {
 constexpr int32_t kLimit = 60;  // seconds to wait for anything
 
 // Closes it at the end.
-struct Socket {
+struct Socket : Pinned {
     OXSOCKET number;
     explicit Socket(OXSOCKET own) : number(own) {}
     ~Socket() { ORVEX_SOCK_Close(number); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
 };
 
 bool tell_port(const Socket& socket);

@@ -102,11 +102,10 @@ void check_captured_probe(OXSOCKET ear) {
 // rights to either are wanting.
 void heard_alone(const std::function<void(OXSOCKET)>& run) {
     bool done = false;
-    std::thread([&] {
+    in_thread([&] {
         const OwnedSocket raw(enter_own_network() ? ORVEX_SOCK_Socket(2, 3, 1) : OXSOCKET_INVALID);
         done = raw != OXSOCKET_INVALID;
         if (done) run(raw);
-        MOLTE_THDATA_FreeData();
     }).join();
     if (!done) GTEST_SKIP() << "no rights";
 }
@@ -142,9 +141,8 @@ void check_forged(OXSOCKET raw, uint8_t flipped, int32_t expected) {
     OXSOCKADDR here;
     ORVEX_SOCK_SetAddr(&here, kLoopback, 0);
     std::atomic<bool> heard{false};
-    std::thread forger([&] {
+    std::thread forger = in_thread([&] {
         while (!heard) ORVEX_SOCKUDP_Send(raw, forged.data(), 40, 0, &here, sizeof here);
-        MOLTE_THDATA_FreeData();
     });
     UTIL_ICMPPARAM probe{};
     int32_t result = 0;

@@ -5,10 +5,6 @@
 #include "support/loopback.h"
 #include "support/rows.h"
 
-#if !defined(_WIN32)
-#include <sys/resource.h>
-#endif
-
 namespace {
 
 // A datagram as the table of its fields has it, built by hand.

@@ -1,13 +1,7 @@
 #include "moltelib/remote_file.h"
 
 #include "support/loopback.h"
-
-#if !defined(_WIN32)
-#include <sys/resource.h>
-#include <sys/stat.h>
-
-#include <csignal>
-#endif
+#include "support/posix.h"
 
 namespace {
 
@@ -48,14 +42,13 @@ const std::string kStop = command(13);
 std::string sent_by(const std::function<void(OXSOCKET)>& call) {
     const Connection peers;
     std::string all;
-    std::thread taker([&] {
+    std::thread taker = in_thread([&] {
         int32_t size = 0;
         while (ORVEX_SOCK_WaitDataToRead(&peers.server.number, 1, 20, 0, nullptr) > 0 &&
                (size = ORVEX_SOCK_BufDataLen(peers.server)) > 0) {
             all.resize(all.size() + static_cast<size_t>(size));
             ORVEX_SOCK_Recv(peers.server, &all[all.size() - static_cast<size_t>(size)], size);
         }
-        MOLTE_THDATA_FreeData();
     });
     call(peers.client);
     ORVEX_SOCK_Shutdown(peers.client, 1, 0);
@@ -83,10 +76,9 @@ std::string printed;  // by the receiver
 // What the receiver makes of bytes and the end behind them: its result, and the error.
 std::string receive(const std::string& bytes) {
     Connection peers;
-    std::thread giver([&] {
+    std::thread giver = in_thread([&] {
         ORVEX_SOCK_Send(peers.client, bytes.data(), static_cast<int32_t>(bytes.size()));
         ORVEX_SOCK_Shutdown(peers.client, 1, 0);
-        MOLTE_THDATA_FreeData();
     });
     ORVEX_Err_ClearError();
     testing::internal::CaptureStdout();
@@ -103,7 +95,7 @@ void write(const char* name, std::string_view bytes) {
     std::ofstream(name, std::ios::binary) << bytes;
 }
 
-class RemoteFile : public testing::Test {
+class RemoteFile : public InFolder {
  protected:
     RemoteFile() {
         for (const char* name : {"from", "to"}) fs::create_directory(folder_.path() / name);
@@ -115,14 +107,11 @@ class RemoteFile : public testing::Test {
         testing::internal::GetCapturedStderr();
         EXPECT_EQ(names_in(folder_.path()), (Texts{"from", "outside", "to"}));
         EXPECT_EQ(read_bytes(folder_.path() / "outside"), "untouched");
-        fs::current_path(before_);
     }
     void go(const char* name) const { fs::current_path(folder_.path() / name); }
     bool is_in(const char* name) const {
         return fs::equivalent(fs::current_path(), folder_.path() / name);
     }
-    const fs::path before_ = fs::current_path();
-    TempFolder folder_;
 };
 
 TEST_F(RemoteFile, IsSentByTheByte) {
@@ -371,16 +360,12 @@ TEST_F(RemoteFile, LinksOfTheReceiver) {
 // What can't be written is taken all the same.
 TEST_F(RemoteFile, AFullDiskCostsItsFileAlone) {
     go("to");
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{50'000, before.rlim_max};
-    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const std::string told_of =
-        receive(file("large", std::string(100'001, 'x')) + file("small", "abc") + kStop);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_TRUE(told_of.starts_with("0 4 oftplib fd=")) << told_of;
+    const std::string sent = file("large", std::string(100'001, 'x')) + file("small", "abc");
+    {
+        const FileSizeLimit limit(50'000);
+        const std::string told_of = receive(sent + kStop);
+        EXPECT_TRUE(told_of.starts_with("0 4 oftplib fd=")) << told_of;
+    }
     EXPECT_EQ(fs::file_size("large"), 50'000U);
     EXPECT_EQ(read_bytes("small"), "abc");
 }

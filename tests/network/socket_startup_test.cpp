@@ -6,8 +6,6 @@
 #if !defined(_WIN32)
 
 #include <poll.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 int result_of_start = 0;
@@ -59,10 +57,8 @@ TEST(SocketStartup, AcceptWaitsOnWhenAnotherTakesTheClient) {
     version_of_start = 0x0202;
     OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
     std::string told_there;
-    SleepingThread server([&, number = listener.number] {
-        told_there = error_of(ORVEX_SOCK_Accept(number));
-        MOLTE_THDATA_FreeData();
-    });
+    SleepingThread server(
+        [&, number = listener.number] { told_there = error_of(ORVEX_SOCK_Accept(number)); });
     takes = true;
     const OwnedSocket client(ORVEX_SOCK_ClientOpen("127.0.0.1", port_of(listener)));
     while (taken < 0) std::this_thread::yield();

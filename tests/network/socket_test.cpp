@@ -4,12 +4,8 @@
 #include "support/asleep.h"
 
 #if !defined(_WIN32)
-#include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/time.h>
-#include <unistd.h>
 
-#include <csignal>
 #endif
 
 namespace {
@@ -72,7 +68,6 @@ TEST_F(Socket, ProgressOfShortPiecesEndsAt100) {
     SleepingThread receiver([&] {
         char bytes[10];
         ORVEX_SOCK_Recv(peers.server, bytes, 10);
-        MOLTE_THDATA_FreeData();
     });
     for (int i = 0; i < 3; ++i) {
         ORVEX_SOCKUDP_Send(peers.client, "x", 1, 0, nullptr, 0);
@@ -152,11 +147,10 @@ TEST_F(Socket, CarefulCloseTakesASecondAtMost) {
 
     Connection flooded;
     std::atomic<bool> ends{false};
-    std::thread flood([&] {
+    std::thread flood = in_thread([&] {
         const std::string bytes = pattern(100'000);
         while (!ends && ORVEX_SOCK_Send(flooded.client, bytes.data(), size_of(bytes)) > 0) {
         }
-        MOLTE_THDATA_FreeData();
     });
     const Passed second;
     EXPECT_EQ(ORVEX_SOCK_CloseEx(flooded.server.release(), 1), 1);
@@ -227,10 +221,8 @@ TEST_F(Socket, SelectKeepsWhatIsReady) {
     EXPECT_EQ(system_error_name(), "EINVAL");
     const OXSOCKET closed = peers.client;
     std::string told_there;
-    SleepingThread waiter([&] {
-        told_there = error_of(ORVEX_SOCK_WaitDataToRead(&closed, 1, -1, 0, nullptr));
-        MOLTE_THDATA_FreeData();
-    });
+    SleepingThread waiter(
+        [&] { told_there = error_of(ORVEX_SOCK_WaitDataToRead(&closed, 1, -1, 0, nullptr)); });
     peers.client.close();
     waiter.join();
     EXPECT_EQ(told_there, "75 oxsockop");
@@ -263,10 +255,8 @@ int32_t wait_for_failure(OXSOCKET socket) {
 TEST_F(Socket, ClosingTheListenerEndsAccept) {
     OwnedSocket listener(ORVEX_SOCK_ServerOpen(0));
     std::string told_there;
-    SleepingThread server([&, number = listener.number] {
-        told_there = error_of(ORVEX_SOCK_Accept(number));
-        MOLTE_THDATA_FreeData();
-    });
+    SleepingThread server(
+        [&, number = listener.number] { told_there = error_of(ORVEX_SOCK_Accept(number)); });
     EXPECT_EQ(listener.close(), 1);
     server.join();
     EXPECT_EQ(told_there, "78 oxsockop");
@@ -276,10 +266,7 @@ TEST_F(Socket, RelaysUntilBothSidesEnd) {
     Connection left;
     Connection right;
     std::atomic<int32_t> result{0};
-    std::thread relay([&] {
-        result = ORVEX_SOCK_Proxy(left.server, right.server);
-        MOLTE_THDATA_FreeData();
-    });
+    std::thread relay = in_thread([&] { result = ORVEX_SOCK_Proxy(left.server, right.server); });
     const std::string there = pattern(300'000);
     const std::string back = pattern(123'456);
     std::thread sender([&] {

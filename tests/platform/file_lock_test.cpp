@@ -7,13 +7,11 @@
 
 namespace {
 
-class Descriptor {
+class Descriptor : public Pinned {
  public:
     explicit Descriptor(const std::string& name, int flags = 32770)
         : fd_(_open(name.c_str(), flags)) {}
     ~Descriptor() { _close(fd_); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
 
     int lock(int mode, int64_t offset = 0, long size = 1) const {
         _lseeki64(fd_, offset, SEEK_SET);

@@ -6,11 +6,6 @@
 #include "support/error_if.h"
 #include "support/handles.h"
 #include "support/object_name.h"
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 HANDLE memory(DWORD size, const std::string& name = "") {

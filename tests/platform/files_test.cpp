@@ -3,14 +3,8 @@
 
 #include "support/common.h"
 #include "support/error_if.h"
+#include "support/posix.h"
 #include "support/unprivileged.h"
-
-#if !defined(_WIN32)
-#include <fcntl.h>
-#include <sys/resource.h>
-
-#include <csignal>
-#endif
 
 namespace {
 
@@ -99,24 +93,19 @@ TEST(Files, RefusedPermission) {
     }
 }
 
-// A limit on the size of files stands for the disk that fills up on the way.
 TEST(Files, AWriteThatEndsEarlyTellsWhy) {
     const TempFolder folder;
     const std::string source = folder.write("source", std::string(100'000, 'x'));
     const std::string target = folder / "target";
     const int fd = open_file(folder / "f", kNew);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = 10;
-    setrlimit(RLIMIT_FSIZE, &limit);
-    errno = 0;
-    EXPECT_EQ(_write(fd, "0123456789abcdef", 16), 10);
-    EXPECT_EQ(errno, EFBIG);
-    EXPECT_EQ(CopyFileA(source.c_str(), target.c_str(), FALSE), FALSE);
-    EXPECT_EQ(errno, EFBIG);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_FSIZE, &limit);
+    {
+        const FileSizeLimit limit(10);
+        errno = 0;
+        EXPECT_EQ(_write(fd, "0123456789abcdef", 16), 10);
+        EXPECT_EQ(errno, EFBIG);
+        EXPECT_EQ(CopyFileA(source.c_str(), target.c_str(), FALSE), FALSE);
+        EXPECT_EQ(errno, EFBIG);
+    }
     EXPECT_FALSE(fs::exists(target)) << "a failed copy leaves nothing";
     _close(fd);
 }

@@ -4,14 +4,12 @@
 #include "platform/machine.h"
 
 #include <grp.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <numeric>
 
 #include "platform/processes.h"
-#include "support/common.h"
 #include "support/error_if.h"
+#include "support/posix.h"
 
 namespace {
 
@@ -34,18 +32,16 @@ TEST(Machine, FileSystemsByTheirMount) {
 // The kernel lists them in front of the memory.
 TEST(Machine, AProcessOfManyGroups) {
     if (geteuid() != 0) GTEST_SKIP() << "only root gives groups";
-    const pid_t child = fork();
-    if (child == 0) {
-        std::vector<gid_t> groups(5000);
-        std::iota(groups.begin(), groups.end(), 1'000'000'000);
-        PROCESS_MEMORY_COUNTERS memory{};
-        const bool told = setgroups(groups.size(), groups.data()) == 0 &&
-                          GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory) != 0;
-        _exit(told && memory.WorkingSetSize > 0 && memory.PeakWorkingSetSize > 0 ? 0 : 1);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(in_fork([] {
+                  std::vector<gid_t> groups(5000);
+                  std::iota(groups.begin(), groups.end(), 1'000'000'000);
+                  PROCESS_MEMORY_COUNTERS memory{};
+                  const HANDLE self = GetCurrentProcess();
+                  const bool told = setgroups(groups.size(), groups.data()) == 0 &&
+                                    GetProcessMemoryInfo(self, &memory, sizeof memory) != 0;
+                  return told && memory.WorkingSetSize > 0 && memory.PeakWorkingSetSize > 0 ? 0 : 1;
+              }),
+              0);
 }
 
 TEST(Machine, HandlesOfProcesses) {

@@ -1,6 +1,5 @@
 // The files that stand for named objects, where there are such files.
 #if !defined(_WIN32)
-#include <sys/stat.h>
 
 #include "support/common.h"
 #include "support/error_if.h"
@@ -13,7 +12,7 @@ namespace {
 const std::string kHead = std::string("KOBJECT\n\1\0\0\0\1\0\0\0\x40\0\0\0\0\0\0\0", 24);
 const std::string kState = std::string(40, '\0');
 
-class ObjectFile : public testing::Test {
+class ObjectFile : public InFolder {
  protected:
     ObjectFile() { use(folder_.str()); }
 
@@ -24,7 +23,6 @@ class ObjectFile : public testing::Test {
     static HANDLE open() { return OpenEventA(EVENT_ALL_ACCESS, FALSE, "thing"); }
     [[nodiscard]] bool exists() const { return fs::exists(fs::symlink_status(path_)); }
 
-    const TempFolder folder_;
     const std::string path_ = folder_ / "=thing";
 };
 

@@ -1,23 +1,19 @@
 // What named objects, handles and locks come to when processes die, stop or fork.
 #if !defined(_WIN32)
-#include <dlfcn.h>
 #include <linux/filter.h>
 #include <linux/futex.h>
 #include <linux/seccomp.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdarg>
 
 #include "platform/critical_section.h"
 #include "platform/threads.h"
 #include "support/asleep.h"
-#include "support/common.h"
 #include "support/error_if.h"
 #include "support/handles.h"
+#include "support/posix.h"
 #include "support/unprivileged.h"
 
 // What the threads of the parent were about to free is lost in a forked child: no leak to be told.
@@ -77,18 +73,12 @@ HANDLE open_event(const std::string& name = "thing") {
     return OpenEventA(EVENT_ALL_ACCESS, FALSE, name.c_str());
 }
 
-// The exit code of a forked child that does this and ends as a program does; -1 when it was killed,
-// as it is when it hangs.
-int in_fork(const std::function<int()>& run) {
-    const pid_t child = fork();
-    if (child == 0) {
+// That of a forked child which ends as a program does.
+int in_forked(const std::function<int()>& run) {
+    return in_fork([&run]() -> int {
         forked = true;
-        alarm(20);
         std::exit(run());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    });
 }
 
 // From now on the kernel kills this process when it would wake a sleeper of another one.
@@ -163,7 +153,7 @@ TEST_F(ObjectSurvival, AFileThatCannotBeRemovedIsAFailure) {
     const std::string mine = outer / "mine";
     const Unprivileged somebody;
     setenv("MOLTELIB_OBJECT_FOLDER", mine.c_str(), 1);
-    EXPECT_EQ(in_fork([] { return automatic(false, "thing") != nullptr ? raise(SIGKILL) : 1; }),
+    EXPECT_EQ(in_forked([] { return automatic(false, "thing") != nullptr ? raise(SIGKILL) : 1; }),
               -1);
     ASSERT_TRUE(fs::exists(mine + "/=thing"));
     ASSERT_NE(Handle(automatic(false, "other")), nullptr);
@@ -192,7 +182,7 @@ CHILD_ROLE(set_event) {
 TEST_F(ObjectSurvival, AForkedChildTakesNothingFromItsParent) {
     const Handle event(automatic(false, "thing"));
     for (const bool closes : {false, true}) {
-        EXPECT_EQ(in_fork([&] { return closes && CloseHandle(event) == FALSE ? 1 : 0; }), 0);
+        EXPECT_EQ(in_forked([&] { return closes && CloseHandle(event) == FALSE ? 1 : 0; }), 0);
         EXPECT_TRUE(exists());
         EXPECT_TRUE(fs::exists(folder() / "bell"));
         EXPECT_EQ(ChildProcess("set_event").wait(), 0);
@@ -234,7 +224,8 @@ TEST_F(ObjectSurvival, AForkBesideABusyThreadLeavesNoLockHeld) {
     });
     int clean = 0;
     for (int i = 0; i < 100; ++i) {
-        clean += in_fork([] { return Handle(automatic(false, "thing")) != nullptr ? 0 : 1; }) == 0;
+        clean +=
+            in_forked([] { return Handle(automatic(false, "thing")) != nullptr ? 0 : 1; }) == 0;
     }
     stop = true;
     busy.join();
@@ -287,7 +278,7 @@ TEST_F(ObjectSurvival, AForkedChildHasTheLocksOfItsThreadAlone) {
         ReleaseMutex(others);
         std::this_thread::yield();
     }
-    EXPECT_EQ(in_fork([&] {
+    EXPECT_EQ(in_forked([&] {
                   int wrong = 0;
                   auto expect = [&wrong, bit = 1](bool right) mutable {
                       if (!right) wrong |= bit;

@@ -10,17 +10,11 @@ namespace {
 
 constexpr int kNew = 33538;
 
-// Runs in a folder of its own, by relative names, and puts the code page back.
-class Paths : public testing::Test {
+// By relative names; puts the code page back.
+class Paths : public InFolder {
  protected:
     void SetUp() override { fs::current_path(folder_.path()); }
-    void TearDown() override {
-        platform::set_locale("C");
-        fs::current_path(before_);
-    }
-
-    const fs::path before_ = fs::current_path();
-    const TempFolder folder_;
+    void TearDown() override { platform::set_locale("C"); }
 };
 
 int create(const char* name) {

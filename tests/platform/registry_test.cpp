@@ -10,7 +10,7 @@ namespace {
 std::string base;
 
 // A key, made when it is missing and closed at the end.
-class Key {
+class Key : public Pinned {
  public:
     explicit Key(const std::string& path, REGSAM access = KEY_ALL_ACCESS)
         : error(RegCreateKeyExA(HKEY_LOCAL_MACHINE, (base + path).c_str(), 0, nullptr, 0, access,
@@ -18,8 +18,6 @@ class Key {
     ~Key() {
         if (error == 0) RegCloseKey(handle);
     }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
 
     [[nodiscard]] LONG set(const char* name, const std::string& text, DWORD type = REG_SZ) const {
         if (error != 0) return error;
@@ -45,7 +43,7 @@ class Key {
 };
 
 // A store of the test's own; on Windows keys of its own, removed at the end.
-class Registry : public testing::Test {
+class Registry : public InFolder {
  protected:
 #if defined(_WIN32)
     Registry() {
@@ -61,8 +59,6 @@ class Registry : public testing::Test {
         setenv("MOLTELIB_REGISTRY_FOLDER", folder_.str().c_str(), 1);
     }
 #endif
-
-    const TempFolder folder_;
 };
 
 std::string create(const Texts& step) {

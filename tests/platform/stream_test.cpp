@@ -4,7 +4,6 @@
 #include "support/common.h"
 
 #if !defined(_WIN32)
-#include <dlfcn.h>
 
 // Stands before the C library's; can be made to fail once, as when memory is out.
 static bool no_stream = false;

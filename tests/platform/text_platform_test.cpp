@@ -1,6 +1,5 @@
 #include "platform/text.h"
 
-#include <cmath>
 #include <cwchar>
 #include <iterator>
 

@@ -1,7 +1,5 @@
 #include "platform/ticks.h"
 
-#include <cmath>
-
 #include "platform/time.h"
 #include "support/common.h"
 

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
+
+#include "support/pinned.h"
+#include "support/threads.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -29,25 +30,23 @@ inline void until_asleep([[maybe_unused]] const std::string& who) {
 }
 
 // A thread that is asleep in what it runs when it has been made.
-class SleepingThread {
+class SleepingThread : public Pinned {
  public:
     explicit SleepingThread(const std::function<void()>& run)
-        : thread_([this, run] {
+        : thread_(in_thread([this, run] {
 #if defined(_WIN32)
               number_ = static_cast<int>(GetCurrentThreadId());
 #else
               number_ = gettid();
 #endif
               run();
-          }) {
+          })) {
         while (number_ == 0) std::this_thread::yield();
         until_asleep();
     }
     ~SleepingThread() {
         join();
     }
-    SleepingThread(const SleepingThread&) = delete;
-    SleepingThread& operator=(const SleepingThread&) = delete;
     void until_asleep() const {
         ::until_asleep("self/task/" + std::to_string(number_));
     }

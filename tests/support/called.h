@@ -37,11 +37,9 @@ inline std::map<std::string, std::shared_ptr<void>> named_records;
 // A field as the argument that a call wants: the handle of a file by its name, a record by its own
 // or, where it can be, made of the field.
 // What a call writes is told behind " > ".
-class Argument {
+class Argument : public Pinned {
  public:
     Argument(const std::string& field) : field_(field) {}  // NOLINT: a field becomes one
-    Argument(const Argument&) = delete;
-    Argument& operator=(const Argument&) = delete;
     ~Argument() { ORVEX_HFILE_Close(&handle_); }
     template <typename Wanted>
     Wanted as() {

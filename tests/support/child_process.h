@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "support/pinned.h"
+
 using ChildRole = int (*)(const std::vector<std::string>& args);
 
 struct RegisterRole {
@@ -23,14 +25,12 @@ struct RegisterRole {
     static const RegisterRole register_##name(#name, role_##name); \
     static int role_##name([[maybe_unused]] const std::vector<std::string>& args)
 
-class ChildProcess {
+class ChildProcess : public Pinned {
  public:
     // called: what it is told to be its program; empty: this one.
     explicit ChildProcess(const std::string& role, const std::vector<std::string>& args = {},
                           const std::string& called = "");
     ~ChildProcess();  // kills a child that still runs
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     // The next line of the child's standard output, without its end; empty at its end.
     std::string read_line();

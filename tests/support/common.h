@@ -3,11 +3,23 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -16,9 +28,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <memory>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -28,6 +42,7 @@
 
 #include "support/child_process.h"
 #include "support/temp_folder.h"
+#include "support/threads.h"
 
 namespace fs = std::filesystem;
 using std::tuple;
@@ -47,9 +62,10 @@ inline Texts names_in(const fs::path& folder) {
     return names;
 }
 
-// Runs something in so many threads at once, each with its number, to the end of all.
-inline void in_threads(int count, const std::function<void(int)>& run) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) threads.emplace_back(run, i);
-    for (auto& thread : threads) thread.join();
-}
+// Tests in a folder of their own, which may be the current one.
+class InFolder : public testing::Test {
+ protected:
+    ~InFolder() override { fs::current_path(before_); }
+    const fs::path before_ = fs::current_path();
+    const TempFolder folder_;
+};

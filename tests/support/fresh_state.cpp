@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "moltelib.h"
+#include "support/threads.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ class FreshState : public testing::EmptyTestEventListener {
 
 // The list of listeners owns it.
 [[maybe_unused]] const bool listens = [] {
+    at_end_of_thread = [] { MOLTE_THDATA_FreeData(); };
     testing::UnitTest::GetInstance()->listeners().Append(new FreshState);
     return true;
 }();

@@ -5,23 +5,20 @@
 #include <vector>
 
 #include "platform/kernel_objects.h"
+#include "support/pinned.h"
 
-class Handle {
+class Handle : public Pinned {
  public:
     explicit Handle(HANDLE handle) : handle_(handle) {}
     ~Handle() { CloseHandle(handle_); }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
     operator HANDLE() const { return handle_; }  // NOLINT: for the calls under test
 
  private:
     HANDLE handle_;
 };
 
-struct Handles : std::vector<HANDLE> {
+struct Handles : Pinned, std::vector<HANDLE> {
     using vector::vector;
-    Handles(const Handles&) = delete;
-    Handles& operator=(const Handles&) = delete;
     ~Handles() {
         for (HANDLE handle : *this) CloseHandle(handle);
     }

@@ -27,7 +27,7 @@ class Configured : public TempFolder {
 };
 
 // One with the library up in it, and down again at the end.
-class Installation {
+class Installation : public Pinned {
  public:
     explicit Installation(bool with_log_folder = true) {
         ORVEX_SetMainPath(root_.str().c_str());
@@ -36,8 +36,6 @@ class Installation {
         ORVEX_BASE_InitVar();
     }
     ~Installation() { ORVEX_BASE_ReleaseVar(); }
-    Installation(const Installation&) = delete;
-    Installation& operator=(const Installation&) = delete;
 
     [[nodiscard]] std::string str() const { return root_.str(); }
     [[nodiscard]] std::filesystem::path log_folder() const { return root_.path() / "LOG"; }

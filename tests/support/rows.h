@@ -1,8 +1,6 @@
 // Tables of the tests in a file beside the test, <family>.txt for <family>_test.cpp.
 #pragma once
 
-#include <map>
-
 #include "support/common.h"
 
 // A field as it is written: "\xNN" is a byte, "\n", "\r", "\t" and "\0" what they are in C, any

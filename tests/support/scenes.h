@@ -11,11 +11,6 @@ inline std::string make_link(const Texts& step) {
     return step.back();
 }
 
-class InFolder : public testing::Test {
- protected:
-    TempFolder folder_;
-};
-
 // Any fixture with a TempFolder folder_.
 template <typename Fixture>
 class Scene : public Fixture {

@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-class TempFolder {
+#include "support/pinned.h"
+
+class TempFolder : public Pinned {
  public:
     TempFolder();
     ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
     [[nodiscard]] std::string str() const { return path_.string(); }

@@ -6,14 +6,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "support/pinned.h"
+
 // From here to the end of the block a process of root's acts as an ordinary user. Anybody else is
 // one already.
-class Unprivileged {
+class Unprivileged : public Pinned {
  public:
     Unprivileged() { EXPECT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0); }
     ~Unprivileged() { EXPECT_EQ(seteuid(getuid()), 0); }
-    Unprivileged(const Unprivileged&) = delete;
-    Unprivileged& operator=(const Unprivileged&) = delete;
 };
 
 #endif

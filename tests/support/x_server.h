@@ -1,12 +1,10 @@
 // An X server of the test's own.
 #pragma once
 
-#include <csignal>
-
 #include "support/common.h"
 
 // The display from here on; kind is "WIDTHxHEIGHTxDEPTH".
-class XServer {
+class XServer : public Pinned {
  public:
     explicit XServer(const std::string& kind)
         : server_(popen(
@@ -17,8 +15,6 @@ class XServer {
         setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
     }
     ~XServer() { end(); }
-    XServer(const XServer&) = delete;
-    XServer& operator=(const XServer&) = delete;
     void end() {
         if (server_ == nullptr) return;
         kill(process_, SIGTERM);

@@ -46,7 +46,7 @@ TEST(MachineControl, WithoutADisplay) {
 #if defined(HAS_X11)
 
 // A window that tells what it gets.
-class Shown {
+class Shown : public Pinned {
  public:
     Shown() {
         XSelectInput(
@@ -57,8 +57,6 @@ class Shown {
         }
     }
     ~Shown() { XCloseDisplay(display_); }
-    Shown(const Shown&) = delete;
-    Shown& operator=(const Shown&) = delete;
 
     // The next event: its type and symbol, or its type, button and place.
     std::vector<unsigned long> get() const {

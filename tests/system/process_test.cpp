@@ -3,16 +3,10 @@
 #include "support/test.h"
 
 #if !defined(_WIN32)
-#include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #endif
 
 namespace {
@@ -20,14 +14,12 @@ namespace {
 constexpr int32_t kLongest = 60;  // seconds that a start may take
 
 // A program that has started tells so by it.
-class Started {
+class Started : public Pinned {
  public:
     Started() : name_("process_test " + folder_.path().filename().string()) {
         event_ = ORVEX_EVENT_Create(name_.c_str());
     }
     ~Started() { ORVEX_EVENT_Release(event_); }
-    Started(const Started&) = delete;
-    Started& operator=(const Started&) = delete;
 
     [[nodiscard]] const TempFolder& folder() const { return folder_; }
     [[nodiscard]] const std::string& name() const { return name_; }
@@ -234,7 +226,6 @@ TEST(Process, IsStartedByManyThreadsAtOnce) {
             started += MOLTE_Exec("/bin/true", nullptr);
             started -= MOLTE_Exec("/bin/no such program", "x");
         }
-        MOLTE_THDATA_FreeData();
     });
     EXPECT_EQ(started, 40);
 }

@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "support/rows.h"
 #include "support/test.h"
 

@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "support/scenes.h"
 
 #if defined(_WIN32)

@@ -4,9 +4,7 @@
 
 #if !defined(_WIN32)
 #include <pwd.h>
-#include <sys/resource.h>
 #include <sys/utsname.h>
-#include <unistd.h>
 #endif
 
 namespace {
@@ -20,9 +18,7 @@ uint64_t number_at(const void* record, size_t offset, size_t size) {
     return value;
 }
 
-struct SystemInfo : testing::Test {
-    TempFolder folder_;
-};
+using SystemInfo = InFolder;
 
 std::string processor(uint32_t speed, uint32_t count) {
     ORVEX_SYSINFO info{};
@@ -242,7 +238,6 @@ TEST_F(SystemInfo, FileSystems) {
 #endif
     EXPECT_EQ(MOLTE_GetFileSystemInfo("c:\\any\\thing", &info), 1);
     EXPECT_EQ(number_at(&info, 8, 1), type);
-    fs::current_path("/");
 }
 
 TEST_F(SystemInfo, NameOfTheUser) {

@@ -1,11 +1,9 @@
+#include "support/posix.h"
 #include "support/test.h"
 
 #if !defined(_WIN32)
 #include <sys/mman.h>
 #include <sys/random.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #endif
 
 namespace {
@@ -88,18 +86,15 @@ namespace {
 
 // In a child, which has nothing of what its parent fetched.
 TEST(Uuid, WithoutRandomBytesComesFromTheTime) {
-    const pid_t child = fork();
-    if (child == 0) {
-        none_left = true;
-        uint8_t uuid[16];
-        const int64_t before = ORVEX_Time();
-        const bool made = ORVEX_UUID_Gen(uuid) == 1;
-        const uint32_t time = Char4To_uint4(uuid);
-        _exit(made && time >= before && time <= ORVEX_Time() ? 0 : 1);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(in_fork([] {
+                  none_left = true;
+                  uint8_t uuid[16];
+                  const int64_t before = ORVEX_Time();
+                  const bool made = ORVEX_UUID_Gen(uuid) == 1;
+                  const uint32_t time = Char4To_uint4(uuid);
+                  return made && time >= before && time <= ORVEX_Time() ? 0 : 1;
+              }),
+              0);
 }
 
 // Processes made by fork, or without its handlers, each of which fills its part of what they share.

@@ -1,6 +1,4 @@
 // The table that an installation carries.
-#include <set>
-#include <sstream>
 
 #include "pinyin_table.h"
 

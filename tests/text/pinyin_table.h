@@ -3,7 +3,7 @@
 
 #include "support/test.h"
 
-class PinyinTable {
+class PinyinTable : public Pinned {
  public:
     explicit PinyinTable(std::string_view lines, int32_t language = OXLANG_CHINESE) {
         fs::create_directories(folder());
@@ -18,8 +18,6 @@ class PinyinTable {
         g_stPinYin.bInited = 0;
         OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE);
     }
-    PinyinTable(const PinyinTable&) = delete;
-    PinyinTable& operator=(const PinyinTable&) = delete;
 
     [[nodiscard]] int32_t built() const { return built_; }
     [[nodiscard]] fs::path folder() const {

@@ -13,11 +13,9 @@ class WildTemplate : public testing::Test {
     }
 };
 
-struct Compiled {
+struct Compiled : Pinned {
     explicit Compiled(const char* pattern) { result = MOLTE_CompileTempl(pattern, &templ); }
     ~Compiled() { MOLTE_WMTEMPL_Free(&templ); }
-    Compiled(const Compiled&) = delete;
-    Compiled& operator=(const Compiled&) = delete;
 
     [[nodiscard]] int32_t match(const char* text) const {
         return MOLTE_CompiledWildMatch(&templ, text);
