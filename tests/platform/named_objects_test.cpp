@@ -40,6 +40,32 @@ class Prompt {
     steady_clock::time_point begin_ = steady_clock::now();
 };
 
+// Does what an order says to objects, of which most take one: to wait for any or all, with a limit
+// or the usual one, and so on. What came of it.
+std::string obeyed(const std::vector<HANDLE>& objects, const std::string& order) {
+    std::istringstream words(order);
+    std::string verb;
+    LONG number = Prompt::kLimit;
+    words >> verb >> number;
+    if (words.fail()) number = Prompt::kLimit;
+    if (verb == "set") return std::to_string(error_if(SetEvent(objects[0]) == FALSE));
+    if (verb == "reset") return std::to_string(error_if(ResetEvent(objects[0]) == FALSE));
+    if (verb == "release") return std::to_string(error_if(ReleaseMutex(objects[0]) == FALSE));
+    if (verb == "post") {
+        LONG previous = -1;
+        const DWORD error = error_if(ReleaseSemaphore(objects[0], number, &previous) == FALSE);
+        return std::to_string(error) + " > " + std::to_string(previous);
+    }
+    const auto begin = steady_clock::now();
+    SetLastError(77);
+    const DWORD result = WaitForMultipleObjects(static_cast<DWORD>(objects.size()), objects.data(),
+                                                verb == "all", static_cast<DWORD>(number));
+    EXPECT_EQ(GetLastError(), 77U);
+    const auto passed = steady_clock::now() - begin;
+    EXPECT_TRUE(result != WAIT_TIMEOUT || passed >= milliseconds(number) * 39 / 40);
+    return std::to_string(result);
+}
+
 // A child that opens objects by name, and does what it is told, line by line.
 CHILD_ROLE(obey) {
     Handles objects;
@@ -51,15 +77,9 @@ CHILD_ROLE(obey) {
     }
     tell_parent("ready");
     for (std::string line = hear_parent(); line != "end" && !line.empty(); line = hear_parent()) {
-        DWORD result = 0;
-        if (line.starts_with("announce")) tell_parent("waiting");
-        if (line.ends_with("any")) result = objects.wait(false, Prompt::kLimit);
-        if (line.ends_with("all")) result = objects.wait(true, Prompt::kLimit);
-        if (line == "poll") result = objects.wait(false, 0);
-        if (line == "set") result = error_if(SetEvent(objects[0]) == FALSE);
-        if (line == "release") result = error_if(ReleaseMutex(objects[0]) == FALSE);
-        if (line == "post") result = error_if(ReleaseSemaphore(objects[0], 1, nullptr) == FALSE);
-        tell_parent(std::to_string(result));
+        const bool announced = line.starts_with("announce ");
+        if (announced) tell_parent("waiting");
+        tell_parent(obeyed(objects, line.substr(announced ? 9 : 0)));
     }
     return 0;
 }
@@ -95,7 +115,7 @@ class Objects : public InFolder {
 
  public:
     struct Waiter {
-        std::atomic<DWORD> result{WAIT_FAILED};
+        std::string told = "nothing";
         std::unique_ptr<SleepingThread> thread;
     };
     static inline std::string prefix;
@@ -104,13 +124,10 @@ class Objects : public InFolder {
     static inline std::map<std::string, Waiter> threads;
 };
 
-HANDLE handle_of(const std::string& name) {
-    return Objects::handles.at(name);
-}
 // The handles that a step's further fields name.
-std::vector<HANDLE> handles_of(const Texts& step, size_t first) {
+std::vector<HANDLE> handles_of(const Texts& step) {
     std::vector<HANDLE> all;
-    for (; first + 1 < step.size(); ++first) all.push_back(handle_of(step[first]));
+    for (size_t i = 2; i + 1 < step.size(); ++i) all.push_back(Objects::handles.at(step[i]));
     return all;
 }
 
@@ -150,36 +167,6 @@ std::string open_by_name(const Texts& step) {
     return told.starts_with("error") ? told : "open";
 }
 
-template <BOOL (*call)(HANDLE)>
-std::string done_to(const Texts& step) {
-    return std::to_string(error_if(call(handle_of(step[1])) == FALSE));
-}
-
-// A wait for any or all, with a limit, of objects.
-std::string wait(const Texts& step) {
-    const auto objects = handles_of(step, 3);
-    const auto limit = static_cast<DWORD>(std::stoul(step[2]));
-    const auto begin = steady_clock::now();
-    SetLastError(77);
-    const DWORD result = WaitForMultipleObjects(static_cast<DWORD>(objects.size()), objects.data(),
-                                                step[1] == "all", limit);
-    EXPECT_EQ(GetLastError(), 77U);
-    const auto passed = steady_clock::now() - begin;
-    EXPECT_TRUE(result != WAIT_TIMEOUT || passed >= milliseconds(limit) * 39 / 40);
-    return std::to_string(result);
-}
-
-std::string wait_in_thread(const Texts& step) {
-    Objects::Waiter& waiter = Objects::threads[step[1]];
-    waiter.thread = std::make_unique<SleepingThread>(
-        [&waiter, objects = handles_of(step, 3), all = step[2] == "all"] {
-            waiter.result = WaitForMultipleObjects(static_cast<DWORD>(objects.size()),
-                                                   objects.data(), all, Prompt::kLimit);
-            for (HANDLE object : objects) ReleaseMutex(object);
-        });
-    return "asleep";
-}
-
 template <auto act>
 std::string by_child(const Texts& step) {
     const Prompt prompt;
@@ -200,16 +187,11 @@ std::string by_child(const Texts& step) {
       [](const Texts& step) {
           return std::to_string(CloseHandle(Objects::handles.extract(step[1]).mapped()));
       }},
-     {"set", done_to<SetEvent>},
-     {"reset", done_to<ResetEvent>},
-     {"release", done_to<ReleaseMutex>},
-     {"post",
+     {"do",
       [](const Texts& step) {
-          LONG previous = -1;
-          const BOOL done = ReleaseSemaphore(handle_of(step[1]), std::stoi(step[2]), &previous);
-          return std::to_string(error_if(done == FALSE)) + " > " + std::to_string(previous);
+          const Prompt prompt;
+          return obeyed(handles_of(step), step[1]);
       }},
-     {"wait", wait},
      {"fallback",
       [](const Texts& step) {
 #if !defined(_WIN32)
@@ -240,17 +222,26 @@ std::string by_child(const Texts& step) {
       }>},
      {"gone",
       by_child<[](Servant& child, const std::string&) { return std::to_string(child.wait()); }>},
-     {"thread", wait_in_thread},
+     // A thread that waits for all, and gives back what can be given back.
+     {"thread",
+      [](const Texts& step) {
+          Objects::Waiter& waiter = Objects::threads[step[1]];
+          waiter.thread =
+              std::make_unique<SleepingThread>([&told = waiter.told, objects = handles_of(step)] {
+                  told = obeyed(objects, "all");
+                  for (HANDLE object : objects) ReleaseMutex(object);
+              });
+          return "asleep"s;
+      }},
      {"sleeps_on",
       [](const Texts& step) {
-          const Objects::Waiter& waiter = Objects::threads.at(step[1]);
-          waiter.thread->until_asleep();
-          return std::to_string(waiter.result);
+          Objects::threads.at(step[1]).thread->until_asleep();
+          return Objects::threads.at(step[1]).told;
       }},
      {"result", [](const Texts& step) {
           const Prompt prompt;
           Objects::threads.at(step[1]).thread->join();
-          return std::to_string(Objects::threads.at(step[1]).result);
+          return Objects::threads.at(step[1]).told;
       }}});
 
 TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
@@ -270,7 +261,7 @@ TEST(NamedObjects, EachSignalReleasesOneWaitingProcessOrAll) {
         for (int i = 0; i < 3; ++i) SetEvent(event);  // which don't add up without a waiter
         EXPECT_EQ(wait_for(event), DWORD{WAIT_OBJECT_0});
         if (kind == manual) ResetEvent(event);
-        EXPECT_EQ(children[0].ask("poll"), std::to_string(WAIT_TIMEOUT));
+        EXPECT_EQ(children[0].ask("any 0"), std::to_string(WAIT_TIMEOUT));
     }
 }
 
@@ -317,7 +308,7 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
     const HANDLE handles[] = {named, counted, owned, unnamed};
     const tuple<DWORD, int, std::function<void()>> causes[] = {
         {WAIT_OBJECT_0, 10, [&] { setter.ask("set"); }},
-        {WAIT_OBJECT_0 + 1, 10, [&] { poster.ask("post"); }},
+        {WAIT_OBJECT_0 + 1, 10, [&] { poster.ask("post 1"); }},
         {WAIT_OBJECT_0 + 2, 10, [&] { owner.ask("release"); }},
         {WAIT_OBJECT_0 + 3, 10, [&] { SetEvent(unnamed); }},
         {WAIT_ABANDONED_0 + 2, 1, [&] { owner.kill(); }}};
@@ -325,7 +316,7 @@ TEST_P(MixedWaits, AreWokenByAnyOfTheirObjects) {
         const Prompt prompt;  // for all rounds, of which each may look again after a second
         for (int round = 0; round < rounds; ++round) {
             owner.ask("release");
-            owner.ask("poll");
+            owner.ask("any 0");
             SleepingThread waiter([&, wanted = expected] {
                 EXPECT_EQ(WaitForMultipleObjects(4, handles, FALSE, Prompt::kLimit), wanted);
                 ReleaseMutex(owned);  // if that woke it
