@@ -1,27 +1,18 @@
-#include <map>
-
+#include "support/posix.h"
 #include "support/scenes.h"
-
-#if !defined(_WIN32)
-#include <sys/resource.h>
-
-#include <csignal>
-#endif
 
 namespace {
 
 constexpr uintmax_t kLimit = 10485760;
 
 // Steps are about the LOG folder of an installation.
-class ErrorLog : public testing::Test {
+class ErrorLog : public InFolder {
  protected:
-    TempFolder folder_;
     Installation installation_;
 
  public:
     ErrorLog() { fs::current_path(installation_.log_folder()); }
     ~ErrorLog() override { fs::current_path(before_); }
-    const fs::path before_ = fs::current_path();
 };
 
 // A sparse file costs no disk.
@@ -115,16 +106,14 @@ TEST(ErrorLogFolder, MissingOrUnwritableIsSilent) {
 #if !defined(_WIN32)
 CHILD_ROLE(logs_to_a_full_disk) {
     const Installation installation;
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{4096, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &full);
     ORVEX_Err_ClearError();
-    for (int i = 0; i < 100; ++i) {
-        if (ORVEX_ERRLOG_SysErrLog("no room") != 1 || GetRvexErrNo() != 0) return 1;
+    {
+        const FileSizeLimit full(4096);
+        for (int i = 0; i < 100; ++i) {
+            if (ORVEX_ERRLOG_SysErrLog("no room") != 1 || GetRvexErrNo() != 0) return 1;
+        }
     }
     if (fs::file_size(installation.log_file()) != 4096) return 2;
-    const rlimit room{RLIM_INFINITY, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &room);
     ORVEX_ERRLOG_Log("room again");
     return installation.log().find("room again") != std::string::npos ? 0 : 3;
 }
@@ -159,7 +148,6 @@ CHILD_ROLE(writes_entries) {
             ORVEX_ERRLOG_LogEx(0, "%s:%06d:%s>\n", head.c_str(), i, rest.c_str());
         }
         if (thread == 3) ORVEX_ERRLOG_Close();
-        MOLTE_THDATA_FreeData();
     });
     ORVEX_BASE_ReleaseVar();
     return 0;
