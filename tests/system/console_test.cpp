@@ -1,12 +1,8 @@
-#include <csignal>
-
+#include "support/rows.h"
 #include "support/test.h"
 
 #if !defined(_WIN32)
-#include <fcntl.h>
-#include <sys/wait.h>
 #include <termios.h>
-#include <unistd.h>
 #endif
 
 namespace {
@@ -108,7 +104,7 @@ CHILD_ROLE(asks) {
     return 0;
 }
 
-class Terminal {
+class Terminal : public Pinned {
  public:
     explicit Terminal(const std::string& room = "16", const std::string& typed_ahead = "") {
         grantpt(user_);
@@ -124,8 +120,6 @@ class Terminal {
         close(user_);
         close(program_);
     }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
 
     void type(const std::string& keys) const {
         EXPECT_EQ(write(user_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
@@ -157,35 +151,18 @@ class Terminal {
 };
 
 TEST(Console, APasswordIsTypedUnseen) {
-    struct Row {
-        Text keys, room, result, unread;
-    };
-    const Row rows[] = {{"secret\r", "16", "6 secret", ""},
-                        {"abcde", "4", "4 abcd????", "e"},
-                        {"\x7F\b\x7Fxy\x7F\bab\x7F"
-                         "c\r",
-                         "16", "2 ac", ""},
-                        {"ab\b\r", "16", "1 ab", ""},  // the byte stays
-                        {"a\t\x01 b\xE0\x4D\xE0\x03"
-                         "c\x1B"
-                         "d\r",
-                         "16", "5 a bcd", ""},
-                        {"a\x1B[Ab\x1B[3~c\x1BOPd\x1B[[Ae\r", "16", "5 abcde", ""},
-                        {"a\x1B[3\r", "16", "1 a", ""},  // a sequence that is cut
-                        {"ab\x03", "16", "-1 ab", ""},
-                        {"ab\x04", "16", "-1 ab", ""}};
-    for (const Row& row : rows) {
-        const Terminal terminal(row.room);
+    for (const Texts& row : rows_of(TEST_ROWS, "keys, room, result, what stays unread")) {
+        const Terminal terminal(row[1]);
         EXPECT_FALSE(terminal.shows_keys());
-        terminal.type(row.keys);
+        terminal.type(row[0]);
         std::string told = terminal.child->read_line();
-        EXPECT_EQ(told.empty(), row.result[0] != '-');  // a line end behind what has ended
+        EXPECT_EQ(told.empty(), row[2][0] != '-');  // a line end behind what has ended
         if (told.empty()) told = terminal.child->read_line();
-        EXPECT_EQ(told, row.result);
+        EXPECT_EQ(told, row[2]);
         EXPECT_EQ(terminal.child->wait(), 0);
-        EXPECT_TRUE(terminal.shows_keys()) << row.result;
-        EXPECT_EQ(terminal.shown(), "") << row.result;
-        EXPECT_EQ(terminal.unread(), row.unread);
+        EXPECT_TRUE(terminal.shows_keys()) << row[2];
+        EXPECT_EQ(terminal.shown(), "") << row[2];
+        EXPECT_EQ(terminal.unread(), row[3]);
     }
 }
 
