@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "support/test.h"
 
 namespace {
@@ -71,9 +69,8 @@ TEST_F(ListLock, BadCallsAreErrors) {
         EXPECT_EQ(error_of(ORVEX_LOCK_UnLockItem(&foreign)), "3504 orvexlck");
     }
     EXPECT_EQ(error_of(ORVEX_LOCK_UnLockItem(nullptr)), "3504 orvexlck");
-    std::thread([&] {
+    in_thread([&] {
         EXPECT_EQ(play("1-"), "3504 orvexlck ");  // another thread's
-        MOLTE_THDATA_FreeData();
     }).join();
     EXPECT_EQ(play("1- 0- 0-"), ". . 3504 orvexlck ");
 }
@@ -84,21 +81,16 @@ TEST_F(ListLock, OneThreadAtATimeHasAName) {
     constexpr int kRounds = 3000;
     int counts[3] = {};
     std::set<ORVEX_LISTLOCK*> tables;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kRounds; ++i) {
-                const int n = (i + t) % 3;
-                ORVEX_LISTLOCKHANDLE& handle = handles_[t];
-                if (ORVEX_LOCK_LockItem(&handle, 0, 0, 0, &"ccc"[n]) != 1) continue;
-                ++counts[n];
-                if (n == 0) tables.insert(handle.pList);
-                ORVEX_LOCK_UnLockItem(&handle);
-            }
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    in_threads(kThreads, [&](int t) {
+        for (int i = 0; i < kRounds; ++i) {
+            const int n = (i + t) % 3;
+            ORVEX_LISTLOCKHANDLE& handle = handles_[t];
+            if (ORVEX_LOCK_LockItem(&handle, 0, 0, 0, &"ccc"[n]) != 1) continue;
+            ++counts[n];
+            if (n == 0) tables.insert(handle.pList);
+            ORVEX_LOCK_UnLockItem(&handle);
+        }
+    });
     EXPECT_EQ(counts[0] + counts[1] + counts[2], kThreads * kRounds);
     ASSERT_EQ(tables.size(), 1U);
     EXPECT_LE((*tables.begin())->nUsed, 2);  // free ones below the last stay within the mark

@@ -1,15 +1,10 @@
-#include <map>
-#include <sstream>
-
 #include "support/scenes.h"
 
 namespace {
 
-struct Buffer : OLINEBUF {
+struct Buffer : Pinned, OLINEBUF {
     Buffer() { EXPECT_EQ(OLINEBUF_Init(this, "test", 1), 1); }
     ~Buffer() { EXPECT_EQ(OLINEBUF_Release(this), 1); }
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
 
     int32_t add(const std::string& line) {
         return OLINEBUF_AddLine(this, line.data(), static_cast<int32_t>(line.size()));
@@ -42,7 +37,7 @@ struct Buffer : OLINEBUF {
     }
 };
 
-class LineBuffer : public InFolder {};
+using LineBuffer = InFolder;
 
 [[maybe_unused]] const bool plays = play_scenes<LineBuffer>(
     "LineBuffer", TEST_ROWS,
@@ -131,31 +126,23 @@ TEST_F(LineBuffer, ManyWriteWhileManyRead) {
     };
     std::atomic<int> writing{8};
     std::atomic<int> bad{0};
-    std::vector<std::thread> threads;
-    for (char who = 'a'; who < 'a' + 8; ++who) {
-        threads.emplace_back([&, who] {
-            for (int n = 1; n <= kLines; ++n) buffer.add(line_of(who, n) + "\n");
-            --writing;
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            uint64_t next = 0;
-            std::map<char, int> before;
-            for (bool more = true; more;) {
-                more = writing > 0;
-                std::istringstream text(buffer.lines(&next, 20000));
-                for (std::string line; std::getline(text, line); more = true) {
-                    const int n = std::atoi(line.c_str() + 1);
-                    if (n <= before[line[0]] || line != line_of(line[0], n)) ++bad;
-                    before[line[0]] = n;
-                }
+    in_threads(12, [&](int thread) {
+        for (int n = 1; thread < 8 && n <= kLines; ++n) {
+            buffer.add(line_of("abcdefgh"[thread], n) + "\n");
+        }
+        if (thread < 8) --writing;
+        uint64_t next = 0;
+        std::map<char, int> before;
+        for (bool more = thread >= 8; more;) {
+            more = writing > 0;
+            std::istringstream text(buffer.lines(&next, 20000));
+            for (std::string line; std::getline(text, line); more = true) {
+                const int n = std::atoi(line.c_str() + 1);
+                if (n <= before[line[0]] || line != line_of(line[0], n)) ++bad;
+                before[line[0]] = n;
             }
-            MOLTE_THDATA_FreeData();
-        });
-    }
-    for (auto& thread : threads) thread.join();
+        }
+    });
     EXPECT_EQ(bad, 0);
     EXPECT_EQ(OLINEBUF_GetMaxLineID(&buffer), 8U * kLines);
 }

@@ -1,4 +1,4 @@
-#include "support/test.h"
+#include "support/called.h"
 
 namespace {
 
@@ -51,14 +51,11 @@ TEST(Application, WithoutAVersionTellsTheError) {
 }
 
 TEST(Application, NamesOfImages) {
-    // The class of the image, the number of the item, its name: at the ends of the tables.
-    const tuple<int32_t, int32_t, Text> cases[] = {
-        {1, 11, "R.Thumb"},        {1, -1, "R.Thumb"},        {2, 7, "L.palm thumb lower"},
-        {2, 8, nullptr},           {3, 5, "R.plain Thumb"},   {3, 0, nullptr},
-        {4, 10, "Right portrait"}, {8, 10, "L.plain Little"}, {-1, 1, nullptr}};
-    for (const auto& [image_class, item, name] : cases) {
-        EXPECT_STREQ(MOLTE_ImagePrtItemName(image_class, item), name) << image_class << item;
-    }
+    check_rows(TEST_ROWS, {{"class of the image, number of the item, its name",
+                            called<[](int32_t image_class, int32_t item) {
+                                const Text name = MOLTE_ImagePrtItemName(image_class, item);
+                                return std::string(name != nullptr ? name : "(null)");
+                            }>}});
 }
 
 }  // namespace
