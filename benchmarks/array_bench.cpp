@@ -46,11 +46,10 @@ void append_val(int32_t count) {
 int main() {
     for (const int32_t count : {4000000, 1000}) {
         char name[64];
-        snprintf(name, sizeof name, "%d appends, vector", count);
+        snprintf(name, sizeof name, "%d appends of 16 bytes", count);
         molte_bench::pair(
-            name, [=] { append(count); }, [=] { push_back(count); });
-        snprintf(name, sizeof name, "%d appends, GArray", count);
+            name, "std::vector", [=] { append(count); }, [=] { push_back(count); });
         molte_bench::pair(
-            name, [=] { append(count); }, [=] { append_val(count); });
+            name, "GArray", [=] { append(count); }, [=] { append_val(count); });
     }
 }

@@ -105,7 +105,7 @@ int main() {
     size_t ours = 0;
     size_t peers = 0;
     molte_bench::pair(
-        "convert by 20 rules",
+        "convert by 20 rules", "std::regex",
         [&] {
             const std::string& text = texts[ours++ % texts.size()];
             ORVEX_CONVBAR_SimpConv(text.c_str(), card, kCardSize, &set);

@@ -35,26 +35,26 @@ void swap_loop() {
 
 int main() {
     molte_bench::pair(
-        "MOLTE_Int4_lton, 64 MiB",
+        "MOLTE_Int4_lton, 64 MiB", "plain loop",
         [] {
             MOLTE_Int4_lton(numbers.data(), kNumbers);
             molte_bench::keep(numbers.data());
         },
         swap_loop);
     molte_bench::pair(
-        "Char2To_uint2, 64 MiB",
+        "Char2To_uint2, 64 MiB", "plain loop",
         [] { sum(2, [](size_t at) { return Char2To_uint2(bytes + at); }); },
         [] { sum(2, [](size_t at) { return __builtin_bswap16(loaded<uint16_t>(at)); }); });
     molte_bench::pair(
-        "Char4To_uint4, 64 MiB",
+        "Char4To_uint4, 64 MiB", "plain loop",
         [] { sum(4, [](size_t at) { return Char4To_uint4(bytes + at); }); },
         [] { sum(4, [](size_t at) { return __builtin_bswap32(loaded<uint32_t>(at)); }); });
     molte_bench::pair(
-        "Char8To_uint8, 64 MiB",
+        "Char8To_uint8, 64 MiB", "plain loop",
         [] { sum(8, [](size_t at) { return Char8To_uint8(bytes + at); }); },
         [] { sum(8, [](size_t at) { return __builtin_bswap64(loaded<uint64_t>(at)); }); });
     molte_bench::pair(
-        "uint4ToChar4, 64 MiB",
+        "uint4ToChar4, 64 MiB", "plain loop",
         [] {
             auto* out = reinterpret_cast<uint8_t*>(numbers.data());
             for (uint32_t i = 0; i < kNumbers; ++i) uint4ToChar4(i, out + i * 4UL);

@@ -96,7 +96,7 @@ int main() {
     for (const int32_t threads : {2, 1}) {
         const std::string count = std::to_string(threads);
         molte_bench::pair((count + " writers, " + count + " readers").c_str(),
-                          [threads] { carry<OurQueue>(threads); },
+                          "mutex and conditions", [threads] { carry<OurQueue>(threads); },
                           [threads] { carry<PeerQueue>(threads); }, kManyRounds);
     }
     ORVEX_BASE_ReleaseVar();

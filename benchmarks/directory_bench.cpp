@@ -78,8 +78,8 @@ int main() {
         }
     }
     molte_bench::pair(
-        "list of 20,000 files, find", [&] { list(root); }, [&] { find(root); });
+        "list of 20,000 files", "find", [&] { list(root); }, [&] { find(root); });
     molte_bench::pair(
-        "list of 20,000 files, filesystem", [&] { list(root); }, [&] { filesystem(root); });
+        "list of 20,000 files", "std::filesystem", [&] { list(root); }, [&] { filesystem(root); });
     fs::remove_all(root);
 }

@@ -31,11 +31,11 @@ int main() {
         logger.error("{} failed at {}:{} with {}: {}", "read", "ofilehop", 210, 2, kData);
     };
     molte_bench::pair(
-        "error and 4 callers", [] { report(0); }, log);
+        "error and 4 callers", "spdlog", [] { report(0); }, log);
     molte_bench::pair(
-        "the same with errno's text", [] { report(1); }, log);
+        "error with errno's text", "spdlog", [] { report(1); }, log);
     molte_bench::pair(
-        "the same with the system's text", [] { report(3); }, log);
+        "error with the system's text", "spdlog", [] { report(3); }, log);
     molte_bench::alone("4 callers", [] {
         ORVEX_Err_ClearError();
         pass_on();

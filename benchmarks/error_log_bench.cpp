@@ -43,7 +43,7 @@ int main() {
         ORVEX_ERRLOG_LogEx(0, "entry %d of a program\n", 1);
         keep_small(log, &ours);
     };
-    molte_bench::pair("log entry, bare calls", entry, [&] {
+    molte_bench::pair("log entry", "bare calls", entry, [&] {
         struct stat state {};
         molte_bench::keep(access(bare.c_str(), F_OK));
         molte_bench::keep(stat(bare.c_str(), &state));
@@ -57,7 +57,7 @@ int main() {
     logger->flush_on(spdlog::level::info);
     const std::string head(size - 30, 'h');
     int64_t peers = 0;
-    molte_bench::pair("log entry, spdlog", entry, [&] {
+    molte_bench::pair("log entry", "spdlog", entry, [&] {
         logger->info("{} entry {} of a program", head, 1);
         keep_small(peer_file, &peers);
     });

@@ -44,7 +44,7 @@ int main() {
     ORVEX_HFILE* file = ORVEX_HFILE_NewBinaryFile(path.c_str());
     if (ORVEX_HFILE_Write(file, bytes.data(), kSize) != static_cast<int64_t>(kSize)) std::abort();
     molte_bench::pair(
-        "map and walk 256 MiB, mmap", [&] { map(file); }, [&] { call_mmap(file->fd); }, 15);
+        "map and walk 256 MiB", "mmap", [&] { map(file); }, [&] { call_mmap(file->fd); }, 15);
     ORVEX_HFILE_Close(&file);
     std::filesystem::remove_all(root);
 }

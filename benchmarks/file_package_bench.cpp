@@ -69,7 +69,7 @@ int main() {
     const std::string ours = root + "/ours.pkg";
     const std::string theirs = root + "/theirs.tar";
     molte_bench::pair(
-        "pack 20,000 files of 2 KiB, tar",
+        "pack 20,000 files of 2 KiB", "tar",
         [&] {
             fs::remove(ours);
             pack(ours, root);
@@ -79,7 +79,7 @@ int main() {
             tar({"tar", "cf", theirs, "-C", root, "tree"});
         });
     molte_bench::pair(
-        "list a package of them, tar", [&] { list(ours); },
+        "list a package of them", "tar", [&] { list(ours); },
         [&] {
             tar({"tar", "tf", theirs});
         });

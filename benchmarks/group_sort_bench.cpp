@@ -65,10 +65,10 @@ int main() {
     Items large(whole.size());
     using molte_bench::pair;
     constexpr int rounds = 7;
-    pair("500000 in 100 groups, qsort", sorting(half, &small, group_sort),
+    pair("500000 in 100 groups", "qsort", sorting(half, &small, group_sort),
          sorting(half, &small, c_sort), rounds);
-    pair("the same, std::stable_sort", sorting(half, &small, group_sort),
+    pair("500000 in 100 groups", "std::stable_sort", sorting(half, &small, group_sort),
          sorting(half, &small, stable_sort), rounds);
-    pair("1000000 in place, qsort", sorting(whole, &large, group_sort),
+    pair("1000000 in place", "qsort", sorting(whole, &large, group_sort),
          sorting(whole, &large, c_sort), rounds);
 }

@@ -27,7 +27,7 @@ void compare(const char* name, int32_t size) {
     }
     if (UTIL_CheckSum(words.data(), size) != plain_checksum(words.data(), size)) std::abort();
     molte_bench::pair(
-        name, [&] { molte_bench::keep(UTIL_CheckSum(words.data(), size)); },
+        name, "plain loop", [&] { molte_bench::keep(UTIL_CheckSum(words.data(), size)); },
         [&] { molte_bench::keep(plain_checksum(words.data(), size)); });
 }
 

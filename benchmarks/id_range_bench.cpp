@@ -97,11 +97,11 @@ void hand_out_of_set(uint32_t in_work) {
 int main() {
     const auto ranges = shuffled_ranges(166000);
     molte_bench::pair(
-        "add 166,000 at once", [&] { add(ranges); }, [&] { add_to_set(ranges); });
+        "add 166,000 at once", "Boost.ICL", [&] { add(ranges); }, [&] { add_to_set(ranges); });
     for (const uint32_t in_work : {1U, 16U, 256U, kSegments}) {
         char name[64];
         std::snprintf(name, sizeof name, "100,000 segments, %u at work", in_work);
         molte_bench::pair(
-            name, [=] { hand_out(in_work); }, [=] { hand_out_of_set(in_work); }, 7);
+            name, "Boost.ICL", [=] { hand_out(in_work); }, [=] { hand_out_of_set(in_work); }, 7);
     }
 }

@@ -63,7 +63,7 @@ int main() {
     const std::string data(kDataSize, 'x');
     MOLTE_ITEMPKG_OPS package;
     molte_bench::pair(
-        "add 10,000 items of 64 bytes",
+        "add 10,000 items of 64 bytes", "Protocol Buffers",
         [&] {
             build(names, data.data(), &package);
             molte_bench::keep(package.pData);
@@ -87,6 +87,6 @@ int main() {
     };
     find();
     if (walk() != static_cast<size_t>(position)) std::abort();
-    molte_bench::pair("find the last", find, walk, 21);
+    molte_bench::pair("find the last", "plain walk", find, walk, 21);
     MOLTE_ITEMPKG_Free(&package);
 }

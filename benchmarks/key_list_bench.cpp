@@ -46,6 +46,11 @@ char* text(Keys& keys) {
     return keys.data()->text;
 }
 
+// What the rows of a format are called after: the size of its keys.
+std::string of_size(const char* format) {
+    return " of " + std::to_string(std::snprintf(nullptr, 0, format, 0ULL));
+}
+
 // kCount numbers from FIRST on, each made into a key, in no order.
 Keys shuffled_keys(const char* format, int32_t first) {
     Keys keys(kCount);
@@ -105,37 +110,36 @@ void standard(SetFunction function, const Keys& a, const Keys& b) {
 void load_and_save(const std::string& root, const char* format) {
     const std::string file = root + "/keys";
     Keys keys = shuffled_keys(format, 0);
+    const std::string what = "1M keys" + of_size(format);
     write(file, keys);
-    molte_bench::pair(
-        "load 1M, sort -u",
-        [&] {
-            char* list = nullptr;
-            if (MOLTE_LoadKeyList(file.c_str(), &list) < 1) std::abort();
-            ORVEX_free(list);
-        },
-        [&] {
-            run({"sort", "-u", file}, "/dev/null");
-        },
-        7);
-    molte_bench::pair(
-        "load and save 1M, sort -u -o",
-        [&] {
-            char* list = nullptr;
-            const int32_t count = MOLTE_LoadKeyList(file.c_str(), &list);
-            if (MOLTE_SaveKeyList((root + "/ours").c_str(), list, count) < 1) std::abort();
-            ORVEX_free(list);
-        },
-        [&] {
-            run({"sort", "-u", "-o", root + "/theirs", file}, "/dev/null");
-        },
-        7);
-    molte_bench::pair(
-        "save 1M, sort -u -o",
-        [&] { MOLTE_SaveKeyList((root + "/ours").c_str(), text(keys), kCount); },
-        [&] {
-            run({"sort", "-u", "-o", root + "/theirs", file}, "/dev/null");
-        },
-        7);
+    molte_bench::pair(("load " + what).c_str(), "sort -u",
+                      [&] {
+                          char* list = nullptr;
+                          if (MOLTE_LoadKeyList(file.c_str(), &list) < 1) std::abort();
+                          ORVEX_free(list);
+                      },
+                      [&] {
+                          run({"sort", "-u", file}, "/dev/null");
+                      },
+                      7);
+    molte_bench::pair(("load and save " + what).c_str(), "sort -u -o",
+                      [&] {
+                          char* list = nullptr;
+                          const int32_t count = MOLTE_LoadKeyList(file.c_str(), &list);
+                          if (MOLTE_SaveKeyList((root + "/ours").c_str(), list, count) < 1)
+                              std::abort();
+                          ORVEX_free(list);
+                      },
+                      [&] {
+                          run({"sort", "-u", "-o", root + "/theirs", file}, "/dev/null");
+                      },
+                      7);
+    molte_bench::pair(("save " + what).c_str(), "sort -u -o",
+                      [&] { MOLTE_SaveKeyList((root + "/ours").c_str(), text(keys), kCount); },
+                      [&] {
+                          run({"sort", "-u", "-o", root + "/theirs", file}, "/dev/null");
+                      },
+                      7);
 }
 
 void sets(const std::string& root, const char* format) {
@@ -156,21 +160,25 @@ void sets(const std::string& root, const char* format) {
     const auto intersection = [](auto... arguments) { std::set_intersection(arguments...); };
     const auto difference = [](auto... arguments) { std::set_difference(arguments...); };
     const auto united = [](auto... arguments) { std::set_union(arguments...); };
-    const auto both = [&](const char* name, Combine function, const char* columns,
+    const std::string what = " 1M keys" + of_size(format);
+    const auto both = [&](const char* verb, Combine function, const char* columns,
                           auto standard_set) {
+        const std::string name = verb + what;
         const auto ours = [&] { combine(function, a, unsorted_b, b); };
-        molte_bench::pair((std::string(name) + ", comm").c_str(), ours, [&] { comm(columns); }, 7);
+        molte_bench::pair(
+            name.c_str(), "comm", ours, [&] { comm(columns); }, 7);
         const auto ours_sorted = [&] { combine(function, sorted_a, sorted_b, b); };
-        molte_bench::pair((std::string(name) + " sorted, comm").c_str(), ours_sorted,
-                          [&] { comm(columns); }, 7);
-        molte_bench::pair((std::string(name) + ", std").c_str(), ours,
-                          [&] { standard(standard_set, a, unsorted_b); }, 7);
+        molte_bench::pair((name + ", sorted").c_str(), "comm", ours_sorted, [&] { comm(columns); },
+                          7);
+        molte_bench::pair(
+            name.c_str(), "std::sort and std::set_*", ours,
+            [&] { standard(standard_set, a, unsorted_b); }, 7);
     };
-    both("intersect 1M", MOLTE_KeyListIntersect, "-12", intersection);
-    both("subtract 1M", MOLTE_KeyListSub, "-23", difference);
-    both("unite 1M", MOLTE_KeyListUnion, "--output-delimiter=", united);
+    both("intersect", MOLTE_KeyListIntersect, "-12", intersection);
+    both("subtract", MOLTE_KeyListSub, "-23", difference);
+    both("unite", MOLTE_KeyListUnion, "--output-delimiter=", united);
     molte_bench::pair(
-        "split 1M, three std::set_*",
+        ("split" + what).c_str(), "std::sort and std::set_*",
         [&] {
             Keys x = a;
             Keys y = unsorted_b;
@@ -217,10 +225,12 @@ void searches(const char* what, const std::vector<Item>& items, MOLTE_COMPARE co
     const auto low = each([&](const Item& key) {
         return MOLTE_SearchLow(&key, items.data(), kCount, kSize, compare);
     });
-    molte_bench::pair((std::string(what) + ": bsearch, bsearch").c_str(), ours, peer);
-    molte_bench::pair((std::string(what) + ": bsearch, lower_bound").c_str(), ours, lower_bound);
-    molte_bench::pair((std::string(what) + ": SearchLow, bsearch").c_str(), low, peer);
-    molte_bench::pair((std::string(what) + ": SearchLow, lower_bound").c_str(), low, lower_bound);
+    const std::string by_bsearch = std::string("MOLTE_bsearch in ") + what;
+    const std::string by_low = std::string("MOLTE_SearchLow in ") + what;
+    molte_bench::pair(by_bsearch.c_str(), "bsearch", ours, peer);
+    molte_bench::pair(by_bsearch.c_str(), "std::lower_bound", ours, lower_bound);
+    molte_bench::pair(by_low.c_str(), "bsearch", low, peer);
+    molte_bench::pair(by_low.c_str(), "std::lower_bound", low, lower_bound);
 }
 
 }  // namespace
@@ -231,7 +241,6 @@ int main() {
     ORVEX_SetMainPath(root.c_str());
     ORVEX_BASE_InitVar();
     for (const char* format : {"%016llX", "PERSON-%020llu"}) {
-        std::printf("keys like %s\n", format);
         load_and_save(root, format);
         sets(root, format);
     }

@@ -24,7 +24,7 @@ int main() {
     items.reserve(kItems);
     for (uint64_t& count : counts) items.push_back(&count);
     molte_bench::pair(
-        "64 items, 64 std::thread",
+        "64 items in 64 threads", "std::thread",
         [&] {
             ORVEX_ALLTHREAD_STATUS status;
             if (ORVEX_MultiThreadExec(raise, items.data(), kItems, &status, 0) != 1) std::abort();

@@ -1,16 +1,22 @@
 // Measures two ways of doing the same thing against each other.
 //
-//     molte_bench::pair("one error", [] { report(); }, [] { log(); });
+//     molte_bench::pair("one error", "spdlog", [] { report(); }, [] { log(); });
 //
 // Both are warmed up, then run in turns (ours, peer, peer, ours, ...), so that whatever slows the
 // machine slows both. A round runs each often enough to last some milliseconds. Printed are the
 // medians of the rounds with their range, and the ratio of the medians: below 1 ours is faster.
+//
+// A row's name and its peer's are one pair in a program. Where MOLTELIB_BENCH_ROWS names a file,
+// each row is added to it as a line of JSON with the rounds in their order: scripts/bench_report
+// reads it.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 #include <vector>
 
 namespace molte_bench {
@@ -27,19 +33,19 @@ void keep(const T& value) {
 // The nanoseconds of one operation in each round.
 class Samples {
  public:
-    void add(double nanoseconds) {
-        values_.insert(std::upper_bound(values_.begin(), values_.end(), nanoseconds), nanoseconds);
-    }
+    void add(double nanoseconds) { values_.push_back(nanoseconds); }
+    [[nodiscard]] const std::vector<double>& values() const { return values_; }
     [[nodiscard]] double median() const {
-        const size_t middle = values_.size() / 2;
-        return values_.size() % 2 == 1 ? values_[middle]
-                                       : (values_[middle - 1] + values_[middle]) / 2;
+        std::vector<double> sorted = values_;
+        std::sort(sorted.begin(), sorted.end());
+        const size_t middle = sorted.size() / 2;
+        return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
     }
-    [[nodiscard]] double least() const { return values_.front(); }
-    [[nodiscard]] double most() const { return values_.back(); }
+    [[nodiscard]] double least() const { return *std::min_element(values_.begin(), values_.end()); }
+    [[nodiscard]] double most() const { return *std::max_element(values_.begin(), values_.end()); }
 
  private:
-    std::vector<double> values_;  // sorted
+    std::vector<double> values_;
 };
 
 template <typename Operation>
@@ -64,28 +70,112 @@ int64_t times_per_round(Operation& operation) {
     return times;
 }
 
+// ---- Rows ----
+
+// Whether this program was compiled as what is measured should be.
+constexpr bool kOptimised =
+#if defined(__OPTIMIZE__) && defined(NDEBUG) && !defined(__SANITIZE_ADDRESS__) && \
+    !defined(__SANITIZE_THREAD__)
+    true;
+#else
+    false;
+#endif
+
+// A row as a line of JSON, its members added one by one.
+class StoredRow {
+ public:
+    explicit StoredRow(const char* name) {
+        line_ = kOptimised ? "{\"optimised\": true" : "{\"optimised\": false";
+        add("name", name);
+    }
+    void add(const char* member, const char* text) {
+        begin(member);
+        line_ += '"';
+        for (; *text != '\0'; ++text) {
+            if (*text == '"' || *text == '\\') line_ += '\\';
+            line_ += *text;
+        }
+        line_ += '"';
+    }
+    void add(const char* member, const Samples& samples) {
+        begin(member);
+        const char* separator = "[";
+        for (const double value : samples.values()) {
+            char number[32];
+            std::snprintf(number, sizeof number, "%s%.1f", separator, value);
+            line_ += number;
+            separator = ", ";
+        }
+        line_ += ']';
+    }
+    ~StoredRow() {
+        const char* const path = std::getenv("MOLTELIB_BENCH_ROWS");
+        if (path == nullptr) return;
+        std::FILE* const file = std::fopen(path, "a");
+        if (file == nullptr || std::fprintf(file, "%s}\n", line_.c_str()) < 0 ||
+            std::fclose(file) != 0) {
+            std::fprintf(stderr, "no row can be added to %s\n", path);
+            std::exit(1);
+        }
+    }
+    StoredRow(const StoredRow&) = delete;
+    StoredRow& operator=(const StoredRow&) = delete;
+
+ private:
+    void begin(const char* member) { line_ += std::string(", \"") + member + "\": "; }
+    std::string line_;
+};
+
 inline void print_samples(const char* who, const Samples& samples) {
     std::printf("  %s %10.1f ns (%.1f to %.1f)", who, samples.median(), samples.least(),
                 samples.most());
 }
 
-// One alone: prints and gives its median in nanoseconds.
+// Prints and gives the ratio of the medians, ours over peer.
+inline double row(const char* name, const char* peer, const Samples& ours, const Samples& peers) {
+    StoredRow stored(name);
+    stored.add("peer", peer);
+    stored.add("ours", ours);
+    stored.add("peers", peers);
+    const double ratio = ours.median() / peers.median();
+    std::printf("%-46s", (std::string(name) + " | " + peer).c_str());
+    print_samples("ours", ours);
+    print_samples("peer", peers);
+    std::printf("  ratio %.2f\n", ratio);
+    return ratio;
+}
+
+// Rows that can't be had, and why.
+inline void missing(const char* name, const char* reason) {
+    StoredRow(name).add("missing", reason);
+    std::printf("%-46s  no figure: %s\n", name, reason);
+}
+
+// ---- Measuring ----
+
 template <typename Ours>
-double alone(const char* name, Ours ours, int rounds = kRounds) {
+Samples samples_of(Ours ours, int rounds = kRounds) {
     Samples samples;
     const int64_t times = times_per_round(ours);
     for (int round = 0; round < std::max(rounds, kLeastRounds); ++round) {
         samples.add(time_of(ours, times));
     }
-    std::printf("%-32s", name);
+    return samples;
+}
+
+// One that has no peer.
+template <typename Ours>
+void alone(const char* name, Ours ours, int rounds = kRounds) {
+    const Samples samples = samples_of(ours, rounds);
+    StoredRow(name).add("ours", samples);
+    std::printf("%-46s", name);
     print_samples("ours", samples);
     std::printf("\n");
-    return samples.median();
 }
 
 // Prints and gives the ratio of the medians, ours over peer.
 template <typename Ours, typename Peer>
-double pair(const char* name, Ours ours, Peer peer, int rounds = kRounds) {
+double pair(const char* name, const char* peer_name, Ours ours, Peer peer, int rounds = kRounds) {
     Samples our_samples;
     Samples peer_samples;
     const int64_t our_times = times_per_round(ours);
@@ -95,12 +185,7 @@ double pair(const char* name, Ours ours, Peer peer, int rounds = kRounds) {
         peer_samples.add(time_of(peer, peer_times));
         if (round % 2 == 1) our_samples.add(time_of(ours, our_times));
     }
-    const double ratio = our_samples.median() / peer_samples.median();
-    std::printf("%-32s", name);
-    print_samples("ours", our_samples);
-    print_samples("peer", peer_samples);
-    std::printf("  ratio %.2f\n", ratio);
-    return ratio;
+    return row(name, peer_name, our_samples, peer_samples);
 }
 
 }  // namespace molte_bench

@@ -56,9 +56,9 @@ int main() {
     ours();
     peer();
     if (std::strcmp(value, wanted.value) != 0) return 1;
-    molte_bench::pair("one value of 200 lines, inih", ours, peer);
+    molte_bench::pair("one value of 200 lines", "inih", ours, peer);
     molte_bench::pair(
-        "value that is set already, inih",
+        "set a value that is set", "inih",
         [&] { molte_bench::keep(ORVEX_PARAMETER_SetValue(kName, value)); }, peer);
     fs::remove_all(root);
 }

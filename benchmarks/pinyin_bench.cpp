@@ -13,6 +13,7 @@
 #include <fstream>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -199,7 +200,7 @@ void pair_over(const char* title, const std::vector<std::string>& names, Ours ou
         }
     };
     molte_bench::pair(
-        title, [&] { all(ours); }, [&] { all(peer); });
+        title, "bare walk", [&] { all(ours); }, [&] { all(peer); });
 }
 
 // From the code page's bytes to UTF-8.
@@ -219,10 +220,9 @@ std::string utf8_of(std::string text) {
 // Both ways over all names, and then what pinyin_peers.mjs tells of the same ones.
 void beside_npm(const char* which, const std::vector<std::string>& names) {
     if (!fs::exists(PEER_FOLDER "/node_modules")) {
-        std::printf("no npm packages in %s: run scripts/bench\n", PEER_FOLDER);
+        molte_bench::missing(which, "npm's packages aren't there");
         return;
     }
-    std::printf("beside npm, %s\n", which);
     std::string lines;
     for (const std::string& name : names) lines += name + "\n";
     const fs::path file = fs::path(PEER_FOLDER) / "names.txt";
@@ -236,18 +236,24 @@ void beside_npm(const char* which, const std::vector<std::string>& names) {
             }
         };
     };
-    const double all = molte_bench::alone("MOLTE_Name2Pinyin", over_all(all_readings));
-    const double one = molte_bench::alone("MOLTE_HZPY_Str2Py", over_all(str2py));
+    const std::string names_of_all = std::string("MOLTE_Name2Pinyin, ") + which;
+    const std::string names_of_one = std::string("MOLTE_HZPY_Str2Py, ") + which;
+    const molte_bench::Samples all = molte_bench::samples_of(over_all(all_readings));
+    const molte_bench::Samples one = molte_bench::samples_of(over_all(str2py));
     const std::string command =
         "node " BENCH_FOLDER "/pinyin_peers.mjs " PEER_FOLDER " " + file.string();
     FILE* peers = popen(command.c_str(), "r");
-    char title[64];
-    double time;
-    while (std::fscanf(peers, "%63[^\t]\t%lf\n", title, &time) == 2) {
-        std::printf("%-32speer %10.1f ns  ratio of Name2Pinyin 1/%.0f, of Str2Py 1/%.0f\n", title,
-                    time, time / all, time / one);
+    char line[1024];
+    while (std::fgets(line, sizeof line, peers) != nullptr) {
+        std::istringstream words(line);
+        std::string title;
+        molte_bench::Samples times;
+        std::getline(words, title, '\t');
+        for (double time; words >> time;) times.add(time);
+        molte_bench::row(names_of_all.c_str(), title.c_str(), all, times);
+        molte_bench::row(names_of_one.c_str(), title.c_str(), one, times);
     }
-    if (pclose(peers) != 0) std::printf("node failed\n");
+    if (pclose(peers) != 0) molte_bench::missing(which, "node failed");
 }
 
 // As text, line by line.
@@ -276,10 +282,10 @@ int main() {
     OXLANG_LID_Set(OXLANG_KIND_DEFAULT, OXLANG_CHINESE);
     if (MOLTE_HZPY_Init(&g_stPinYin) < 0) return 1;
 
-    pair_over("all readings, bare walk", make_names(false, true), all_readings, walk_all_readings);
-    pair_over("one reading each, bare walk", make_names(true, false), str2py, walk_one_reading);
-    pair_over("with choices, bare walk", make_names(false, false), str2py, walk_choices);
-    pair_over("names as met, bare walk", make_common_names(), all_readings, walk_all_readings);
+    pair_over("all readings", make_names(false, true), all_readings, walk_all_readings);
+    pair_over("one reading each", make_names(true, false), str2py, walk_one_reading);
+    pair_over("with choices", make_names(false, false), str2py, walk_choices);
+    pair_over("names as met", make_common_names(), all_readings, walk_all_readings);
 
     const auto build = [] {
         MOLTE_HZPY_Release(&g_stPinYin);
@@ -287,9 +293,9 @@ int main() {
         MOLTE_HZPY_Init(&g_stPinYin);
     };
     beside_npm("names as met", make_common_names());
-    beside_npm("names of one reading each", make_names(true, false));
-    molte_bench::pair("building, reading the lines", build, read_lines);
-    molte_bench::pair("building, reading in one call", build, read_whole);
+    beside_npm("one reading each", make_names(true, false));
+    molte_bench::pair("building the table", "fgets of its lines", build, read_lines);
+    molte_bench::pair("building the table", "one read", build, read_whole);
     MOLTE_HZPY_Release(&g_stPinYin);
     ORVEX_BASE_ReleaseVar();
 }

@@ -44,13 +44,13 @@ int main() {
     sem_unlink(their_name.c_str());
 
     molte_bench::pair(
-        "named mutex, robust pthread",
+        "named mutex", "robust pthread mutex",
         [&] { must(MOLTE_MUTEX_Lock(&mutex, 0) == 1 && MOLTE_MUTEX_Unlock(&mutex) == 1); },
         [&] {
             must(pthread_mutex_lock(their_mutex) == 0 && pthread_mutex_unlock(their_mutex) == 0);
         });
     molte_bench::pair(
-        "named semaphore, sem_t",
+        "named semaphore", "sem_t",
         [&] {
             must(MOLTE_SEMA_GetResource(&semaphore, 0) == 1 &&
                  MOLTE_SEMA_FreeResource(&semaphore) == 1);

@@ -45,18 +45,19 @@ void turns() {
     cv::Mat to(kSize, kSize, CV_8UC1);
     const auto same = [&] { return std::memcmp(to.data, target.data(), target.size()) == 0; };
     molte_bench::pair(
-        "turn by 90, transpose",
+        "turn by 90", "cv::transpose",
         [&] { MOLTE_UTIL_Rotate90Deg(source.data(), kSize, kSize, target.data()); },
         [&] { cv::transpose(from, to); });
     must(same());
     molte_bench::pair(
-        "turn by 180, flip(-1)",
+        "turn by 180", "cv::flip",
         [&] { MOLTE_UTIL_Rotate180Deg(source.data(), kSize, kSize, target.data()); },
         [&] { cv::flip(from, to, -1); });
     must(same());
     cv::Mat in_place = from;
     molte_bench::pair(
-        "mirror in place, flip(1)", [&] { MOLTE_UTIL_LeftRightData(source.data(), kSize, kSize); },
+        "mirror in place", "cv::flip",
+        [&] { MOLTE_UTIL_LeftRightData(source.data(), kSize, kSize); },
         [&] { cv::flip(in_place, in_place, 1); });
 }
 
@@ -88,7 +89,7 @@ void turned_cut() {
     Bytes peer(ours.size());
     constexpr int kLeft = 100, kTop = 600;
     molte_bench::pair(
-        "cut turned by 33, plain loop",
+        "cut turned by 33", "plain loop",
         [&] {
             MOLTE_UTIL_RotateCutInDeg(source.data(), kSize, kSize + 2, ours.data(), kCut, kCut, 33,
                                       kLeft, kTop, 0, 0, 255);
@@ -116,7 +117,7 @@ void files(const std::string& folder) {
     load(file, &image);
     must(std::memcmp(image.pData, pixels.data(), pixels.size()) == 0);
     molte_bench::pair(
-        "load BMP, imread",
+        "load BMP", "cv::imread",
         [&] {
             OXBMPFILESTRUCT loaded;
             load(file, &loaded);
@@ -133,9 +134,9 @@ void files(const std::string& folder) {
         must(cv::imwrite(peers, saved));
     };
     molte_bench::pair(
-        "save BMP, imwrite", [&] { save(image); }, [&] { peer_save(picture); });
+        "save BMP", "cv::imwrite", [&] { save(image); }, [&] { peer_save(picture); });
     molte_bench::pair(
-        "load and save BMP, imread, imwrite",
+        "load and save BMP", "cv::imread, cv::imwrite",
         [&] {
             OXBMPFILESTRUCT loaded;
             load(file, &loaded);

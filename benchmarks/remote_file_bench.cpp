@@ -143,10 +143,7 @@ void compare(const char* name, const Place& place, int32_t largest) {
         our_samples.add(time_of(place, ours));
         peer_samples.add(time_of(place, tar));
     }
-    std::printf("%-32s", name);
-    molte_bench::print_samples("ours", our_samples);
-    molte_bench::print_samples("peer", peer_samples);
-    std::printf("  ratio %.2f\n", our_samples.median() / peer_samples.median());
+    molte_bench::row(name, "tar into tar", our_samples, peer_samples);
 }
 
 }  // namespace

@@ -103,10 +103,12 @@ int main() {
     holding(ours, kHeld, [&] {
         holding(peers, kHeld, [&] {
             molte_bench::pair(
-                "1 thread, 100 others held", [&] { one_thread(ours); }, [&] { one_thread(peers); });
+                "1 thread, 100 others held", "table of mutexes", [&] { one_thread(ours); },
+                [&] { one_thread(peers); });
         });
     });
     molte_bench::pair(
-        "4 threads, 1,000 ids", [&] { four_threads(ours); }, [&] { four_threads(peers); }, 61);
+        "4 threads, 1,000 ids", "table of mutexes", [&] { four_threads(ours); },
+        [&] { four_threads(peers); }, 61);
     ORVEX_BASE_ReleaseVar();
 }

@@ -125,7 +125,8 @@ void compare_streams() {
     Peer<Ours> our_bulk(64 * kMega, 1);
     Peer<Bare> bare_bulk(64 * kMega, 1);
     molte_bench::pair(
-        "64 MiB sent and received", [&] { our_bulk.ask(); }, [&] { bare_bulk.ask(); });
+        "64 MiB sent and received", "bare calls", [&] { our_bulk.ask(); },
+        [&] { bare_bulk.ask(); });
     // On one processor, else a trip takes 15 or 70 us as the scheduler places the two ends.
     cpu_set_t all;
     cpu_set_t one;
@@ -137,7 +138,8 @@ void compare_streams() {
     Peer<Ours> our_trip(64, 64);
     Peer<Bare> bare_trip(64, 64);
     molte_bench::pair(
-        "round trip of 64 bytes", [&] { our_trip.ask(); }, [&] { bare_trip.ask(); }, 61);
+        "round trip of 64 bytes", "bare calls", [&] { our_trip.ask(); }, [&] { bare_trip.ask(); },
+        61);
     sched_setaffinity(0, sizeof all, &all);
 }
 
@@ -153,7 +155,7 @@ void compare_waits() {
     ORVEX_SOCKUDP_Send(sockets[0], "x", 1, 0, &address, sizeof address);
     int32_t flags[64];
     molte_bench::pair(
-        "wait for one of 64",
+        "wait for one of 64", "poll",
         [&] { check(ORVEX_SOCK_WaitDataToRead(sockets.data(), 64, 1, 0, flags) == 1, "wait"); },
         [&] { check(poll(watched.data(), watched.size(), 1000) == 1, "poll"); });
 }
@@ -258,7 +260,7 @@ void compare_messages() {
     Reader<OurMessages> ours;
     Reader<BareMessages> bare;
     molte_bench::pair(
-        "message of 96 KiB over UDP", [&] { ours.ask(); }, [&] { bare.ask(); }, 21);
+        "message of 96 KiB over UDP", "bare calls", [&] { ours.ask(); }, [&] { bare.ask(); }, 21);
 }
 
 // ---- The relay ----
@@ -327,7 +329,7 @@ void compare_relays() {
     open_relay(&ours, run_ours);
     open_relay(&socat, run_socat);
     molte_bench::pair(
-        "256 MiB relayed", [&] { ours.move_all(); }, [&] { socat.move_all(); }, 7);
+        "256 MiB relayed", "socat", [&] { ours.move_all(); }, [&] { socat.move_all(); }, 7);
 }
 
 }  // namespace

@@ -49,8 +49,8 @@ int main(int argc, char** argv) {
     if (argc > 2) return std::string(argv[1]) == "library" ? up_and_down(argv[2]) : 0;
     const std::string root = make_installation();
     molte_bench::pair(
-        "process with and without", [&] { run("library", root); }, [&] { run("nothing", root); },
-        25);
+        "process that comes up", "process without", [&] { run("library", root); },
+        [&] { run("nothing", root); }, 25);
     molte_bench::alone("bring-up and tear-down again",
                        [&] { molte_bench::keep(up_and_down(root.c_str())); });
     fs::remove_all(root);

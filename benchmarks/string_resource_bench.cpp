@@ -83,7 +83,7 @@ void bench_load(const char* name, const fs::path& folder, bool chinese) {
         }
         molte::free_table(table);
     };
-    molte_bench::pair(name, load, [&file] { parse_bare(file); });
+    molte_bench::pair(name, "expat", load, [&file] { parse_bare(file); });
 }
 
 // Walks through numbers in an order without rule.
@@ -112,7 +112,7 @@ void bench_look_up(const fs::path& folder) {
     bind_textdomain_codeset("texts", "UTF-8");
     if (dgettext("texts", names[0].c_str()) != text_of_number(ids[0], true)) std::exit(1);
     const auto gettext = [&names](size_t at) { return dgettext("texts", names[at].c_str()); };
-    molte_bench::pair("one text, beside gettext", walk(ids, ours), walk(ids, gettext));
+    molte_bench::pair("one text", "gettext", walk(ids, ours), walk(ids, gettext));
 }
 
 }  // namespace

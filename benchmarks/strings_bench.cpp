@@ -31,7 +31,7 @@ void fill_string(Append append) {
 
 int main() {
     molte_bench::pair(
-        "a million of %d %s %u",
+        "a million of %d %s %u", "{fmt}",
         [] {
             fill_object([](OXSTR_STROBJ* object, int i) {
                 OXSTR_STROBJ_Printf(object, "%d %s %u\n", i, "station",
@@ -45,7 +45,7 @@ int main() {
             });
         });
     molte_bench::pair(
-        "a million of %5d %-8s %08x %c",
+        "a million of %5d %-8s %08x %c", "{fmt}",
         [] {
             fill_object([](OXSTR_STROBJ* object, int i) {
                 OXSTR_STROBJ_Printf(object, "%5d %-8s %08x %c\n", i, "palm",
@@ -59,7 +59,7 @@ int main() {
             });
         });
     molte_bench::pair(
-        "a million of %.3f",
+        "a million of %.3f", "{fmt}",
         [] {
             fill_object([](OXSTR_STROBJ* object, int i) {
                 OXSTR_STROBJ_Printf(object, "%.3f\n", i * 0.37);
@@ -71,7 +71,7 @@ int main() {
             });
         });
     molte_bench::pair(
-        "a million of 16 bytes",
+        "a million of 16 bytes", "std::string",
         [] {
             fill_object([](OXSTR_STROBJ* object, int) {
                 OXSTR_STROBJ_Append(object, "0123456789abcdef", 16);

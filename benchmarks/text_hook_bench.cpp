@@ -28,21 +28,21 @@ int main() {
     OTXTHOOK_MEMTXT_InstallHook("bench", 65536, OXMSG_TO_OUTER, 1);
     const auto ring = peer(std::make_shared<spdlog::sinks::ringbuffer_sink_mt>(960));
     molte_bench::pair(
-        "line to memory, spdlog ring",
+        "line to memory", "spdlog",
         [&] { OTXTHOOK_OutText(0, line.c_str(), static_cast<int32_t>(line.size()), 0); },
         [&] { ring->info(spdlog::string_view_t(line)); });
 
     const auto nobody = peer(std::make_shared<spdlog::sinks::null_sink_mt>());
     const auto print = [] { MOLTE_PrintInfo("query %d took %d ms in %s", 4711, 27, "matcher"); };
     const auto log = [&] { nobody->info("query {} took {} ms in {}", 4711, 27, "matcher"); };
-    molte_bench::pair("no class, spdlog null sink", print, log);
+    molte_bench::pair("line of no class", "spdlog", print, log);
     g_stBv.nPrintInfoMask = OXMSG_INFO;
     OTXTHOOK_Release();
     OTXTHOOK_STDOUT_InstallHook(OXMSG_INNER | OXMSG_TO_INNER, 1);
-    molte_bench::pair("no hook, spdlog null sink", print, log);
+    molte_bench::pair("line without a hook", "spdlog", print, log);
     OTXTHOOK_Release();
     OTXTHOOK_MEMTXT_InstallHook("bench", 65536, OXMSG_TO_OUTER, 1);
-    molte_bench::pair("formatted line to memory", print,
+    molte_bench::pair("formatted line to memory", "spdlog", print,
                       [&] { ring->info("query {} took {} ms in {}", 4711, 27, "matcher"); });
     ORVEX_BASE_ReleaseVar();
 }

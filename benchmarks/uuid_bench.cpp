@@ -50,17 +50,14 @@ void compare_children() {
         ours.add(first_of_a_child(make_ours, shared));
         peers.add(first_of_a_child(make_peers, shared));
     }
-    std::printf("%-32s", "the first of a forked child");
-    molte_bench::print_samples("ours", ours);
-    molte_bench::print_samples("peer", peers);
-    std::printf("  ratio %.2f\n", ours.median() / peers.median());
+    molte_bench::row("the first of a forked child", "libuuid", ours, peers);
 }
 
 // A child goes on from the state that its parent had.
 void compare_in_a_child() {
     const pid_t child = fork();
     if (child == 0) {
-        molte_bench::pair("a child's, one after another", make_ours, make_peers);
+        molte_bench::pair("a child's, one after another", "libuuid", make_ours, make_peers);
         std::fflush(stdout);
         _exit(0);
     }
@@ -70,7 +67,7 @@ void compare_in_a_child() {
 }  // namespace
 
 int main() {
-    molte_bench::pair("one random identifier", make_ours, make_peers);
+    molte_bench::pair("one random identifier", "libuuid", make_ours, make_peers);
     std::fflush(stdout);
     compare_in_a_child();
     compare_children();

@@ -87,11 +87,11 @@ int main() {
     make(large, size_t{256} << 20);
     make(small, 4096);
     molte_bench::pair(
-        "load 256 MiB, malloc and read", [&] { load(large); }, [&] { malloc_and_read(large); });
+        "load 256 MiB", "malloc and read", [&] { load(large); }, [&] { malloc_and_read(large); });
     molte_bench::pair(
-        "load 256 MiB, ifstream", [&] { load(large); }, [&] { ifstream_read(large); });
+        "load 256 MiB", "std::ifstream", [&] { load(large); }, [&] { ifstream_read(large); });
     molte_bench::pair(
-        "load 4 KiB, ifstream", [&] { load(small); }, [&] { ifstream_read(small); });
+        "load 4 KiB", "std::ifstream", [&] { load(small); }, [&] { ifstream_read(small); });
 
     const std::string source = root + "/source";
     make(source, size_t{1} << 30);
@@ -102,14 +102,14 @@ int main() {
         cp(source, b);
     };
     molte_bench::pair(
-        "copy 1 GiB by handles, cp",
+        "copy 1 GiB by handles", "cp",
         [&] {
             fs::remove(a);
             handle_copy(source, a);
         },
         peer, 7);
     molte_bench::pair(
-        "copy 1 GiB by name, cp",
+        "copy 1 GiB by name", "cp",
         [&] {
             fs::remove(a);
             if (ORVEX_FileCopy(source.c_str(), a.c_str(), 0) != 1) std::abort();

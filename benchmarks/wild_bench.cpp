@@ -112,18 +112,20 @@ auto count_in(const std::vector<std::string>& names, Match match) {
 }
 
 template <typename Ours, typename Peer>
-void pair_of(const char* title, const char* pattern, Ours ours, Peer peer) {
+void pair_of(const char* title, const char* peer_name, const char* pattern, Ours ours, Peer peer) {
     char name[64];
-    std::snprintf(name, sizeof name, "%s %s", title, pattern);
+    std::snprintf(name, sizeof name, "%s, %s", title, pattern);
     if (ours() != peer()) std::printf("(%zu and %zu hits) ", ours(), peer());
-    molte_bench::pair(name, ours, peer, kRounds);
+    molte_bench::pair(name, peer_name, ours, peer, kRounds);
 }
 
 // Each pattern alone, and all of them.
 template <typename Ours, typename Peer>
-void pairs_of(const char* title, const std::vector<std::string>& names, Ours ours, Peer peer) {
+void pairs_of(const char* title, const char* peer_name, const std::vector<std::string>& names,
+              Ours ours, Peer peer) {
     for (size_t i = 0; i < std::size(kPatterns); ++i) {
-        pair_of(title, kPatterns[i], count_in(names, [=](auto& name) { return ours(i, name); }),
+        pair_of(title, peer_name, kPatterns[i],
+                count_in(names, [=](auto& name) { return ours(i, name); }),
                 count_in(names, [=](auto& name) { return peer(i, name); }));
     }
     const auto all = [&](auto match) {
@@ -133,7 +135,7 @@ void pairs_of(const char* title, const std::vector<std::string>& names, Ours our
             return hits > 0;
         });
     };
-    pair_of(title, "all", all(ours), all(peer));
+    pair_of(title, peer_name, "all", all(ours), all(peer));
 }
 
 bool by_fnmatch(size_t i, const std::string& name) {
@@ -142,7 +144,7 @@ bool by_fnmatch(size_t i, const std::string& name) {
 
 void plain(const std::vector<std::string>& names) {
     pairs_of(
-        "plain/fnmatch", names,
+        "plain", "fnmatch", names,
         [](size_t i, auto& name) { return ORVEX_WildMatch(name.c_str(), kPatterns[i]); },
         by_fnmatch);
 }
@@ -160,10 +162,10 @@ void compiled(const std::vector<std::string>& names) {
     const auto ours = [&](size_t i, auto& name) {
         return MOLTE_CompiledWildMatch(&templates[i], name.c_str());
     };
-    pairs_of("compiled/fnmatch", names, ours, by_fnmatch);
-    pairs_of("compiled/RE2", names, ours,
+    pairs_of("compiled", "fnmatch", names, ours, by_fnmatch);
+    pairs_of("compiled", "RE2", names, ours,
              [&](size_t i, auto& name) { return RE2::FullMatch(name, *expressions[i]); });
-    pairs_of("compiled/PCRE2", names, ours,
+    pairs_of("compiled", "PCRE2", names, ours,
              [&](size_t i, auto& name) { return jits[i]->match(name); });
     for (MOLTE_WMTEMPL& one : templates) MOLTE_WMTEMPL_Free(&one);
 }
@@ -177,8 +179,9 @@ void chinese() {
             names, [=](auto& name) { return ORVEX_MB_Ci_WildPyMatch(name.c_str(), pattern); });
         const auto by_bytes =
             count_in(names, [=](auto& name) { return ORVEX_WildMatch(name.c_str(), pattern); });
-        std::printf("%zu hits by reading, %zu by bytes\n", pinyin(), by_bytes());
-        molte_bench::pair("pinyin/plain", pinyin, by_bytes, kRounds);
+        const std::string name = "by reading, " + std::to_string(pinyin()) + " hits and " +
+                                 std::to_string(by_bytes()) + " by bytes";
+        molte_bench::pair(name.c_str(), "ORVEX_WildMatch", pinyin, by_bytes, kRounds);
     }
 }
 
