@@ -6,6 +6,15 @@
 #include "support/posix.h"
 #include "support/unprivileged.h"
 
+#if !defined(_WIN32)
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+
+#include <cstddef>
+#endif
+
 namespace {
 
 constexpr int kUpdate = 32770;
@@ -91,6 +100,50 @@ TEST(Files, RefusedPermission) {
     for (const int flags : {0x4000, 0x40, 3, 0x8200, 0x10000}) {
         EXPECT_TRUE(open_file("/dev/null", flags) == -1 && errno == EINVAL) << flags;
     }
+}
+
+// From now on the calling thread meets file systems that can't refuse a taken name in one step.
+bool refuse_in_steps_alone() {
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {std::size(steps), steps};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+// What comes of it: 0, or the reason.
+int renamed(const std::string& from, const std::string& to) {
+    return platform::rename_file(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+TEST(Files, RenamingInSteps) {
+    const TempFolder folder;
+    const std::string file = folder.write("file", "1");
+    const std::string other = folder.write("other", "2");
+    const std::string closed = folder / "closed";
+    fs::create_directory(closed);
+    std::ofstream(fs::path(closed) / "kept") << "3";
+    fs::permissions(fs::path(closed) / "kept", fs::perms{0666});
+    fs::permissions(closed, fs::perms{0555});
+    fs::permissions(folder.path(), fs::perms::all);
+    std::thread([&] {
+        ASSERT_TRUE(refuse_in_steps_alone());
+        EXPECT_EQ(renamed(file, other), EEXIST);
+        EXPECT_EQ(renamed(file, folder / "new"), 0);
+        EXPECT_EQ(renamed(closed, other), EEXIST);
+        EXPECT_EQ(renamed(folder / "none", folder / "new"), ENOENT);
+        const Unprivileged somebody;
+        EXPECT_EQ(renamed(closed + "/kept", folder / "taken"), EACCES);
+        EXPECT_FALSE(fs::exists(folder / "taken"));
+    }).join();
+    EXPECT_EQ(read_bytes(closed + "/kept"), "3");
+    EXPECT_EQ(read_bytes(folder / "new"), "1");
+    EXPECT_EQ(read_bytes(other), "2");
+    EXPECT_FALSE(fs::exists(file));
 }
 
 TEST(Files, AWriteThatEndsEarlyTellsWhy) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -48,7 +49,13 @@ unsigned long next_number() {
 // On a file system without the one step: a hard link refuses a taken name as well, but neither for
 // a folder nor where there are no links; then only looking first is left.
 int rename_in_steps(const char* from, const char* to) {
-    if (link(from, to) == 0) return unlink(from);
+    if (link(from, to) == 0) {
+        if (unlink(from) == 0 || errno == ENOENT) return 0;
+        const int reason = errno;
+        unlink(to);  // a file that stays keeps its one name
+        errno = reason;
+        return -1;
+    }
     if (errno != EPERM && errno != EOPNOTSUPP && errno != EMLINK) return -1;
     struct stat found;
     if (lstat(from, &found) != 0) return -1;
