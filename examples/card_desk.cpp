@@ -11,13 +11,13 @@
 
 #include "installation.h"
 #include "moltelib.h"
+#include "shared_objects.h"
 #include "terminal.h"
 
 namespace {
 
 constexpr int kClerks = 4, kStamps = 2, kQueueSize = 16, kHookId = 1;
-constexpr int32_t kCard = 1;       // the type of what is locked by its key
-constexpr int32_t kPatience = 10;  // seconds
+constexpr int32_t kCard = 1;  // the type of what is locked by its key
 
 // What goes to the text log: errors, and here information too.
 constexpr uint32_t kLogMask = OXMSG_TO_TEXT_LOG | OXMSG_OUTER | OXMSG_INFO | OXMSG_ERROR_TEXT;
@@ -27,68 +27,6 @@ int fail(const char* what) {
     if (GetRvexErrNo() != 0) terminal::show_error();
     return 1;
 }
-
-// ---- What processes share, by names ----
-
-class Event {
- public:
-    explicit Event(const std::string& name) : handle_(ORVEX_EVENT_Create(name.c_str())) {}
-    ~Event() { ORVEX_EVENT_Release(handle_); }
-    Event(const Event&) = delete;
-    Event& operator=(const Event&) = delete;
-
-    bool valid() const { return handle_ != nullptr; }
-    void set() const { ORVEX_EVENT_Set(handle_); }
-    void wait(int32_t seconds) const { ORVEX_EVENT_TimeWait(handle_, seconds); }
-
- private:
-    OXHANDLE handle_;
-};
-
-// What it guards is whole at any moment, so the death of a holder is no reason to give up.
-class Mutex {
- public:
-    explicit Mutex(const std::string& name) { MOLTE_MUTEX_Create(&handle_, name.c_str()); }
-    ~Mutex() {
-        if (valid()) MOLTE_MUTEX_Release(&handle_);
-    }
-    Mutex(const Mutex&) = delete;
-    Mutex& operator=(const Mutex&) = delete;
-
-    bool valid() const { return handle_ != nullptr; }
-    // What is done with the mutex held; false when it can't be had.
-    template <class Work>
-    bool hold(Work work) {
-        int32_t got = MOLTE_MUTEX_Lock(&handle_, kPatience);
-        if (got < 0 && MOLTE_MUTEX_Unlock(&handle_) > 0)
-            got = MOLTE_MUTEX_Lock(&handle_, kPatience);
-        if (got < 1) return false;
-        work();
-        MOLTE_MUTEX_Unlock(&handle_);
-        return true;
-    }
-
- private:
-    OXHANDLE handle_ = nullptr;
-};
-
-// A record that is zeroed by the first process that has it.
-template <class Record>
-class Shared {
- public:
-    explicit Shared(const std::string& name) {
-        MOLTE_SHMEM_Create(&map_, sizeof(Record), name.c_str());
-    }
-    ~Shared() { MOLTE_SHMEM_Release(&map_); }
-    Shared(const Shared&) = delete;
-    Shared& operator=(const Shared&) = delete;
-
-    bool valid() const { return map_.pView != nullptr; }
-    Record* operator->() const { return static_cast<Record*>(map_.pView); }
-
- private:
-    MOLTE_FMAP map_{};
-};
 
 // ---- The box of a desk ----
 
