@@ -233,7 +233,7 @@ int serve(const std::string& name, const char* port_file, int64_t password) {
     server.password = password;
     if (!server.journal.valid() || server.cards == nullptr ||
         MOLTE_INTRESOURCE_Init(&server.stamps, kStamps) < 0 ||
-        MOLTE_DATAQUE_Init(&server.requests, kQueueSize, sizeof(Pending*)) < 0) {
+        MOLTE_DATAQUE_Init(&server.requests, kQueueSize, sizeof(void*)) < 0) {
         return fail("The server can't be made.");
     }
     std::array<Letterbox, kMessagePorts> boxes;
