@@ -237,14 +237,13 @@ int serve(const std::string& name, const char* port_file, int64_t password) {
         return fail("The server can't be made.");
     }
     std::array<Letterbox, kMessagePorts> boxes;
+    int32_t port = 0;
     for (size_t i = 0; i < boxes.size(); ++i) {
-        int32_t port = 0;
         boxes[i].server = &server;
         boxes[i].socket = open_at_free_port(&port, bind_letterbox);
         if (!tell_port(port, (port_file + std::to_string(i)).c_str())) return fail("No letterbox.");
         ORVEX_CreateThread(&boxes[i].thread, 0, receive_messages, &boxes[i], 0, nullptr);
     }
-    int32_t port = 0;
     server.listener = listen_somewhere(&port);
     OXHANDLE acceptor;
     ORVEX_CreateThread(&acceptor, 0, accept_clients, &server, 0, nullptr);

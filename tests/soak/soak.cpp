@@ -55,6 +55,10 @@ int64_t Journal::append_held(uint32_t kind, const char* text) {
     }
     Frame record = frame_of(kind, count + 1, text);
     if (injected("torn", 200)) record.text[0] ^= 1;
+    if (count % 10 == 0) {  // slow where its death does most harm
+        ORVEX_HFILE_WriteS(file_, &record, count * record_size, record_size / 2);
+        ORVEX_SleepMicro(5'000);
+    }
     if (ORVEX_HFILE_WriteS(file_, &record, count * record_size, record_size) != record_size) {
         ORVEX_HFILE_ChangeSize(file_, count * record_size);
         return 0;
