@@ -359,6 +359,42 @@ TEST_P(MixedWaits, OfTwoProcessesWakeEachOtherEachTime) {
     }
 }
 
+CHILD_ROLE(take_and_give_back) {
+    const Handle object(OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, args[0].c_str()));
+    const Handle over(open(args[1]));
+    tell_parent("ready");
+    while (wait_for(over) == WAIT_TIMEOUT) {
+        if (wait_for(object) == WAIT_OBJECT_0) ReleaseSemaphore(object, 1, nullptr);
+    }
+    return 0;
+}
+
+// The last of many is taken by another process while the ones before it are: those are given back.
+TEST(NamedObjects, AWaitForAllThatComesTooLateTakesNothing) {
+    const std::string name = new_name();
+    const std::string end = new_name();
+    const Handle over(manual(false, end));
+    Handles all = {mutex(false, new_name()), automatic(true, new_name()), manual(true, new_name())};
+    while (all.size() < MAXIMUM_WAIT_OBJECTS - 1) all.push_back(semaphore(1, 1, new_name()));
+    all.push_back(semaphore(1, 1, name));
+    const auto give_back = [&] {
+        EXPECT_TRUE(ReleaseMutex(all[0]));
+        SetEvent(all[1]);
+        for (size_t i = 3; i < all.size(); ++i) EXPECT_TRUE(ReleaseSemaphore(all[i], 1, nullptr));
+    };
+    ChildProcess other("take_and_give_back", {name, end});
+    EXPECT_EQ(other.read_line(), "ready");
+    for (int i = 0; i < 30000; ++i) {
+        if (all.wait(true, 0) == WAIT_OBJECT_0) give_back();
+    }
+    SetEvent(over);
+    EXPECT_EQ(other.wait(), 0);
+    EXPECT_EQ(all.wait(true, 0), WAIT_OBJECT_0);
+    give_back();
+    // Held once, not twice.
+    std::thread([&] { EXPECT_EQ(wait_for(all[0]), WAIT_OBJECT_0); }).join();
+}
+
 // Who is woken for the second object and then takes the first leaves the second to others.
 TEST_P(MixedWaits, PassOnASignalTheyWereWokenForButDidNotTake) {
     const Prompt prompt;
