@@ -54,7 +54,11 @@ class Commands {
 CLI::Option* choice(CLI::Option* option, const std::vector<std::string>& choices);
 
 // Each in a file of its own; a word on what they share stands there.
-void add_error(Commands& commands);      // error, record
+void add_init(Commands& commands);
+void add_error(Commands& commands);  // error, record
+void add_log(Commands& commands);
+void add_param(Commands& commands);
+void add_machine(Commands& commands);    // machine, version, alive, service
 void add_reference(Commands& commands);  // man, completion
 
 }  // namespace tool

@@ -13,7 +13,11 @@ namespace {
 int run(std::vector<std::string> arguments) {
     tool::Tool tool;
     tool::Commands commands(tool);
+    tool::add_init(commands);
     tool::add_error(commands);
+    tool::add_log(commands);
+    tool::add_param(commands);
+    tool::add_machine(commands);
     tool::add_reference(commands);
     return commands.run(std::move(arguments));
 }

@@ -166,6 +166,14 @@ std::string path_text(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
+std::filesystem::path path_from_library(const std::string& path) {
+    std::wstring wide(path.size() + 1, L'\0');
+    const int length = MultiByteToWideChar(CP_ACP, 0, path.c_str(), -1, wide.data(),
+                                           static_cast<int>(wide.size()));
+    wide.resize(length > 0 ? static_cast<size_t>(length) - 1 : 0);
+    return wide;
+}
+
 #else
 
 std::string library_path(const std::string& argument) {
@@ -178,6 +186,10 @@ std::filesystem::path native_path(const std::string& argument) {
 
 std::string path_text(const std::filesystem::path& path) {
     return path.generic_string();
+}
+
+std::filesystem::path path_from_library(const std::string& path) {
+    return path;
 }
 
 #endif

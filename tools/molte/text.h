@@ -30,5 +30,7 @@ std::string shown(std::string_view bytes);
 std::string library_path(const std::string& argument);
 std::filesystem::path native_path(const std::string& argument);
 std::string path_text(const std::filesystem::path& path);  // and back, with slashes
+// One that the library gave.
+std::filesystem::path path_from_library(const std::string& path);
 
 }  // namespace tool
