@@ -59,8 +59,18 @@ void refuse_existing(const std::string& argument, bool replace) {
     throw Failure("\"" + shown(argument) + "\" exists already");
 }
 
+void refuse_filled(const std::string& argument) {
+    const fs::path folder = native_path(argument);
+    std::error_code none;
+    const auto kind = fs::symlink_status(folder, none).type();
+    if (kind == fs::file_type::not_found) return;
+    if (kind == fs::file_type::directory && fs::is_empty(folder, none)) return;
+    throw Failure("\"" + shown(argument) + "\" exists already, and is no empty folder");
+}
+
 Beside::Beside(const std::string& argument) : place_(native_path(argument)) {
     if (!place_.has_filename()) place_ = place_.parent_path();  // it ended with a slash
+    place_ = fs::absolute(place_);
     beside_ = place_;
     beside_ += ".molte-" + std::to_string(getpid());
     remove_at_end(beside_);
@@ -79,6 +89,11 @@ std::string Beside::for_library() const {
 void Beside::keep() {
     end_if_interrupted();
     std::error_code error;
+    if (fs::is_directory(beside_, error)) fs::remove(place_, error);  // an empty one
+    const auto there = fs::status(place_, error).type();
+    if (there != fs::file_type::not_found && there != fs::file_type::regular) {
+        throw Failure("\"" + shown(path_text(place_)) + "\" is there, and is no file");
+    }
     fs::rename(beside_, place_, error);
     if (error) {
         throw Failure("\"" + shown(path_text(place_)) +

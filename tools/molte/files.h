@@ -16,8 +16,10 @@ std::string read_whole(const std::string& argument);
 
 // Ends the command when the file or folder exists, unless replacing was asked for.
 void refuse_existing(const std::string& argument, bool replace);
+// The same for a folder that is to be made; an empty one may be there.
+void refuse_filled(const std::string& argument);
 
-// A file or folder beside its place; gone again unless it is kept.
+// A file or folder beside its place; gone again unless it is kept. Its path is a full one.
 class Beside {
  public:
     explicit Beside(const std::string& argument);
@@ -27,7 +29,7 @@ class Beside {
 
     [[nodiscard]] const std::filesystem::path& path() const { return beside_; }
     [[nodiscard]] std::string for_library() const;
-    // Moved to its place; replaces a file that is there, but no folder.
+    // Moved to its place; replaces a file that is there, or an empty folder by a folder.
     void keep();
 
  private:

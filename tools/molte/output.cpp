@@ -12,6 +12,7 @@
 #include <io.h>
 #include <windows.h>
 #else
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -143,6 +144,23 @@ void Output::flush() {
 
 std::string Output::coloured(Colour colour, const std::string& text) const {
     return in_colour(terminal_ && !json_ && colours_wanted(), colour, text);
+}
+
+Silence::Silence() {
+#if defined(_WIN32)
+    const int nowhere = _open("NUL", _O_WRONLY);
+#else
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+#endif
+    std::fflush(stdout);
+    if (nowhere < 0) return;
+    replace(1, nowhere);
+    shut(nowhere);
+}
+
+Silence::~Silence() {
+    std::fflush(stdout);
+    replace(1, 2);
 }
 
 bool errors_to_terminal() {

@@ -42,6 +42,15 @@ class Output {
     std::string waiting_;
 };
 
+// While it lives the library's own prints to standard output go nowhere.
+class Silence {
+ public:
+    Silence();
+    ~Silence();
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+};
+
 // Of standard error, where progress and failures are shown.
 bool errors_to_terminal();
 std::string coloured_error(Colour colour, const std::string& text);
