@@ -17,6 +17,8 @@ int run(std::vector<std::string> arguments) {
     tool::add_error(commands);
     tool::add_log(commands);
     tool::add_param(commands);
+    tool::add_pack(commands);
+    tool::add_message(commands);
     tool::add_machine(commands);
     tool::add_reference(commands);
     return commands.run(std::move(arguments));
