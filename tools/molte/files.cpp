@@ -36,6 +36,27 @@ std::string standard_input() {
     return all;
 }
 
+void write_to(const std::string& name, std::string_view data, const std::string& failed) {
+    ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(name.c_str());
+    if (handle == nullptr) throw Failure(failed);
+    const auto size = static_cast<int64_t>(data.size());
+    if (size > 0 && ORVEX_HFILE_Write(handle, data.data(), size) != size) {
+        Failure failure(failed);
+        ORVEX_HFILE_Close(&handle);
+        throw failure;
+    }
+    check(ORVEX_HFILE_Close(&handle), failed);
+}
+
+// What a symbolic link leads to is replaced, not the link.
+std::string link_followed(const std::string& argument) {
+    std::error_code error;
+    const fs::path place = native_path(argument);
+    if (!fs::is_symlink(place, error)) return argument;
+    const fs::path target = fs::canonical(place, error);
+    return error ? argument : path_text(target);
+}
+
 }  // namespace
 
 std::string read_whole(const std::string& argument) {
@@ -104,17 +125,14 @@ void Beside::keep() {
 
 void write_whole(Output& out, const std::string& argument, std::string_view data) {
     if (argument == "-") return out.bytes(data);
-    Beside file(argument);
     const std::string failed = "\"" + shown(argument) + "\" can't be written";
-    ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(file.for_library().c_str());
-    if (handle == nullptr) throw Failure(failed);
-    const auto size = static_cast<int64_t>(data.size());
-    if (size > 0 && ORVEX_HFILE_Write(handle, data.data(), size) != size) {
-        Failure failure(failed);
-        ORVEX_HFILE_Close(&handle);
-        throw failure;
-    }
-    check(ORVEX_HFILE_Close(&handle), failed);
+    std::error_code none;
+    const fs::file_status old = fs::status(native_path(argument), none);
+    if (fs::is_directory(old)) throw Failure(failed + ": it is a folder");
+    if (fs::is_other(old)) return write_to(library_path(argument), data, failed);
+    Beside file(link_followed(argument));
+    write_to(file.for_library(), data, failed);
+    if (fs::is_regular_file(old)) fs::permissions(file.path(), old.permissions(), none);
     file.keep();
 }
 

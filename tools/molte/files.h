@@ -37,7 +37,8 @@ class Beside {
     bool kept_ = false;
 };
 
-// Writes a whole file by way of Beside; "-" is standard output.
+// Writes a whole file by way of Beside; it keeps the permissions of the one that it replaces. A
+// device or a pipe is written as it stands; "-" is standard output.
 void write_whole(Output& out, const std::string& argument, std::string_view data);
 
 }  // namespace tool
