@@ -21,8 +21,15 @@ class Help : public CLI::Formatter {
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode /*mode*/) const override {
         std::string help;
-        for (const Commands::Example& example : commands_.examples(app)) {
+        const auto show = [&help](const Commands::Example& example) {
             help += "  molte " + example.arguments + "\n      " + example.meaning + "\n";
+        };
+        for (const Commands::Example& example : commands_.examples(app)) show(example);
+        if (app->get_parent() != nullptr) {  // a group: one of each of its commands
+            for (const CLI::App* command :
+                 app->get_subcommands([](const CLI::App* /*any*/) { return true; })) {
+                if (!commands_.examples(command).empty()) show(commands_.examples(command)[0]);
+            }
         }
         if (!help.empty()) help = "Examples:\n" + help + "\n";
         help += app->get_description() + ".\n";
