@@ -20,6 +20,7 @@ int run(std::vector<std::string> arguments) {
     tool::add_pack(commands);
     tool::add_message(commands);
     tool::add_name(commands);
+    tool::add_keys(commands);
     tool::add_machine(commands);
     tool::add_reference(commands);
     return commands.run(std::move(arguments));
