@@ -62,6 +62,7 @@ void add_pack(Commands& commands);       // pack create, list, extract, test
 void add_message(Commands& commands);    // message send, receive
 void add_name(Commands& commands);       // name
 void add_keys(Commands& commands);       // keys, ids
+void add_range(Commands& commands);      // range
 void add_machine(Commands& commands);    // machine, version, alive, service
 void add_reference(Commands& commands);  // man, completion
 

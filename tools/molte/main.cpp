@@ -21,6 +21,7 @@ int run(std::vector<std::string> arguments) {
     tool::add_message(commands);
     tool::add_name(commands);
     tool::add_keys(commands);
+    tool::add_range(commands);
     tool::add_machine(commands);
     tool::add_reference(commands);
     return commands.run(std::move(arguments));
