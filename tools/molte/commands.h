@@ -63,6 +63,7 @@ void add_message(Commands& commands);    // message send, receive
 void add_name(Commands& commands);       // name
 void add_keys(Commands& commands);       // keys, ids
 void add_range(Commands& commands);      // range
+void add_barcode(Commands& commands);    // barcode
 void add_machine(Commands& commands);    // machine, version, alive, service
 void add_reference(Commands& commands);  // man, completion
 
