@@ -13,6 +13,7 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
@@ -47,6 +48,11 @@ void prepare(int descriptor) {
     SetConsoleMode(handle, mode | 0x4 /* ENABLE_VIRTUAL_TERMINAL_PROCESSING */);
     SetConsoleOutputCP(CP_UTF8);
 }
+int width_of(int descriptor) {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    return GetConsoleScreenBufferInfo(handle, &info) ? info.dwSize.X : 0;
+}
 #else
 int copy_of(int descriptor) {
     return dup(descriptor);
@@ -64,6 +70,10 @@ int64_t put(int descriptor, const char* data, size_t size) {
     return write(descriptor, data, size);
 }
 void prepare(int /*descriptor*/) {}
+int width_of(int descriptor) {
+    winsize size{};
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
 #endif
 
 bool write_whole(int descriptor, std::string_view data) {
@@ -142,8 +152,18 @@ void Output::flush() {
         throw Failure("Standard output can't be written: " + std::string(strerror(errno)));
 }
 
+int Output::columns() const {
+    constexpr int usual = 80;  // of a terminal that doesn't know
+    const int width = terminal_ ? width_of(descriptor_) : 0;
+    return terminal_ && width <= 0 ? usual : width;
+}
+
+bool Output::has_colours() const {
+    return terminal_ && !json_ && colours_wanted();
+}
+
 std::string Output::coloured(Colour colour, const std::string& text) const {
-    return in_colour(terminal_ && !json_ && colours_wanted(), colour, text);
+    return in_colour(has_colours(), colour, text);
 }
 
 Silence::Silence() {

@@ -32,6 +32,8 @@ class Output {
     void flush();  // a failure to write ends the command; flushed at its end as well
 
     [[nodiscard]] bool is_terminal() const { return terminal_; }
+    [[nodiscard]] int columns() const;  // of the terminal; 0 where there is none
+    [[nodiscard]] bool has_colours() const;
     [[nodiscard]] std::string coloured(Colour colour, const std::string& text) const;
 
  private:
