@@ -64,6 +64,7 @@ void add_name(Commands& commands);       // name
 void add_keys(Commands& commands);       // keys, ids
 void add_range(Commands& commands);      // range
 void add_barcode(Commands& commands);    // barcode
+void add_image(Commands& commands);      // image info, turn, cut, mirror, capture
 void add_machine(Commands& commands);    // machine, version, alive, service
 void add_reference(Commands& commands);  // man, completion
 

@@ -23,6 +23,7 @@ int run(std::vector<std::string> arguments) {
     tool::add_keys(commands);
     tool::add_range(commands);
     tool::add_barcode(commands);
+    tool::add_image(commands);
     tool::add_machine(commands);
     tool::add_reference(commands);
     return commands.run(std::move(arguments));
