@@ -19,6 +19,7 @@ for number, text in enumerate(texts):
     index = struct.unpack_from(">I", data, MAP + 12)[0]
     struct.pack_into(">I", data, MAP + 12, index + 1)
     struct.pack_into(">B3xIIIQ8x", data, MAP + 32 + 32 * index, 1, int(time) + number, len(text), len(text), 0)
-    data[MAP + len(text):MAP + 2 * len(text)] = text
+    room = max(BLOCK - len(text), 0)  # what runs past the block is left out
+    data[MAP + len(text):MAP + len(text) + len(text[:room])] = text[:room]
 with open(path, "wb") as file:
     file.write(data)
