@@ -77,9 +77,7 @@ class IniFile {
     }
 
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
-    [[nodiscard]] bool has(const std::string& name) const {
-        return known_.count(name) > 0;
-    }
+    [[nodiscard]] bool has(const std::string& name) const { return known_.count(name) > 0; }
 
     [[nodiscard]] std::vector<std::string> values(const std::vector<std::string>& names) const {
         std::vector<char> slots((names.size() + 1) * kSlot);
