@@ -59,6 +59,7 @@ void add_error(Commands& commands);  // error, record
 void add_log(Commands& commands);
 void add_param(Commands& commands);
 void add_pack(Commands& commands);       // pack create, list, extract, test
+void add_send(Commands& commands);       // send, receive
 void add_message(Commands& commands);    // message send, receive
 void add_name(Commands& commands);       // name
 void add_keys(Commands& commands);       // keys, ids

@@ -18,6 +18,7 @@ int run(std::vector<std::string> arguments) {
     tool::add_log(commands);
     tool::add_param(commands);
     tool::add_pack(commands);
+    tool::add_send(commands);
     tool::add_message(commands);
     tool::add_name(commands);
     tool::add_keys(commands);
