@@ -273,6 +273,7 @@ class Extractor {
 
     // An item that isn't restored is told.
     void take(const Item& item) {
+        progress_.reach(static_cast<uint64_t>(item.position));
         const auto path = path_below(item);
         const std::string reason = refusal(item, path);
         if (reason.empty() && (item.is_folder() ? make_folder(*path) : make_file(item, *path))) {
@@ -283,7 +284,6 @@ class Extractor {
             const std::string text = "\"" + name_text(tool_, item.path()) + "\" isn't restored";
             tool_.tell(Failure(reason.empty() ? text : text + ": " + reason));
         }
-        progress_.reach(static_cast<uint64_t>(item.position));
     }
 
     [[nodiscard]] size_t restored() const { return restored_; }
