@@ -390,7 +390,8 @@ int receive(Tool& tool, const Order& order) {
         const Watch stop([] {}, [&] { ORVEX_SOCK_Shutdown(socket.number(), 1, 1); });
         const Files listed = receive_list(socket);
         count = listed.size();
-        for (const auto& [name, file] : listed) bytes += std::clamp<int64_t>(file.size, 0, INT32_MAX);
+        for (const auto& [name, file] : listed)
+            bytes += std::clamp<int64_t>(file.size, 0, INT32_MAX);
         int32_t result = 0;
         {
             Progress progress("receiving", static_cast<uint64_t>(bytes));
