@@ -118,7 +118,7 @@ char* converted(const char* text, const Side& from, const Side& to) {
         return nullptr;
     }
     convert(text, from, to, copy.get());
-    copy[size] = '\0';
+    copy[static_cast<size_t>(size)] = '\0';
     return copy.release();
 }
 
