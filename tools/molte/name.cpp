@@ -188,10 +188,11 @@ void add_name(Commands& commands) {
         {{"name readings names.txt", "all names of a list"},
          {"name readings --encoding gbk --json names.txt", "a list in GBK, for a program"}},
         group);
-    commands.describe(read,
-                      "Behind the name stand its readings: WANG XIAO MING, and ZENG/CENG GUO QIANG "
-                      "where a character\nhas several. Letters stand as they are, digits and the "
-                      "like are left out. The table of pinyin\nis that of the installation.");
+    commands.describe(
+        read,
+        "Behind the name stand its readings: ZHANG WEI, or LU/LIU YAN where a character "
+        "has several.\nLetters stand as they are, digits and the like are left out. "
+        "The table of pinyin is that of the\ninstallation.");
     read->add_option("LIST", order->list, kList);
     commands.runs(read, [order](Tool& tool) { return readings(tool, *order); });
 
