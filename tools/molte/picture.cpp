@@ -161,10 +161,10 @@ Picture captured_screen() {
     const std::unique_ptr<uint8_t, Free> owner(data);
 
     // A whole file, bottom row first; most are of 32 bits, which can't be loaded from a file.
-    OXBITMAPFILEHEADER head;
     OXBITMAPINFOHEADER info;
-    std::memcpy(&head, data, sizeof head);
-    std::memcpy(&info, data + sizeof head, sizeof info);
+    std::memcpy(&info, data + sizeof(OXBITMAPFILEHEADER), sizeof info);
+    const uint8_t* const palette = data + sizeof(OXBITMAPFILEHEADER) + sizeof info;
+    const uint8_t* const pixels = palette + info.nColorsUsed * kPaletteEntry;
     if (info.nBitCount != 8 && info.nBitCount != 24 && info.nBitCount != 32) {
         throw Failure("A screen of " + std::to_string(info.nBitCount) + " bits can't be captured");
     }
@@ -172,13 +172,12 @@ Picture captured_screen() {
     const auto width = static_cast<size_t>(info.nWidth), height = static_cast<size_t>(info.nHeight);
     const size_t bytes = info.nBitCount / 8, stride = (width * bytes + 3) / 4 * 4;
     std::vector<uint8_t> rows(width * bytes * height);
-    const uint8_t* const pixels = data + Char4To_uint4(head.nOffsetBits);
     for (size_t y = 0; y < height; ++y) {
         std::memcpy(&rows[(height - 1 - y) * width * bytes], pixels + y * stride, width * bytes);
     }
     Picture picture{info.nWidth, info.nHeight, apart(rows.data(), width * height, bytes), {}};
     if (bytes > 1) return picture;
-    picture.palette = palette_at(data + sizeof head + sizeof info, 256);
+    picture.palette = palette_at(palette, info.nColorsUsed);
     return mixable(picture, {0, 0, 1});  // which is no grey
 }
 
