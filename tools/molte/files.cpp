@@ -92,6 +92,11 @@ void refuse_filled(const std::string& argument) {
 Beside::Beside(const std::string& argument) : place_(native_path(argument)) {
     if (!place_.has_filename()) place_ = place_.parent_path();  // it ended with a slash
     place_ = fs::absolute(place_);
+    std::error_code none;
+    const fs::file_status status = fs::status(place_, none);
+    if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status)) {
+        throw Failure("\"" + shown(argument) + "\" is a device; - is standard output");
+    }
     beside_ = place_;
     beside_ += ".molte-" + std::to_string(getpid());
     remove_at_end(beside_);
