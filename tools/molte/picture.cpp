@@ -112,6 +112,7 @@ void save_file(const std::string& library_name, const Picture& picture, const st
     image.pInfo = reinterpret_cast<OXBITMAPINFOHEADER*>(block.data());
     image.pData = data.data();
     check(ORVEX_SaveBMPToFile(library_name.c_str(), &image), failed);
+    ORVEX_Err_ClearError();  // that a new file had no mode before
 }
 
 }  // namespace
