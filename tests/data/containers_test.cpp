@@ -123,7 +123,7 @@ uint8_t* stream = nullptr;
                                  return MOLTE_MEMOP_GetFromStream(stream, length, at, out, n);
                              }>},
                             {"free_stream", step_of<[] {
-                                 ORVEX_free(stream);
+                                 ORVEX_free(std::exchange(stream, nullptr));
                                  return 1;
                              }>}},
                            true);
