@@ -5,6 +5,9 @@ if(MOLTELIB_SANITIZE)
                       -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${MOLTELIB_SANITIZE})
 endif()
+if(MOLTELIB_COVERAGE)
+  add_link_options(--coverage)
+endif()
 if(MINGW)
   # The run-time travels inside the binaries, so that a DLL alone is enough.
   add_link_options(-static -static-libgcc -static-libstdc++)
@@ -40,6 +43,12 @@ function(molte_library_options target)
   if(NOT MOLTELIB_SANITIZE) # they check more, by the calls' plain names
     target_compile_options(${target} PRIVATE
       $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  endif()
+  if(MOLTELIB_COVERAGE)
+    # The calls stay those that the test programs stand in for: see tests/support/coverage_at_exit.cpp.
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=prefer-atomic
+                           -fno-builtin-execve)
+    return()
   endif()
   molte_same_bytes(${target})
 endfunction()
