@@ -100,12 +100,13 @@ debian_package(tools moltelib-tools utils
 parameters and texts, brings them up to date, and works on what lies in them."
 ${of_molte})
 set(CPACK_COMPONENT_TOOLS_DEPENDS library)
-configure_file(${PROJECT_SOURCE_DIR}/packaging/moltelib-installation.1
-  ${PROJECT_BINARY_DIR}/package/moltelib-installation.1 COPYONLY)
-execute_process(COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/package/moltelib-installation.1
-  COMMAND_ERROR_IS_FATAL ANY)
-install(FILES ${PROJECT_BINARY_DIR}/package/moltelib-installation.1.gz
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/moltelib-installation.1
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+install(CODE "file(GLOB pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1/*.1\")
+  execute_process(COMMAND gzip -9nf \${pages} COMMAND_ERROR_IS_FATAL ANY)" COMPONENT tools)
+if(TARGET molte) # the system finds the library
+  set_target_properties(molte PROPERTIES INSTALL_RPATH "")
+endif()
 
 if(MOLTELIB_REFERENCE)
   list(APPEND CPACK_COMPONENTS_ALL reference)
