@@ -24,6 +24,14 @@ html_search_scorer = str(Path(__file__).with_name("scorer.js"))
 
 def setup(app):
     from sphinx.domains.c import CDomain
+    from sphinx.search import IndexBuilder
+
+    # Titles come in the order in which pages were read, which is another each time.
+    def freeze(index, plain=IndexBuilder.freeze):
+        index._all_titles = dict(sorted(index._all_titles.items()))
+        return plain(index)
+
+    IndexBuilder.freeze = freeze
 
     class Names(CDomain):
         """C without the parameters of functions, which a search for a name would drown in."""
