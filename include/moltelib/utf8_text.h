@@ -19,8 +19,7 @@
 #define MOLTELIB_PAGE_PROCESS 0   /* the one in use now, see OXLANG_SetLocale */
 #define MOLTELIB_PAGE_GBK 936     /* simplified Chinese */
 #define MOLTELIB_PAGE_LATIN 1252  /* English, Spanish */
-#define MOLTELIB_PAGE_BYTES 28591 /* each byte the character of its number; a process's at start \
-                                   */
+#define MOLTELIB_PAGE_BYTES 28591 /* each byte the character of its number, as at a start */
 #define MOLTELIB_PAGE_UTF8 65001
 
 /*

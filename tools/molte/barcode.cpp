@@ -71,6 +71,9 @@ std::string flaw_of(const CONVBAR_OP& op) {
     if (op.nPos == 0 && op.nKind == CONVBAR_OP_INSERT) {
         return "at no position: it inserts nothing, but ends the rule for a text of full length";
     }
+    if (op.nPos > 0 && op.nKind == CONVBAR_OP_INSERT && op.nArg == 0) {
+        return "inserting a byte 0, which ends the result for many a program";
+    }
     const bool needs_two = op.nKind == CONVBAR_OP_SWAP || op.nKind == CONVBAR_OP_MOVE;
     if (op.nPos == 0 || (needs_two && op.nArg == 0)) {
         return "at a position that no text has, and passed over";
@@ -160,7 +163,8 @@ std::string converted(const std::string& text, int32_t length, std::vector<CONVB
     std::vector<char> result(static_cast<size_t>(length) + 1);
     const CONVBAR_RULES set{static_cast<int32_t>(rules->size()), rules->data()};
     ORVEX_CONVBAR_SimpConv(text.c_str(), result.data(), length, &set);
-    return result.data();
+    // A rule can insert a byte 0: the whole length counts, but for an empty text.
+    return text.empty() ? "" : std::string(result.data(), static_cast<size_t>(length));
 }
 
 int explain(Tool& tool, const Order& order) {
