@@ -1,5 +1,6 @@
 #include "moltelib/utf8_text.h"
 
+#include "platform/code_page.h"
 #include "support/rows.h"
 #include "support/test.h"
 
@@ -34,6 +35,7 @@ TEST(Utf8Text, GoesByThePageInUse) {
     EXPECT_EQ(converted(MOLTELIB_Utf8FromCodePage, "\xB0\xA1", "1252"), "\xC2\xB0\xC2\xA1");
     ASSERT_EQ(OXLANG_SetLocale(OXLANG_SPANISH), 1);
     EXPECT_EQ(converted(MOLTELIB_CodePageFromUtf8, "\xE2\x82\xAC", "0"), "\x80");
+    platform::set_locale("C");
 }
 
 }  // namespace
