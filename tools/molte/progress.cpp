@@ -1,6 +1,7 @@
 #include "progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "interrupt.h"
@@ -18,7 +19,7 @@ double seconds(std::chrono::steady_clock::duration time) {
 }
 
 std::string time_text(double seconds) {
-    const auto all = static_cast<uint64_t>(seconds + 0.5);
+    const auto all = static_cast<uint64_t>(std::llround(seconds));
     char text[32];
     if (all >= 3600) {
         std::snprintf(text, sizeof text, "%u:%02u:%02u", static_cast<unsigned>(all / 3600),
