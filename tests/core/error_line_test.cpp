@@ -36,6 +36,7 @@ TEST(ErrorLine, Rows) {
     char buffer[2] = "#";
     EXPECT_EQ(MOLTELIB_ErrorLine(nullptr, buffer, 2), 0);
     EXPECT_STREQ(buffer, "");
+    OXLANG_SetLocale(OXLANG_ENGLISH);
     for (const Texts& row : rows_of(TEST_ROWS, "lines")) EXPECT_EQ(line_with(row), row.back());
     for (const Texts& row : rows_of(TEST_ROWS, "data")) EXPECT_EQ(line_of_data(row), row[1]);
     OXLANG_SetLocale(OXLANG_CHINESE);
