@@ -142,6 +142,19 @@ const std::string& Commands::description(const CLI::App* command) const {
     return entry(command).description;
 }
 
+// For people, whatever the settings.
+int Commands::print(const std::string& text) {
+    try {
+        tool_.settings.json = false;
+        tool_.out.line(text);
+        tool_.out.flush();
+        return kDone;
+    } catch (const Failure& failure) {
+        tool_.tell(failure);
+        return failure.code();
+    }
+}
+
 int Commands::run(std::vector<std::string> arguments) {
     const auto chosen = [this] {
         CLI::App* command = &root_;
@@ -163,13 +176,9 @@ int Commands::run(std::vector<std::string> arguments) {
         const CLI::App* parent = command->get_parent();
         std::string help = command->help(parent != nullptr ? path_of(parent) : "");
         while (!help.empty() && help.back() == '\n') help.pop_back();
-        tool_.settings.json = false;
-        tool_.out.line(help);
-        tool_.out.flush();
-        return kDone;
+        return print(help);
     } catch (const CLI::CallForVersion& version) {
-        tool_.out.line(version.what());
-        return kDone;
+        return print(version.what());
     } catch (const CLI::ParseError& error) {
         tool_.tell(Failure(error.what()));
         print_error("See " + path_of(chosen()) + " --help\n");

@@ -43,6 +43,7 @@ class Commands {
         std::function<int(Tool&)> run;
     };
     const Entry& entry(const CLI::App* command) const;
+    int print(const std::string& text);
 
     Tool& tool_;
     std::string language_, encoding_;

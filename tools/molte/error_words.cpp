@@ -159,8 +159,8 @@ Json object_of(const ORVEX_ERRDATA& record, Language language) {
 std::string short_words_of(const ORVEX_ERRDATA& record, Language language) {
     const Parts parts(record, language);
     std::string words =
-        "  error " + std::to_string(parts.number) + ": " + parts.text + ", at " + parts.at;
-    for (const std::string& caller : parts.callers) words += " < " + caller;
+        "  error " + std::to_string(parts.number) + ": " + parts.text + ", at " + shown(parts.at);
+    for (const std::string& caller : parts.callers) words += " < " + shown(caller);
     words += "\n";
     if (parts.system) {
         words +=

@@ -22,19 +22,27 @@ namespace tool {
 
 namespace {
 
+std::string read_to_end(std::FILE* file, const std::string& failed) {
+    std::string all;
+    char part[65536];
+    for (size_t size; (size = std::fread(part, 1, sizeof part, file)) > 0;) {
+        end_if_interrupted();
+        all.append(part, size);
+    }
+    if (std::ferror(file) != 0) throw Failure(failed);
+    return all;
+}
+
 std::string standard_input() {
 #if defined(_WIN32)
     _setmode(0, _O_BINARY);
 #endif
-    std::string all;
-    char part[65536];
-    for (size_t size; (size = std::fread(part, 1, sizeof part, stdin)) > 0;) {
-        end_if_interrupted();
-        all.append(part, size);
-    }
-    if (std::ferror(stdin) != 0) throw Failure("Standard input can't be read");
-    return all;
+    return read_to_end(stdin, "Standard input can't be read");
 }
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
 
 void write_to(const std::string& name, std::string_view data, const std::string& failed) {
     ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(name.c_str());
@@ -65,6 +73,12 @@ std::string read_whole(const std::string& argument) {
     const std::string failed = "\"" + shown(argument) + "\" can't be read";
     check(ORVEX_FileLenByFileName(name.c_str()), failed);
     if (fs::is_directory(native_path(argument))) throw Failure(failed + ": it is a folder");
+    std::error_code none;
+    if (fs::is_other(native_path(argument), none)) {  // a pipe, which has no length
+        const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "rb"));
+        if (file == nullptr) throw Failure(failed);
+        return read_to_end(file.get(), failed);
+    }
     uint8_t* data = nullptr;
     int32_t length = 0;
     const int32_t result = check(ORVEX_LoadBinDataFile(name.c_str(), &data, &length), failed);
@@ -82,6 +96,9 @@ void refuse_existing(const std::string& argument, bool replace) {
 
 void refuse_filled(const std::string& argument) {
     const fs::path folder = native_path(argument);
+    if (folder.filename() == "." || folder.filename() == "..") {  // can't be moved to
+        throw Failure("\"" + shown(argument) + "\" is no name of a folder to be made", kUsage);
+    }
     std::error_code none;
     const auto kind = fs::symlink_status(folder, none).type();
     if (kind == fs::file_type::not_found) return;

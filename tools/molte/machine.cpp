@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "interrupt.h"
 
 namespace tool {
 
@@ -119,10 +120,16 @@ int show_own_version(Tool& tool) {
 int show_versions(Tool& tool, const std::vector<std::string>& programs) {
     if (programs.empty()) return show_own_version(tool);
     tool.bring_up();
-    size_t found = 0;
+    size_t found = 0, failed = 0;
     for (const std::string& program : programs) {
         const std::string path = library_path(program);
-        check(ORVEX_FileLenByFileName(path.c_str()), "\"" + shown(program) + "\" can't be read");
+        if (ORVEX_FileLenByFileName(path.c_str()) < 0) {
+            const Failure failure("\"" + shown(program) + "\" can't be read");
+            if (programs.size() == 1) throw failure;
+            tool.tell(failure);
+            ++failed;
+            continue;
+        }
         char version[MOLTE_APPVERSION_TEXT_SIZE];
         if (MOLTE_GetAppVerString(path.c_str(), version) < 0) {
             ORVEX_Err_ClearError();
@@ -133,19 +140,27 @@ int show_versions(Tool& tool, const std::vector<std::string>& programs) {
         tool.out.say(version + std::string("  ") + shown(program),
                      {{"program", shown(program)}, {"version", version}});
     }
-    return found == programs.size() ? kDone : found > 0 ? kPartly : kNothing;
+    if (failed == programs.size()) return kFailed;
+    return found == programs.size() ? kDone : found > 0 || failed > 0 ? kPartly : kNothing;
 }
 
 // ---- alive ----
 
 int probe(Tool& tool, const std::vector<std::string>& hosts) {
     tool.bring_up();
-    size_t alive = 0;
+    size_t alive = 0, failed = 0;
     for (const std::string& host : hosts) {
+        end_if_interrupted();
         const std::string name = tool.argument(host);
         UTIL_ICMPPARAM probe{};
-        const int32_t result = check(ORVEX_SOCK_IsHostAlive(to_library(name).c_str(), &probe),
-                                     "\"" + shown(name) + "\" can't be probed");
+        const int32_t result = ORVEX_SOCK_IsHostAlive(to_library(name).c_str(), &probe);
+        if (result < 0) {
+            const Failure failure("\"" + shown(name) + "\" can't be probed");
+            if (hosts.size() == 1) throw failure;
+            tool.tell(failure);
+            ++failed;
+            continue;
+        }
         ORVEX_Err_ClearError();  // one that doesn't answer leaves an error
         if (result == 1) {
             ++alive;
@@ -156,7 +171,8 @@ int probe(Tool& tool, const std::vector<std::string>& hosts) {
             tool.out.say(shown(name) + " doesn't answer", {{"host", name}, {"alive", false}});
         }
     }
-    return alive == hosts.size() ? kDone : alive > 0 ? kPartly : kNothing;
+    if (failed == hosts.size()) return kFailed;
+    return alive == hosts.size() ? kDone : alive > 0 || failed > 0 ? kPartly : kNothing;
 }
 
 // ---- service ----

@@ -328,18 +328,24 @@ class Extractor {
     int64_t bytes_ = 0;
 };
 
-// An item itself, or what lies in a folder that is wanted.
-bool is_wanted(const Order& order, const std::string& path) {
-    return order.items.empty() ||
-           std::any_of(order.items.begin(), order.items.end(), [&](const std::string& wanted) {
-               return path == wanted || path.rfind(wanted + "/", 0) == 0;
-           });
+// An item itself, or what lies in a folder that is wanted; each that fits is met.
+bool is_wanted(const Order& order, const std::string& path, std::set<std::string>* met) {
+    bool is_one = order.items.empty();
+    for (const std::string& wanted : order.items) {
+        if (path != wanted && path.rfind(wanted + "/", 0) != 0) continue;
+        met->insert(wanted);
+        is_one = true;
+    }
+    return is_one;
 }
 
 int extract(Tool& tool, Order order) {
     tool.bring_up(Language::english);
     refuse_filled(order.folder);
-    for (std::string& wanted : order.items) wanted = library_path(wanted);
+    for (std::string& wanted : order.items) {
+        wanted = library_path(wanted);
+        while (wanted.size() > 1 && wanted.back() == '/') wanted.pop_back();  // as shells end it
+    }
     Package package(order.package);
     Beside beside(order.folder);
     std::string folder = beside.for_library();
@@ -348,10 +354,11 @@ int extract(Tool& tool, Order order) {
     }
     size_t restored = 0, left_out = 0;
     int64_t bytes = 0;
+    std::set<std::string> met;
     {
         Extractor extractor(tool, package, folder);
         for (Item item; package.next(&item);) {
-            if (is_wanted(order, item.path())) extractor.take(item);
+            if (is_wanted(order, item.path(), &met)) extractor.take(item);
         }
         restored = extractor.restored(), left_out = extractor.left_out();
         bytes = extractor.bytes();
@@ -361,6 +368,12 @@ int extract(Tool& tool, Order order) {
         return kNothing;
     }
     if (restored == 0 && left_out > 0) throw Failure("Nothing is restored");
+    for (const std::string& wanted :
+         std::set<std::string>(order.items.begin(), order.items.end())) {
+        if (met.count(wanted) != 0) continue;
+        tool.warn("the package has no \"" + name_text(tool, wanted) + "\"");
+        ++left_out;
+    }
     if (!tool.settings.dry_run) beside.keep();
     tool.out.say(count_text(restored, "item") + " with " + size_text(static_cast<double>(bytes)) +
                      (tool.settings.dry_run ? " would be restored" : " restored"),

@@ -78,6 +78,7 @@ class IniFile {
 
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
     [[nodiscard]] bool has(const std::string& name) const { return known_.count(name) > 0; }
+    [[nodiscard]] bool has_twice(const std::string& name) const { return twice_.count(name) > 0; }
 
     [[nodiscard]] std::vector<std::string> values(const std::vector<std::string>& names) const {
         std::vector<char> slots((names.size() + 1) * kSlot);
@@ -119,13 +120,16 @@ class IniFile {
             const size_t equals = line.find_first_not_of(" \t", end);
             if (equals == std::string::npos || line[equals] != '=') continue;
             const std::string name = line.substr(begin, end - begin);
-            if (known_.insert(name).second) names_.push_back(name);
+            if (known_.insert(name).second)
+                names_.push_back(name);
+            else
+                twice_.insert(name);
         }
     }
 
     std::string name_, path_;
     std::vector<std::string> names_;
-    std::set<std::string> known_;
+    std::set<std::string> known_, twice_;
 };
 
 int read_file(Tool& tool, const ParamOrder& order, const IniFile& file) {
@@ -161,6 +165,12 @@ int change_file(Tool& tool, const ParamOrder& order, const IniFile& file) {
         }
         names.push_back(one.name);
         asked.push_back(one.value);
+    }
+    for (const std::string& name : names) {
+        if (file.has_twice(name)) {
+            throw Failure("\"" + shown(from_library(name)) +
+                          "\" stands twice in the file, so it can't be set");
+        }
     }
     const auto before = file.values(names);
     if (!tool.settings.dry_run) file.set(names, asked);

@@ -244,14 +244,14 @@ std::string zsh(Commands& commands) {
     return R"sh(#compdef molte
 _molte() {
   local -a choices options global
-  local path= i
+  local at= i
   global=()sh" +
            zsh_options(root) + R"sh( )
   for ((i = 2; i < CURRENT; i++)); do
-    _molte_at "$path"
-    if (( ${choices[(I)${words[i]}:*]} )); then path=${path:+$path }${words[i]}; fi
+    _molte_at "$at"
+    if (( ${choices[(I)${words[i]}:*]} )); then at=${at:+$at }${words[i]}; fi
   done
-  _molte_at "$path"
+  _molte_at "$at"
   if (( ${#choices} )) && [[ $words[CURRENT] != -* ]]; then
     _describe command choices
   else

@@ -175,9 +175,8 @@ class Sender {
         const bool broken = GetRvexErrNo() == kNotSent;
         const Failure failure(broken ? "The connection broke off"
                                      : "\"" + name_text(tool_, state.szName) + "\" isn't sent");
-        if ((state.nAttr & OXFILESTAT_OWNER_WRITES) == 0) {
-            ORVEX_FileChangeMode(state.szName, 0, ORVEX_MODE_OWNER_WRITES);
-        }
+        const int32_t added = ORVEX_MODE_OWNER & ~ORVEX_FileGetModeFromFS(&state);
+        if (added != 0) ORVEX_FileChangeMode(state.szName, 0, added);
         end_if_interrupted();
         if (broken) throw Failure(failure);
         if (sent) return;
