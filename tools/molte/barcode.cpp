@@ -50,6 +50,7 @@ RuleFile load(const std::string& argument) {
     if (argument == "-") return rules_in(read_whole(argument));
     const std::string failed = "\"" + shown(argument) + "\" can't be read as a file of rules";
     const std::string name = library_path(argument);
+    const PermissionsKept permissions(argument);
     const int64_t length = check(ORVEX_FileLenByFileName(name.c_str()), failed);
     CONVBAR_RULE* rules = nullptr;
     const int32_t count = check(ORVEX_CONVBAR_GetAllRuleByFN(name.c_str(), &rules), failed);
@@ -93,6 +94,7 @@ bool covers(const CONVBAR_RULE& first, const CONVBAR_RULE& second) {
                (other == RuleKind::wild && pattern == pattern_of(second));
     }
     if (other == RuleKind::wild) return false;
+    if (first.nPatternLen == 0) return false;  // it fits nothing
     if (one == RuleKind::whole) return other == one && pattern == pattern_of(second);
     return pattern_of(second).compare(0, pattern.size(), pattern) == 0;
 }

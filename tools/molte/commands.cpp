@@ -101,7 +101,10 @@ Commands::Commands(Tool& tool)
         ->envname("MOLTE_INSTALLATION")
         ->type_name("FOLDER");
     root_.set_version_flag("--version", "molte " MOLTELIB_VERSION, "Show the version");
-    entries_[&root_];
+    entries_[&root_].examples = {{"init /srv/ident --language en", "an installation"},
+                                 {"log --since 2h --error 3", "which reads failed"},
+                                 {"pack create cards.pkg cards", "a folder in one file"},
+                                 {"pack create --help", "what a command does, with its options"}};
 }
 
 CLI::App* Commands::group(const std::string& name, const std::string& summary) {

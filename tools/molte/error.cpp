@@ -41,7 +41,7 @@ int search(Tool& tool, const std::string& wanted) {
         if (is_one) show(tool, error);
         found |= is_one;
     }
-    if (!found) tool.warn("no error has \"" + wanted + "\" in its text");
+    if (!found) tool.warn("no error has \"" + shown(wanted) + "\" in its text");
     return found ? kDone : kNothing;
 }
 
@@ -53,6 +53,9 @@ struct Order {
 };
 
 int explain(Tool& tool, const Order& order) {
+    if (!order.search.empty() && !order.numbers.empty()) {
+        throw Failure("A number or --search TEXT: not both at once", kUsage);
+    }
     if (!order.search.empty()) return search(tool, tool.argument(order.search));
     if (order.numbers.empty()) throw Failure("Which number? Or --search TEXT", kUsage);
     size_t found = 0;
@@ -78,8 +81,9 @@ int show_records(Tool& tool, const Order& order) {
     for (size_t at = 0; at < bytes.size(); at += sizeof record) {
         bytes.copy(reinterpret_cast<char*>(&record), sizeof record, at);
         if (Char4To_uint4(record.nRecSize) != sizeof record) {
-            throw Failure("\"" + shown(order.file) + "\" holds no error record at byte " +
-                          std::to_string(at));
+            throw Failure(
+                "\"" + shown(order.file) + "\" holds no error record at byte " + std::to_string(at),
+                at > 0 ? kPartly : kFailed);
         }
         std::string text = order.line ? line_of(record) : words_of(record, tool.settings.language);
         if (!order.line) text.pop_back();

@@ -85,6 +85,9 @@ struct Parts {
         if (record.bHasSysErr == 0) return;
         system = Char4To_uint4(record.nSysErrNo);
         system_text = field(record.szSysErr);
+        while (!system_text.empty() && (system_text.back() == '\n' || system_text.back() == '\r')) {
+            system_text.pop_back();  // Windows ends its texts so
+        }
     }
     [[nodiscard]] std::string data_text() const {
         return is_text(data) ? "\"" + shown(from_library(data)) + "\"" : "hex " + hex_of(data);

@@ -1,7 +1,9 @@
 #include "files.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <random>
 #include <system_error>
 
 #include "interrupt.h"
@@ -13,6 +15,7 @@
 #include <process.h>
 #define getpid _getpid
 #else
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -21,6 +24,8 @@ namespace fs = std::filesystem;
 namespace tool {
 
 namespace {
+
+constexpr size_t kPart = 1 << 20;  // is read between two looks at whether to go on
 
 std::string read_to_end(std::FILE* file, const std::string& failed) {
     std::string all;
@@ -47,25 +52,66 @@ struct CloseFile {
 void write_to(const std::string& name, std::string_view data, const std::string& failed) {
     ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(name.c_str());
     if (handle == nullptr) throw Failure(failed);
+    File file(handle, failed);
     const auto size = static_cast<int64_t>(data.size());
-    if (size > 0 && ORVEX_HFILE_Write(handle, data.data(), size) != size) {
-        Failure failure(failed);
-        ORVEX_HFILE_Close(&handle);
-        throw failure;
-    }
-    check(ORVEX_HFILE_Close(&handle), failed);
+    if (size > 0 && ORVEX_HFILE_Write(handle, data.data(), size) != size) throw Failure(failed);
+    file.close();
 }
 
-// What a symbolic link leads to is replaced, not the link.
-std::string link_followed(const std::string& argument) {
+fs::path link_followed(const fs::path& place) {
     std::error_code error;
-    const fs::path place = native_path(argument);
-    if (!fs::is_symlink(place, error)) return argument;
+    if (!fs::is_symlink(place, error)) return place;
     const fs::path target = fs::canonical(place, error);
-    return error ? argument : path_text(target);
+    return error ? place : target;
+}
+
+bool made_for_me(const fs::path& folder) {
+#if defined(_WIN32)
+    std::error_code ignored;  // the temporary folder is the user's already
+    return fs::create_directory(folder, ignored);
+#else
+    return mkdir(folder.c_str(), S_IRWXU) == 0;
+#endif
+}
+
+void refuse_without_folder(const fs::path& place) {
+    const fs::path folder = fs::absolute(place).parent_path();
+    std::error_code none;
+    if (fs::is_directory(folder, none)) return;
+    throw Failure("There is no folder \"" + shown(path_text(folder)) + "\"");
 }
 
 }  // namespace
+
+File::File(const std::string& library_name, int32_t flags, int32_t permission, std::string failed)
+    : failed_(std::move(failed)),
+      handle_(ORVEX_HFILE_OpenMode(library_name.c_str(), flags, permission)) {
+    if (handle_ == nullptr) throw Failure(failed_);
+}
+
+int64_t File::size() const {
+    return check(ORVEX_HFILE_Size(handle_), failed_);
+}
+
+void File::write(std::string_view bytes, int64_t position) const {
+    const auto size = static_cast<int64_t>(bytes.size());
+    if (ORVEX_HFILE_WriteS(handle_, bytes.data(), position, size) != size) throw Failure(failed_);
+}
+
+void File::close() {
+    check(ORVEX_HFILE_Close(&handle_), failed_);
+}
+
+PermissionsKept::PermissionsKept(const std::string& argument) : path_(native_path(argument)) {
+    std::error_code none;
+    before_ = fs::status(path_, none);
+}
+
+PermissionsKept::~PermissionsKept() {
+    std::error_code ignored;
+    if (fs::status(path_, ignored).permissions() == before_.permissions()) return;
+    fs::permissions(path_, before_.permissions(), ignored);
+}
 
 std::string read_whole(const std::string& argument) {
     if (argument == "-") return standard_input();
@@ -73,24 +119,34 @@ std::string read_whole(const std::string& argument) {
     const std::string failed = "\"" + shown(argument) + "\" can't be read";
     check(ORVEX_FileLenByFileName(name.c_str()), failed);
     if (fs::is_directory(native_path(argument))) throw Failure(failed + ": it is a folder");
-    std::error_code none;
-    if (fs::is_other(native_path(argument), none)) {  // a pipe, which has no length
+    if (is_stream(argument)) {
         const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "rb"));
         if (file == nullptr) throw Failure(failed);
         return read_to_end(file.get(), failed);
     }
-    uint8_t* data = nullptr;
-    int32_t length = 0;
-    const int32_t result = check(ORVEX_LoadBinDataFile(name.c_str(), &data, &length), failed);
-    if (result == 0) return "";
-    std::string all(reinterpret_cast<const char*>(data), static_cast<size_t>(length));
-    ORVEX_free(data);
+    const File file(name, ORVEX_OPEN_READ, 0, failed);
+    std::string all(static_cast<size_t>(file.size()), '\0');
+    for (size_t at = 0, size; at < all.size(); at += size) {
+        end_if_interrupted();
+        size = std::min(kPart, all.size() - at);
+        const auto wanted = static_cast<int64_t>(size);
+        if (ORVEX_HFILE_ReadS(file.get(), &all[at], static_cast<int64_t>(at), wanted) != wanted) {
+            throw Failure(failed);
+        }
+    }
     return all;
+}
+
+bool is_stream(const std::string& argument) {
+    std::error_code none;
+    return argument == "-" || fs::is_other(native_path(argument), none);
 }
 
 void refuse_existing(const std::string& argument, bool replace) {
     std::error_code none;
-    if (replace || argument == "-" || !fs::exists(native_path(argument), none)) return;
+    if (argument == "-") return;
+    refuse_without_folder(native_path(argument));
+    if (replace || !fs::exists(native_path(argument), none)) return;
     throw Failure("\"" + shown(argument) + "\" exists already");
 }
 
@@ -101,12 +157,28 @@ void refuse_filled(const std::string& argument) {
     }
     std::error_code none;
     const auto kind = fs::symlink_status(folder, none).type();
-    if (kind == fs::file_type::not_found) return;
+    if (kind == fs::file_type::not_found) return refuse_without_folder(folder);
     if (kind == fs::file_type::directory && fs::is_empty(folder, none)) return;
     throw Failure("\"" + shown(argument) + "\" exists already, and is no empty folder");
 }
 
-Beside::Beside(const std::string& argument) : place_(native_path(argument)) {
+Passing::Passing() {
+    std::random_device random;
+    folder_ = fs::temp_directory_path() /
+              ("molte-" + std::to_string(getpid()) + "-" + std::to_string(random()));
+    if (!made_for_me(folder_)) {
+        throw Failure("The folder \"" + shown(path_text(folder_)) + "\" can't be made");
+    }
+    remove_at_end(folder_);
+}
+
+Passing::~Passing() {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+    leave_at_end(folder_);
+}
+
+Beside::Beside(const std::string& argument) : place_(link_followed(native_path(argument))) {
     if (!place_.has_filename()) place_ = place_.parent_path();  // it ended with a slash
     place_ = fs::absolute(place_);
     std::error_code none;
@@ -152,7 +224,7 @@ void write_whole(Output& out, const std::string& argument, std::string_view data
     const fs::file_status old = fs::status(native_path(argument), none);
     if (fs::is_directory(old)) throw Failure(failed + ": it is a folder");
     if (fs::is_other(old)) return write_to(library_path(argument), data, failed);
-    Beside file(link_followed(argument));
+    Beside file(argument);
     write_to(file.for_library(), data, failed);
     if (fs::is_regular_file(old)) fs::permissions(file.path(), old.permissions(), none);
     file.keep();

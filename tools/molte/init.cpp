@@ -115,7 +115,7 @@ class Installation {
             end_if_interrupted();
             take(name);
         }
-        put(kRecord, text_of(origins_), skeleton_.folder / kParameters);
+        put_record();
         return conclude();
     }
 
@@ -155,6 +155,7 @@ class Installation {
         } else if (!beside.empty()) {
             put(beside, text, source);
         }
+        put_record();  // what is interrupted here goes on there
         tell(keeps ? "kept" : now.empty() ? "new" : "updated", name, beside);
     }
 
@@ -169,14 +170,17 @@ class Installation {
         file.keep();
     }
 
+    void put_record() const { put(kRecord, text_of(origins_), skeleton_.folder / kParameters); }
+
     void count(const std::string& did) { ++counts_[did]; }
 
     void tell(const std::string& did, const std::string& name, const std::string& beside) {
         count(did);
-        std::string line = did + std::string(9 - did.size(), ' ') + name;
+        const bool dry = tool_.settings.dry_run;
+        std::string line = (dry ? "would be " : "") + did + std::string(9 - did.size(), ' ') + name;
         if (did == "kept") line += ", changed here";
         if (!beside.empty()) line += "; the new one is " + beside;
-        Json object{{"did", did}, {"name", name}};
+        Json object{{dry ? "would" : "did", did}, {"name", name}};
         if (!beside.empty()) object["beside"] = beside;
         tool_.out.say(line, object);
     }
@@ -185,9 +189,10 @@ class Installation {
         const auto number = [this](const char* did) { return std::to_string(counts_[did]); };
         Json object{{"folder", path_text(place_)}};
         for (const char* did : {"new", "updated", "kept", "same"}) object[did] = counts_[did];
-        tool_.out.say(path_text(place_) + ": " + number("new") + " new, " + number("updated") +
-                          " updated, " + number("kept") + " kept, " + number("same") +
-                          " as they were",
+        if (tool_.settings.dry_run) object["dry_run"] = true;
+        tool_.out.say(path_text(place_) + (tool_.settings.dry_run ? " would have: " : ": ") +
+                          number("new") + " new, " + number("updated") + " updated, " +
+                          number("kept") + " kept, " + number("same") + " as they were",
                       object);
         if (tool_.settings.dry_run || language_.empty() ||
             has_language(read_whole(at(kParameters)), language_)) {
@@ -227,7 +232,10 @@ void add_init(Commands& commands) {
     choice(init->add_option("--language", order->language, "Of a new installation; zh without it"),
            {"zh", "en", "es"});
     commands.changes(init);
-    commands.runs(init, [order](Tool& tool) { return Installation(tool, *order).make(); });
+    commands.runs(init, [order](Tool& tool) {
+        if (order->folder.empty()) throw Failure("A folder has a name", kUsage);
+        return Installation(tool, *order).make();
+    });
 }
 
 }  // namespace tool

@@ -183,7 +183,7 @@ int run(Tool& tool, const Order& order, Operation operation) {
         const List first = List::in_first(a, b), second = List::in_first(b, a);
         show_all(tool, first, "< ", {{"only_in", shown(order.a)}});
         show_all(tool, second, "> ", {{"only_in", shown(order.b)}});
-        if (first.size() + second.size() > 0) return kNothing;
+        if (left_out == 0 && first.size() + second.size() > 0) return kNothing;
     } else {
         write(tool, order,
               operation == Operation::unite       ? List::united(a, b)

@@ -55,8 +55,4 @@ uint64_t LeftOut::count() const {
     return count;
 }
 
-std::string counted(uint64_t count, const std::string& word) {
-    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
 }  // namespace tool

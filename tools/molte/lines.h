@@ -37,7 +37,4 @@ class LeftOut {
     std::map<std::string, Lines> by_reason_;
 };
 
-// "1 key", "2 keys".
-std::string counted(uint64_t count, const std::string& word);
-
 }  // namespace tool

@@ -197,9 +197,9 @@ class Reader {
     std::vector<std::pair<std::string, Json>> losses_;
 };
 
-int read_standard_input(Tool& tool, const LogOrder& order) {
-    if (order.follow) throw Failure("Standard input can't be followed: it ends", kUsage);
-    const std::string bytes = read_whole("-");
+int read_stream(Tool& tool, const LogOrder& order) {
+    if (order.follow) throw Failure("A pipe can't be followed: it ends", kUsage);
+    const std::string bytes = read_whole(order.file);
     if (is_binary_log(bytes, static_cast<int64_t>(bytes.size()))) {
         throw Failure("A binary log is read from its file alone");
     }
@@ -207,7 +207,9 @@ int read_standard_input(Tool& tool, const LogOrder& order) {
     TextLog log(tool, [&shown](LogEntry entry) { shown.take(std::move(entry)); });
     log.add(bytes);
     log.end();
-    if (!bytes.empty() && !log.has_entries()) throw Failure("\"-\" is no error log");
+    if (!bytes.empty() && !log.has_entries()) {
+        throw Failure("\"" + tool::shown(order.file) + "\" is no error log");
+    }
     shown.at_end();
     return shown.any() ? kDone : kNothing;
 }
@@ -225,7 +227,7 @@ std::string path_of(const Tool& tool, const LogOrder& order) {
 
 int show_log(Tool& tool, const LogOrder& order) {
     tool.bring_up();
-    if (order.file == "-") return read_standard_input(tool, order);
+    if (is_stream(order.file)) return read_stream(tool, order);
     const std::string path = path_of(tool, order);
     const std::string name =
         order.file.empty() ? order.binary ? "berrlog.dat" : "errlog.txt" : shown(order.file);

@@ -133,6 +133,7 @@ int receive(Tool& tool, const Order& order) {
             tool.warn("a message from " + address_text(sender) + " is dropped: see --from");
             continue;
         }
+        refuse_existing(order.file, order.replace);  // one that came meanwhile
         write_whole(tool.out, order.file, data);
         if (order.file == "-") return kDone;
         tool.out.say(std::to_string(data.size()) + " bytes from " + address_text(sender),

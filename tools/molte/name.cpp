@@ -153,6 +153,16 @@ Test by_wildcard(const std::string& pattern, int32_t collation) {
     return [=](const Name& name) { return match(name.text.c_str(), pattern.c_str()) > 0; };
 }
 
+// A class without an end fits nothing.
+bool has_open_class(const std::string& pattern) {
+    for (size_t at = 0; (at = pattern.find('[', at)) != std::string::npos; ++at) {
+        if (at > 0 && pattern[at - 1] == '\\') continue;
+        at = pattern.find(']', at);
+        if (at == std::string::npos) return true;
+    }
+    return false;
+}
+
 int find(Tool& tool, const Order& order) {
     if (order.pinyin + order.wild + order.both != 1) {
         throw Failure("How is it to be found? One of --pinyin, --wild and --both", kUsage);
@@ -160,6 +170,7 @@ int find(Tool& tool, const Order& order) {
     if (order.pattern.size() > kLongestName) throw Failure("The pattern is too long", kUsage);
     const std::string utf8 = tool.argument(order.pattern);
     if (trimmed(utf8).empty()) throw Failure("An empty pattern fits every name", kUsage);
+    if (has_open_class(utf8)) throw Failure("A [ in the pattern has no ] behind it", kUsage);
     bring_up(tool);
     if (!order.wild) load_pinyin(tool);
     const std::string pattern = to_library(utf8);

@@ -208,4 +208,8 @@ std::string size_text(double bytes) {
     return text;
 }
 
+std::string counted(uint64_t count, const std::string& word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
 }  // namespace tool

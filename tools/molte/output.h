@@ -61,5 +61,7 @@ void set_error_encoding(Encoding encoding);
 
 // "12", "3.4 KiB", "1.2 GiB".
 std::string size_text(double bytes);
+// "1 key", "2 keys".
+std::string counted(uint64_t count, const std::string& word);
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <set>
 #include <system_error>
 #include <vector>
@@ -186,8 +187,9 @@ int create(Tool& tool, const Order& order) {
         }
         return tree.left_behind > 0 ? kPartly : kDone;
     }
-    Beside beside(to_output ? path_text(fs::temp_directory_path() / "molte-package")
-                            : order.package);
+    std::optional<Passing> passing;
+    if (to_output) passing.emplace();
+    Beside beside(to_output ? passing->file() : order.package);
     const std::string failed = "\"" + shown(order.package) + "\" can't be written";
     check(FILEPKG_New(beside.for_library().c_str()), failed);
     File package(beside.for_library(), ORVEX_OPEN_UPDATE, 0, failed);
@@ -211,9 +213,10 @@ int create(Tool& tool, const Order& order) {
         return tree.left_behind > 0 ? kPartly : kDone;
     }
     package.close();
+    refuse_existing(order.package, order.replace);  // one that came meanwhile
     beside.keep();
     tool.out.say(
-        count_text(items, "item") + " with " + size_text(static_cast<double>(bytes)) + " packed",
+        counted(items, "item") + " with " + size_text(static_cast<double>(bytes)) + " packed",
         {{"packed", items}, {"bytes", bytes}, {"left_out", tree.left_behind}});
     return tree.left_behind > 0 ? kPartly : kDone;
 }
@@ -229,7 +232,7 @@ int list(Tool& tool, const Order& order) {
         show(tool, name_text(tool, item.path()), item.is_folder(), item.length(),
              item.is_compressed(), static_cast<int32_t>(Char4To_uint4(item.head.nModTime)));
     }
-    tool.out.line(count_text(items, "item"));
+    tool.out.line(counted(items, "item"));
     return items > 0 ? kDone : kNothing;
 }
 
@@ -255,7 +258,7 @@ int test(Tool& tool, const Order& order) {
         ++refused;
         tool.warn("\"" + name_text(tool, item.path()) + "\" can't be restored: " + reason);
     }
-    tool.out.say("the structure of " + count_text(items, "item") +
+    tool.out.say("the structure of " + counted(items, "item") +
                      " is right; it alone is proved: contents have no checksum",
                  {{"items", items}, {"structure", "right"}, {"not_restorable", refused}});
     return refused > 0 ? kPartly : kDone;
@@ -375,7 +378,7 @@ int extract(Tool& tool, Order order) {
         ++left_out;
     }
     if (!tool.settings.dry_run) beside.keep();
-    tool.out.say(count_text(restored, "item") + " with " + size_text(static_cast<double>(bytes)) +
+    tool.out.say(counted(restored, "item") + " with " + size_text(static_cast<double>(bytes)) +
                      (tool.settings.dry_run ? " would be restored" : " restored"),
                  {{"restored", restored}, {"bytes", bytes}, {"left_out", left_out}});
     return left_out > 0 ? kPartly : kDone;

@@ -28,7 +28,7 @@ void keep_standard_input(File* file) {
     std::string part(1 << 18, '\0');
     int64_t at = 0;
     for (size_t size; (size = std::fread(part.data(), 1, part.size(), stdin)) > 0;) {
-        file->write(part.substr(0, size), at);
+        file->write({part.data(), size}, at);
         at += static_cast<int64_t>(size);
         progress.advance(size);
     }
@@ -61,25 +61,6 @@ bool is_name_here(const std::string& part) {
 
 }  // namespace
 
-File::File(const std::string& library_name, int32_t flags, int32_t permission, std::string failed)
-    : failed_(std::move(failed)),
-      handle_(ORVEX_HFILE_OpenMode(library_name.c_str(), flags, permission)) {
-    if (handle_ == nullptr) throw Failure(failed_);
-}
-
-int64_t File::size() const {
-    return check(ORVEX_HFILE_Size(handle_), failed_);
-}
-
-void File::write(const std::string& bytes, int64_t position) const {
-    const auto size = static_cast<int64_t>(bytes.size());
-    if (ORVEX_HFILE_WriteS(handle_, bytes.data(), position, size) != size) throw Failure(failed_);
-}
-
-void File::close() {
-    check(ORVEX_HFILE_Close(&handle_), failed_);
-}
-
 int64_t Item::length() const {
     return static_cast<int64_t>(Char8To_uint8(head.n64DataLen));
 }
@@ -94,8 +75,8 @@ Package::Package(const std::string& argument) : shown_("\"" + shown(argument) + 
     std::string name = library_path(argument);
     const std::string failed = shown_ + " can't be read";
     if (argument == "-") {
-        kept_.emplace(path_text(std::filesystem::temp_directory_path() / "molte-package"));
-        name = kept_->for_library();
+        kept_.emplace();
+        name = library_path(kept_->file());
         File file(name, ORVEX_OPEN_ANEW, kOwnerOnly, "Standard input can't be kept");
         keep_standard_input(&file);
         file.close();

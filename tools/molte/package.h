@@ -10,25 +10,6 @@
 
 namespace tool {
 
-// A handle of the library, closed at the end.
-class File {
- public:
-    File(const std::string& library_name, int32_t flags, int32_t permission, std::string failed);
-    File(ORVEX_HFILE* own, std::string failed) : failed_(std::move(failed)), handle_(own) {}
-    ~File() { ORVEX_HFILE_Close(&handle_); }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    [[nodiscard]] ORVEX_HFILE* get() const { return handle_; }
-    [[nodiscard]] int64_t size() const;
-    void write(const std::string& bytes, int64_t position) const;
-    void close();  // a failure ends the command
-
- private:
-    std::string failed_;
-    ORVEX_HFILE* handle_;
-};
-
 struct Item {
     FILEPKG_ITEM head;
     std::string folder, name;  // bytes of the machine that packed it
@@ -52,7 +33,7 @@ class Package {
 
  private:
     std::string shown_;
-    std::optional<Beside> kept_;
+    std::optional<Passing> kept_;
     std::optional<File> file_;
     int64_t size_ = 0, at_ = 0;
 };

@@ -16,21 +16,6 @@ namespace {
 
 constexpr size_t kPaletteEntry = 4;  // blue, green, red, nothing
 
-// A file for the library, which knows files by their names alone, of what goes through a pipe.
-class Passing {
- public:
-    Passing() : folder_(path_text(fs::temp_directory_path() / "molte")) {
-        if (!fs::create_directory(folder_.path())) {
-            throw Failure("\"" + shown(path_text(folder_.path())) + "\" exists already");
-        }
-        fs::permissions(folder_.path(), fs::perms::owner_all);
-    }
-    [[nodiscard]] std::string argument() const { return path_text(folder_.path() / "picture.bmp"); }
-
- private:
-    Beside folder_;
-};
-
 struct FreeImage {
     void operator()(OXBMPFILESTRUCT* image) const { ORVEX_OXBMPFILESTRUCT_Free(image); }
 };
@@ -70,6 +55,7 @@ std::vector<Pixel> palette_at(const uint8_t* data, size_t count) {
 Picture load_file(const std::string& argument, const std::string& name) {
     const std::string failed = "\"" + shown(name) + "\" can't be read";
     if (fs::is_directory(native_path(argument))) throw Failure(failed + ": it is a folder");
+    const PermissionsKept permissions(argument);
     OXBMPFILESTRUCT image;
     check(ORVEX_LoadBMPFromFile(library_path(argument).c_str(), &image), failed);
     const std::unique_ptr<OXBMPFILESTRUCT, FreeImage> owner(&image);
@@ -135,17 +121,17 @@ Pixel Picture::at(int32_t x, int32_t y) const {
 Picture load_picture(Output& out, const std::string& argument) {
     if (argument != "-") return load_file(argument, argument);
     const std::string bytes = read_whole("-");
-    const Passing file;
-    write_whole(out, file.argument(), bytes);
-    return load_file(file.argument(), "-");
+    const Passing folder;  // the library knows files by their names alone
+    write_whole(out, folder.file(), bytes);
+    return load_file(folder.file(), "-");
 }
 
 void save_picture(Output& out, const std::string& argument, const Picture& picture) {
     const std::string failed = "\"" + shown(argument) + "\" can't be written";
     if (argument == "-") {
-        const Passing file;
-        save_file(library_path(file.argument()), picture, failed);
-        return out.bytes(read_whole(file.argument()));
+        const Passing folder;
+        save_file(library_path(folder.file()), picture, failed);
+        return out.bytes(read_whole(folder.file()));
     }
     Beside file(argument);
     save_file(file.for_library(), picture, failed);

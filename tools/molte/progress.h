@@ -18,6 +18,7 @@ class Progress {
 
     void advance(uint64_t by) { reach(done_ + by); }
     void reach(uint64_t done);  // also looks whether the command was interrupted
+    [[nodiscard]] bool is_shown() const { return shown_; }
 
  private:
     void draw() const;

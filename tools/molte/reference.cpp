@@ -312,17 +312,26 @@ void add_reference(Commands& commands) {
         std::string shell, file = "-";
     };
     const auto order = std::make_shared<Order>();
-    const auto writes = [order](CLI::App* command) {
+    const auto writes = [order, &commands](CLI::App* command) {
         command->add_option("-o,--output", order->file, "Where to; standard output otherwise")
             ->type_name("FILE");
+        commands.changes(command);
+    };
+    const auto write = [order](Tool& tool, const std::string& text) {
+        if (tool.settings.dry_run) {
+            tool.out.say(
+                counted(text.size(), "byte") + " would be written to \"" + shown(order->file) +
+                    "\"",
+                {{"bytes", text.size()}, {"file", shown(order->file)}, {"written", false}});
+        } else {
+            write_whole(tool.out, order->file, text);
+        }
+        return static_cast<int>(kDone);
     };
     CLI::App* man = commands.add("man", "Writes the manual page",
                                  {{"man -o molte.1", "to read it: man -l molte.1"}});
     writes(man);
-    commands.runs(man, [&commands, order](Tool& tool) {
-        write_whole(tool.out, order->file, manual(commands));
-        return static_cast<int>(kDone);
-    });
+    commands.runs(man, [&commands, write](Tool& tool) { return write(tool, manual(commands)); });
 
     CLI::App* completion = commands.add(
         "completion", "Writes the completions for a shell",
@@ -331,13 +340,11 @@ void add_reference(Commands& commands) {
            {"bash", "zsh", "fish"})
         ->required();
     writes(completion);
-    commands.runs(completion, [&commands, order](Tool& tool) {
+    commands.runs(completion, [&commands, order, write](Tool& tool) {
         const std::string& shell = order->shell;
-        write_whole(tool.out, order->file,
-                    shell == "bash"  ? bash(commands)
-                    : shell == "zsh" ? zsh(commands)
-                                     : fish(commands));
-        return static_cast<int>(kDone);
+        return write(tool, shell == "bash"  ? bash(commands)
+                           : shell == "zsh" ? zsh(commands)
+                                            : fish(commands));
     });
 }
 

@@ -220,7 +220,7 @@ int send(Tool& tool, const Order& order) {
     const Buffer buffer = buffer_for(load);
     const int code = load.left_behind > 0 ? kPartly : kDone;
     if (tool.settings.dry_run) {
-        tool.out.say(count_text(load.list.size(), "file") + " with " +
+        tool.out.say(counted(load.list.size(), "file") + " with " +
                          size_text(static_cast<double>(load.bytes)) + " would be sent",
                      {{"would_send", load.list.size()},
                       {"bytes", load.bytes},
@@ -394,7 +394,11 @@ int receive(Tool& tool, const Order& order) {
         int32_t result = 0;
         {
             Progress progress("receiving", static_cast<uint64_t>(bytes));
-            const Watch shows([&] { progress.reach(bytes_below(root)); }, [] {});
+            const Watch shows(
+                [&] {
+                    if (progress.is_shown()) progress.reach(bytes_below(root));
+                },
+                [] {});
             const Silence silence;  // it would name each file
             result = NET_ORVEX_FTP_ACTION_COPYGET(socket.number(), nullptr);
         }
@@ -407,8 +411,8 @@ int receive(Tool& tool, const Order& order) {
     beside.keep();
     const bool right = differences == 0;
     const std::string text =
-        count_text(count, "file") + " of " + std::to_string(bytes) + " bytes, " +
-        (right ? "as listed" : "but for " + count_text(differences, "difference"));
+        counted(count, "file") + " of " + std::to_string(bytes) + " bytes, " +
+        (right ? "as listed" : "but for " + counted(differences, "difference"));
     answer(socket, text, right);
     tool.out.say(text + ", from " + who,
                  {{"files", count}, {"bytes", bytes}, {"differences", differences}, {"from", who}});

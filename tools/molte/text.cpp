@@ -119,7 +119,9 @@ std::string shown(std::string_view bytes) {
     while (!bytes.empty()) {
         size_t size = character_at(bytes);
         const auto byte = static_cast<unsigned char>(bytes[0]);
-        if (size == 0 || byte < 0x20 || byte == 0x7F) {
+        const bool is_control =
+            byte < 0x20 || byte == 0x7F || (size == 2 && byte == 0xC2 && (bytes[1] & 0x7F) < 0x20);
+        if (size == 0 || is_control) {
             text += std::string("\\x") + digits[byte >> 4] + digits[byte & 15];
             size = 1;
         } else {

@@ -110,10 +110,6 @@ bool state_of(const std::string& name, OXFILESTAT* state) {
     return true;
 }
 
-std::string count_text(size_t count, const std::string& one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
-
 std::string name_text([[maybe_unused]] const Tool& tool, const std::string& bytes) {
 #if defined(_WIN32)
     char* text = MOLTELIB_Utf8FromCodePage(bytes.c_str(), GetACP());

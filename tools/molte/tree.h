@@ -29,8 +29,6 @@ std::vector<Entry> entries_of(const std::filesystem::path& folder, const LeftBeh
 // Of a file or folder by its full name, for the library; none when it can't be had.
 bool state_of(const std::string& name, OXFILESTAT* state);
 
-std::string count_text(size_t count, const std::string& one);  // "1 file", "2 files"
-
 // A name or a path of a package or of a peer, which may hold anything, as a person sees it.
 std::string name_text(const Tool& tool, const std::string& bytes);
 
