@@ -29,7 +29,7 @@ void decode(const std::string& text) {
 
 // What is converted comes back as it was.
 void convert(const std::string& text) {
-    for (const uint32_t page : {936, 1252, 65001}) {
+    for (const uint32_t page : {936U, 1252U, 65001U}) {
         char* const utf8 = MOLTELIB_Utf8FromCodePage(text.c_str(), page);
         if (utf8 == nullptr) continue;
         char* const back = MOLTELIB_CodePageFromUtf8(utf8, page);
