@@ -242,11 +242,11 @@ void add_barcode(Commands& commands) {
     };
 
     CLI::App* checks = add("check", "Shows the rules of a file, and what is wrong with them",
-                           {{"barcode check CONF/convbar.cnv", "1 when a rule has a flaw"}});
+                           {{"barcode check rules.cnv", "1 when a rule has a flaw"}});
     commands.runs(checks, [order](Tool& tool) { return check_rules(tool, *order); });
 
     CLI::App* explains = add("explain", "Tells why a bar code becomes what it becomes",
-                             {{"barcode explain --length 13 CONF/convbar.cnv 00123",
+                             {{"barcode explain --length 13 rules.cnv 00123",
                                "the rule that is chosen, and the text after each of its steps"}});
     commands.describe(explains,
                       "The first rule that fits is taken, or the default one; positions count from "
@@ -256,9 +256,8 @@ void add_barcode(Commands& commands) {
     explains->add_option("TEXT", order->text, "A bar code, as it is scanned")->required();
     commands.runs(explains, [order](Tool& tool) { return explain(tool, *order); });
 
-    CLI::App* converts =
-        add("convert", "Converts bar codes",
-            {{"barcode convert --length 13 CONF/convbar.cnv scanned.txt", "one a line"}});
+    CLI::App* converts = add("convert", "Converts bar codes",
+                             {{"barcode convert --length 13 rules.cnv scanned.txt", "one a line"}});
     commands.describe(converts,
                       "An empty line stays one. Lines that are too long are left out and told, and "
                       "the command then\nends with 4.");

@@ -82,8 +82,9 @@ struct Parts {
           at(place(field(record.szFile), number16(record.nLine))),
           callers(history_of(record)),
           data(data_of(record)) {
-        if (record.bHasSysErr == 0) return;
-        system = Char4To_uint4(record.nSysErrNo);
+        const uint32_t number_of_system = Char4To_uint4(record.nSysErrNo);
+        if (record.bHasSysErr == 0 || number_of_system == 0) return;  // 0 is no cause
+        system = number_of_system;
         system_text = field(record.szSysErr);
         while (!system_text.empty() && (system_text.back() == '\n' || system_text.back() == '\r')) {
             system_text.pop_back();  // Windows ends its texts so

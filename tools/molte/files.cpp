@@ -49,6 +49,18 @@ struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
+// What the system gives a new file when nobody asks for less.
+fs::perms usual_permissions() {
+    constexpr unsigned kEverybody = 0666;
+#if defined(_WIN32)
+    return fs::perms{kEverybody};
+#else
+    const mode_t mask = umask(0);  // it can't be asked without being set
+    umask(mask);
+    return fs::perms{kEverybody & ~mask};
+#endif
+}
+
 void write_to(const std::string& name, std::string_view data, const std::string& failed) {
     ORVEX_HFILE* handle = ORVEX_HFILE_NewBinaryFile(name.c_str());
     if (handle == nullptr) throw Failure(failed);
@@ -59,10 +71,17 @@ void write_to(const std::string& name, std::string_view data, const std::string&
 }
 
 fs::path link_followed(const fs::path& place) {
+    constexpr int kMostLinks = 40;  // as the system has it; a circle isn't followed for ever
     std::error_code error;
-    if (!fs::is_symlink(place, error)) return place;
-    const fs::path target = fs::canonical(place, error);
-    return error ? place : target;
+    fs::path target = place;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(target, error); ++i) {
+        target = target.parent_path() / fs::read_symlink(target, error);
+    }
+    return target;
+}
+
+void refuse_nameless(const std::string& argument) {
+    if (argument.empty()) throw Failure("A file or a folder has a name", kUsage);
 }
 
 bool made_for_me(const fs::path& folder) {
@@ -82,6 +101,10 @@ void refuse_without_folder(const fs::path& place) {
 }
 
 }  // namespace
+
+fs::path without_last_slash(const fs::path& place) {
+    return place.has_filename() ? place : place.parent_path();
+}
 
 File::File(const std::string& library_name, int32_t flags, int32_t permission, std::string failed)
     : failed_(std::move(failed)),
@@ -145,13 +168,15 @@ bool is_stream(const std::string& argument) {
 void refuse_existing(const std::string& argument, bool replace) {
     std::error_code none;
     if (argument == "-") return;
-    refuse_without_folder(native_path(argument));
+    refuse_nameless(argument);
+    refuse_without_folder(link_followed(native_path(argument)));
     if (replace || !fs::exists(native_path(argument), none)) return;
     throw Failure("\"" + shown(argument) + "\" exists already");
 }
 
 void refuse_filled(const std::string& argument) {
-    const fs::path folder = native_path(argument);
+    refuse_nameless(argument);
+    const fs::path folder = without_last_slash(native_path(argument));
     if (folder.filename() == "." || folder.filename() == "..") {  // can't be moved to
         throw Failure("\"" + shown(argument) + "\" is no name of a folder to be made", kUsage);
     }
@@ -164,8 +189,10 @@ void refuse_filled(const std::string& argument) {
 
 Passing::Passing() {
     std::random_device random;
-    folder_ = fs::temp_directory_path() /
-              ("molte-" + std::to_string(getpid()) + "-" + std::to_string(random()));
+    std::error_code error;
+    folder_ = fs::temp_directory_path(error);
+    if (error) throw Failure("There is no folder for temporary files: " + error.message());
+    folder_ /= "molte-" + std::to_string(getpid()) + "-" + std::to_string(random());
     if (!made_for_me(folder_)) {
         throw Failure("The folder \"" + shown(path_text(folder_)) + "\" can't be made");
     }
@@ -178,9 +205,8 @@ Passing::~Passing() {
     leave_at_end(folder_);
 }
 
-Beside::Beside(const std::string& argument) : place_(link_followed(native_path(argument))) {
-    if (!place_.has_filename()) place_ = place_.parent_path();  // it ended with a slash
-    place_ = fs::absolute(place_);
+Beside::Beside(const std::string& argument)
+    : place_(fs::absolute(link_followed(without_last_slash(native_path(argument))))) {
     std::error_code none;
     const fs::file_status status = fs::status(place_, none);
     if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status)) {
@@ -217,6 +243,14 @@ void Beside::keep() {
     kept_ = true;
 }
 
+void Beside::keep_file() {
+    std::error_code none;
+    const fs::file_status old = fs::status(place_, none);
+    const bool is_new = !fs::is_regular_file(old);
+    fs::permissions(beside_, is_new ? usual_permissions() : old.permissions(), none);
+    keep();
+}
+
 void write_whole(Output& out, const std::string& argument, std::string_view data) {
     if (argument == "-") return out.bytes(data);
     const std::string failed = "\"" + shown(argument) + "\" can't be written";
@@ -226,8 +260,7 @@ void write_whole(Output& out, const std::string& argument, std::string_view data
     if (fs::is_other(old)) return write_to(library_path(argument), data, failed);
     Beside file(argument);
     write_to(file.for_library(), data, failed);
-    if (fs::is_regular_file(old)) fs::permissions(file.path(), old.permissions(), none);
-    file.keep();
+    file.keep_file();
 }
 
 }  // namespace tool

@@ -49,6 +49,9 @@ class PermissionsKept {
 // "-" is standard input. Ends the command when the file can't be read.
 std::string read_whole(const std::string& argument);
 
+// "out/" and "out" are one folder; its name and its parent are those of "out".
+std::filesystem::path without_last_slash(const std::filesystem::path& place);
+
 // A pipe or a device, which has no length and is read once.
 bool is_stream(const std::string& argument);
 
@@ -85,14 +88,16 @@ class Beside {
     [[nodiscard]] std::string for_library() const;
     // Moved to its place; replaces a file that is there, or an empty folder by a folder.
     void keep();
+    // The same for a file, with the permissions of the one that it replaces or of any new one.
+    void keep_file();
 
  private:
     std::filesystem::path place_, beside_;
     bool kept_ = false;
 };
 
-// Writes a whole file by way of Beside; it keeps the permissions of the one that it replaces. A
-// device or a pipe is written as it stands; "-" is standard output.
+// Writes a whole file by way of Beside. A device or a pipe is written as it stands; "-" is
+// standard output.
 void write_whole(Output& out, const std::string& argument, std::string_view data);
 
 }  // namespace tool

@@ -90,7 +90,8 @@ void tell(Tool& tool, const std::string& name, const Picture& picture, const std
 int finish(Tool& tool, const Order& order, const Picture& picture) {
     const bool saves = !order.out.empty() && !tool.settings.dry_run;
     if (saves) save_picture(tool.out, order.out, picture);
-    if (order.show) show_picture(tool, picture);
+    const bool shows = order.show && show_picture(tool, picture);
+    if (order.out.empty() && !shows) return kFailed;
     if (order.out == "-" && saves) return kDone;  // the picture is what is printed
     if (saves) {
         tell(tool, order.out, picture, "", {{"written", true}});

@@ -41,7 +41,9 @@ Origins read_origins(const fs::path& folder) {
 
 std::string text_of(const Origins& origins) {
     std::string text;
-    for (const auto& [name, sum] : origins) text += sum + "  " + name + "\n";
+    for (const auto& [name, sum] : origins) {
+        if (!sum.empty()) text += sum + "  " + name + "\n";
+    }
     return text;
 }
 
@@ -96,7 +98,7 @@ class Installation {
  public:
     Installation(Tool& tool, const Order& order)
         : tool_(tool),
-          place_(fs::weakly_canonical(fs::absolute(native_path(order.folder)))),
+          place_(without_last_slash(fs::weakly_canonical(fs::absolute(native_path(order.folder))))),
           skeleton_(read_skeleton(order.from)),
           origins_(read_origins(place_)) {
         if (!order.language.empty()) {
@@ -125,9 +127,16 @@ class Installation {
     }
 
     void make_folders() const {
-        if (tool_.settings.dry_run) return;
+        if (tool_.settings.dry_run) return refuse_unmakeable();
         make_folder(place_);
         for (const std::string& name : skeleton_.folders) make_folder(at_path(name));
+    }
+    void refuse_unmakeable() const {
+        fs::path there = place_;
+        std::error_code none;
+        while (!fs::exists(there, none) && there.has_relative_path()) there = there.parent_path();
+        if (fs::is_directory(there, none)) return;
+        throw Failure("The folder \"" + shown(path_text(place_)) + "\" can't be made");
     }
     static void make_folder(const fs::path& path) {
         std::error_code error;
@@ -145,7 +154,7 @@ class Installation {
         const fs::path source = skeleton_.folder / native_path(name);
         const std::string text = read_whole(path_text(source));
         const std::string fresh = sha256(text), old = std::exchange(origins_[name], fresh);
-        const std::string now = fs::exists(at_path(name)) ? sha256(read_whole(at(name))) : "";
+        const std::string now = sum_of(name);
         if (now == fresh) return count("same");
         const bool keeps = !now.empty() && now != old;
         const std::string beside = keeps && fresh != old ? name + ".new" : "";
@@ -153,10 +162,27 @@ class Installation {
             const bool speaks = name == kParameters && !language_.empty();
             put(name, speaks ? with_language(text, language_) : text, source);
         } else if (!beside.empty()) {
+            if (is_changed(beside, {old, fresh})) return leave(beside, &origins_[name], old);
             put(beside, text, source);
         }
         put_record();  // what is interrupted here goes on there
         tell(keeps ? "kept" : now.empty() ? "new" : "updated", name, beside);
+    }
+
+    [[nodiscard]] std::string sum_of(const std::string& name) const {
+        return fs::exists(at_path(name)) ? sha256(read_whole(at(name))) : "";
+    }
+    [[nodiscard]] bool is_changed(const std::string& name,
+                                  const std::vector<std::string>& from) const {
+        const std::string now = sum_of(name);
+        return !now.empty() && std::find(from.begin(), from.end(), now) == from.end();
+    }
+    // Somebody's work: told again each time, until it is moved away.
+    void leave(const std::string& beside, std::string* origin, const std::string& old) {
+        *origin = old;
+        ++left_;
+        count("kept");
+        tool_.warn(beside + " was changed here and stays; a newer one waits for its place");
     }
 
     // Whoever reads the file meanwhile finds the old one or the new one.
@@ -194,6 +220,7 @@ class Installation {
                           number("new") + " new, " + number("updated") + " updated, " +
                           number("kept") + " kept, " + number("same") + " as they were",
                       object);
+        if (left_ > 0) return kPartly;
         if (tool_.settings.dry_run || language_.empty() ||
             has_language(read_whole(at(kParameters)), language_)) {
             return kDone;
@@ -208,6 +235,7 @@ class Installation {
     Origins origins_;
     std::string language_;
     std::map<std::string, int> counts_;
+    int left_ = 0;  // files for which there is no place
 };
 
 }  // namespace

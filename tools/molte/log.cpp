@@ -225,10 +225,27 @@ std::string path_of(const Tool& tool, const LogOrder& order) {
     return path;
 }
 
+// Whether the installation's log is there; its first entry makes it.
+bool wait_for(Tool& tool, const LogOrder& order, const std::string& path) {
+    const LogShown nothing(tool, order);
+    const auto is_there = [&] {
+        if (ORVEX_FileLenByFileName(path.c_str()) >= 0) return true;
+        ORVEX_Err_ClearError();
+        return false;
+    };
+    while (!is_there() && order.follow && pause(tool, nothing)) {
+    }
+    return is_there();
+}
+
 int show_log(Tool& tool, const LogOrder& order) {
     tool.bring_up();
     if (is_stream(order.file)) return read_stream(tool, order);
     const std::string path = path_of(tool, order);
+    if (order.file.empty() && !wait_for(tool, order, path)) {
+        tool.warn("the installation has no log yet");
+        return kNothing;
+    }
     const std::string name =
         order.file.empty() ? order.binary ? "berrlog.dat" : "errlog.txt" : shown(order.file);
     return Reader(tool, order, path, name).run();

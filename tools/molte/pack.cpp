@@ -214,7 +214,7 @@ int create(Tool& tool, const Order& order) {
     }
     package.close();
     refuse_existing(order.package, order.replace);  // one that came meanwhile
-    beside.keep();
+    beside.keep_file();
     tool.out.say(
         counted(items, "item") + " with " + size_text(static_cast<double>(bytes)) + " packed",
         {{"packed", items}, {"bytes", bytes}, {"left_out", tree.left_behind}});

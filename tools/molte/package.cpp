@@ -20,19 +20,28 @@ namespace {
 
 constexpr int32_t kOwnerOnly = 0600;
 
-void keep_standard_input(File* file) {
+struct CloseUnlessStandard {
+    void operator()(std::FILE* file) const {
+        if (file != stdin) std::fclose(file);
+    }
+};
+
+void keep_stream(const std::string& argument, File* file, const std::string& failed) {
+    std::FILE* opened = argument == "-" ? stdin : std::fopen(library_path(argument).c_str(), "rb");
+    if (opened == nullptr) throw Failure(failed);
+    const std::unique_ptr<std::FILE, CloseUnlessStandard> stream(opened);
 #if defined(_WIN32)
-    _setmode(0, _O_BINARY);
+    if (argument == "-") _setmode(0, _O_BINARY);
 #endif
     Progress progress("reading", 0);
     std::string part(1 << 18, '\0');
     int64_t at = 0;
-    for (size_t size; (size = std::fread(part.data(), 1, part.size(), stdin)) > 0;) {
+    for (size_t size; (size = std::fread(part.data(), 1, part.size(), stream.get())) > 0;) {
         file->write({part.data(), size}, at);
         at += static_cast<int64_t>(size);
         progress.advance(size);
     }
-    if (std::ferror(stdin) != 0) throw Failure("Standard input can't be read");
+    if (std::ferror(stream.get()) != 0) throw Failure(failed);
 }
 
 // One part of a path between separators.
@@ -74,11 +83,11 @@ std::string Item::path() const {
 Package::Package(const std::string& argument) : shown_("\"" + shown(argument) + "\"") {
     std::string name = library_path(argument);
     const std::string failed = shown_ + " can't be read";
-    if (argument == "-") {
+    if (is_stream(argument)) {
         kept_.emplace();
         name = library_path(kept_->file());
-        File file(name, ORVEX_OPEN_ANEW, kOwnerOnly, "Standard input can't be kept");
-        keep_standard_input(&file);
+        File file(name, ORVEX_OPEN_ANEW, kOwnerOnly, shown_ + " can't be kept");
+        keep_stream(argument, &file, failed);
         file.close();
     } else if (std::filesystem::is_directory(native_path(argument))) {
         throw Failure(failed + ": it is a folder");

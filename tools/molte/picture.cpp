@@ -119,11 +119,11 @@ Pixel Picture::at(int32_t x, int32_t y) const {
 }
 
 Picture load_picture(Output& out, const std::string& argument) {
-    if (argument != "-") return load_file(argument, argument);
-    const std::string bytes = read_whole("-");
+    if (!is_stream(argument)) return load_file(argument, argument);
+    const std::string bytes = read_whole(argument);
     const Passing folder;  // the library knows files by their names alone
     write_whole(out, folder.file(), bytes);
-    return load_file(folder.file(), "-");
+    return load_file(folder.file(), argument);
 }
 
 void save_picture(Output& out, const std::string& argument, const Picture& picture) {
@@ -135,7 +135,7 @@ void save_picture(Output& out, const std::string& argument, const Picture& pictu
     }
     Beside file(argument);
     save_file(file.for_library(), picture, failed);
-    file.keep();
+    file.keep_file();
 }
 
 Picture captured_screen() {

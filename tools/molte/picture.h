@@ -41,7 +41,7 @@ Picture captured_screen();  // in 24 bits
 // colour are grey, else in three planes.
 Picture mixable(const Picture& picture, Pixel colour);
 
-// Draws it in the terminal that standard output is, or tells that it is none.
-void show_picture(Tool& tool, const Picture& picture);
+// Draws it in the terminal that standard output is, or tells that it is none: false.
+bool show_picture(Tool& tool, const Picture& picture);
 
 }  // namespace tool

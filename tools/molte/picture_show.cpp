@@ -83,11 +83,11 @@ std::string characters(const Cells& cells, int row) {
 
 }  // namespace
 
-void show_picture(Tool& tool, const Picture& picture) {
+bool show_picture(Tool& tool, const Picture& picture) {
     const int columns = tool.out.columns();
     if (columns == 0 || tool.settings.json) {
         tool.warn("not shown: pictures are drawn in a terminal alone");
-        return;
+        return false;
     }
     const Cells cells(picture, columns);
     const bool colours = tool.out.has_colours() && tool.settings.encoding == Encoding::utf8;
@@ -95,6 +95,7 @@ void show_picture(Tool& tool, const Picture& picture) {
         end_if_interrupted();
         tool.out.line(colours ? blocks(cells, row) : characters(cells, row));
     }
+    return true;
 }
 
 }  // namespace tool

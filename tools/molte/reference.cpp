@@ -319,9 +319,10 @@ void add_reference(Commands& commands) {
     };
     const auto write = [order](Tool& tool, const std::string& text) {
         if (tool.settings.dry_run) {
+            refuse_existing(order->file, true);
             tool.out.say(
-                counted(text.size(), "byte") + " would be written to \"" + shown(order->file) +
-                    "\"",
+                counted(text.size(), "byte") + " would be written to " +
+                    (order->file == "-" ? "standard output" : "\"" + shown(order->file) + "\""),
                 {{"bytes", text.size()}, {"file", shown(order->file)}, {"written", false}});
         } else {
             write_whole(tool.out, order->file, text);
